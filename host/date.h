@@ -1,0 +1,38 @@
+/// Dates and times of day.
+#pragma once
+
+#include "host/value.h"
+
+namespace zmfb::host {
+
+/// A date taken apart; 0, 0, 0 for the empty date.
+struct CalendarDay {
+    int year = 0;
+    int month = 0;
+    int day = 0;
+};
+
+/// The date of a calendar day of the Gregorian calendar, years 1 to 9999; the empty date when there is no such day.
+Date date_of(CalendarDay day);
+CalendarDay calendar_day(Date date);
+
+/// DATE() is today, TIME() the local time as "hh:mm:ss".
+Value date();
+Value time();
+/// STOD(s): the date of exactly eight digits YYYYMMDD; anything else gives the empty date. Raises nothing.
+Value stod(const Value& s);
+/// DTOS(d): YYYYMMDD, eight blanks for the empty date. Not a date: argument error (1120).
+Value dtos(const Value& d);
+/// DTOC(d): by SET DATE; the empty date keeps its separators between blanks. Not a date: argument error (1118).
+Value dtoc(const Value& d);
+/// CTOD(s): by the order of SET DATE, any separators; the empty date when it is none.
+Value ctod(const Value& s);
+Value year(const Value& d);
+Value month(const Value& d);
+Value day(const Value& d);
+
+/// SET DATE FORMAT: the picture that DTOC and CTOD follow, such as "mm/dd/yy" (the default) or "yyyy-mm-dd".
+Value set_date_format();
+void set_date_format(const Value& format);
+
+}  // namespace zmfb::host

@@ -1,0 +1,100 @@
+/// Errors of the runtime: the error object, the error block, and the ways of raising.
+///
+/// Raising hands an error object to the error block. The default block prints the description to standard error,
+/// a line for each piece between ";", and ends the program with status 1. A program installs its own with
+/// error_block(); that one may return (the operation then answers with what it returned, or NIL) or throw a C++
+/// exception, which passes through every operation of the runtime and every method without harm.
+#pragma once
+
+#include <initializer_list>
+#include <span>
+#include <string_view>
+
+#include "host/value.h"
+
+namespace zmfb::host {
+
+/// Class of a runtime error, the field `gencode` of an error object.
+enum class GenCode : int {
+    argument = 1,
+    bound = 2,
+    string_overflow = 3,
+    zero_divide = 5,
+    no_method = 13,
+    no_variable = 16,
+    create = 20,
+    open = 21,
+    close = 22,
+    read = 23,
+    write = 24,
+    data_width = 33,
+    data_type = 34,
+};
+
+/// Number of one kind of failure, the field `subcode` of an error object.
+enum class Subcode : int {
+    no_method = 1004,
+    no_variable = 1005,
+    wrong_kind = 2000,
+    array_access = 1132,
+    array_assign = 1133,
+    array_dimension = 1131,
+    eval = 1004,
+    exactly_equal = 1070,
+    equal = 1071,
+    unequal = 1072,
+    less = 1073,
+    plus = 1081,
+    minus = 1082,
+    times = 1083,
+    divide = 1084,
+    val = 1098,
+    str = 1099,
+    trim = 1100,
+    ltrim = 1101,
+    upper = 1102,
+    lower = 1103,
+    chr = 1104,
+    space = 1105,
+    replicate = 1106,
+    asc = 1107,
+    at = 1108,
+    contained = 1109,
+    substr = 1110,
+    len = 1111,
+    dtos = 1120,
+    dtoc = 1118,
+    ctod = 1119,
+    abs = 1089,
+    integer = 1090,
+    aadd = 1123,
+    left = 1124,
+    strtran = 1126,
+    alltrim = 2022,
+    file = 2021,
+};
+
+/// ERRORNEW(): an error object with the fields args, candefault, canretry, cansubstitute, cargo, description,
+/// filename, gencode, operation, oscode, severity, subcode, subsystem and tries, at their fresh values.
+Value error_new();
+
+/// ERRORBLOCK(): the current error handler, a block that takes an error object.
+Value error_block();
+/// Makes `handler` the error handler and returns the one before it. NIL brings the default handler back.
+Value error_block(const Value& handler);
+
+/// Hands `error` to the error handler; returns what the handler returns.
+Value raise(const Value& error);
+
+/// Raises "Argument error: <operation>" (gencode 1, severity 2, subsystem BASE, cansubstitute), with `args` as the
+/// operation's arguments. Returns what the handler returns, which is the operation's result then.
+Value argument_error(Subcode subcode, std::string_view operation, std::span<const Value> args);
+/// Raises "Bound error: array access" for `index` of `array`.
+void bound_error(Subcode subcode, const Value& array, std::size_t index);
+/// Raises a runtime error of another class; `description` is its text.
+Value runtime_error(GenCode code, Subcode subcode, std::string_view description);
+
+/// The name of a kind as the error texts have it: "character", "array" and the like.
+std::string_view kind_name(Kind kind);
+
+}  // namespace zmfb::host
