@@ -1,0 +1,74 @@
+/// zmFBConn: the connection object, for C++ programs.
+#pragma once
+
+#include <string_view>
+#include <utility>
+
+#include "host/value.h"
+
+namespace zmfb {
+
+using host::Args;
+using host::Value;
+
+/// A handle of one connection object. Copies name the same object; when the last one goes, the object's end-of-life
+/// handler disconnects it.
+///
+///     zmfb::zmFBConn connection("customers.fdb", "SYSDBA", "masterkey");
+///     if (connection.call("isconnected").logical()) connection.call("bringdbf", "customer.dbf");
+///
+/// Failures of SQL come back in the results; what a method cannot go on from is raised through the error block
+/// (host/error.h), whose default handler ends the program. One thread at a time.
+class zmFBConn {
+  public:
+    /// Makes the object with its defaults and runs `init(db, user, pass, role)`. The object is made whatever `init` did:
+    /// isconnected() tells whether it is attached. Without any argument no database is attached and nothing is logged.
+    explicit zmFBConn(const Value& db = {}, const Value& user = {}, const Value& pass = {}, const Value& role = {});
+    /// A further handle of the object that `object` refers to.
+    static zmFBConn of(const Value& object);
+
+    /// Calls a method by its lower-case name; arguments left out arrive as NIL. A name that is no method is logged
+    /// ("[ERROR] Meth: ... does not exist inside zmFBConn", level 0) and raised; the answer is NIL then.
+    template <class... Arguments>
+    Value call(std::string_view method, Arguments&&... arguments) {
+        if constexpr (sizeof...(Arguments) == 0) {
+            return call_with(method, Args());
+        } else {
+            const Value values[] = {Value(std::forward<Arguments>(arguments))...};
+            return call_with(method, Args(values));
+        }
+    }
+    Value call_with(std::string_view method, Args args);
+
+    [[nodiscard]] bool isconnected();
+    /// Reads a property: bconn, dbhndl, sdbname, srolename or susername.
+    Value get(std::string_view property);
+    /// Assigns bconn or dbhndl, unchecked.
+    void set(std::string_view property, const Value& value);
+
+    /// The object as a value of the runtime.
+    [[nodiscard]] const Value& value() const { return object_; }
+
+  private:
+    struct Adopt {};
+    zmFBConn(Adopt, Value object) : object_(std::move(object)) {}
+
+    Value object_;
+};
+
+/// One row of the method table, for tools that list it.
+struct MethodRow {
+    std::string_view name;
+    int parameters;         ///< after the object
+    std::string_view kind;  ///< "exported", "protected", "access" or "assign"
+    std::string_view help;
+};
+
+/// How many rows the method table has, and row `index` of it; ordered by name.
+std::size_t method_count();
+MethodRow method_row(std::size_t index);
+
+/// The version of this library, such as "0.1.0".
+std::string_view library_version();
+
+}  // namespace zmfb

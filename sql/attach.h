@@ -1,0 +1,25 @@
+/// Attaching to a database and detaching from it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zmfb::sql {
+
+/// What became of an attach.
+struct Attachment {
+    int sqlcode = 0;                     ///< 0 when attached
+    std::string message;                 ///< Firebird's text for the SQLCODE, at most 255 bytes
+    const void* slot_address = nullptr;  ///< address of the class-level handle slot
+    double handle = 0;                   ///< the database handle; 0 when not attached
+};
+
+/// Attaches to `database` with a parameter block of user, password and role, no character set. Leaves the class-level
+/// handle slot at 0.
+Attachment attach(std::string_view database, std::string_view user, std::string_view password,
+                  std::string_view role);
+
+/// Detaches `handle`; returns the SQLCODE, 0 when it was detached.
+int detach(double handle);
+
+}  // namespace zmfb::sql
