@@ -1,7 +1,7 @@
 /// The log: one text file, "/var/log/zmrddfire.log", shared by every object of the process.
 ///
-/// An entry is two lines: a tab, the level in brackets, the user and the date; then a blank and the text. It is
-/// written when its level is at or below the log level. A log file that cannot be written changes nothing.
+/// An entry is two lines: a tab, the level in brackets, the user and the date; then a blank and the text. It
+/// is written when its level is at or below the log level. A log file that cannot be written changes nothing.
 #pragma once
 
 #include <string>
@@ -15,7 +15,8 @@ namespace zmfb::conn {
 int log_level();
 void set_log_level(int level);
 
-/// Copies `text` into the event buffer, cut to 9999 characters and at a zero byte, and writes an entry of that level.
+/// Copies `text` into the event buffer, cut to 9999 characters and at a zero byte, and writes an entry of
+/// that level.
 void log_event(int level, std::string_view text);
 
 /// The log line and result text of a failed statement: "[ERROR] SQLCODE=%d (%s)".

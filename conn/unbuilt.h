@@ -1,13 +1,13 @@
 /// Methods that are in the table but not built yet.
 #pragma once
 
-#include <string_view>
+#include <string>
 
-#include "host/value.h"
+#include "conn/raise.h"
 
 namespace zmfb::conn {
 
-/// Raises "<name> is not built yet" through raiseerror and returns NIL.
-host::Value unbuilt(std::string_view name);
+/// Raises "<name> is not built yet" and returns NIL.
+inline host::Value unbuilt(const char* name) { return raiseerror(std::string(name) + " is not built yet"); }
 
 }  // namespace zmfb::conn

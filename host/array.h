@@ -5,16 +5,17 @@
 
 namespace zmfb::host {
 
-/// ARRAY(n [, m...]): nested arrays of NIL; NIL when a dimension is no number; a negative one raises a bound error.
+/// ARRAY(n [, m...]): nested arrays of NIL; NIL when a dimension is no number; a negative one raises a bound
+/// error.
 Value array(const Value& size);
 Value array(Args dimensions);
 /// AADD(a, x): appends and returns `x`; raises an argument error (1123) when `a` is no array.
 Value aadd(const Value& a, const Value& x);
-/// ASCAN(a, x [, start [, count]]): index of the first element that is `= x` (SET EXACT matters), or for which the
-/// block `x` gives .T.; 0 when none. Never raises for elements of other kinds.
+/// ASCAN(a, x [, start [, count]]): index of the first element that is `= x` (SET EXACT matters), or for
+/// which the block `x` gives .T.; 0 when none. Never raises for elements of other kinds.
 Value ascan(const Value& a, const Value& x, const Value& start = {}, const Value& count = {});
-/// ACOPY(source, target [, start [, count [, target_start]]]): copies elements, shallow; `target` never grows.
-/// Returns `target`, NIL when either is no array.
+/// ACOPY(source, target [, start [, count [, target_start]]]): copies elements, shallow; `target` never
+/// grows. Returns `target`, NIL when either is no array.
 Value acopy(const Value& source, const Value& target, const Value& start = {}, const Value& count = {},
             const Value& target_start = {});
 /// ACLONE(a): a copy with its nested arrays copied too; NIL when `a` is no array.

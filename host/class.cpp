@@ -9,17 +9,22 @@ namespace zmfb::host {
 
 std::string_view kind_name(MethodKind kind) {
     switch (kind) {
-        case MethodKind::exported: return "exported";
-        case MethodKind::protected_: return "protected";
-        case MethodKind::access: return "access";
-        case MethodKind::assign: return "assign";
+        case MethodKind::exported:
+            return "exported";
+        case MethodKind::protected_:
+            return "protected";
+        case MethodKind::access:
+            return "access";
+        case MethodKind::assign:
+            return "assign";
     }
     return "";
 }
 
 std::size_t Class::find_method(std::string_view name) const {
-    const auto found = std::lower_bound(methods_.begin(), methods_.end(), name,
-                                        [](const Method& row, std::string_view key) { return row.name < key; });
+    const auto found =
+        std::lower_bound(methods_.begin(), methods_.end(), name,
+                         [](const Method& row, std::string_view key) { return row.name < key; });
     if (found == methods_.end() || found->name != name) return none;
     return static_cast<std::size_t>(found - methods_.begin());
 }
@@ -49,7 +54,8 @@ Value Instance::send(std::string_view name, Args args) {
     if (row != Class::none) return call(row, args);
     const std::size_t fallback = type_.find_method("nomethod");
     if (fallback == Class::none) {
-        return runtime_error(GenCode::no_method, Subcode::no_method, "No exported method: " + std::string(name));
+        return runtime_error(GenCode::no_method, Subcode::no_method,
+                             "No exported method: " + std::string(name));
     }
     const Value asked[] = {name};
     return call(fallback, asked);
@@ -59,8 +65,10 @@ Value Instance::get(std::string_view name) {
     const std::size_t row = type_.find_method(name);
     if (row != Class::none && type_.methods()[row].kind == MethodKind::access) return call(row, {});
     const std::size_t place = type_.find_variable(name);
-    if (place != Class::none && type_.variables()[place].visibility == Visibility::exported) return variables_[place];
-    return runtime_error(GenCode::no_variable, Subcode::no_variable, "No exported variable: " + std::string(name));
+    if (place != Class::none && type_.variables()[place].visibility == Visibility::exported)
+        return variables_[place];
+    return runtime_error(GenCode::no_variable, Subcode::no_variable,
+                         "No exported variable: " + std::string(name));
 }
 
 void Instance::set(std::string_view name, const Value& value) {

@@ -1,4 +1,5 @@
-/// Classes of the runtime: named instance variables, methods called by name, properties, an end-of-life handler.
+/// Classes of the runtime: named instance variables, methods called by name, properties, an end-of-life
+/// handler.
 #pragma once
 
 #include <cstddef>
@@ -67,8 +68,8 @@ class Class {
 ///
 /// A name that the class has no method for goes to its method `nomethod` with the name as argument; a class
 /// without one raises "No exported method: <NAME>". Exported variables are read and assigned by name; of the
-/// others only properties are, through their access and assign methods. The method `axit`, if there is one, is
-/// called when the last reference goes away.
+/// others only properties are, through their access and assign methods. The method `axit`, if there is one,
+/// is called when the last reference goes away.
 class Instance final : public Object {
   public:
     explicit Instance(const Class& type);

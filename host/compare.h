@@ -1,7 +1,8 @@
 /// Comparisons. C++'s own == is left undefined for values on purpose: say which rule is meant.
 ///
-/// Mixed kinds, and arrays, objects or blocks where the rule has no answer for them, raise an argument error; the
-/// comparison is then .T. only if the error handler returned .T.. NIL compares with everything without an error.
+/// Mixed kinds, and arrays, objects or blocks where the rule has no answer for them, raise an argument error;
+/// the comparison is then .T. only if the error handler returned .T.. NIL compares with everything without an
+/// error.
 #pragma once
 
 #include "host/value.h"

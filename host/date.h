@@ -12,7 +12,8 @@ struct CalendarDay {
     int day = 0;
 };
 
-/// The date of a calendar day of the Gregorian calendar, years 1 to 9999; the empty date when there is no such day.
+/// The date of a calendar day of the Gregorian calendar, years 1 to 9999; the empty date when there is no
+/// such day.
 Date date_of(CalendarDay day);
 CalendarDay calendar_day(Date date);
 
@@ -23,7 +24,8 @@ Value time();
 Value stod(const Value& s);
 /// DTOS(d): YYYYMMDD, eight blanks for the empty date. Not a date: argument error (1120).
 Value dtos(const Value& d);
-/// DTOC(d): by SET DATE; the empty date keeps its separators between blanks. Not a date: argument error (1118).
+/// DTOC(d): by SET DATE; the empty date keeps its separators between blanks. Not a date: argument error
+/// (1118).
 Value dtoc(const Value& d);
 /// CTOD(s): by the order of SET DATE, any separators; the empty date when it is none.
 Value ctod(const Value& s);

@@ -11,7 +11,9 @@ namespace zmfb::host {
 namespace {
 
 template <int N>
-Value number_default() { return N; }
+Value number_default() {
+    return N;
+}
 Value text_default() { return ""; }
 Value false_default() { return false; }
 Value nil_default() { return {}; }
@@ -100,14 +102,22 @@ Value runtime_error(GenCode code, Subcode subcode, std::string_view description)
 
 std::string_view kind_name(Kind kind) {
     switch (kind) {
-        case Kind::nil: return "nil";
-        case Kind::character: return "character";
-        case Kind::numeric: return "numeric";
-        case Kind::logical: return "logical";
-        case Kind::date: return "date";
-        case Kind::array: return "array";
-        case Kind::object: return "object";
-        case Kind::block: return "block";
+        case Kind::nil:
+            return "nil";
+        case Kind::character:
+            return "character";
+        case Kind::numeric:
+            return "numeric";
+        case Kind::logical:
+            return "logical";
+        case Kind::date:
+            return "date";
+        case Kind::array:
+            return "array";
+        case Kind::object:
+            return "object";
+        case Kind::block:
+            return "block";
     }
     return "";
 }

@@ -1,9 +1,9 @@
 /// Errors of the runtime: the error object, the error block, and the ways of raising.
 ///
-/// Raising hands an error object to the error block. The default block prints the description to standard error,
-/// a line for each piece between ";", and ends the program with status 1. A program installs its own with
-/// error_block(); that one may return (the operation then answers with what it returned, or NIL) or throw a C++
-/// exception, which passes through every operation of the runtime and every method without harm.
+/// Raising hands an error object to the error block. The default block prints the description to standard
+/// error, a line for each piece between ";", and ends the program with status 1. A program installs its own
+/// with error_block(); that one may return (the operation then answers with what it returned, or NIL) or
+/// throw a C++ exception, which passes through every operation of the runtime and every method without harm.
 #pragma once
 
 #include <initializer_list>
@@ -86,8 +86,8 @@ Value error_block(const Value& handler);
 /// Hands `error` to the error handler; returns what the handler returns.
 Value raise(const Value& error);
 
-/// Raises "Argument error: <operation>" (gencode 1, severity 2, subsystem BASE, cansubstitute), with `args` as the
-/// operation's arguments. Returns what the handler returns, which is the operation's result then.
+/// Raises "Argument error: <operation>" (gencode 1, severity 2, subsystem BASE, cansubstitute), with `args`
+/// as the operation's arguments. Returns what the handler returns, which is the operation's result then.
 Value argument_error(Subcode subcode, std::string_view operation, std::span<const Value> args);
 /// Raises "Bound error: array access" for `index` of `array`.
 void bound_error(Subcode subcode, const Value& array, std::size_t index);

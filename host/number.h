@@ -5,9 +5,10 @@
 
 namespace zmfb::host {
 
-/// STR(n [, length [, decimals]]): right-aligned text. One argument: the columns of the number's picture (ten, and its
-/// decimals, when it has none). Two: no decimals, rounded half away from zero. A length below 1 counts as 10; what does
-/// not fit becomes asterisks. A length or decimals that is given but no number raises an argument error (1099).
+/// STR(n [, length [, decimals]]): right-aligned text. One argument: the columns of the number's picture
+/// (ten, and its decimals, when it has none). Two: no decimals, rounded half away from zero. A length below 1
+/// counts as 10; what does not fit becomes asterisks. A length or decimals that is given but no number raises
+/// an argument error (1099).
 Value str(const Value& n);
 Value str(const Value& n, const Value& length);
 Value str(const Value& n, const Value& length, const Value& decimals);

@@ -22,12 +22,13 @@ struct TextBlock {
         if (capacity > largest) throw std::bad_alloc();
         void* memory = std::malloc(sizeof(TextBlock) + capacity);
         if (memory == nullptr) throw std::bad_alloc();
-        return new (memory) TextBlock{1, static_cast<std::uint32_t>(size), static_cast<std::uint32_t>(capacity)};
+        return new (memory)
+            TextBlock{1, static_cast<std::uint32_t>(size), static_cast<std::uint32_t>(capacity)};
     }
 };
 
-// An array of a size known when it is made holds its elements right behind its header, in one allocation: the rows
-// of a result are such. One that grows moves its elements to storage of their own.
+// An array of a size known when it is made holds its elements right behind its header, in one allocation: the
+// rows of a result are such. One that grows moves its elements to storage of their own.
 struct ArrayBlock {
     std::uint32_t references;
     std::uint32_t size;
@@ -209,14 +210,22 @@ void Value::append(std::string_view more) {
 bool Value::same(const Value& other) const noexcept {
     if (kind_ != other.kind_) return false;
     switch (kind_) {
-        case Kind::nil: return true;
-        case Kind::character: return raw_text() == other.raw_text();
-        case Kind::numeric: return payload_.number == other.payload_.number;
-        case Kind::logical: return payload_.logical == other.payload_.logical;
-        case Kind::date: return payload_.day == other.payload_.day;
-        case Kind::array: return payload_.array == other.payload_.array;
-        case Kind::object: return payload_.object == other.payload_.object;
-        case Kind::block: return payload_.block == other.payload_.block;
+        case Kind::nil:
+            return true;
+        case Kind::character:
+            return raw_text() == other.raw_text();
+        case Kind::numeric:
+            return payload_.number == other.payload_.number;
+        case Kind::logical:
+            return payload_.logical == other.payload_.logical;
+        case Kind::date:
+            return payload_.day == other.payload_.day;
+        case Kind::array:
+            return payload_.array == other.payload_.array;
+        case Kind::object:
+            return payload_.object == other.payload_.object;
+        case Kind::block:
+            return payload_.block == other.payload_.block;
     }
     return false;
 }
@@ -234,11 +243,20 @@ void Value::set_long_text(std::string_view text) {
 
 void Value::retain() const noexcept {
     switch (kind_) {
-        case Kind::character: ++payload_.text->references; break;
-        case Kind::array: ++payload_.array->references; break;
-        case Kind::object: ++payload_.object->references_; break;
-        case Kind::block: ++payload_.block->references; break;
-        default: break;
+        case Kind::character:
+            ++payload_.text->references;
+            break;
+        case Kind::array:
+            ++payload_.array->references;
+            break;
+        case Kind::object:
+            ++payload_.object->references_;
+            break;
+        case Kind::block:
+            ++payload_.block->references;
+            break;
+        default:
+            break;
     }
 }
 
@@ -257,11 +275,14 @@ void Value::release() noexcept {
         case Kind::block:
             if (--payload_.block->references == 0) delete payload_.block;
             break;
-        default: break;
+        default:
+            break;
     }
 }
 
-void Value::wrong_kind(Kind wanted) const { argument_error(Subcode::wrong_kind, kind_name(wanted), {this, 1}); }
+void Value::wrong_kind(Kind wanted) const {
+    argument_error(Subcode::wrong_kind, kind_name(wanted), {this, 1});
+}
 
 const Value& Args::nil() noexcept {
     static const Value none;

@@ -1,9 +1,9 @@
 /// The value of the xBase runtime: one of NIL, character, numeric, logical, date, array, object, code block.
 ///
-/// A value is 16 bytes. Numbers, logicals, dates and texts of up to 14 bytes are held inside it; a longer text
-/// lives in one reference-counted block, copied when it is written to while shared. Arrays, objects and blocks
-/// are references: copying the value names the same thing once more. Moving never allocates, and leaves NIL.
-/// Texts are bytes (ISO-8859-1, zero bytes allowed). Everything here belongs to one thread.
+/// A value is 16 bytes. Numbers, logicals, dates and texts of up to 14 bytes are held inside it; a longer
+/// text lives in one reference-counted block, copied when it is written to while shared. Arrays, objects and
+/// blocks are references: copying the value names the same thing once more. Moving never allocates, and
+/// leaves NIL. Texts are bytes (ISO-8859-1, zero bytes allowed). Everything here belongs to one thread.
 ///
 /// Accessors are checked: asking a value for another kind than it holds raises an argument error through the
 /// error block (host/error.h) and, should its handler return, answers "" , 0, .F. or the empty date.
@@ -50,7 +50,8 @@ struct Picture {
 using BlockFunction = std::function<Value(Args)>;
 
 template <class T>
-concept Number = (std::integral<T> || std::floating_point<T>) && !std::same_as<T, bool> && !std::same_as<T, char>;
+concept Number = (std::integral<T> || std::floating_point<T>)&&!std::same_as<T, bool> &&
+                 !std::same_as<T, char>;
 
 class Value {
   public:
@@ -78,8 +79,8 @@ class Value {
     }
 
     template <class T>
-        requires std::convertible_to<const T&, std::string_view>
-    Value(const T& text) : Value(std::string_view(text), TextTag{}) {}  // NOLINT(google-explicit-constructor)
+    requires std::convertible_to<const T&, std::string_view> Value(const T& text)
+        : Value(std::string_view(text), TextTag{}) {}  // NOLINT(google-explicit-constructor)
     template <std::same_as<bool> T>
     Value(T logical) noexcept : kind_(Kind::logical) {  // NOLINT(google-explicit-constructor)
         payload_.number = 0;
@@ -132,18 +133,22 @@ class Value {
         return {static_cast<std::uint8_t>(inline_[0]), static_cast<std::uint8_t>(inline_[1])};
     }
 
-    /// The elements of an array; the span lives until an element is appended. Empty for another kind (raised).
+    /// The elements of an array; the span lives until an element is appended. Empty for another kind
+    /// (raised).
     [[nodiscard]] std::span<Value> items() const;
     /// The number of elements of an array, or of bytes of a text; 0 for another kind (raised).
     [[nodiscard]] std::size_t size() const;
     /// Element `index` of an array, counted from 1 as everywhere in the language. An index out of range, or a
-    /// value that is no array, raises a bound error; should its handler return, a NIL that is nobody's is given.
+    /// value that is no array, raises a bound error; should its handler return, a NIL that is nobody's is
+    /// given.
     [[nodiscard]] Value& operator[](std::size_t index) const;
     /// Appends to an array (raises for another kind). Amortised constant time.
     void push(Value element) const;
 
     /// The object of an object value, nullptr for another kind. Lives as long as a value refers to it.
-    [[nodiscard]] Object* object() const noexcept { return kind_ == Kind::object ? payload_.object : nullptr; }
+    [[nodiscard]] Object* object() const noexcept {
+        return kind_ == Kind::object ? payload_.object : nullptr;
+    }
     /// Evaluates a block with `args`; another kind raises an error.
     Value eval(Args args) const;
 
@@ -217,7 +222,9 @@ class Args {
     template <std::size_t N>
     Args(const Value (&values)[N]) : values_(values, N) {}  // NOLINT(google-explicit-constructor)
     explicit Args(const Value& only) : values_(&only, 1) {}
-    const Value& operator[](std::size_t index) const noexcept { return index < values_.size() ? values_[index] : nil(); }
+    const Value& operator[](std::size_t index) const noexcept {
+        return index < values_.size() ? values_[index] : nil();
+    }
     [[nodiscard]] std::size_t size() const noexcept { return values_.size(); }
     [[nodiscard]] std::span<const Value> all() const noexcept { return values_; }
 
@@ -239,8 +246,9 @@ Value array_of(T&&... elements) {
 
 /// A reference-counted thing with behaviour: an object of a class.
 ///
-/// The count starts at 0; the first Value made of it takes ownership. When the last value is gone, last_release()
-/// runs and then the object is deleted, unless last_release() handed out a new reference to it.
+/// The count starts at 0; the first Value made of it takes ownership. When the last value is gone,
+/// last_release() runs and then the object is deleted, unless last_release() handed out a new reference to
+/// it.
 class Object {
   public:
     Object() = default;

@@ -14,8 +14,8 @@ struct Attachment {
     double handle = 0;                   ///< the database handle; 0 when not attached
 };
 
-/// Attaches to `database` with a parameter block of user, password and role, no character set. Leaves the class-level
-/// handle slot at 0.
+/// Attaches to `database` with a parameter block of user, password and role, no character set. Leaves the
+/// class-level handle slot at 0.
 Attachment attach(std::string_view database, std::string_view user, std::string_view password,
                   std::string_view role);
 

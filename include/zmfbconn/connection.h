@@ -11,23 +11,27 @@ namespace zmfb {
 using host::Args;
 using host::Value;
 
-/// A handle of one connection object. Copies name the same object; when the last one goes, the object's end-of-life
-/// handler disconnects it.
+/// A handle of one connection object. Copies name the same object; when the last one goes, the object's
+/// end-of-life handler disconnects it.
 ///
 ///     zmfb::zmFBConn connection("customers.fdb", "SYSDBA", "masterkey");
 ///     if (connection.call("isconnected").logical()) connection.call("bringdbf", "customer.dbf");
 ///
-/// Failures of SQL come back in the results; what a method cannot go on from is raised through the error block
-/// (host/error.h), whose default handler ends the program. One thread at a time.
+/// Failures of SQL come back in the results; what a method cannot go on from is raised through the error
+/// block (host/error.h), whose default handler ends the program. One thread at a time.
 class zmFBConn {
   public:
-    /// Makes the object with its defaults and runs `init(db, user, pass, role)`. The object is made whatever `init` did:
-    /// isconnected() tells whether it is attached. Without any argument no database is attached and nothing is logged.
-    explicit zmFBConn(const Value& db = {}, const Value& user = {}, const Value& pass = {}, const Value& role = {});
-    /// A further handle of the object that `object` refers to.
+    /// Makes the object with its defaults and runs `init(db, user, pass, role)`. The object is made whatever
+    /// `init` did: isconnected() tells whether it is attached. Without any argument no database is attached
+    /// and nothing is logged.
+    explicit zmFBConn(const Value& db = {}, const Value& user = {}, const Value& pass = {},
+                      const Value& role = {});
+    /// A further handle of the object that `object` refers to; a value that is no object gives an unattached
+    /// one.
     static zmFBConn of(const Value& object);
 
-    /// Calls a method by its lower-case name; arguments left out arrive as NIL. A name that is no method is logged
+    /// Calls a method by its lower-case name; arguments left out arrive as NIL. A name that is no method is
+    /// logged
     /// ("[ERROR] Meth: ... does not exist inside zmFBConn", level 0) and raised; the answer is NIL then.
     template <class... Arguments>
     Value call(std::string_view method, Arguments&&... arguments) {
@@ -52,6 +56,7 @@ class zmFBConn {
   private:
     struct Adopt {};
     zmFBConn(Adopt, Value object) : object_(std::move(object)) {}
+    host::Object& object();
 
     Value object_;
 };

@@ -1,4 +1,5 @@
-/// Databases as files and servers: creating one, the private environment of the embedded engine, what the engine said.
+/// Databases as files and servers: creating one, the private environment of the embedded engine, what the
+/// engine said.
 #pragma once
 
 #include <string>
@@ -9,34 +10,36 @@ namespace zmfb {
 
 /// What a private environment of the Firebird client is made with. Paths are absolute.
 struct EnvironmentOptions {
-    std::string folder;                              ///< where it is made; created when absent
-    std::string udf_folder;                          ///< the one folder that external functions are loaded from
+    std::string folder;      ///< where it is made; created when absent
+    std::string udf_folder;  ///< the one folder that external functions are loaded from
     std::vector<std::string> external_file_folders;  ///< where external tables may have their files
     std::vector<std::string> extra_settings;         ///< further lines of firebird.conf
 };
 
-/// Makes the folder of a private environment: firebird.conf, plugins.conf, the link to the client's plugins and a lock
-/// folder. Several processes may share one database of the embedded engine in it. Returns "" or what went wrong.
-/// An environment that is there already is brought up to date, and left alone when nothing differs.
+/// Makes the folder of a private environment: firebird.conf, plugins.conf, the link to the client's plugins
+/// and a lock folder. Several processes may share one database of the embedded engine in it. Returns "" or
+/// what went wrong. An environment that is there already is brought up to date, and left alone when nothing
+/// differs.
 std::string make_environment(const EnvironmentOptions& options);
 
-/// Makes this process use it: sets FIREBIRD and FIREBIRD_LOCK. Must come before the first call of the client library.
+/// Makes this process use it: sets FIREBIRD and FIREBIRD_LOCK. Must come before the first call of the client
+/// library.
 void use_environment(const std::string& folder);
 
 /// Whether a database name has a host part ("server:/path", "server/port:/path") and so means a server.
 bool names_a_server(std::string_view database);
 
-/// Creates a database of dialect 3 without a default character set; a local file that exists is refused and left alone.
-/// Returns "" or what the engine said.
+/// Creates a database of dialect 3 without a default character set; a local file that exists is refused and
+/// left alone. Returns "" or what the engine said.
 std::string create_database(std::string_view database, std::string_view user, std::string_view password);
 
-/// Runs `script`, statements that each end with ";" at the end of a line, in `database`, each in a transaction of its
-/// own. Returns "" or what the engine said of the first that failed.
+/// Runs `script`, statements that each end with ";" at the end of a line, in `database`, each in a
+/// transaction of its own. Returns "" or what the engine said of the first that failed.
 std::string run_script(std::string_view database, std::string_view user, std::string_view password,
                        std::string_view script);
 
-/// The engine's full message, all its lines, of the last call of this library that failed in the client; "" when none
-/// did yet. Texts returned and logged by methods hold only the SQLCODE's own text.
+/// The engine's full message, all its lines, of the last call of this library that failed in the client; ""
+/// when none did yet. Texts returned and logged by methods hold only the SQLCODE's own text.
 std::string last_engine_message();
 
 }  // namespace zmfb

@@ -1,0 +1,121 @@
+#include "sql/attach.h"
+
+#include <fmt/format.h>
+
+#include "conn/log.h"
+#include "conn/methods.h"
+#include "conn/raise.h"
+#include "host/array.h"
+#include "host/compare.h"
+#include "host/text.h"
+#include "host/workarea.h"
+
+namespace zmfb::conn {
+
+using namespace host;
+
+namespace {
+
+std::string_view given(const Value& argument) {
+    return argument.is(Kind::character) ? argument.text() : std::string_view{};
+}
+
+void attach_database(Self& self, const Value& db, const Value& user, const Value& pass, const Value& role) {
+    const sql::Attachment made = sql::attach(given(db), given(user), given(pass), given(role));
+    if (made.sqlcode != 0) {
+        log_event(0, sqlcode_text(made.sqlcode, made.message));
+        return;
+    }
+    var(self, Var::bconn) = true;
+    var(self, Var::dbhndl) = made.handle;
+    log_event(0, fmt::format("[CONN] Connected to: {} Pointer DB1: {}({})", given(db), made.slot_address,
+                             static_cast<std::int64_t>(made.handle)));
+}
+
+void check_database(Self& self) {
+    if (!ask(self, "isallneededudfsinstalled")) {
+        call(self, "writelog", "[FATAL] Missing UDFs in Database.", 0);
+        raiseerror("The DataBase:; " + var(self, Var::sdbname) + "; Does not have all " +
+                   "needed UDFs installed!!");
+    }
+    const bool created =
+        ask(self, "createtableofopn") && ask(self, "createtableofflocks") && ask(self, "createtableofrlocks");
+    if (!created) {
+        call(self, "writelog", "[FATAL] Error creating system tables.", 0);
+        raiseerror("Fatal error on creating system tables. Better to Abort!");
+    }
+}
+
+}  // namespace
+
+Value init(Self& self, Args args) {
+    const Value& db = args[0];
+    const Value& user = args[1];
+    const Value& pass = args[2];
+    const Value& role = args[3];
+    if (empty(db) && empty(user) && empty(pass) && empty(role)) {
+        call(self, "setrddactive", false);
+        return {};
+    }
+    call(self, "showgreetscr");
+    var(self, Var::sdbname) = db;
+    var(self, Var::susername) = user;
+    var(self, Var::srolename) = role;
+    attach_database(self, db, user, pass, role);
+    call(self, "setfullpathdatfile");
+    if (ask(self, "isconnected")) check_database(self);
+    call(self, "hidegreetscr");
+    return {};
+}
+
+Value disconnect(Self& self, Args) {
+    const Value name = var(self, Var::sdbname);
+    call(self, "closealltables");
+    const Value handle = var(self, Var::dbhndl);
+    if (!empty(handle)) {
+        // A detach that fails is passed over: nothing is left to be done with the handle.
+        sql::detach(handle.number());
+        log_event(0, fmt::format("[EXIT] Disconnected from: {}", given(name)));
+    }
+    // dbhndl keeps its dead value: whether the object is attached is asked of isconnected, never of the
+    // handle.
+    var(self, Var::bconn) = false;
+    return {};
+}
+
+Value isconnected(Self& self, Args) { return var(self, Var::bconn); }
+
+Value getdatabasename(Self& self, Args) { return var(self, Var::sdbname); }
+
+// A work area that closes calls removealias, which replaces aaliases: the loop runs over a copy.
+Value closealltables(Self& self, Args) {
+    const Value aliases = aclone(var(self, Var::aaliases));
+    for (const Value& entry : aliases.items()) {
+        const Value alias = entry[1];
+        if (empty(alias)) continue;
+        call(self, "writelog", "[FORCED] Trying close alias: " + alias, 5);
+        dbclosearea(alias);
+    }
+    return {};
+}
+
+Value announcealias(Self& self, Args args) {
+    aadd(var(self, Var::aaliases), array_of(args[0]));
+    return {};
+}
+
+Value removealias(Self& self, Args args) {
+    const Value als = args[0];
+    const Value aliases = var(self, Var::aaliases);
+    const Value is_it = Value::block([&als](Args x) { return exactly_equal(x[0][1], als); });
+    const Value found = ascan(aliases, is_it);
+    if (!empty(found)) aliases[static_cast<std::size_t>(found.integer())][1] = Value();
+    const Value kept = Value::array_of_size(0);
+    for (const Value& entry : aliases.items()) {
+        if (!empty(entry[1])) aadd(kept, array_of(entry[1]));
+    }
+    var(self, Var::aaliases) = kept;
+    return {};
+}
+
+}  // namespace zmfb::conn

@@ -1,0 +1,38 @@
+#include "zmfbconn/connection.h"
+
+#include "conn/class.h"
+#include "conn/self.h"
+
+namespace zmfb {
+
+zmFBConn::zmFBConn(const Value& db, const Value& user, const Value& pass, const Value& role) {
+    auto* made = new host::Instance(conn::zmfbconn_class());
+    object_ = Value(made);
+    zmfb::call(*made, "init", db, user, pass, role);
+}
+
+zmFBConn zmFBConn::of(const Value& object) { return {Adopt{}, object}; }
+
+host::Object& zmFBConn::object() {
+    if (object_.object() == nullptr) object_ = Value(new host::Instance(conn::zmfbconn_class()));
+    return *object_.object();
+}
+
+Value zmFBConn::call_with(std::string_view method, Args args) { return object().send(method, args); }
+
+bool zmFBConn::isconnected() { return call_with("isconnected", Args()).logical(); }
+
+Value zmFBConn::get(std::string_view property) { return object().get(property); }
+
+void zmFBConn::set(std::string_view property, const Value& value) { object().set(property, value); }
+
+std::size_t method_count() { return conn::zmfbconn_class().methods().size(); }
+
+MethodRow method_row(std::size_t index) {
+    const host::Method& row = conn::zmfbconn_class().methods()[index];
+    return {row.name, row.parameters, host::kind_name(row.kind), row.help};
+}
+
+std::string_view library_version() { return ZMFB_VERSION; }
+
+}  // namespace zmfb

@@ -1,0 +1,36 @@
+#include <array>
+#include <cstddef>
+
+#include "conn/log.h"
+#include "conn/methods.h"
+#include "conn/raise.h"
+#include "host/text.h"
+
+namespace zmfb::conn {
+
+using namespace host;
+
+Value nomethod(Self& self, Args args) {
+    const Value& meth = args[0];
+    call(self, "writelog", "[ERROR] Meth: " + meth + " does not exist inside zmFBConn", 0);
+    raiseerror("zmFBConn has no Method named: " + meth);
+    return {};
+}
+
+Value evalmeth(Self& self, Args args) {
+    constexpr std::size_t passed = 5;
+    const Value& param = args[1];
+    const std::size_t count = !empty(param) && param.is(Kind::array) ? param.size() : 0;
+    std::array<Value, passed> arguments;
+    for (std::size_t k = 0; k < passed; ++k) arguments[k] = k < count ? param[k + 1] : Value("");
+    return self.send(args[0].text(), Args(arguments));
+}
+
+Value axit(Self& self, Args) {
+    const Value text = "[GONE] Class: zmFBConn no longer exists. DB: " + var(self, Var::sdbname);
+    log_event(0, text.text());
+    if (ask(self, "isconnected")) call(self, "disconnect");
+    return true;
+}
+
+}  // namespace zmfb::conn

@@ -1,0 +1,80 @@
+#include "conn/methods.h"
+#include "host/compare.h"
+#include "host/file.h"
+#include "host/number.h"
+#include "host/text.h"
+#include "host/workarea.h"
+
+namespace zmfb::conn {
+
+using namespace host;
+
+namespace {
+
+constexpr std::string_view driver_name = "ZMRDDFIRE";
+constexpr int default_skip_mode = 1;
+constexpr int highest_skip_mode = 2;
+constexpr int default_skip_cache_size = 11;
+
+}  // namespace
+
+Value savepreviousrdd(Self& self, Args) {
+    var(self, Var::previousrd) = rddsetdefault();
+    rddsetdefault(driver_name);
+    return {};
+}
+
+Value restorepreviousrdd(Self& self, Args) {
+    rddsetdefault(var(self, Var::previousrd));
+    return {};
+}
+
+Value setibrdd(Self& self, Args) {
+    if (!ask(self, "isconnected")) return false;
+    rddsetdefault(driver_name);
+    return true;
+}
+
+Value setrddactive(Self& self, Args args) {
+    var(self, Var::brddativo) = args[0];
+    return {};
+}
+
+Value isrddactive(Self& self, Args) { return var(self, Var::brddativo); }
+
+Value isfirebirdarea(Self&, Args args) {
+    const Value area = dbobject(args[0]);
+    if (area.object() == nullptr) return false;
+    return exactly_equal(upper(area.object()->get("rddname")), driver_name);
+}
+
+Value setfullpathdatfile(Self& self, Args args) {
+    return var(self, Var::sfullpathd) = !empty(args[0]) ? args[0] : tempfilename("/tmp", "zmrdd") + ".dat";
+}
+
+Value getfullpathdatfile(Self& self, Args) { return var(self, Var::sfullpathd); }
+
+// Unlike the cache size, a mode of 0 is a valid one: NIL is asked for here, not EMPTY.
+Value setglbskipmode(Self& self, Args args) {
+    const Value& vl = args[0];
+    const bool kept = !vl.is_nil() && !less(vl, 0) && !less(highest_skip_mode, vl);
+    Value& mode = var(self, Var::iglbskmode) = kept ? vl : Value(default_skip_mode);
+    call(self, "writelog",
+         "[SET] Global SkipMode now is: " + alltrim(str(mode)) + " for: " + var(self, Var::sdbname), 6);
+    return {};
+}
+
+Value getglbskipmode(Self& self, Args) { return var(self, Var::iglbskmode); }
+
+Value setglbskipcachesize(Self& self, Args args) {
+    const Value& sz = args[0];
+    const bool kept = !empty(sz) && !less(sz, 0);
+    Value& size = var(self, Var::iglbskchsz) = kept ? sz : Value(default_skip_cache_size);
+    call(self, "writelog",
+         "[SET] Global SkipCacheSize now is: " + alltrim(str(size)) + " for: " + var(self, Var::sdbname), 6);
+    return {};
+}
+
+Value getglbskipcachesize(Self& self, Args) { return var(self, Var::iglbskchsz); }
+
+}  // namespace zmfb::conn
