@@ -1,12 +1,17 @@
 /// Operations on arrays. Arrays are references: an operation changes the array that every holder sees.
 #pragma once
 
+#include <cstddef>
+
 #include "host/value.h"
 
 namespace zmfb::host {
 
-/// ARRAY(n [, m...]): nested arrays of NIL; NIL when a dimension is no number; a negative one raises a bound
-/// error.
+/// The greatest number of elements that ARRAY makes.
+inline constexpr std::size_t max_array_size = std::size_t{1} << 26;
+
+/// ARRAY(n [, m...]): nested arrays of NIL; NIL when a dimension is no number or there is none; a negative
+/// one, or more than max_array_size elements in all, raises a bound error (1131).
 Value array(const Value& size);
 Value array(Args dimensions);
 /// AADD(a, x): appends and returns `x`; raises an argument error (1123) when `a` is no array.
@@ -18,7 +23,8 @@ Value ascan(const Value& a, const Value& x, const Value& start = {}, const Value
 /// grows. Returns `target`, NIL when either is no array.
 Value acopy(const Value& source, const Value& target, const Value& start = {}, const Value& count = {},
             const Value& target_start = {});
-/// ACLONE(a): a copy with its nested arrays copied too; NIL when `a` is no array.
+/// ACLONE(a): a copy with its nested arrays copied too, one copy for each array however often it occurs; NIL
+/// when `a` is no array.
 Value aclone(const Value& a);
 
 }  // namespace zmfb::host

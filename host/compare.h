@@ -15,8 +15,12 @@ bool exactly_equal(const Value& a, const Value& b);
 bool equal(const Value& a, const Value& b);
 /// `a` != `b`: NOT (`a` = `b`).
 bool unequal(const Value& a, const Value& b);
-/// `a` < `b`: over the length of `b` when SET EXACT is off; .F. < .T.; the empty date comes first.
+/// `a` < `b`, `a` <= `b`, `a` > `b`, `a` >= `b`: texts in byte order, equal where = says so; .F. < .T.; the
+/// empty date comes first. NIL has no order: it raises.
 bool less(const Value& a, const Value& b);
+bool less_or_equal(const Value& a, const Value& b);
+bool greater(const Value& a, const Value& b);
+bool greater_or_equal(const Value& a, const Value& b);
 
 /// SET EXACT.
 bool set_exact();

@@ -27,8 +27,10 @@ Value dtos(const Value& d);
 /// DTOC(d): by SET DATE; the empty date keeps its separators between blanks. Not a date: argument error
 /// (1118).
 Value dtoc(const Value& d);
-/// CTOD(s): by the order of SET DATE, any separators; the empty date when it is none.
+/// CTOD(s): by the order of SET DATE, any separators; a year of two digits by SET EPOCH. The empty date when
+/// it is none. Not a text: argument error (1119).
 Value ctod(const Value& s);
+/// YEAR, MONTH, DAY: 0 for the empty date; shown in 5, 3 and 3 columns. Not a date: argument error.
 Value year(const Value& d);
 Value month(const Value& d);
 Value day(const Value& d);

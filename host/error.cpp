@@ -96,6 +96,11 @@ void bound_error(Subcode subcode, const Value& array, std::size_t index) {
     raise(error);
 }
 
+Value string_overflow(std::string_view operation) {
+    return runtime_error(GenCode::string_overflow, Subcode::string_overflow,
+                         "String overflow: " + std::string(operation));
+}
+
 Value runtime_error(GenCode code, Subcode subcode, std::string_view description) {
     return raise(make_error(code, subcode, description));
 }

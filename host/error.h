@@ -44,6 +44,9 @@ enum class Subcode : int {
     equal = 1071,
     unequal = 1072,
     less = 1073,
+    less_or_equal = 1074,
+    greater = 1075,
+    greater_or_equal = 1076,
     plus = 1081,
     minus = 1082,
     times = 1083,
@@ -62,6 +65,9 @@ enum class Subcode : int {
     contained = 1109,
     substr = 1110,
     len = 1111,
+    year = 1112,
+    month = 1113,
+    day = 1114,
     dtos = 1120,
     dtoc = 1118,
     ctod = 1119,
@@ -70,8 +76,12 @@ enum class Subcode : int {
     aadd = 1123,
     left = 1124,
     strtran = 1126,
-    alltrim = 2022,
+    string_overflow = 1234,
+    zero_divide = 1340,
+    strpeek = 2006,
+    set = 2020,
     file = 2021,
+    alltrim = 2022,
 };
 
 /// ERRORNEW(): an error object with the fields args, candefault, canretry, cansubstitute, cargo, description,
@@ -89,8 +99,13 @@ Value raise(const Value& error);
 /// Raises "Argument error: <operation>" (gencode 1, severity 2, subsystem BASE, cansubstitute), with `args`
 /// as the operation's arguments. Returns what the handler returns, which is the operation's result then.
 Value argument_error(Subcode subcode, std::string_view operation, std::span<const Value> args);
+inline Value argument_error(Subcode subcode, std::string_view operation, std::initializer_list<Value> args) {
+    return argument_error(subcode, operation, std::span<const Value>(args.begin(), args.size()));
+}
 /// Raises "Bound error: array access" for `index` of `array`.
 void bound_error(Subcode subcode, const Value& array, std::size_t index);
+/// Raises "String overflow: <operation>" (gencode 3): the text asked for is longer than a text may be.
+Value string_overflow(std::string_view operation);
 /// Raises a runtime error of another class; `description` is its text.
 Value runtime_error(GenCode code, Subcode subcode, std::string_view description);
 

@@ -5,10 +5,17 @@
 
 namespace zmfb::host {
 
-/// STR(n [, length [, decimals]]): right-aligned text. One argument: the columns of the number's picture
-/// (ten, and its decimals, when it has none). Two: no decimals, rounded half away from zero. A length below 1
-/// counts as 10; what does not fit becomes asterisks. A length or decimals that is given but no number raises
-/// an argument error (1099).
+/// The picture of a computed number: ten columns for the whole part, twenty beyond 9999999999 or below
+/// -999999999, and the point and decimals, if any.
+Picture computed_picture(double number, int decimals);
+/// The picture that the number `n` shows with: its own; for one without, that of a computed number with as
+/// many decimals as it takes to show it, up to 15.
+Picture shown_picture(const Value& n);
+
+/// STR(n [, length [, decimals]]): right-aligned text. One argument: the columns of shown_picture(). Two: no
+/// decimals, rounded half away from zero. A length below 1 counts as 10, decimals below 0 as none; what does
+/// not fit becomes asterisks. A length or decimals that is given but no number raises an argument error
+/// (1099). Sixteen digits count, those after them show as 0.
 Value str(const Value& n);
 Value str(const Value& n, const Value& length);
 Value str(const Value& n, const Value& length, const Value& decimals);
@@ -16,15 +23,19 @@ Value str(const Value& n, const Value& length, const Value& decimals);
 Value strzero(const Value& n);
 Value strzero(const Value& n, const Value& length);
 Value strzero(const Value& n, const Value& length, const Value& decimals);
-/// VAL(s): the leading number of a text, without exponents; 0 when there is none.
+/// VAL(s): the leading number of a text, without exponents; 0 when there is none. Its picture has the columns
+/// of the text: as many decimals as characters follow the first point.
 Value val(const Value& s);
 
-/// ABS(n), INT(n) (cut toward zero).
+/// ABS(n), INT(n) (cut toward zero); INT has no decimals.
 Value abs(const Value& n);
 Value integer_part(const Value& n);
-/// `a` * `b` and `a` / `b`; dividing by zero raises a zero-divide error and gives 0.
+/// `a` * `b` (decimals: the sum of both) and `a` / `b` (decimals: none when whole numbers divide exactly,
+/// else SET DECIMALS). Dividing by zero raises a zero-divide error (1340) and gives the number the handler
+/// returned, or 0.
 Value times(const Value& a, const Value& b);
 Value divide(const Value& a, const Value& b);
+/// -`n`.
 Value negate(const Value& n);
 
 /// BIN2I(s), BIN2L(s): signed little-endian 16 and 32 bits; missing bytes count as 0; 0 for another kind.

@@ -4,12 +4,19 @@
 /// what the error handler returned.
 #pragma once
 
+#include <cstddef>
+
 #include "host/value.h"
 
 namespace zmfb::host {
 
+/// The greatest number of bytes that a text grows to, and that one is filled to by a length asked for. Beyond
+/// these an operation raises "String overflow" (1234) and allocates nothing.
+inline constexpr std::size_t max_text_size = 0x7FFF'FFFF;
+inline constexpr std::size_t max_filled_size = std::size_t{256} << 20;
+
 /// `a` + `b`: joins two texts; adds two numbers (decimals: the larger of both); adds days to a date. Other
-/// pairs raise an argument error (1081).
+/// pairs raise an argument error (1081). A date that leaves the calendar becomes the empty date.
 Value operator+(const Value& a, const Value& b);
 Value operator+(Value&& a, const Value& b);
 /// `a` - `b`: for texts the trailing blanks of `a` move to the end; numbers; date minus days; date minus date
@@ -25,8 +32,8 @@ Value ltrim(const Value& s);
 Value trim(const Value& s);
 Value alltrim(const Value& s);
 
-/// SUBSTR(s, start [, count]): `start` 0 counts as 1, a negative one from the end. LEFT, RIGHT: RIGHT of a
-/// wrong kind is "" without an error.
+/// SUBSTR(s, start [, count]): `start` 0 counts as 1, a negative one from the end; a NIL `count` is all the
+/// rest. LEFT, RIGHT: RIGHT of a wrong kind is "" without an error.
 Value substr(const Value& s, const Value& start);
 Value substr(const Value& s, const Value& start, const Value& count);
 Value left(const Value& s, const Value& count);
@@ -41,7 +48,8 @@ bool contained(const Value& sub, const Value& s);
 
 /// STRTRAN(s, search [, replace [, start [, count]]]): replaces occurrences left to right, from occurrence
 /// `start` on and at most `count` of them; what was put in is not searched again. An empty `search` changes
-/// nothing.
+/// nothing, nor does a `count` below 1; a `start` below 1 counts as 1. The three last are ignored when they
+/// are of another kind.
 Value strtran(const Value& s, const Value& search, const Value& replace = {}, const Value& start = {},
               const Value& count = {});
 
@@ -49,7 +57,8 @@ Value strtran(const Value& s, const Value& search, const Value& replace = {}, co
 /// of `fill` (blank). Numbers and dates become their texts first; any other kind gives "".
 Value padr(const Value& value, const Value& length, const Value& fill = {});
 Value padl(const Value& value, const Value& length, const Value& fill = {});
-/// SPACE(n), REPLICATE(s, n): nothing for n below 1. A size beyond 2 GB raises "string overflow" (1234).
+/// SPACE(n), REPLICATE(s, n): nothing for n below 1. As with PADR and PADL, a size beyond max_filled_size
+/// overflows.
 Value space(const Value& n);
 Value replicate(const Value& s, const Value& n);
 
