@@ -1,4 +1,5 @@
 #include "conn/unbuilt.h"
+
 #include "sql/methods.h"
 
 namespace zmfb::sql {

@@ -1,0 +1,88 @@
+#include "zmfbconn/database.h"
+
+#include <utility>
+#include <vector>
+
+#include "sql/attach.h"
+#include "sql/client.h"
+#include "sql/parameter_block.h"
+#include "sql/state.h"
+#include "sql/transaction.h"
+
+namespace zmfb {
+
+namespace {
+
+constexpr char dialect_item[] = {isc_dpb_sql_dialect, 1, SQL_DIALECT_V6};
+// A statement in a transaction of its own; returns the SQLCODE.
+int run_statement(isc_db_handle database, const std::string& statement) {
+    sql::Transaction transaction(database, sql::batch_block);
+    int code = transaction.start_code();
+    if (code >= 0) code = transaction.execute(statement.c_str());
+    if (code >= 0) code = transaction.commit();
+    return code;
+}
+
+std::string_view without_blanks(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n";
+    const std::size_t first = text.find_first_not_of(blanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+std::vector<std::string> statements_of(std::string_view script) {
+    std::vector<std::string> statements;
+    std::string statement;
+    while (!script.empty()) {
+        const std::size_t end = script.find('\n');
+        const std::string_view line = without_blanks(script.substr(0, end));
+        script.remove_prefix(end == std::string_view::npos ? script.size() : end + 1);
+        if (line.empty() || line.starts_with("--")) continue;
+        if (!statement.empty()) statement += '\n';
+        statement += line;
+        if (line.ends_with(';')) {
+            statement.pop_back();
+            statements.push_back(std::exchange(statement, {}));
+        }
+    }
+    if (!statement.empty()) statements.push_back(statement);
+    return statements;
+}
+
+}  // namespace
+
+bool names_a_server(std::string_view database) {
+    const std::size_t colon = database.find(':');
+    return colon != std::string_view::npos && colon > 0 && colon + 1 < database.size();
+}
+
+std::string create_database(std::string_view database, std::string_view user, std::string_view password) {
+    if (const char* reason = sql::objection_to(database, user, password, "")) return reason;
+    const sql::ParameterBlock block(user, password, "");
+    std::string items = block.bytes();
+    items.append(dialect_item, sizeof dialect_item);
+    isc_db_handle handle{};
+    ISC_STATUS* const status = sql::state().status;
+    sql::client().create_database(status, std::string(database).c_str(), &handle,
+                                  static_cast<short>(items.size()), items.data());
+    if (sql::sqlcode() < 0) return last_engine_message();
+    sql::client().detach_database(status, &handle);
+    return sql::sqlcode() < 0 ? last_engine_message() : "";
+}
+
+std::string run_script(std::string_view database, std::string_view user, std::string_view password,
+                       std::string_view script) {
+    const sql::Attachment attached = sql::attach(database, user, password, "");
+    if (attached.sqlcode != 0) return last_engine_message();
+    std::string failure;
+    for (const std::string& statement : statements_of(script)) {
+        if (run_statement(sql::handle_of(attached.handle), statement) < 0) {
+            failure = last_engine_message();
+            break;
+        }
+    }
+    sql::detach(attached.handle);
+    return failure;
+}
+
+}  // namespace zmfb

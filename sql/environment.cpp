@@ -1,0 +1,109 @@
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <system_error>
+
+#include "zmfbconn/database.h"
+
+namespace zmfb {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view plugin_configuration =
+    "# Firebird plugins of a private environment: the defaults\n";
+
+// The client's plugins lie beside its library: <library folder>/firebird/<version>/plugins where a
+// distribution installs it, <library folder>/../plugins where Firebird's own installer does.
+std::optional<fs::path> plugin_folder() {
+    Dl_info info{};
+    void* const symbol = dlsym(RTLD_DEFAULT, "isc_attach_database");
+    if (symbol == nullptr || dladdr(symbol, &info) == 0) return std::nullopt;
+    std::error_code ignored;
+    const fs::path library = fs::canonical(info.dli_fname, ignored).parent_path();
+    for (const auto& version : fs::directory_iterator(library / "firebird", ignored)) {
+        if (fs::is_directory(version.path() / "plugins", ignored)) return version.path() / "plugins";
+    }
+    if (fs::is_directory(library.parent_path() / "plugins", ignored))
+        return library.parent_path() / "plugins";
+    return std::nullopt;
+}
+
+// A path that firebird.conf cannot carry: it separates with ";", comments with "#" and fills in "$(...)".
+bool unusable(std::string_view path) {
+    return !path.starts_with('/') || path.find_first_of(";#\"\n\r") != std::string_view::npos ||
+           path.find("$(") != std::string_view::npos;
+}
+
+std::string configuration(const EnvironmentOptions& options) {
+    std::string text = "# Firebird settings of a private environment\nServerMode = SuperClassic\n";
+    if (!options.udf_folder.empty()) text += "UdfAccess = Restrict " + options.udf_folder + "\n";
+    if (!options.external_file_folders.empty()) {
+        text += "ExternalFileAccess = Restrict ";
+        for (const std::string& folder : options.external_file_folders) {
+            if (&folder != &options.external_file_folders.front()) text += ';';
+            text += folder;
+        }
+        text += '\n';
+    }
+    for (const std::string& line : options.extra_settings) text += line + "\n";
+    return text;
+}
+
+// Written under another name first, so that a process that reads the file meanwhile never finds half of it.
+std::string write_when_different(const fs::path& file, std::string_view content) {
+    std::ifstream present(file, std::ios::binary);
+    if (present && std::string(std::istreambuf_iterator<char>(present), {}) == content) return "";
+    const fs::path fresh = file.string() + "." + std::to_string(getpid());
+    std::ofstream out(fresh, std::ios::binary);
+    out << content;
+    out.close();
+    std::error_code error;
+    if (out) fs::rename(fresh, file, error);
+    return out && !error ? "" : "cannot write " + file.string();
+}
+
+std::string link_plugins(const fs::path& link) {
+    const std::optional<fs::path> target = plugin_folder();
+    if (!target) return "cannot find the plugin folder of the Firebird client library";
+    std::error_code error;
+    if (fs::read_symlink(link, error) == *target) return "";
+    fs::remove(link, error);
+    fs::create_directory_symlink(*target, link, error);
+    // Another process may have made it in between.
+    if (error && fs::read_symlink(link, error) != *target) return "cannot make the link " + link.string();
+    return "";
+}
+
+}  // namespace
+
+std::string make_environment(const EnvironmentOptions& options) {
+    if (unusable(options.folder)) return "not usable as the folder of an environment: " + options.folder;
+    if (!options.udf_folder.empty() && unusable(options.udf_folder)) {
+        return "not usable as a folder of external functions: " + options.udf_folder;
+    }
+    for (const std::string& folder : options.external_file_folders) {
+        if (unusable(folder)) return "not usable as a folder of external files: " + folder;
+    }
+    const fs::path folder = options.folder;
+    std::error_code error;
+    fs::create_directories(folder / "lock", error);
+    if (error) return "cannot make the folder " + (folder / "lock").string() + ": " + error.message();
+    std::string failure = write_when_different(folder / "firebird.conf", configuration(options));
+    if (failure.empty()) failure = write_when_different(folder / "plugins.conf", plugin_configuration);
+    if (failure.empty()) failure = link_plugins(folder / "plugins");
+    return failure;
+}
+
+void use_environment(const std::string& folder) {
+    setenv("FIREBIRD", folder.c_str(), 1);
+    setenv("FIREBIRD_LOCK", (folder + "/lock").c_str(), 1);
+}
+
+}  // namespace zmfb

@@ -1,0 +1,32 @@
+#include "sql/parameter_block.h"
+
+#include "sql/client.h"
+
+namespace zmfb::sql {
+
+namespace {
+
+constexpr std::size_t item_limit = 255;
+
+}  // namespace
+
+const char* objection_to(std::string_view database, std::string_view user, std::string_view password,
+                         std::string_view role) {
+    for (const std::string_view text : {database, user, password, role}) {
+        if (text.find('\0') != std::string_view::npos)
+            return "The database name or a credential holds a zero byte";
+    }
+    if (user.size() > item_limit) return "The user name is longer than 255 bytes";
+    if (password.size() > item_limit) return "The password is longer than 255 bytes";
+    if (role.size() > item_limit) return "The role name is longer than 255 bytes";
+    return nullptr;
+}
+
+ParameterBlock::ParameterBlock(std::string_view user, std::string_view password, std::string_view role) {
+    client().expand_dpb(&block_, &size_, std::string(user).c_str(), std::string(password).c_str(),
+                        std::string(role).c_str());
+}
+
+ParameterBlock::~ParameterBlock() { client().free_block(block_); }
+
+}  // namespace zmfb::sql

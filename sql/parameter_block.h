@@ -1,0 +1,32 @@
+/// What an attachment is asked for with: database name and credentials, and the client's parameter block of
+/// them.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zmfb::sql {
+
+/// Why these cannot be handed to the client whole, or a null pointer: it takes texts that end at a zero byte,
+/// and credentials of at most 255 bytes.
+const char* objection_to(std::string_view database, std::string_view user, std::string_view password,
+                         std::string_view role);
+
+/// A parameter block of user, password and role, which must have passed objection_to(); no character set.
+class ParameterBlock {
+  public:
+    ParameterBlock(std::string_view user, std::string_view password, std::string_view role);
+    ParameterBlock(const ParameterBlock&) = delete;
+    ParameterBlock& operator=(const ParameterBlock&) = delete;
+    ~ParameterBlock();
+
+    [[nodiscard]] const char* data() const { return block_; }
+    [[nodiscard]] short size() const { return size_; }
+    [[nodiscard]] std::string bytes() const { return {block_, static_cast<std::size_t>(size_)}; }
+
+  private:
+    char* block_ = nullptr;
+    short size_ = 0;
+};
+
+}  // namespace zmfb::sql

@@ -1,0 +1,115 @@
+#include "sql/state.h"
+
+#include <cstdint>
+#include <type_traits>
+
+#include "conn/log.h"
+#include "zmfbconn/database.h"
+
+namespace zmfb {
+
+namespace {
+
+std::string& kept_message() {
+    static std::string message;
+    return message;
+}
+
+void keep_message(const ISC_STATUS* status) {
+    std::string message;
+    char line[1024];
+    while (sql::client().interpret(line, sizeof line, &status) != 0) {
+        if (!message.empty()) message += '\n';
+        message += line;
+    }
+    kept_message() = message;
+}
+
+}  // namespace
+
+std::string last_engine_message() { return kept_message(); }
+
+namespace sql {
+
+namespace {
+
+constexpr std::uint32_t no_handle = 0xFFFFFFFF;
+constexpr int invalid_token = -104;
+
+template <class Handle>
+std::uint32_t bits_of(Handle handle) {
+    if constexpr (std::is_pointer_v<Handle>) {
+        return static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(handle));
+    } else {
+        return handle;
+    }
+}
+
+template <class Handle>
+Handle from_bits(std::uint32_t bits) {
+    if constexpr (std::is_pointer_v<Handle>) {
+        return reinterpret_cast<Handle>(static_cast<std::uintptr_t>(bits));
+    } else {
+        return bits;
+    }
+}
+
+}  // namespace
+
+ClassState& state() {
+    static ClassState shared;
+    return shared;
+}
+
+double number_of(isc_db_handle handle) { return bits_of(handle); }
+
+isc_db_handle handle_of(double number) {
+    if (number == 0) return from_bits<isc_db_handle>(0);
+    const bool possible = number >= 1 && number < static_cast<double>(no_handle);
+    return from_bits<isc_db_handle>(possible ? static_cast<std::uint32_t>(number) : no_handle);
+}
+
+isc_db_handle handle_of(Self& self) {
+    const Value& handle = var(self, Var::dbhndl);
+    return handle_of(handle.is(host::Kind::numeric) ? handle.number() : 0);
+}
+
+int sqlcode() {
+    const ISC_STATUS* const status = state().status;
+    const int code = client().sqlcode(status);
+    if (code < 0) keep_message(status);
+    return code;
+}
+
+std::string sqlcode_message(int sqlcode) {
+    char message[256] = {};
+    client().sql_interprete(sqlcode, message, sizeof message);
+    message[sizeof message - 1] = '\0';
+    return message;
+}
+
+std::string log_failure(int sqlcode) {
+    std::string text = conn::sqlcode_text(sqlcode, sqlcode_message(sqlcode));
+    conn::log_event(1, text);
+    return text;
+}
+
+int refuse(int sqlcode, const char* reason) {
+    const ISC_STATUS refusal[] = {
+        isc_arg_gds, isc_sqlerr, isc_arg_number, sqlcode,
+        isc_arg_gds, isc_random, isc_arg_string, reinterpret_cast<ISC_STATUS>(reason),
+        isc_arg_end};
+    ISC_STATUS* slot = state().status;
+    for (const ISC_STATUS part : refusal) *slot++ = part;
+    keep_message(state().status);
+    return sqlcode;
+}
+
+int refuse_zero_byte(std::string_view statement) {
+    if (statement.find('\0') == std::string_view::npos) return 0;
+    return refuse(invalid_token, "The statement holds a zero byte");
+}
+
+}  // namespace sql
+
+}  // namespace zmfb

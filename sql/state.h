@@ -1,0 +1,46 @@
+/// What all objects of the process share: the status vector, the database handle slot and the batch
+/// transaction; and how a failure of the client becomes a text.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "conn/self.h"
+#include "sql/client.h"
+
+namespace zmfb::sql {
+
+struct ClassState {
+    ISC_STATUS status[ISC_STATUS_LENGTH] = {};
+    isc_db_handle slot = 0;  ///< holds a handle only while attaching
+    isc_tr_handle batch = 0;
+    isc_db_handle batch_database = 0;  ///< the handle that the batch was opened with
+};
+
+ClassState& state();
+
+/// A handle as the number that objects keep it as. The client's handles are numbers of at most 32 bits, also
+/// where they are declared as pointers.
+double number_of(isc_db_handle handle);
+/// The handle of such a number: 0 for 0, a handle that the client refuses for a number that no handle can
+/// have.
+isc_db_handle handle_of(double number);
+/// The handle in the object's `dbhndl`; 0 when that was assigned something that is no number.
+isc_db_handle handle_of(Self& self);
+
+/// The SQLCODE of the status vector. For a failure the engine's whole message is kept for
+/// last_engine_message().
+int sqlcode();
+/// Firebird's text for an SQLCODE, at most 255 bytes.
+std::string sqlcode_message(int sqlcode);
+/// Logs "[ERROR] SQLCODE=%d (%s)" at level 1 and returns it.
+std::string log_failure(int sqlcode);
+
+/// Makes the status vector say that a call was not made: `sqlcode`, with `reason` (a literal) as the engine's
+/// message. Returns `sqlcode`.
+int refuse(int sqlcode, const char* reason);
+/// Refuses, with the SQLCODE of an invalid token, a statement that could not reach the engine whole because
+/// of a zero byte in it; 0 when there is none.
+int refuse_zero_byte(std::string_view statement);
+
+}  // namespace zmfb::sql
