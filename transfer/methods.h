@@ -5,13 +5,43 @@
 
 namespace zmfb::transfer {
 
+/// bringdbf(dbfname): imports a DBF file into a new driver table, named like the file up to its first dot, in
+/// upper case. Answers .T. when the table was made and filled; .F., with nothing raised, for an empty
+/// `dbfname`.
+///
+/// The records go by way of the data file (getfullpathdatfile), which is left on disk, and of the external
+/// table "EXT_" + table over it. Deleted records come along. Blank numbers arrive as 0, dates that are none
+/// as NULL. A file that holds fewer records than it counts gives those it holds, what is missing of the last
+/// one as blanks.
+///
+/// Logged at level 4: a line with the sizes; a warning when the header has no terminator; a table that exists
+/// already. Raised: a file that cannot be opened, that has a memo, that is no DBF (another type, a header
+/// that is not all there, records too short for their fields); a table or an external table that exists; a
+/// data file that cannot be made or not be written whole; a copy that the database refused; and what
+/// createtable, createtableexternal, droptrigger and droponlytable raise. A trigger that cannot be made is
+/// not raised.
+///
+/// Nothing is undone on failure. The DBF file stays open after the memo's refusal, after an existing table,
+/// and after any failure between the making of the table and the copy; what was made by then stays in the
+/// database.
 Value bringdbf(Self& self, Args args);
 Value exiletable(Self& self, Args args);
+/// fclsfile(handle): unlocks and closes; a negative handle is ignored. NIL.
 Value fclsfile(Self& self, Args args);
+/// fcrtfile(name): the handle of a new, empty file, -1 when it cannot be made (host/file.h tells why).
 Value fcrtfile(Self& self, Args args);
+/// fopnfile(name [, mode]): the handle of a file opened by mode "r" (the default) for reading, by "rw" for
+/// reading and writing with the whole file locked; -1 when it cannot be opened or the mode is another.
+///
+/// A lock is tried seven times, half a second apart. One that was not had within the first five tries leaves
+/// the file closed; the handle returned is then one that is no longer open.
 Value fopnfile(Self& self, Args args);
+/// getfilename(path): what stands behind the last "/".
 Value getfilename(Self& self, Args args);
+/// removefilenameext(name): what stands before the first ".", which is nothing for a name that begins with
+/// one.
 Value removefilenameext(Self& self, Args args);
+/// removezerobytes(line): what stands before the first zero byte.
 Value removezerobytes(Self& self, Args args);
 
 /// Ordered by name.

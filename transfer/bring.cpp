@@ -1,0 +1,210 @@
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "conn/log.h"
+#include "conn/raise.h"
+#include "host/file.h"
+#include "host/text.h"
+#include "transfer/data_file.h"
+#include "transfer/dbf_header.h"
+#include "transfer/methods.h"
+#include "transfer/record_conversion.h"
+
+namespace zmfb::transfer {
+
+namespace {
+
+using conn::raiseerror;
+using host::array_of;
+using host::empty;
+using host::operator""_l1;
+
+constexpr std::string_view null_dates_trigger =
+    "CREATE TRIGGER T_@@TRIGGERNAME FOR @@TABLENAME ACTIVE BEFORE INSERT POSITION 0 AS BEGIN   @@IFS END ";
+constexpr std::string_view null_date =
+    "IF ( NEW.@@DATEFIELD = '0001-01-01' ) THEN   NEW.@@DATEFIELD = NULL;  @@IFS";
+constexpr std::string_view copy_rows = "INSERT INTO @@TABLENAME SELECT @@COLUMNS FROM @@EXTTABLE";
+constexpr int import_log_level = 4;
+
+// One import on its way. Each step answers whether the next one may run; one that says no has reported why.
+//
+// The DBF file is closed where a step says so and stays open on every other way out: after the memo's
+// refusal, after a table that exists already, and once the table is made, after everything that fails before
+// the copy.
+struct Import {
+    Self& self;
+    const Value& dbfname;
+    Value dbf = {};
+    DbfHeader header = {};
+    std::vector<DbfField> fields = {};
+    Value structure = {};
+    Value table = {};
+
+    bool open();
+    bool read_header();
+    bool read_fields();
+    void make_structure();
+    bool make_table();
+    bool write_data();
+    bool make_external_table();
+    bool make_null_dates_trigger();
+    bool copy();
+
+    bool refuse_as_no_dbf();
+    [[nodiscard]] Value external_table() const { return "EXT_" + table; }
+    [[nodiscard]] Value null_dates_name() const { return table + "_NULLDATES"; }
+    [[nodiscard]] bool has_dates() const;
+    // Up to `size` bytes of the DBF file from `offset` on, as many as it has.
+    [[nodiscard]] std::string read(std::int64_t offset, std::size_t size) const;
+};
+
+std::string Import::read(std::int64_t offset, std::size_t size) const {
+    host::fseek(dbf, offset);
+    Value buffer = Value::text_of_size(size);
+    const auto got = static_cast<std::size_t>(host::fread(dbf, buffer, size).integer());
+    return std::string(buffer.text().substr(0, got));
+}
+
+bool Import::refuse_as_no_dbf() {
+    raiseerror("Não é um DBF; Arquivo: "_l1 + dbfname);
+    host::fclose(dbf);
+    return false;
+}
+
+bool Import::open() {
+    dbf = host::fopen(dbfname, 0);
+    if (dbf.number() > 0) return true;
+    raiseerror("Arquivo não encontrado; Arquivo: "_l1 + dbfname);
+    return false;
+}
+
+bool Import::read_header() {
+    const std::optional<DbfHeader> found = read_dbf_header(read(0, dbf_header_bytes));
+    if (found && found->type == dbf_with_memo) {
+        raiseerror("Arquivos .dbt e memo não suportados"_l1);
+        return false;
+    }
+    if (!found || found->type != dbf_plain) return refuse_as_no_dbf();
+    header = *found;
+    return true;
+}
+
+bool Import::read_fields() {
+    const std::string descriptors = read(dbf_descriptors_start, header.descriptor_bytes());
+    conn::log_event(
+        import_log_level,
+        fmt::format("[BRING] Bringing to Heaven DBF: {} #Records: {} #Fields: {} FileSz: {} bytes "
+                    "RecSz: {} bytes Starting at {}",
+                    dbfname.text(), header.records, header.fields, header.file_size(), header.record_length,
+                    header.start));
+    if (!has_dbf_terminator(header, descriptors)) {
+        call(self, "writelog",
+             "[WARN] Possible DBF header corruption or not a FlagShip native DBF! File:" + dbfname,
+             import_log_level);
+    }
+    std::optional<std::vector<DbfField>> found = read_dbf_fields(header, descriptors);
+    if (!found || !record_holds_fields(header, *found)) return refuse_as_no_dbf();
+    fields = std::move(*found);
+    return true;
+}
+
+void Import::make_structure() {
+    structure = array_of();
+    for (const DbfField& field : fields) {
+        structure.push(array_of(call(self, "removezerobytes", host::upper(field.name)),
+                                std::string_view(&field.type, 1), field.length, field.decimals));
+    }
+    table = host::upper(call(self, "removefilenameext", call(self, "getfilename", dbfname)));
+}
+
+bool Import::make_table() {
+    if (ask(self, "istable", table)) {
+        call(self, "writelog", "[ERROR] Table already exists. Table: " + table, import_log_level);
+        raiseerror("A tabela já existe; Tabela: "_l1 + table);
+        return false;
+    }
+    if (ask(self, "createtable", table, structure)) return true;
+    host::fclose(dbf);
+    return false;
+}
+
+bool Import::write_data() {
+    host::fseek(dbf, header.start);
+    const Value dat = host::fcreate(call(self, "getfullpathdatfile"), data_file_permissions);
+    bool written = dat.number() > 0;
+    if (written) {
+        const RecordConversion conversion(fields, static_cast<std::size_t>(header.record_length));
+        written = write_data_file(dbf, header.records, conversion, dat);
+        host::fclose(dat);
+    }
+    if (!written) raiseerror("Impossível criar arq temporário para importação"_l1);
+    return written;
+}
+
+bool Import::make_external_table() {
+    if (ask(self, "istable", external_table())) {
+        raiseerror("Uma tabela externa com este nome já existe!"_l1);
+        return false;
+    }
+    const Value columns = array_of();
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        columns.push(array_of(structure[i + 1][1], "C", dat_width(fields[i]), 0));
+    }
+    return ask(self, "createtableexternal", external_table(), columns, call(self, "getfullpathdatfile"));
+}
+
+bool Import::has_dates() const {
+    return std::any_of(fields.begin(), fields.end(), [](const DbfField& field) { return field.type == 'D'; });
+}
+
+bool Import::make_null_dates_trigger() {
+    if (!has_dates()) return true;
+    const Value pairs =
+        array_of(array_of("@@TRIGGERNAME", null_dates_name()), array_of("@@TABLENAME", table));
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        if (fields[i].type != 'D') continue;
+        pairs.push(array_of("@@IFS", null_date));
+        pairs.push(array_of("@@DATEFIELD", structure[i + 1][1]));
+    }
+    pairs.push(array_of("@@IFS", ""));
+    return empty(call(self, "executeupdate", call(self, "assemblestatement", null_dates_trigger, pairs)));
+}
+
+bool Import::copy() {
+    const Value pairs = array_of(array_of("@@TABLENAME", table), array_of("@@EXTTABLE", external_table()));
+    for (const Value& field : structure.items()) pairs.push(array_of("@@COLUMNS", field[1] + ",@@COLUMNS"));
+    // The two driver columns behind the user's: the area's, and the record number that the table's own
+    // trigger sets.
+    pairs.push(array_of("@@COLUMNS", "null,@@COLUMNS"));
+    pairs.push(array_of("@@COLUMNS", "0"));
+    const Value failure = call(self, "executeupdate", call(self, "assemblestatement", copy_rows, pairs));
+    if (!empty(failure)) {
+        raiseerror(
+            "Erro durante a transferência dos dados da tabela externa para tabela oficial; FB Error: "_l1 +
+            failure);
+    }
+    if (has_dates()) call(self, "droptrigger", "T_" + null_dates_name());
+    call(self, "droponlytable", external_table());
+    host::fclose(dbf);
+    return empty(failure);
+}
+
+}  // namespace
+
+Value bringdbf(Self& self, Args args) {
+    const Value& dbfname = args[0];
+    if (empty(dbfname)) return false;
+    Import import{.self = self, .dbfname = dbfname};
+    if (!import.open() || !import.read_header() || !import.read_fields()) return false;
+    import.make_structure();
+    return import.make_table() && import.write_data() && import.make_external_table() &&
+           import.make_null_dates_trigger() && import.copy();
+}
+
+}  // namespace zmfb::transfer

@@ -1,0 +1,51 @@
+#include "transfer/data_file.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "host/file.h"
+
+namespace zmfb::transfer {
+
+namespace {
+
+using host::Value;
+
+// Large enough to make calls of the system rare, small enough to stay in the processor's cache.
+constexpr std::size_t block_size = std::size_t{256} * 1024;
+
+// The number of records that the first `size` bytes of `block` hold, a last one in part filled up with
+// blanks.
+std::size_t complete(std::span<char> block, std::size_t size, std::size_t record_length) {
+    const std::size_t whole = size / record_length;
+    const std::size_t rest = size % record_length;
+    if (rest <= 1) return whole;
+    std::memset(block.data() + size, ' ', record_length - rest);
+    return whole + 1;
+}
+
+}  // namespace
+
+bool write_data_file(const Value& dbf, std::int64_t records, const RecordConversion& conversion,
+                     const Value& dat) {
+    const std::size_t record = conversion.record_length();
+    if (record <= 1 || conversion.dat_length() == 0) return true;
+    const std::size_t per_block =
+        std::max<std::size_t>(1, block_size / std::max(record, conversion.dat_length()));
+    Value source = Value::text_of_size(per_block * record);
+    Value target = Value::text_of_size(per_block * conversion.dat_length());
+    while (records > 0) {
+        const auto asked = static_cast<std::size_t>(std::min(records, static_cast<std::int64_t>(per_block)));
+        const auto got = static_cast<std::size_t>(host::fread(dbf, source, asked * record).integer());
+        const std::size_t count = complete(source.writable_text(), got, record);
+        if (count == 0) return true;
+        conversion.convert(source.text().data(), count, target.writable_text().data());
+        const auto size = static_cast<std::int64_t>(count * conversion.dat_length());
+        if (host::fwrite(dat, target, size).integer() != size) return false;
+        if (got < asked * record) return true;
+        records -= static_cast<std::int64_t>(asked);
+    }
+    return true;
+}
+
+}  // namespace zmfb::transfer

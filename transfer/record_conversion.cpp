@@ -1,0 +1,108 @@
+#include "transfer/record_conversion.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace zmfb::transfer {
+
+namespace {
+
+constexpr std::size_t date_digits = 8;
+
+int number_of(const char* digits, std::size_t count) {
+    int number = 0;
+    for (std::size_t i = 0; i < count; ++i) number = number * 10 + (digits[i] - '0');
+    return number;
+}
+
+int days_in_month(int year, int month) {
+    constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+    return days[month - 1] + (month == 2 && leap ? 1 : 0);
+}
+
+void convert_date(const char* eight, char* ten) {
+    if (!is_calendar_day(eight)) {
+        std::memcpy(ten, no_date.data(), no_date.size());
+        return;
+    }
+    std::memcpy(ten, eight, 4);
+    ten[4] = '-';
+    std::memcpy(ten + 5, eight + 4, 2);
+    ten[7] = '-';
+    std::memcpy(ten + 8, eight + 6, 2);
+}
+
+// Numbers stand at the right end of their field, so that one look at the last byte settles most of them.
+bool is_blank(const char* text, std::size_t length) {
+    return text[length - 1] == ' ' && std::all_of(text, text + length, [](char c) { return c == ' '; });
+}
+
+}  // namespace
+
+std::size_t dat_width(const DbfField& field) { return field.type == 'D' ? no_date.size() : field.length; }
+
+bool is_calendar_day(const char* eight) {
+    for (std::size_t i = 0; i < date_digits; ++i) {
+        if (eight[i] < '0' || eight[i] > '9') return false;
+    }
+    const int year = number_of(eight, 4);
+    const int month = number_of(eight + 4, 2);
+    const int day = number_of(eight + 6, 2);
+    return year >= 1 && month >= 1 && month <= 12 && day >= 1 && day <= days_in_month(year, month);
+}
+
+RecordConversion::RecordConversion(std::span<const DbfField> fields, std::size_t record_length)
+    : record_length_(record_length) {
+    std::size_t from = 1;
+    for (const DbfField& field : fields) {
+        place(field, from);
+        from += field.length;
+        dat_length_ += dat_width(field);
+    }
+}
+
+void RecordConversion::place(const DbfField& field, std::size_t from) {
+    const std::size_t there = std::min(field.length, record_length_ - std::min(from, record_length_));
+    const std::size_t missing = field.length - there;
+    if (field.type == 'D') {
+        const bool readable = field.length == date_digits && missing == 0;
+        dates_.push_back({from, dat_length_, readable ? date_digits : 0});
+        return;
+    }
+    if (there > 0) copy(from, there);
+    if (missing > 0) blanks_.push_back({0, dat_length_ + there, missing});
+    if (field.type == 'N' && field.length > 0) numbers_.push_back({0, dat_length_, field.length});
+}
+
+void RecordConversion::copy(std::size_t from, std::size_t length) {
+    if (!copies_.empty()) {
+        Piece& last = copies_.back();
+        if (last.from + last.length == from && last.to + last.length == dat_length_) {
+            last.length += length;
+            return;
+        }
+    }
+    copies_.push_back({from, dat_length_, length});
+}
+
+void RecordConversion::convert_one(const char* record, char* dat) const {
+    for (const Piece& piece : copies_) std::memcpy(dat + piece.to, record + piece.from, piece.length);
+    for (const Piece& piece : blanks_) std::memset(dat + piece.to, ' ', piece.length);
+    for (const Piece& piece : numbers_) {
+        if (is_blank(dat + piece.to, piece.length)) dat[piece.to] = '0';
+    }
+    for (const Piece& piece : dates_) {
+        if (piece.length == 0) {
+            std::memcpy(dat + piece.to, no_date.data(), no_date.size());
+        } else {
+            convert_date(record + piece.from, dat + piece.to);
+        }
+    }
+}
+
+void RecordConversion::convert(const char* records, std::size_t count, char* dat) const {
+    for (std::size_t i = 0; i < count; ++i) convert_one(records + i * record_length_, dat + i * dat_length_);
+}
+
+}  // namespace zmfb::transfer
