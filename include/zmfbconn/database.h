@@ -26,6 +26,14 @@ std::string make_environment(const EnvironmentOptions& options);
 /// library.
 void use_environment(const std::string& folder);
 
+/// Makes this process ready to attach to `database`. Nothing is done for a server, or where FIREBIRD is set
+/// already; else the user's own private environment is made, when it is absent, and used. It loads the
+/// driver's functions from the folder of the environment variable ZMFB_UDF_DIR, or where they were installed
+/// or built, and lets external tables have their files under /tmp. The engine's lock files lie in the folder
+/// ".zmfb-locks" beside the database, so that all programs that go through here can have it open at once.
+/// Must come before the first call of the client library. Returns "" or what went wrong.
+std::string prepare_client(std::string_view database);
+
 /// Whether a database name has a host part ("server:/path", "server/port:/path") and so means a server.
 bool names_a_server(std::string_view database);
 
@@ -37,6 +45,10 @@ std::string create_database(std::string_view database, std::string_view user, st
 /// transaction of its own. Returns "" or what the engine said of the first that failed.
 std::string run_script(std::string_view database, std::string_view user, std::string_view password,
                        std::string_view script);
+
+/// Declares the driver's functions in `database`, which attaching checks for. Returns "" or what the engine
+/// said.
+std::string declare_functions(std::string_view database, std::string_view user, std::string_view password);
 
 /// The engine's full message, all its lines, of the last call of this library that failed in the client; ""
 /// when none did yet. Texts returned and logged by methods hold only the SQLCODE's own text.

@@ -1,0 +1,36 @@
+// Brings a DBF file into a new database and asks for its rows.
+//
+//     import_and_query customers.fdb customers.dbf
+#include <zmfbconn/connection.h>
+#include <zmfbconn/database.h>
+
+#include <iostream>
+#include <string>
+
+int main(int argc, char** argv) {
+    if (argc != 3) {
+        std::cerr << "usage: import_and_query DATABASE DBF\n";
+        return 2;
+    }
+    const std::string database = argv[1];
+    std::string problem = zmfb::prepare_client(database);
+    if (problem.empty()) problem = zmfb::create_database(database, "SYSDBA", "");
+    if (problem.empty()) problem = zmfb::declare_functions(database, "SYSDBA", "");
+    if (!problem.empty()) {
+        std::cerr << problem << '\n';
+        return 1;
+    }
+
+    zmfb::zmFBConn connection(database, "SYSDBA");
+    if (!connection.isconnected() || !connection.call("bringdbf", argv[2]).logical()) return 1;
+
+    for (const zmfb::Value& table : connection.call("gettablesname").items()) {
+        std::cout << table.text() << ": " << connection.call("gettablereccount", table).integer()
+                  << " records\n";
+    }
+    const zmfb::Value result =
+        connection.call("executequery", "select name, credit from customers order by recno");
+    for (std::size_t row = 2; row <= result.size(); ++row) {  // element 1 is the header
+        std::cout << result[row][1].text() << ' ' << result[row][2].text() << '\n';
+    }
+}

@@ -1,0 +1,98 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+
+#include "udf_script.h"
+#include "zmfbconn/database.h"
+
+namespace zmfb {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view module_file = "zmrddudfs.so";
+constexpr std::string_view external_file_folder = "/tmp";
+
+std::string environment_variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+// Where the module lies: where the user says, where it is installed, where it was built.
+std::string udf_folder() {
+    std::error_code ignored;
+    for (const std::string& folder : {environment_variable("ZMFB_UDF_DIR"),
+                                      std::string(ZMFB_INSTALLED_UDF_DIR), std::string(ZMFB_BUILT_UDF_DIR)}) {
+        if (!folder.empty() && fs::exists(fs::path(folder) / module_file, ignored)) return folder;
+    }
+    return "";
+}
+
+// One environment for each folder of functions, so that two installations do not rewrite each other's
+// settings.
+fs::path environment_folder(const std::string& functions) {
+    fs::path base = environment_variable("XDG_CACHE_HOME");
+    if (base.empty() && !environment_variable("HOME").empty())
+        base = fs::path(environment_variable("HOME")) / ".cache";
+    const std::string name = "firebird-" + std::to_string(std::hash<std::string>()(functions));
+    std::error_code error;
+    if (base.is_absolute()) {
+        fs::create_directories(base / "zmfbconn", error);
+        if (!error && access((base / "zmfbconn").c_str(), W_OK) == 0) return base / "zmfbconn" / name;
+    }
+    // A user without a home of its own: a folder that nobody else can write.
+    const fs::path own = fs::temp_directory_path(error) / ("zmfbconn-" + std::to_string(geteuid()));
+    mkdir(own.c_str(), S_IRWXU);
+    struct stat status {};
+    if (lstat(own.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid()) return {};
+    return own / name;
+}
+
+// The engine keeps its locks in files; processes whose lock files differ would not see each other's locks and
+// could ruin the database. So the lock files lie beside the database: who sees the one sees the other.
+fs::path lock_folder(std::string_view database) {
+    std::error_code ignored;
+    const fs::path file = fs::weakly_canonical(fs::path(database), ignored);
+    return file.parent_path() / ".zmfb-locks";
+}
+
+std::string use_lock_folder(const fs::path& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) return "cannot make the folder of lock files " + folder.string() + ": " + error.message();
+    setenv("FIREBIRD_LOCK", folder.c_str(), 1);
+    return "";
+}
+
+}  // namespace
+
+std::string prepare_client(std::string_view database) {
+    if (names_a_server(database) || std::getenv("FIREBIRD") != nullptr) return "";
+    const std::string functions = udf_folder();
+    if (functions.empty()) {
+        return "cannot find " + std::string(module_file) +
+               ", the module of the driver's functions; the environment " +
+               "variable ZMFB_UDF_DIR names its folder";
+    }
+    const fs::path folder = environment_folder(functions);
+    if (folder.empty()) return "there is no folder to make a private Firebird environment in";
+    const std::string problem =
+        make_environment({.folder = folder.string(),
+                          .udf_folder = functions,
+                          .external_file_folders = {std::string(external_file_folder)},
+                          .extra_settings = {}});
+    if (!problem.empty()) return problem;
+    use_environment(folder.string());
+    return use_lock_folder(lock_folder(database));
+}
+
+std::string declare_functions(std::string_view database, std::string_view user, std::string_view password) {
+    return run_script(database, user, password, udf::declaration_script);
+}
+
+}  // namespace zmfb

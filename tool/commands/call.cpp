@@ -1,0 +1,69 @@
+#include <fmt/format.h>
+
+#include <iostream>
+
+#include "tool/commands.h"
+#include "tool/json.h"
+#include "tool/literal.h"
+
+namespace zmfb::tool {
+namespace {
+
+constexpr std::string_view failed_statement = "[ERROR] SQLCODE=";
+
+// A statement's failure is no raised error: the method returns its text.
+bool is_failure_text(const Value& result) {
+    return result.is(host::Kind::character) && result.text().starts_with(failed_statement);
+}
+
+Exit evaluate(Session& session, const Call& call) {
+    const Value result =
+        session.connection_or_unattached().call_with(call.method, host::Args(call.arguments));
+    const std::string line = session.options().json ? to_json(result).dump() : to_literal(result);
+    fmt::print("{}\n", line);
+    std::fflush(stdout);
+    return is_failure_text(result) ? Exit::failed : Exit::ok;
+}
+
+Exit evaluate_lines(Session& session) {
+    Exit status = Exit::ok;
+    std::string line;
+    for (int number = 1; std::getline(std::cin, line); ++number) {
+        if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
+        try {
+            if (evaluate(session, parse_call(line)) != Exit::ok && status == Exit::ok) status = Exit::failed;
+        } catch (const SyntaxError& problem) {
+            print_error(fmt::format("line {}: {}", number, problem.what()));
+            status = Exit::usage;
+        }
+    }
+    return status;
+}
+
+}  // namespace
+
+Exit call_command(Session& session, const std::vector<std::string>& expressions) {
+    std::vector<std::optional<Call>> calls;
+    for (const std::string& expression : expressions) {
+        if (expression == "-") {
+            calls.emplace_back(std::nullopt);
+            continue;
+        }
+        try {
+            calls.emplace_back(parse_call(expression));
+        } catch (const SyntaxError& problem) {
+            throw Failure{Exit::usage, problem.what(), "in " + expression};
+        }
+    }
+    if (session.options().database.empty()) {
+        fmt::print(stderr, "note: no database given (--db, ZMFB_DB); the object is not attached\n");
+    }
+    Exit status = Exit::ok;
+    for (const auto& call : calls) {
+        const Exit one = call ? evaluate(session, *call) : evaluate_lines(session);
+        status = std::max(status, one);
+    }
+    return status;
+}
+
+}  // namespace zmfb::tool

@@ -1,0 +1,58 @@
+#include "tool/json.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "host/date.h"
+#include "tool/encoding.h"
+
+namespace zmfb::tool {
+namespace {
+
+using host::Kind;
+using host::Value;
+
+// Beyond 2^53 a double no longer holds every whole number.
+constexpr double largest_whole = 9007199254740992.0;
+
+Json number_json(double number) {
+    if (std::isfinite(number) && number == std::trunc(number) && std::abs(number) <= largest_whole) {
+        return static_cast<std::int64_t>(number);
+    }
+    return number;
+}
+
+Json date_json(host::Date date) {
+    if (date == host::Date{}) return "";
+    const host::CalendarDay day = host::calendar_day(date);
+    return fmt::format("{:04}-{:02}-{:02}", day.year, day.month, day.day);
+}
+
+}  // namespace
+
+Json to_json(const Value& value) {
+    switch (value.kind()) {
+        case Kind::nil:
+            return nullptr;
+        case Kind::character:
+            return to_utf8(value.text());
+        case Kind::numeric:
+            return number_json(value.number());
+        case Kind::logical:
+            return value.logical();
+        case Kind::date:
+            return date_json(value.date());
+        case Kind::object:
+            return fmt::format("<object {}>", value.object()->class_name());
+        case Kind::block:
+            return "<block>";
+        case Kind::array:
+            break;
+    }
+    Json out = Json::array();
+    for (const Value& element : value.items()) out.push_back(to_json(element));
+    return out;
+}
+
+}  // namespace zmfb::tool

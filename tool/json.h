@@ -1,0 +1,16 @@
+/// Values as JSON: NIL null, dates "2007-03-01" (the empty date ""), texts in UTF-8, whole numbers without a
+/// point.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "host/value.h"
+
+namespace zmfb::tool {
+
+using Json = nlohmann::ordered_json;
+
+/// Objects and blocks, which JSON has nothing for, become their kind's name in angle brackets.
+Json to_json(const host::Value& value);
+
+}  // namespace zmfb::tool

@@ -1,0 +1,233 @@
+#include "tool/literal.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+
+#include "host/date.h"
+#include "tool/encoding.h"
+
+namespace zmfb::tool {
+namespace {
+
+using host::Kind;
+
+constexpr int deepest_array = 200;
+
+bool is_name_byte(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
+
+class Reader {
+  public:
+    explicit Reader(std::string_view source) : rest_(source) {}
+
+    Call call() {
+        Call made{name(), {}};
+        if (made.method.empty()) fail("expected the name of a method");
+        if (take('(') && !take(')')) {
+            do made.arguments.push_back(literal(0));
+            while (take(','));
+            expect(')');
+        }
+        skip_blanks();
+        if (!rest_.empty()) fail("did not expect");
+        return made;
+    }
+
+  private:
+    Value literal(int depth) {
+        Value value = term(depth);
+        while (take('+')) {
+            const Value more = term(depth);
+            if (!value.is(Kind::character) || !more.is(Kind::character))
+                fail("only texts can be joined with +; at");
+            value.append(more.text());
+        }
+        return value;
+    }
+
+    Value term(int depth) {
+        skip_blanks();
+        if (rest_.empty()) fail("expected a value");
+        const char c = rest_.front();
+        if (c == '"' || c == '\'') return text();
+        if (c == '{') return rest_.substr(0, 2) == "{^" ? date() : array(depth);
+        if (c == '.' && rest_.size() > 2 && rest_[2] == '.') return logical();
+        if (c == '-' || c == '+' || c == '.' || std::isdigit(static_cast<unsigned char>(c)) != 0)
+            return number();
+        const std::string word = name();
+        if (word == "nil") return {};
+        if (word == "chr" && take('(')) {
+            const Value code = number();
+            expect(')');
+            if (code.number() < 0 || code.number() > 255) fail("CHR() takes a number from 0 to 255; at");
+            return std::string(1, static_cast<char>(code.integer()));
+        }
+        fail(word.empty() ? "expected a value"
+                          : fmt::format("\"{}\" is no value (texts need quotes); at", word));
+    }
+
+    Value text() {
+        const char quote = rest_.front();
+        const std::size_t end = rest_.find(quote, 1);
+        if (end == std::string_view::npos) fail("a text without its closing quote");
+        const auto latin1 = to_latin1(rest_.substr(1, end - 1));
+        if (!latin1) fail("a text with a character outside ISO-8859-1");
+        rest_.remove_prefix(end + 1);
+        return *latin1;
+    }
+
+    Value number() {
+        skip_blanks();
+        std::string_view digits = rest_;
+        if (digits.starts_with('+')) digits.remove_prefix(1);
+        double value = 0;
+        const auto [end, error] =
+            std::from_chars(digits.data(), digits.data() + digits.size(), value, std::chars_format::fixed);
+        if (error != std::errc() || !std::isfinite(value)) fail("expected a number");
+        rest_.remove_prefix(static_cast<std::size_t>(end - rest_.data()));
+        if (!rest_.empty() && is_name_byte(rest_.front())) fail("a number that goes on with");
+        return value;
+    }
+
+    Value logical() {
+        const int letter = std::toupper(static_cast<unsigned char>(rest_[1]));
+        if (letter != 'T' && letter != 'F' && letter != 'Y' && letter != 'N') fail("expected .T. or .F.");
+        rest_.remove_prefix(3);
+        return letter == 'T' || letter == 'Y';
+    }
+
+    Value date() {
+        const std::size_t end = rest_.find('}');
+        if (end == std::string_view::npos) fail("a date without its closing brace");
+        const std::string_view body = rest_.substr(2, end - 2);
+        std::string digits;
+        for (const char c : body) {
+            if (std::isdigit(static_cast<unsigned char>(c)) != 0) digits += c;
+        }
+        const bool blank = body.find_first_not_of(" -/") == std::string_view::npos;
+        const Value made = host::stod(digits);
+        const bool shaped = body.size() == 10 && digits.size() == 8;
+        if (!blank && (!shaped || made.date() == host::Date{})) fail("expected a date such as {^2007-03-01}");
+        rest_.remove_prefix(end + 1);
+        return made;
+    }
+
+    Value array(int depth) {
+        if (depth == deepest_array) fail("arrays nested too deep");
+        rest_.remove_prefix(1);
+        Value made = Value::array_of_size(0);
+        if (take('}')) return made;
+        do made.push(literal(depth + 1));
+        while (take(','));
+        expect('}');
+        return made;
+    }
+
+    std::string name() {
+        skip_blanks();
+        const auto end = std::find_if_not(rest_.begin(), rest_.end(), is_name_byte);
+        std::string word(rest_.begin(), end);
+        rest_.remove_prefix(word.size());
+        std::ranges::transform(word, word.begin(),
+                               [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        return word;
+    }
+
+    void skip_blanks() {
+        const std::size_t first = rest_.find_first_not_of(" \t\r\n");
+        rest_.remove_prefix(first == std::string_view::npos ? rest_.size() : first);
+    }
+
+    bool take(char c) {
+        skip_blanks();
+        if (!rest_.starts_with(c)) return false;
+        rest_.remove_prefix(1);
+        return true;
+    }
+
+    void expect(char c) {
+        if (!take(c)) fail(fmt::format("expected \"{}\" before", c));
+    }
+
+    [[noreturn]] void fail(std::string_view problem) const {
+        if (rest_.empty()) throw SyntaxError(fmt::format("{} at the end", problem));
+        throw SyntaxError(fmt::format("{}: {}", problem, rest_.substr(0, 40)));
+    }
+
+    std::string_view rest_;
+};
+
+// The pieces of a text that no pair of quotes can hold together: line ends and other control bytes as CHR(n).
+std::string text_literal(std::string_view text) {
+    std::string out;
+    const auto piece = [&out](std::string_view more) {
+        if (!out.empty()) out += " + ";
+        out += more;
+    };
+    for (std::size_t i = 0; i < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        if (byte < 0x20 || byte == 0x7F) {
+            piece(fmt::format("CHR({})", byte));
+            ++i;
+            continue;
+        }
+        const auto ends = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
+        const auto stop = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(i), text.end(), ends);
+        std::string_view run = text.substr(i, static_cast<std::size_t>(stop - text.begin()) - i);
+        const std::size_t quote = run.find('"');
+        const bool both = quote != std::string_view::npos && run.find('\'') != std::string_view::npos;
+        if (both) run = run.substr(0, quote == 0 ? run.find('\'') : quote);
+        const char mark = run.find('"') == std::string_view::npos ? '"' : '\'';
+        piece(fmt::format("{}{}{}", mark, to_utf8(run), mark));
+        i += run.size();
+    }
+    return out.empty() ? "\"\"" : out;
+}
+
+std::string number_literal(double number) {
+    char digits[400];  // the longest double without an exponent has 309 digits before its point
+    const auto written = std::to_chars(digits, digits + sizeof digits, number, std::chars_format::fixed);
+    return {digits, written.ptr};
+}
+
+std::string date_literal(host::Date date) {
+    if (date == host::Date{}) return "{^}";
+    const host::CalendarDay day = host::calendar_day(date);
+    return fmt::format("{{^{:04}-{:02}-{:02}}}", day.year, day.month, day.day);
+}
+
+}  // namespace
+
+Call parse_call(std::string_view source) { return Reader(source).call(); }
+
+std::string to_literal(const Value& value) {
+    switch (value.kind()) {
+        case Kind::nil:
+            return "NIL";
+        case Kind::character:
+            return text_literal(value.text());
+        case Kind::numeric:
+            return number_literal(value.number());
+        case Kind::logical:
+            return value.logical() ? ".T." : ".F.";
+        case Kind::date:
+            return date_literal(value.date());
+        case Kind::object:
+            return fmt::format("<object {}>", value.object()->class_name());
+        case Kind::block:
+            return "<block>";
+        case Kind::array:
+            break;
+    }
+    std::string out = "{";
+    for (const Value& element : value.items()) {
+        if (out.size() > 1) out += ", ";
+        out += to_literal(element);
+    }
+    return out + "}";
+}
+
+}  // namespace zmfb::tool

@@ -1,0 +1,37 @@
+/// xBase literals as people type and read them.
+///
+/// A literal is a text in double or single quotes, a number, .T. or .F., NIL, a date {^2007-03-01} ({^} is
+/// the empty date) or an array {a, {b, c}}. Texts may be joined with + and may have CHR(n) among their
+/// pieces, which is how a text with line ends, zero bytes or both kinds of quotes is written out.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/value.h"
+
+namespace zmfb::tool {
+
+using host::Value;
+
+/// What is wrong with a literal or call that was typed, in words for a person.
+struct SyntaxError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// A method call as typed: istable("CUSTOMER").
+struct Call {
+    std::string method;  ///< lower case
+    std::vector<Value> arguments;
+};
+
+/// Reads one call; a name alone is a call without arguments. `source` is UTF-8. Throws SyntaxError.
+Call parse_call(std::string_view source);
+
+/// Writes a value as one line of UTF-8 that parse_call() reads back; objects and blocks, which have no
+/// literal, are shown by their kind in angle brackets.
+std::string to_literal(const Value& value);
+
+}  // namespace zmfb::tool

@@ -1,0 +1,103 @@
+#include "tool/session.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <utility>
+
+#include "host/error.h"
+#include "tool/encoding.h"
+#include "zmfbconn/database.h"
+
+namespace zmfb::tool {
+namespace {
+
+std::string latin1_option(const std::string& text, std::string_view option) {
+    auto latin1 = to_latin1(text);
+    if (!latin1) throw Failure{Exit::usage, fmt::format("{} has a character outside ISO-8859-1", option)};
+    return *latin1;
+}
+
+void print_indented(std::string_view detail) {
+    while (!detail.empty()) {
+        const std::string_view line = detail.substr(0, detail.find('\n'));
+        fmt::print(stderr, "  {}\n", line);
+        detail.remove_prefix(std::min(detail.size(), line.size() + 1));
+    }
+}
+
+}  // namespace
+
+void print_error(std::string_view message, std::string_view detail) {
+    fmt::print(stderr, "error: {}\n", message);
+    print_indented(detail);
+}
+
+Session::Session(Options options) : options_(std::move(options)) {
+    // The embedded engine checks no password, but wants a user; its owner of everything is SYSDBA.
+    if (options_.user.empty() && !names_a_server(options_.database)) options_.user = "SYSDBA";
+    const auto record = [this](host::Args args) -> host::Value {
+        std::string text = "unknown error";
+        if (host::Object* error = args[0].object(); error != nullptr) {
+            text = to_utf8(error->get("description").text());
+        }
+        std::fflush(stdout);
+        fmt::print(stderr, "raised: {}\n", text);
+        raised_.push_back(std::move(text));
+        return {};
+    };
+    previous_handler_ = host::error_block(host::Value::block(record));
+}
+
+Session::~Session() {
+    connection_.reset();
+    host::error_block(previous_handler_);
+}
+
+void Session::require_database() const {
+    if (!options_.database.empty()) return;
+    throw Failure{Exit::usage, "no database given",
+                  "Name one with --db DATABASE or in the environment variable ZMFB_DB."};
+}
+
+void Session::prepare_client() {
+    if (std::exchange(prepared_, true)) return;
+    const std::string problem = zmfb::prepare_client(options_.database);
+    if (!problem.empty()) throw Failure{Exit::not_attached, "cannot prepare the embedded engine", problem};
+}
+
+zmFBConn& Session::connection() {
+    require_database();
+    return connection_or_unattached();
+}
+
+zmFBConn& Session::connection_or_unattached() {
+    if (!connection_) attach();
+    return *connection_;
+}
+
+// The log level is set on the object while it is not attached yet, so that the attach itself is logged at
+// that level.
+void Session::attach() {
+    zmFBConn made;
+    if (options_.log_level != 0) made.call("setloglevel", options_.log_level);
+    if (!options_.database.empty()) {
+        prepare_client();
+        const std::size_t raised_before = raised_.size();
+        made.call("init", latin1_option(options_.database, "the database name"),
+                  latin1_option(options_.user, "the user name"),
+                  latin1_option(options_.password, "the password"), latin1_option(options_.role, "the role"));
+        if (!made.isconnected()) {
+            throw Failure{Exit::not_attached, fmt::format("cannot attach to {}", options_.database),
+                          last_engine_message()};
+        }
+        if (raised_.size() != raised_before) {
+            throw Failure{Exit::not_attached,
+                          fmt::format("{} is no database the driver can use", options_.database),
+                          "\"zmfb create\" makes one that is."};
+        }
+    }
+    connection_ = std::move(made);
+}
+
+}  // namespace zmfb::tool
