@@ -1,0 +1,70 @@
+#include "tests/support/database.h"
+
+#include <filesystem>
+#include <stdexcept>
+
+#include "tests/support/environment.h"
+#include "udf_script.h"
+#include "zmfbconn/database.h"
+
+namespace zmfb::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string attachable(const fs::path& file) { return file.string(); }
+
+void must_succeed(const std::string& failure) {
+    if (!failure.empty()) throw std::runtime_error("template database: " + failure);
+}
+
+// Pages go to the disk when the system likes: nothing here has to survive a power cut.
+void switch_forced_writes_off(const std::string& database) {
+    const char item[] = {isc_dpb_force_write, 1, 0};
+    BareClient(database, std::string(item, sizeof item));
+}
+
+fs::path make_template() {
+    const fs::path file = process_folder() / "template.fdb";
+    const std::string name = attachable(file);
+    must_succeed(create_database(name, sysdba, sysdba_password));
+    must_succeed(run_script(name, sysdba, sysdba_password, udf::declaration_script));
+    switch_forced_writes_off(name);
+    const zmFBConn first_attach_makes_the_system_tables(name, sysdba, sysdba_password);
+    return file;
+}
+
+const fs::path& template_file() {
+    static const fs::path file = make_template();
+    return file;
+}
+
+}  // namespace
+
+Database::Database() {
+    const fs::path copy = folder() / "database.fdb";
+    fs::copy_file(template_file(), copy);
+    database_ = attachable(copy);
+    forget_raised();
+    clear_log();
+}
+
+Database::~Database() = default;
+
+zmFBConn& Database::connection() {
+    if (!connection_) {
+        connection_.emplace(connect());
+        forget_raised();
+        clear_log();
+    }
+    return *connection_;
+}
+
+zmFBConn Database::connect() {
+    zmFBConn made(database_, sysdba, sysdba_password);
+    if (!made.isconnected()) ADD_FAILURE() << "not attached: " << last_engine_message() << '\n' << log_text();
+    return made;
+}
+
+}  // namespace zmfb::test

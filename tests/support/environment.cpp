@@ -1,0 +1,54 @@
+#include "tests/support/environment.h"
+
+#include <ibase.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+#include <string_view>
+
+#include "zmfbconn/database.h"
+
+namespace zmfb::test {
+
+namespace fs = std::filesystem;
+
+const fs::path& process_folder() {
+    static const fs::path folder = [] {
+        std::string name = (fs::temp_directory_path() / "zmfb-test-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("cannot make " + name);
+        return fs::path(name);
+    }();
+    return folder;
+}
+
+std::string udf_folder() { return ZMFB_UDF_FOLDER; }
+
+void set_up_environment() {
+    const std::string folder = process_folder() / "environment";
+    const std::string failure = make_environment({.folder = folder,
+                                                  .udf_folder = udf_folder(),
+                                                  .external_file_folders = {process_folder(), "/tmp"},
+                                                  .extra_settings = {}});
+    if (!failure.empty()) throw std::runtime_error(failure);
+    use_environment(folder);
+    setenv("ZMFB_TEST_LOG", (process_folder() / "zmrddfire.log").c_str(), 0);
+}
+
+void tear_down_environment(bool keep) {
+    fb_shutdown(0, fb_shutrsn_app_stopped);
+    if (keep) {
+        std::printf("kept: %s\n", process_folder().c_str());
+        return;
+    }
+    std::error_code ignored;
+    fs::remove_all(process_folder(), ignored);
+}
+
+bool on_server() {
+    const char* where = std::getenv("ZMFB_TEST_WHERE");
+    return where != nullptr && std::string_view(where) == "server";
+}
+
+}  // namespace zmfb::test
