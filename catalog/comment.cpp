@@ -1,0 +1,94 @@
+#include "catalog/comment.h"
+
+#include <algorithm>
+#include <map>
+
+#include "catalog/result.h"
+#include "conn/log.h"
+#include "host/number.h"
+#include "host/text.h"
+
+namespace zmfb::catalog {
+namespace {
+
+constexpr std::string_view engine_version =
+    "select rdb$get_context('SYSTEM','ENGINE_VERSION') from rdb$database";
+
+bool ask_whether_comments_only(Self& self) {
+    const Value result = call(self, "internalselect", engine_version);
+    return has_row(result) && val(result[2][1]).number() >= 3;
+}
+
+bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
+
+std::string to_utf8(std::string_view latin1) {
+    std::string utf8;
+    for (const char c : latin1) {
+        if (is_ascii(c)) {
+            utf8 += c;
+        } else {
+            utf8 += static_cast<char>(0xC0 | (static_cast<unsigned char>(c) >> 6));
+            utf8 += static_cast<char>(0x80 | (static_cast<unsigned char>(c) & 0x3F));
+        }
+    }
+    return utf8;
+}
+
+// Without a character set of the connection the engine takes a plain literal for ASCII: every other byte
+// would become a question mark.
+Value literal(const Value& descr) {
+    const Value escaped = "'" + strtran(descr, "'", "''") + "'";
+    const std::string_view text = escaped.text();
+    return std::all_of(text.begin(), text.end(), is_ascii) ? escaped : Value("_UTF8" + to_utf8(text));
+}
+
+}  // namespace
+
+bool takes_comments_only(Self& self) {
+    struct Engine {
+        Value database;
+        bool comments_only;
+    };
+    static std::map<int, Engine> engines;
+
+    const int handle = conn::integer_or_zero(var(self, Var::dbhndl));
+    if (handle == 0) return false;
+    // A handle is used again after a detach, perhaps for a database on another engine.
+    const Value& database = var(self, Var::sdbname);
+    const auto known = engines.find(handle);
+    if (known != engines.end() && known->second.database.same(database)) return known->second.comments_only;
+    const bool comments_only = ask_whether_comments_only(self);
+    engines.insert_or_assign(handle, Engine{database, comments_only});
+    return comments_only;
+}
+
+Value quoted(const Value& name) { return "\"" + strtran(name, "\"", "\"\"") + "\""; }
+
+Value comment_on(Self& self, const Value& object, const Value& descr) {
+    return call(self, "executeupdate", "COMMENT ON " + object + " IS " + literal(descr));
+}
+
+std::string from_utf8(std::string_view description) {
+    constexpr std::size_t described_size = 255;
+    std::string latin1;
+    for (std::size_t i = 0; i < description.size(); ++i) {
+        const auto lead = static_cast<unsigned char>(description[i]);
+        if (lead < 0x80) {
+            latin1 += description[i];
+            continue;
+        }
+        const auto next = i + 1 < description.size() ? static_cast<unsigned char>(description[i + 1])
+                                                     : static_cast<unsigned char>(0);
+        const bool in_latin1 = lead == 0xC2 || lead == 0xC3;
+        if (in_latin1 && (next & 0xC0) == 0x80) {
+            latin1 += static_cast<char>(((lead & 0x03) << 6) | (next & 0x3F));
+            ++i;
+        } else if (!in_latin1 || i + 1 != described_size) {
+            return std::string(description);
+        }
+    }
+    latin1.resize(description.size(), ' ');
+    return latin1;
+}
+
+}  // namespace zmfb::catalog

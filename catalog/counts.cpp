@@ -1,0 +1,42 @@
+#include "catalog/methods.h"
+#include "catalog/result.h"
+#include "host/number.h"
+#include "host/text.h"
+
+namespace zmfb::catalog {
+namespace {
+
+Value select_about(Self& self, std::string_view sstmt, const Value& tbl) {
+    const Value aparam = host::array_of(host::array_of("@@TABLENAME", upper(tbl)));
+    return call(self, "internalselect", call(self, "assemblestatement", sstmt, aparam));
+}
+
+Value first_number(const Value& result) { return has_row(result) ? val(result[2][1]) : Value(0); }
+
+constexpr std::string_view row_count = "SELECT COUNT(*) FROM @@TABLENAME";
+
+constexpr std::string_view insert_count = "SELECT GEN_ID(G_@@TABLENAME_I, 0) FROM RDB$DATABASE ";
+
+constexpr std::string_view live_count =
+    "SELECT GEN_ID(G_@@TABLENAME_I, 0) - GEN_ID(G_@@TABLENAME_D, 0) FROM RDB$DATABASE ";
+
+}  // namespace
+
+Value counttablerecords(Self& self, Args args) {
+    return first_number(select_about(self, row_count, args[0]));
+}
+
+Value gettablenumberofinserts(Self& self, Args args) {
+    return first_number(select_about(self, insert_count, args[0]));
+}
+
+Value gettablereccount(Self& self, Args args) {
+    const Value& tbl = args[0];
+    const Value result = select_about(self, live_count, tbl);
+    if (has_row(result)) return first_number(result);
+    const Value iret = call(self, "counttablerecords", tbl);
+    call(self, "writelog", "[FORCED] Hard Count. Table: " + tbl, 5);
+    return iret;
+}
+
+}  // namespace zmfb::catalog

@@ -1,0 +1,74 @@
+#include "catalog/methods.h"
+#include "catalog/result.h"
+#include "host/number.h"
+#include "host/text.h"
+
+namespace zmfb::catalog {
+namespace {
+
+bool counts_some(Self& self, const Value& stmt) {
+    const Value result = call(self, "internalselect", stmt);
+    return has_row(result) && val(result[2][1]).number() >= 1;
+}
+
+constexpr std::string_view udf_module = "zmrddudfs";
+
+constexpr std::string_view needed_udfs[] = {"ZMBLOBSUBSTR", "ZMTRIM", "ZMLOWER", "ZMUPPER",
+                                            "ZMSUBSTR",     "ZMDTOS", "SKIPPAD", "ZMSTR",
+                                            "ZMSTRZERO",    "ZMPADR", "ZMPADL"};
+
+}  // namespace
+
+Value istable(Self& self, Args args) {
+    return counts_some(
+        self, "select count(*) from rdb$relations where rdb$relation_name = '" + upper(args[0]) + "' ");
+}
+
+Value isview(Self& self, Args args) {
+    const Value viewname = upper(args[0]);
+    return counts_some(self,
+                       "SELECT COUNT(*) FROM RDB$VIEW_RELATIONS WHERE RDB$VIEW_NAME = '" + viewname + "' ");
+}
+
+Value isfieldoftable(Self& self, Args args) {
+    const Value &tbl = args[0], &fldname = args[1];
+    return counts_some(self, "SELECT COUNT(*) FROM RDB$RELATION_FIELDS WHERE RDB$FIELD_NAME = '" +
+                                 upper(fldname) + "' AND " + "RDB$RELATION_NAME = '" + upper(tbl) + "' ");
+}
+
+Value isindex(Self& self, Args args) {
+    return counts_some(self,
+                       "select count(*) from rdb$indices where rdb$index_name = '" + upper(args[0]) + "' ");
+}
+
+Value istrigger(Self& self, Args args) {
+    return counts_some(
+        self, "select count(*) from rdb$triggers where rdb$trigger_name = '" + upper(args[0]) + "' ");
+}
+
+Value isindexoftable(Self& self, Args args) {
+    const Value &tbl = args[0], &ind = args[1];
+    return counts_some(self, "select count(*) from rdb$indices where rdb$relation_name = '" + upper(tbl) +
+                                 "' and " + "rdb$index_name = '" + upper(ind) + "' ");
+}
+
+Value istriggeroftable(Self& self, Args args) {
+    const Value &tbl = args[0], &trig = args[1];
+    return counts_some(self, "select count(*) from rdb$triggers where rdb$relation_name = '" + upper(tbl) +
+                                 "' and " + "rdb$trigger_name = '" + upper(trig) + "' ");
+}
+
+Value isudf(Self& self, Args args) {
+    const Value &udfname = args[0], &modname = args[1];
+    return counts_some(self, "select count(*) from rdb$functions where rdb$function_name = '" + udfname +
+                                 "' and " + "rdb$module_name = '" + modname + "' ");
+}
+
+Value isallneededudfsinstalled(Self& self, Args) {
+    for (const Value udfname : needed_udfs) {
+        if (!ask(self, "isudf", upper(udfname), udf_module)) return false;
+    }
+    return true;
+}
+
+}  // namespace zmfb::catalog

@@ -1,0 +1,40 @@
+#include "catalog/methods.h"
+#include "catalog/result.h"
+#include "host/text.h"
+
+namespace zmfb::catalog {
+namespace {
+
+constexpr std::string_view user_tables =
+    "select rdb$relation_name from rdb$relations where rdb$system_flag = 0 order by rdb$relation_name";
+
+}  // namespace
+
+Value gettablesname(Self& self, Args) {
+    const Value aret = data_rows(call(self, "internalselect", user_tables));
+    for (Value& row : aret.items()) row = alltrim(row[1]);
+    return aret;
+}
+
+Value getindexfields(Self& self, Args args) {
+    const Value& ind = args[0];
+    return data_rows(call(self, "internalselect",
+                          "select rdb$field_name from rdb$index_segments where rdb$index_name = '" +
+                              upper(ind) + "' " + "order by rdb$field_position"));
+}
+
+namespace {
+
+constexpr std::string_view trigger_fields =
+    "SELECT RDB$FIELD_NAME FROM RDB$DEPENDENCIES WHERE RDB$DEPENDENT_NAME = '@@TRIGGERNAME' AND "
+    "RDB$FIELD_NAME IS NOT NULL";
+
+}  // namespace
+
+Value getfieldsontrigger(Self& self, Args args) {
+    const Value& trigname = args[0];
+    const Value aparam = host::array_of(host::array_of("@@TRIGGERNAME", alltrim(upper(trigname))));
+    return data_rows(call(self, "internalselect", call(self, "assemblestatement", trigger_fields, aparam)));
+}
+
+}  // namespace zmfb::catalog

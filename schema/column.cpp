@@ -1,0 +1,83 @@
+#include "schema/column.h"
+
+#include "conn/raise.h"
+#include "host/array.h"
+#include "host/compare.h"
+#include "host/number.h"
+#include "host/text.h"
+#include "schema/statement.h"
+
+namespace zmfb::schema {
+namespace {
+
+constexpr std::string_view templates[] = {
+    "@@FIELDNAME CHAR(@@FIELDLEN) DEFAULT '' NOT NULL",
+    "@@FIELDNAME NUMERIC(@@FIELDLEN,@@FIELDDEC) DEFAULT 0 NOT NULL",
+    "@@FIELDNAME TIMESTAMP DEFAULT NULL",
+    "@@RECNO DOUBLE PRECISION NOT NULL",
+    "@@FIELDNAME CHAR(1) DEFAULT 'F' NOT NULL",
+    "@@AREAID VARCHAR(@@FIELDLEN) DEFAULT NULL",
+};
+
+void refuse(Self& self, const Value& stablename, const Field& field) {
+    call(self, "writelog",
+         "[ERROR] FieldType not supported on table creation. Table " + stablename + " Field: " + field.name +
+             " Type " + field.type,
+         0);
+    conn::raiseerror("FieldType not supported; Field: " + field.name + " Type: " + field.type);
+}
+
+}  // namespace
+
+std::string_view column_template(Column column) { return templates[static_cast<std::size_t>(column)]; }
+
+std::optional<Column> column_of_type(const Value& type) {
+    if (exactly_equal(type, "C")) return Column::character;
+    if (exactly_equal(type, "N")) return Column::numeric;
+    if (exactly_equal(type, "D")) return Column::date;
+    if (exactly_equal(type, "L")) return Column::logical;
+    return {};
+}
+
+void add_size_parameters(const Value& aparam, Column column, const Value& len, const Value& dec) {
+    const bool numeric = column == Column::numeric;
+    if (numeric || column == Column::character) add_parameter(aparam, "@@FIELDLEN", len);
+    if (numeric) add_parameter(aparam, "@@FIELDDEC", dec);
+}
+
+Value column_description(Column column, const Value& len, const Value& dec) {
+    switch (column) {
+        case Column::numeric:
+            return "NUMERIC(" + len + "," + dec + ")";
+        case Column::logical:
+            return "LOGICAL";
+        default:
+            return {};
+    }
+}
+
+Field field_of(const Value& descriptor) {
+    return {.name = alltrim(upper(descriptor[1])),
+            .type = left(alltrim(upper(descriptor[2])), 1),
+            .len = alltrim(str(descriptor[3])),
+            .dec = alltrim(str(descriptor[4]))};
+}
+
+bool add_columns(Self& self, const Value& aparam, const Value& stablename, const Value& structure) {
+    bool bok = true;
+    for (const Value& descriptor : structure.items()) {
+        const Field field = field_of(descriptor);
+        const auto column = column_of_type(field.type);
+        if (!column) {
+            refuse(self, stablename, field);
+            bok = false;
+            continue;
+        }
+        add_parameter(aparam, "@@FIELDS", column_template(*column) + Value(",@@FIELDS"));
+        add_parameter(aparam, "@@FIELDNAME", field.name);
+        add_size_parameters(aparam, *column, field.len, field.dec);
+    }
+    return bok;
+}
+
+}  // namespace zmfb::schema

@@ -1,0 +1,31 @@
+#include "host/text.h"
+#include "schema/methods.h"
+#include "schema/statement.h"
+
+namespace zmfb::schema {
+namespace {
+
+constexpr std::string_view delete_record = "DELETE FROM @@TABLENAME WHERE RECNO = @@RECNUMBER";
+
+}  // namespace
+
+Value deleterecord(Self& self, Args args) {
+    const Value &tbl = args[0], &rec = args[1];
+    return update_or_raise(self, delete_record,
+                           parameter_array({{"@@TABLENAME", upper(tbl)}, {"@@RECNUMBER", rec}}),
+                           "Erro ao deletar registro; Tabela: " + tbl + " Recno: " + rec + ";FB Error: ");
+}
+
+namespace {
+
+constexpr std::string_view delete_all = "DELETE FROM @@TABLENAME";
+
+}  // namespace
+
+Value deleteallrecords(Self& self, Args args) {
+    const Value& tbl = args[0];
+    return update_or_raise(self, delete_all, parameter_array({{"@@TABLENAME", upper(tbl)}}),
+                           "Erro ao zerar tabela; Tabela: " + tbl + ";FB Error: ");
+}
+
+}  // namespace zmfb::schema

@@ -1,0 +1,98 @@
+#include "host/text.h"
+#include "schema/methods.h"
+#include "schema/statement.h"
+
+namespace zmfb::schema {
+namespace {
+
+/// The data rows of a query result, without its header.
+std::span<Value> data_rows(const Value& aselect) {
+    const std::span<Value> all = aselect.items();
+    return all.empty() ? all : all.subspan(1);
+}
+
+constexpr std::string_view views_of_table =
+    "SELECT RDB$VIEW_NAME FROM RDB$VIEW_RELATIONS WHERE RDB$RELATION_NAME = '@@TABLENAME' ";
+
+}  // namespace
+
+Value dropviewsfromtable(Self& self, Args args) {
+    const Value& tblname = args[0];
+    if (empty(tblname)) return false;
+    const Value aselect =
+        select(self, views_of_table, parameter_array({{"@@TABLENAME", alltrim(upper(tblname))}}));
+    for (const Value& row : data_rows(aselect)) {
+        if (!ask(self, "dropview", row[1])) return false;
+    }
+    return true;
+}
+
+Value droptable(Self& self, Args args) {
+    const Value& tblname = args[0];
+    if (empty(tblname)) return false;
+    const Value stablename = alltrim(upper(tblname));
+    if (!ask(self, "dropviewsfromtable", stablename) || !ask(self, "droponlytable", stablename)) return false;
+    // The second generator alone decides.
+    call(self, "dropgenerator", "G_" + stablename + "_I");
+    return call(self, "dropgenerator", "G_" + stablename + "_D");
+}
+
+namespace {
+
+Value column_parameters(const Value& tbl, const Value& fldname) {
+    return parameter_array({{"@@TABLENAME", alltrim(upper(tbl))}, {"@@FIELDNAME", alltrim(upper(fldname))}});
+}
+
+constexpr std::string_view indexes_on_column =
+    "SELECT IDX.RDB$INDEX_NAME FROM RDB$INDICES IDX LEFT JOIN RDB$INDEX_SEGMENTS SEG ON (SEG.RDB$INDEX_NAME "
+    "= "
+    "IDX.RDB$INDEX_NAME) WHERE IDX.RDB$RELATION_NAME = '@@TABLENAME' AND SEG.RDB$FIELD_NAME = '@@FIELDNAME'";
+
+}  // namespace
+
+Value dropindexbasedonfield(Self& self, Args args) {
+    const Value &tbl = args[0], &fldname = args[1];
+    const Value aselect = select(self, indexes_on_column, column_parameters(tbl, fldname));
+    for (const Value& row : data_rows(aselect)) {
+        if (!ask(self, "dropindex", row[1])) return false;
+    }
+    return true;
+}
+
+namespace {
+
+constexpr std::string_view triggers_on_column =
+    "SELECT RDB$DEPENDENT_NAME FROM RDB$DEPENDENCIES WHERE RDB$DEPENDED_ON_NAME = '@@TABLENAME' AND "
+    "RDB$DEPENDENT_TYPE = 2 AND RDB$FIELD_NAME = '@@FIELDNAME'";
+
+}  // namespace
+
+Value droptriggerbasedonfield(Self& self, Args args) {
+    const Value &tbl = args[0], &fldname = args[1];
+    const Value aselect = select(self, triggers_on_column, column_parameters(tbl, fldname));
+    for (const Value& row : data_rows(aselect)) {
+        // Asked while the trigger is there; index columns among them are left as they are.
+        call(self, "getfieldsontrigger", row[1]);
+        if (!ask(self, "droptrigger", row[1])) return false;
+    }
+    return true;
+}
+
+namespace {
+
+constexpr std::string_view drop_column = "ALTER TABLE @@TABLENAME DROP @@FIELDNAME";
+
+}  // namespace
+
+Value dropfield(Self& self, Args args) {
+    const Value &tbl = args[0], &fldstru = args[1];
+    const Value sfieldname = fldstru[1];
+    const Value aparam = parameter_array({{"@@TABLENAME", alltrim(upper(tbl))}});
+    if (!ask(self, "dropindexbasedonfield", tbl, sfieldname)) return false;
+    if (!ask(self, "droptriggerbasedonfield", tbl, sfieldname)) return false;
+    add_parameter(aparam, "@@FIELDNAME", sfieldname);
+    return update_or_raise(self, drop_column, aparam,
+                           "Erro ao deletar Campo: " + sfieldname + " Tabela: " + tbl + ";FB Error: ");
+}
+
+}  // namespace zmfb::schema

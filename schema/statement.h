@@ -1,0 +1,32 @@
+/// Filling statement templates and running them.
+#pragma once
+
+#include <initializer_list>
+#include <string_view>
+
+#include "conn/self.h"
+
+namespace zmfb::schema {
+
+/// One pair of a parameter array.
+struct Parameter {
+    std::string_view placeholder;
+    Value value;
+};
+
+/// The parameter array of `parameters`, in their order: a value that holds a later placeholder is filled too.
+Value parameter_array(std::initializer_list<Parameter> parameters);
+/// Appends a pair to a parameter array.
+void add_parameter(const Value& aparam, std::string_view placeholder, const Value& value);
+
+/// The rows of the filled query as internalselect gives them.
+Value select(Self& self, std::string_view sstmt, const Value& aparam);
+
+/// Runs the filled statement; "" or the SQLCODE error text.
+Value update(Self& self, std::string_view sstmt, const Value& aparam);
+
+/// Runs the filled statement; one that fails raises `message` followed by the SQLCODE error text. Whether it
+/// ran.
+bool update_or_raise(Self& self, std::string_view sstmt, const Value& aparam, const Value& message);
+
+}  // namespace zmfb::schema

@@ -1,0 +1,35 @@
+#include "conn/raise.h"
+#include "host/text.h"
+#include "schema/methods.h"
+#include "schema/statement.h"
+
+namespace zmfb::schema {
+namespace {
+
+constexpr std::string_view view_statement = "CREATE VIEW @@VIEWNAME (@@FIELDS) AS @@SELECT_EXPR";
+
+}  // namespace
+
+Value createview(Self& self, Args args) {
+    const Value &vwname = args[0], &fldsalias = args[1], &stmt = args[2];
+    const Value aparam = parameter_array(
+        {{"@@VIEWNAME", alltrim(upper(vwname))}, {"@@FIELDS", fldsalias}, {"@@SELECT_EXPR", stmt}});
+    return update_or_raise(self, view_statement, aparam, "Error on creating VIEW; FB Error: ");
+}
+
+namespace {
+
+constexpr std::string_view grant_statement = "GRANT @@PRIVILEGES ON @@TABLENAME TO @@USER";
+
+}  // namespace
+
+Value grantaccess(Self& self, Args args) {
+    const Value &priv = args[0], &tbl = args[1], &user = args[2];
+    const Value aparam =
+        parameter_array({{"@@PRIVILEGES", priv}, {"@@TABLENAME", alltrim(upper(tbl))}, {"@@USER", user}});
+    if (empty(update(self, grant_statement, aparam))) return true;
+    conn::raiseerror("Error granting Privileges To:" + user + " Target: " + tbl);
+    return false;
+}
+
+}  // namespace zmfb::schema
