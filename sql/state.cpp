@@ -105,6 +105,10 @@ int refuse(int sqlcode, const char* reason) {
     return sqlcode;
 }
 
+std::string text_of(const Value& stmt) {
+    return std::string(stmt.is(host::Kind::character) ? stmt.text() : std::string_view());
+}
+
 int refuse_zero_byte(std::string_view statement) {
     if (statement.find('\0') == std::string_view::npos) return 0;
     return refuse(invalid_token, "The statement holds a zero byte");

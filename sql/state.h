@@ -39,6 +39,8 @@ std::string log_failure(int sqlcode);
 /// Makes the status vector say that a call was not made: `sqlcode`, with `reason` (a literal) as the engine's
 /// message. Returns `sqlcode`.
 int refuse(int sqlcode, const char* reason);
+/// The bytes of a statement, "" for a value that is no text.
+std::string text_of(const Value& stmt);
 /// Refuses, with the SQLCODE of an invalid token, a statement that could not reach the engine whole because
 /// of a zero byte in it; 0 when there is none.
 int refuse_zero_byte(std::string_view statement);

@@ -1,0 +1,77 @@
+#include "conn/log.h"
+#include "conn/raise.h"
+#include "host/text.h"
+#include "sql/methods.h"
+#include "sql/state.h"
+#include "sql/transaction.h"
+
+namespace zmfb::sql {
+
+namespace {
+
+void drop_batch() {
+    ClassState& shared = state();
+    client().rollback_transaction(shared.status, &shared.batch);
+    shared.batch = isc_tr_handle();
+}
+
+}  // namespace
+
+Value executeupdate(Self& self, Args args) {
+    const Value& stmt = args[0];
+    call(self, "writelog", "[UPDT] Statement: " + stmt, 7);
+    const isc_db_handle database = handle_of(self);
+    if (database == isc_db_handle()) return "";
+    const std::string statement = text_of(stmt);
+    Transaction transaction(database, update_block);
+    int code = transaction.start_code();
+    if (code >= 0) code = refuse_zero_byte(statement);
+    if (code >= 0) code = transaction.execute(statement.c_str());
+    if (code >= 0) code = transaction.commit();
+    if (code == 0) return "";
+    return log_failure(code);
+}
+
+// On top of an open batch the client refuses to start another: the open one goes on.
+Value starttransaction(Self& self, Args) {
+    conn::log_event(7, "[TRANS] Starting Transaction");
+    isc_db_handle database = handle_of(self);
+    if (database == isc_db_handle()) return {};
+    ClassState& shared = state();
+    client().start_transaction(shared.status, &shared.batch, &database, batch_block.size(),
+                               batch_block.data());
+    if (sqlcode() >= 0) shared.batch_database = database;
+    return {};
+}
+
+Value cachedupdate(Self& self, Args args) {
+    const std::string statement = text_of(args[0]);
+    conn::log_event(7, "[CACHE] Statement: " + statement);
+    isc_db_handle database = handle_of(self);
+    if (database == isc_db_handle()) return "";
+    int code = refuse_zero_byte(statement);
+    if (code == 0) {
+        client().execute_immediate(state().status, &database, &state().batch, statement.c_str());
+        code = sqlcode();
+    }
+    return code == 0 ? Value("") : Value(log_failure(code));
+}
+
+// A transaction whose commit failed is rolled back: left open, it would stand in the way of every later
+// batch.
+Value commitchanges(Self& self, Args) {
+    conn::log_event(7, "[COMMIT] Commit");
+    if (handle_of(self) == isc_db_handle()) return {};
+    client().commit_transaction(state().status, &state().batch);
+    if (sqlcode() < 0) drop_batch();
+    return {};
+}
+
+Value executequery(Self& self, Args args) { return call(self, "internalselect", args[0]); }
+
+Value looptest(Self&, Args args) {
+    conn::raiseerror(args[0]);
+    return Value::array_of_size(0);
+}
+
+}  // namespace zmfb::sql
