@@ -159,6 +159,11 @@ std::int64_t Descriptor::size() const {
     return ::fstat(number_, &status) == 0 ? static_cast<std::int64_t>(status.st_size) : -1;
 }
 
+bool Descriptor::is_regular() const {
+    struct stat status {};
+    return ::fstat(number_, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool Descriptor::truncate(std::int64_t size) {
     return uninterrupted([&] { return ::ftruncate(number_, static_cast<off_t>(size)); }) == 0;
 }

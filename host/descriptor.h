@@ -50,6 +50,8 @@ class Descriptor {
     /// The new position, -1 on failure; `origin` as for lseek(2).
     std::int64_t seek(std::int64_t offset, int origin);
     [[nodiscard]] std::int64_t size() const;
+    /// Whether this is a file, and not a device or a pipe.
+    [[nodiscard]] bool is_regular() const;
     bool truncate(std::int64_t size);
     /// Waits until what was written is on the disk.
     bool sync();

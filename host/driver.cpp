@@ -13,7 +13,8 @@ namespace {
 
 // Never destroyed, as tables may be open until the very end of the program.
 std::map<std::string, std::shared_ptr<Driver>, std::less<>>& drivers() {
-    static auto& registry = *new std::map<std::string, std::shared_ptr<Driver>, std::less<>>;
+    static auto& registry = *new std::map<std::string, std::shared_ptr<Driver>, std::less<>>{
+        {std::string(dbf_driver_name), make_dbf_driver()}};
     return registry;
 }
 

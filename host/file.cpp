@@ -95,10 +95,7 @@ unsigned octal_permissions(std::int64_t attribute) {
 // A file of another user keeps its permissions: it could be opened, which is what was asked for. Devices do
 // too.
 void set_permissions(const Descriptor& file, unsigned permissions) {
-    struct stat status {};
-    if (::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode)) {
-        static_cast<void>(::fchmod(file.number(), permissions));
-    }
+    if (file.is_regular()) static_cast<void>(::fchmod(file.number(), permissions));
 }
 
 Value write_bytes(const Value& handle, std::string_view bytes) {

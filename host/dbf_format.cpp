@@ -1,0 +1,301 @@
+#include "host/dbf_format.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+
+#include "host/date.h"
+#include "host/number.h"
+#include "host/text.h"
+
+namespace zmfb::host {
+namespace {
+
+// Header: type, year - 1900, month, day, number of records (4 bytes), header size (2), record size (2),
+// zeros. Field descriptor: name (11 bytes, filled up with zeros), type, 4 zeros, length, decimals, zeros. All
+// little-endian.
+constexpr std::size_t descriptor_size = 32;
+constexpr std::size_t records_position = 4;
+constexpr std::size_t header_size_position = 8;
+constexpr std::size_t record_size_position = 10;
+constexpr std::size_t name_size = 10;
+constexpr std::size_t type_position = 11;
+constexpr std::size_t length_position = 16;
+constexpr std::size_t decimals_position = 17;
+constexpr char plain_table = 3;
+constexpr unsigned char table_with_memo = 0x83;
+constexpr char end_of_fields = 0x0D;
+constexpr int date_length = 8;
+
+std::uint32_t little_endian(std::string_view bytes, std::size_t position, std::size_t size) {
+    std::uint32_t number = 0;
+    for (std::size_t i = size; i > 0; --i) {
+        number = number << 8 | static_cast<unsigned char>(bytes[position + i - 1]);
+    }
+    return number;
+}
+
+void put_little_endian(std::string& bytes, std::size_t position, std::size_t size, std::size_t number) {
+    for (std::size_t i = 0; i < size; ++i) bytes[position + i] = static_cast<char>(number >> (8 * i) & 0xFF);
+}
+
+std::string wrong_field(const Field& field, std::string_view what) {
+    return fmt::format("field {}: {}", field.name, what);
+}
+
+std::string fit_field(Field& field) {
+    field.name = upper(field.name.substr(0, name_size)).text();
+    if (field.name.empty() || field.name.find('\0') != std::string::npos)
+        return wrong_field(field, "no name");
+    switch (field.type) {
+        case 'C':
+            field.decimals = 0;
+            break;
+        case 'N':
+            if (field.length > 255) return wrong_field(field, "longer than 255");
+            if (field.decimals > 0 && field.decimals > field.length - 2)
+                return wrong_field(field, "too many decimals");
+            break;
+        case 'D':
+            field.length = date_length;
+            field.decimals = 0;
+            break;
+        case 'L':
+            field.length = 1;
+            field.decimals = 0;
+            break;
+        default:
+            return wrong_field(field, fmt::format("type {} cannot be kept in a DBF file", field.type));
+    }
+    return field.length < 1 ? wrong_field(field, "no length") : std::string();
+}
+
+/// Reads one descriptor; returns what is wrong with it, else "".
+std::string read_field(std::string_view descriptor, Field& field) {
+    const std::string_view name = descriptor.substr(0, type_position);
+    field.name = upper(trim(name.substr(0, name.find('\0')))).text();
+    field.type = upper(descriptor.substr(type_position, 1)).text().front();
+    field.length = static_cast<unsigned char>(descriptor[length_position]);
+    field.decimals = static_cast<unsigned char>(descriptor[decimals_position]);
+    if (field.type == 'C') {
+        field.length += 256 * field.decimals;
+        field.decimals = 0;
+    }
+    if (field.length < 1) return wrong_field(field, "no length");
+    if (field.type == 'D' && field.length != date_length)
+        return wrong_field(field, "a date that is not 8 long");
+    if (std::string_view("CNDL").find(field.type) == std::string_view::npos)
+        return wrong_field(field, "unknown type");
+    return {};
+}
+
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+/// A number's digits as a text has them: sign, whole part without leading zeros, and the part behind the
+/// point.
+struct Digits {
+    bool negative = false;
+    std::string whole;
+    std::string fraction;
+};
+
+/// Reads the leading number of a text, as VAL() does.
+Digits leading_number(std::string_view text) {
+    Digits digits;
+    std::size_t i = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+    if (i < text.size() && (text[i] == '-' || text[i] == '+')) digits.negative = text[i++] == '-';
+    for (; i < text.size() && is_digit(text[i]); ++i) {
+        if (!digits.whole.empty() || text[i] != '0') digits.whole += text[i];
+    }
+    if (i < text.size() && text[i] == '.') {
+        for (++i; i < text.size() && is_digit(text[i]); ++i) digits.fraction += text[i];
+    }
+    return digits;
+}
+
+/// Rounds half away from zero, or fills up, to so many decimals.
+void set_decimals(Digits& digits, std::size_t decimals) {
+    const bool up = digits.fraction.size() > decimals && digits.fraction[decimals] >= '5';
+    digits.fraction.resize(decimals, '0');
+    if (!up) return;
+    std::string all = "0" + digits.whole + digits.fraction;
+    std::size_t i = all.size() - 1;
+    for (; all[i] == '9'; --i) all[i] = '0';
+    ++all[i];
+    digits.whole = all.substr(all[0] == '0' ? 1 : 0, all.size() - decimals - (all[0] == '0' ? 1 : 0));
+    digits.fraction = all.substr(all.size() - decimals);
+}
+
+Encoding encode_number(const Field& field, std::string_view text, std::span<char> bytes) {
+    Digits digits = leading_number(text);
+    set_decimals(digits, static_cast<std::size_t>(field.decimals));
+    const bool zero = digits.whole.empty() && digits.fraction.find_first_not_of('0') == std::string::npos;
+    std::string number = digits.negative && !zero ? "-" : "";
+    const std::size_t size =
+        number.size() + digits.whole.size() + digits.fraction.size() + (field.decimals > 0 ? 1 : 0);
+    // The zero in front of the point goes first when there is no room for all.
+    if (digits.whole.empty() && (field.decimals == 0 || size < bytes.size())) digits.whole = "0";
+    number += digits.whole;
+    if (field.decimals > 0) number += '.' + digits.fraction;
+    if (number.size() > bytes.size()) return Encoding::too_wide;
+    const auto blanks = bytes.size() - number.size();
+    std::fill_n(bytes.begin(), blanks, ' ');
+    std::copy(number.begin(), number.end(), bytes.begin() + static_cast<std::ptrdiff_t>(blanks));
+    return Encoding::stored;
+}
+
+Encoding encode_text(std::string_view text, std::span<char> bytes) {
+    const std::size_t size = std::min(text.size(), bytes.size());
+    std::fill(std::copy_n(text.begin(), size, bytes.begin()), bytes.end(), ' ');
+    return Encoding::stored;
+}
+
+bool is_true(std::string_view bytes) {
+    return !bytes.empty() && std::string_view("TtYy").find(bytes.front()) != std::string_view::npos;
+}
+
+}  // namespace
+
+std::string fit_for_dbf(std::vector<Field>& structure) {
+    if (structure.empty()) return "a table needs a field";
+    std::size_t record_size = 1;
+    for (auto field = structure.begin(); field != structure.end(); ++field) {
+        if (std::string wrong = fit_field(*field); !wrong.empty()) return wrong;
+        const bool twice = std::any_of(structure.begin(), field,
+                                       [&](const Field& other) { return other.name == field->name; });
+        if (twice) return wrong_field(*field, "another one has this name");
+        record_size += static_cast<std::size_t>(field->length);
+        if (record_size > std::numeric_limits<std::uint16_t>::max())
+            return "a record longer than 65535 bytes";
+    }
+    constexpr std::size_t most_fields =
+        (std::numeric_limits<std::uint16_t>::max() - descriptor_size - 1) / descriptor_size;
+    return structure.size() > most_fields ? "too many fields" : std::string();
+}
+
+std::string dbf_header(std::span<const Field> structure) {
+    const std::size_t size = descriptor_size * (structure.size() + 1) + 1;
+    std::string header(size, '\0');
+    header[0] = plain_table;
+    header.replace(dbf_change_position, 7, dbf_change(0));
+    put_little_endian(header, header_size_position, 2, size);
+    std::size_t record_size = 1;
+    std::size_t position = descriptor_size;
+    for (const Field& field : structure) {
+        const auto length = static_cast<std::size_t>(field.length);
+        header.replace(position, field.name.size(), field.name);
+        header[position + type_position] = field.type;
+        header[position + length_position] = static_cast<char>(length % 256);
+        header[position + decimals_position] =
+            static_cast<char>(field.type == 'C' ? length / 256 : static_cast<std::size_t>(field.decimals));
+        record_size += length;
+        position += descriptor_size;
+    }
+    put_little_endian(header, record_size_position, 2, record_size);
+    header[position] = end_of_fields;
+    return header;
+}
+
+std::string dbf_change(std::uint32_t records) {
+    const CalendarDay today = calendar_day(date().date());
+    std::string change(7, '\0');
+    change[0] = static_cast<char>(today.year - 1900);
+    change[1] = static_cast<char>(today.month);
+    change[2] = static_cast<char>(today.day);
+    put_little_endian(change, records_position - dbf_change_position, 4, records);
+    return change;
+}
+
+std::uint32_t dbf_record_count(std::string_view header) {
+    return header.size() < records_position + 4 ? 0 : little_endian(header, records_position, 4);
+}
+
+std::size_t dbf_header_size(std::string_view beginning) {
+    return beginning.size() < descriptor_size ? 0 : little_endian(beginning, header_size_position, 2);
+}
+
+std::string read_dbf_header(std::string_view beginning, std::int64_t file_size, DbfLayout& layout) {
+    layout = {};
+    if (beginning.empty()) return "not a DBF file: it is empty";
+    if (static_cast<unsigned char>(beginning[0]) == table_with_memo) return "a DBF file with memo fields";
+    if (beginning[0] != plain_table || beginning.size() < descriptor_size) return "not a DBF file";
+    layout.header_size = dbf_header_size(beginning);
+    layout.record_size = little_endian(beginning, record_size_position, 2);
+    if (layout.header_size > beginning.size() || layout.header_size <= descriptor_size) {
+        return "a damaged DBF header: its size cannot be";
+    }
+    std::size_t offset = 1;
+    for (std::size_t at = descriptor_size; at + descriptor_size <= layout.header_size;
+         at += descriptor_size) {
+        if (beginning[at] == end_of_fields) break;
+        Field field;
+        if (std::string wrong = read_field(beginning.substr(at, descriptor_size), field); !wrong.empty()) {
+            return "a damaged DBF header: " + wrong;
+        }
+        layout.offsets.push_back(offset);
+        offset += static_cast<std::size_t>(field.length);
+        layout.fields.push_back(std::move(field));
+    }
+    if (layout.fields.empty()) return "a DBF file without fields";
+    if (offset > layout.record_size) return "a damaged DBF header: the fields are longer than a record";
+    const std::int64_t room = (file_size - static_cast<std::int64_t>(layout.header_size)) /
+                              static_cast<std::int64_t>(layout.record_size);
+    layout.records = static_cast<std::uint32_t>(std::min<std::int64_t>(dbf_record_count(beginning), room));
+    return {};
+}
+
+Value decode_field(const Field& field, std::string_view bytes) {
+    switch (field.type) {
+        case 'N':
+            return {val(bytes).number(),
+                    {static_cast<std::uint8_t>(field.length), static_cast<std::uint8_t>(field.decimals)}};
+        case 'D':
+            return stod(bytes);
+        case 'L':
+            return is_true(bytes);
+        default:
+            return bytes;
+    }
+}
+
+Value empty_field(const Field& field) {
+    return decode_field(field, std::string(static_cast<std::size_t>(field.length), ' '));
+}
+
+Encoding encode_field(const Field& field, const Value& value, std::span<char> bytes) {
+    switch (field.type) {
+        case 'C':
+            return value.is(Kind::character) ? encode_text(value.text(), bytes) : Encoding::wrong_kind;
+        case 'N': {
+            if (!value.is(Kind::numeric)) return Encoding::wrong_kind;
+            constexpr int roomy = 512;
+            const Value text = str(value, roomy, field.decimals);
+            return text.text().front() == '*' ? Encoding::too_wide : encode_number(field, text.text(), bytes);
+        }
+        case 'D':
+            return value.is(Kind::date) ? encode_text(dtos(value).text(), bytes) : Encoding::wrong_kind;
+        case 'L':
+            return value.is(Kind::logical) ? encode_text(value.logical() ? "T" : "F", bytes)
+                                           : Encoding::wrong_kind;
+        default:
+            return Encoding::wrong_kind;
+    }
+}
+
+Encoding encode_columns(const Field& field, std::string_view columns, std::span<char> bytes) {
+    switch (field.type) {
+        case 'N':
+            return encode_number(field, columns, bytes);
+        case 'D':
+            return encode_text(dtos(stod(columns)).text(), bytes);
+        case 'L':
+            if (columns.empty() || columns.front() == ' ' || columns.front() == '?')
+                return encode_text(columns, bytes);
+            return encode_text(is_true(columns) ? "T" : "F", bytes);
+        default:
+            return encode_text(columns, bytes);
+    }
+}
+
+}  // namespace zmfb::host

@@ -1,0 +1,247 @@
+#include "host/sdf.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "host/descriptor.h"
+#include "host/table_error.h"
+#include "host/text.h"
+#include "host/workarea.h"
+
+namespace zmfb::host {
+namespace {
+
+constexpr char end_of_text = 0x1A;
+
+/// The lines of a text file, of which the first `width` bytes count.
+class Lines {
+  public:
+    Lines(Descriptor&& file, std::size_t width) : file_(std::move(file)), width_(width) {
+        buffer_.resize(std::max<std::size_t>(256 * 1024, 2 * (width + 2)));
+        fill();
+        find_full_lines();
+    }
+
+    /// Gives the next line without its end; false at the end of the file, or when it cannot be read (see
+    /// error()).
+    bool next(std::string_view& line) {
+        if (rest().size() < width_ + 2) fill();
+        if (line_end_ > 0 && full_line_follows()) {
+            line = rest().substr(0, width_);
+            used_ += std::min(width_ + line_end_, rest().size());
+            return true;
+        }
+        line_end_ = 0;
+        return next_by_line_end(line);
+    }
+
+    /// The system's error that ended the reading, 0 when there was none.
+    [[nodiscard]] int error() const { return error_; }
+
+  private:
+    [[nodiscard]] std::string_view rest() const { return {buffer_.data() + used_, filled_ - used_}; }
+
+    /// Moves what is left to the front of the buffer and fills it up.
+    void fill() {
+        if (at_end_) return;
+        std::memmove(buffer_.data(), buffer_.data() + used_, filled_ - used_);
+        filled_ -= std::exchange(used_, 0);
+        const std::size_t read = file_.read(std::span(buffer_).subspan(filled_));
+        if (filled_ + read < buffer_.size()) {
+            at_end_ = true;
+            error_ = errno;
+        }
+        filled_ += read;
+    }
+
+    /// Sets line_end_ to the size of the line ends when the file is made of full lines only.
+    void find_full_lines() {
+        const auto size = static_cast<std::uint64_t>(std::max<std::int64_t>(file_.size(), 0));
+        char last = 0;
+        if (size > 0) file_.read_at(static_cast<std::int64_t>(size) - 1, {&last, 1});
+        for (const std::size_t line_end : {1, 2}) {
+            const std::uint64_t line = width_ + line_end;
+            const auto fits = [&](std::uint64_t bytes) {
+                return bytes % line == 0 || bytes % line == width_;
+            };
+            if (!fits(size) && !(last == end_of_text && fits(size - 1))) continue;
+            line_end_ = line_end;
+            if (full_line_follows()) return;
+        }
+        line_end_ = 0;
+    }
+
+    [[nodiscard]] bool full_line_follows() const {
+        const std::string_view text = rest();
+        if (text.size() < width_ || text.empty()) return false;
+        if (at_end_ && text == std::string_view(&end_of_text, 1)) return false;
+        const std::string_view behind = text.substr(width_, line_end_);
+        if (behind == (line_end_ == 1 ? "\n" : "\r\n")) return true;
+        return at_end_ && (behind.empty() || (text.size() == width_ + 1 && behind[0] == end_of_text));
+    }
+
+    bool next_by_line_end(std::string_view& line) {
+        if (rest().empty() || rest().front() == end_of_text) return false;
+        std::size_t end = rest().find('\n');
+        if (end == std::string_view::npos) {
+            fill();
+            end = rest().find('\n');
+        }
+        if (end != std::string_view::npos) {
+            line = rest().substr(0, end);
+            used_ += end + 1;
+            if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+            return true;
+        }
+        if (at_end_) {
+            line = rest();
+            used_ = filled_;
+            return true;
+        }
+        long_line_.assign(rest(), 0, width_);
+        line = long_line_;
+        skip_line();
+        return true;
+    }
+
+    void skip_line() {
+        std::size_t end = rest().find('\n');
+        while (end == std::string_view::npos && !rest().empty()) {
+            used_ = filled_;
+            fill();
+            end = rest().find('\n');
+        }
+        used_ += end == std::string_view::npos ? 0 : end + 1;
+    }
+
+    Descriptor file_;
+    std::size_t width_;
+    std::size_t line_end_ = 0;
+    std::vector<char> buffer_;
+    std::size_t used_ = 0;
+    std::size_t filled_ = 0;
+    bool at_end_ = false;
+    int error_ = 0;
+    std::string long_line_;
+};
+
+struct Column {
+    std::size_t field;
+    std::size_t offset;
+    std::size_t width;
+};
+
+/// The columns of a line; false when `names` has one that the table does not.
+bool find_columns(const Table& table, const Value& names, std::vector<Column>& columns) {
+    std::vector<std::string> wanted;
+    if (names.is(Kind::array)) {
+        for (const Value& name : names.items()) {
+            if (!name.is(Kind::character)) return false;
+            wanted.emplace_back(upper(alltrim(name)).text());
+        }
+    }
+    std::size_t found = 0;
+    std::size_t offset = 0;
+    for (std::size_t i = 0; i < table.fields().size(); ++i) {
+        const Field& field = table.fields()[i];
+        if (!wanted.empty() && std::ranges::find(wanted, upper(field.name).text()) == wanted.end()) continue;
+        ++found;
+        if (field.type == 'M') continue;
+        columns.push_back({i, offset, static_cast<std::size_t>(field.length)});
+        offset += columns.back().width;
+    }
+    return wanted.empty() || found == wanted.size();
+}
+
+/// Raises what keeps a file from being read.
+bool fail(GenCode gencode, std::string_view file, int system_error) {
+    const bool opening = gencode == GenCode::open;
+    raise_table_error({.gencode = gencode,
+                       .subcode = opening ? Subcode::table_open : Subcode::table_read,
+                       .description = opening ? "Open error" : "Read error",
+                       .operation = "APPEND FROM",
+                       .file = file,
+                       .oscode = dos_error(system_error)});
+    return false;
+}
+
+std::int64_t limit(const Value& number) {
+    return number.is(Kind::numeric) ? number.integer() : std::numeric_limits<std::int64_t>::max();
+}
+
+bool says_no(const Value& block) {
+    if (!block.is(Kind::block)) return false;
+    const Value answer = block.eval({});
+    return !answer.is(Kind::logical) || !answer.logical();
+}
+
+/// What narrows the lines down.
+struct Conditions {
+    const Value& for_block;
+    const Value& while_block;
+    const Value& next;
+    const Value& record;
+};
+
+bool store_line(Table& table, std::span<const Column> columns, std::string_view line) {
+    for (const Column& column : columns) {
+        const std::size_t from = std::min(column.offset, line.size());
+        if (!table.put_columns(column.field, line.substr(from, column.width))) return false;
+    }
+    return true;
+}
+
+bool append_lines(Table& table, std::span<const Column> columns, Lines& lines, const Conditions& conditions) {
+    const std::int64_t last =
+        conditions.record.is(Kind::numeric) ? limit(conditions.record) : limit(conditions.next);
+    std::string_view line;
+    for (std::int64_t number = 1; number <= last && lines.next(line); ++number) {
+        if (conditions.record.is(Kind::numeric) && number != last) continue;
+        if (!table.append()) return false;
+        if (!store_line(table, columns, line)) {
+            table.take_back();
+            return false;
+        }
+        const bool ends = says_no(conditions.while_block);
+        if (table_of() != &table) return false;  // a block has closed the table
+        if ((ends || says_no(conditions.for_block)) && table_of() == &table && !table.take_back())
+            return false;
+        if (ends || table_of() != &table) break;
+    }
+    return true;
+}
+
+}  // namespace
+
+Value dbappsdf(const Value& file, const Value& fields, const Value& for_block, const Value& while_block,
+               const Value& next, const Value& record) {
+    Table* const table = table_of();
+    if (table == nullptr) {
+        raise_table_error({.gencode = GenCode::no_table,
+                           .subcode = Subcode::area_not_in_use,
+                           .description = "Work area not in use",
+                           .operation = "APPEND FROM"});
+        return false;
+    }
+    std::vector<Column> columns;
+    if (!file.is(Kind::character) || alltrim(file).text().empty() || !find_columns(*table, fields, columns)) {
+        argument_error(Subcode::structure, "APPEND FROM", {file, fields});
+        return false;
+    }
+    if (columns.empty()) return true;
+    std::string path(alltrim(file).text());
+    if (path.find('.', path.rfind('/') + 2) == std::string::npos) path += ".txt";
+    Descriptor source(path, O_RDONLY);
+    if (!source.is_open()) return fail(GenCode::open, path, errno);
+    Lines lines(std::move(source), columns.back().offset + columns.back().width);
+    if (!append_lines(*table, columns, lines, {for_block, while_block, next, record})) return false;
+    return lines.error() == 0 || fail(GenCode::read, path, lines.error());
+}
+
+}  // namespace zmfb::host
