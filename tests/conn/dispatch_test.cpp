@@ -1,0 +1,120 @@
+#include "host/error.h"
+#include "tests/support/runtime.h"
+#include "zmfbconn/connection.h"
+
+namespace zmfb::test {
+namespace {
+
+using host::array_of;
+
+/// Objects without a database.
+class Dispatch : public Runtime {
+  protected:
+    zmFBConn object;
+};
+
+TEST_F(Dispatch, ANewObjectWithoutArgumentsLogsNothingAndIsInactive) {
+    EXPECT_EQ(log_text(), "");
+    EXPECT_FALSE(object.isconnected());
+    EXPECT_FALSE(object.call("isrddactive").logical());
+}
+
+TEST_F(Dispatch, VariablesStartAtTheirDefaults) {
+    EXPECT_EQ(show(object.get("bconn")), ".F.");
+    EXPECT_EQ(show(object.get("dbhndl")), "0");
+    EXPECT_EQ(show(object.get("sdbname")), "\"\"");
+    EXPECT_EQ(show(object.get("srolename")), "\"\"");
+    EXPECT_EQ(show(object.get("susername")), "\"\"");
+    EXPECT_EQ(show(object.call("getglbskipmode")), "1");
+    EXPECT_EQ(show(object.call("getglbskipcachesize")), "11");
+    EXPECT_EQ(show(object.call("getfullpathdatfile")), "\"\"");
+}
+
+TEST_F(Dispatch, AnUnknownNameIsLoggedAndThenRaised) {
+    EXPECT_TRUE(object.call("frobnicate", 1, 2).is_nil());
+    EXPECT_EQ(log_lines(),
+              (std::vector<LogEntry>{{0, "[ERROR] Meth: frobnicate does not exist inside zmFBConn"}}));
+    EXPECT_EQ(raised(),
+              (std::vector<std::string>{"[FBCONN Error];zmFBConn has no Method named: frobnicate"}));
+}
+
+TEST_F(Dispatch, NamesAreLowerCaseOnly) {
+    object.call("ISCONNECTED");
+    EXPECT_EQ(raised(),
+              (std::vector<std::string>{"[FBCONN Error];zmFBConn has no Method named: ISCONNECTED"}));
+}
+
+TEST_F(Dispatch, EvalmethWithNilPassesFiveEmptyTexts) {
+    EXPECT_EQ(show(object.call("evalmeth", "getloglevel", Value())), "0");
+    // This one keeps its argument as it came.
+    object.call("evalmeth", "setrddactive", Value());
+    EXPECT_EQ(show(object.call("isrddactive")), "\"\"");
+}
+
+TEST_F(Dispatch, EvalmethTakesItsArgumentsFromTheArray) {
+    object.call("evalmeth", "setrddactive", array_of("first"));
+    EXPECT_EQ(show(object.call("isrddactive")), "\"first\"");
+    EXPECT_EQ(show(object.call("evalmeth", "toarray", array_of("a::b", "::"))), "{\"a\", \"b\"}");
+}
+
+TEST_F(Dispatch, EvalmethWithAPlainTextPassesFiveEmptyTexts) {
+    object.call("evalmeth", "setrddactive", "CUSTOMER");
+    EXPECT_EQ(show(object.call("isrddactive")), "\"\"");
+}
+
+TEST_F(Dispatch, EvalmethIgnoresElementsBeyondTheFifth) {
+    object.call("evalmeth", "setrddactive", array_of("1", "2", "3", "4", "5", "6", "7"));
+    EXPECT_EQ(show(object.call("isrddactive")), "\"1\"");
+}
+
+TEST_F(Dispatch, EvalmethOfAnUnknownNameReachesNomethod) {
+    object.call("evalmeth", "frobnicate", array_of(1));
+    EXPECT_EQ(raised(),
+              (std::vector<std::string>{"[FBCONN Error];zmFBConn has no Method named: frobnicate"}));
+}
+
+TEST_F(Dispatch, AssigningBconnAndDbhndlStoresAnythingUnchecked) {
+    object.set("dbhndl", "seven");
+    EXPECT_EQ(show(object.get("dbhndl")), "\"seven\"");
+    object.set("dbhndl", 0);
+    object.set("bconn", true);
+    EXPECT_TRUE(object.isconnected());
+    object.set("bconn", false);
+}
+
+TEST_F(Dispatch, TheThreeTextsHaveNoAssign) {
+    for (const char* name : {"sdbname", "srolename", "susername"}) object.set(name, "x");
+    EXPECT_EQ(show(object.get("sdbname")), "\"\"");
+    EXPECT_EQ(raised(),
+              (std::vector<std::string>{"No exported variable: sdbname", "No exported variable: srolename",
+                                        "No exported variable: susername"}));
+}
+
+TEST_F(Dispatch, HiddenAndProtectedVariablesAreNotReadFromOutside) {
+    object.get("aaliases");
+    EXPECT_EQ(raised(), (std::vector<std::string>{"No exported variable: aaliases"}));
+}
+
+TEST_F(Dispatch, APropertyCanBeCalledLikeAMethod) { EXPECT_EQ(show(object.call("bconn")), ".F."); }
+
+TEST_F(Dispatch, ReleasingTheLastHandleLogsThatTheObjectIsGone) {
+    { const zmFBConn second(object); }
+    EXPECT_EQ(log_text(), "");
+    { const zmFBConn gone; }
+    EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{0, "[GONE] Class: zmFBConn no longer exists. DB: "}}));
+}
+
+TEST_F(Dispatch, AxitMayBeCalledByTheApplicationAndAnswersTrue) {
+    EXPECT_EQ(show(object.call("axit")), ".T.");
+    EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{0, "[GONE] Class: zmFBConn no longer exists. DB: "}}));
+}
+
+TEST_F(Dispatch, AHandlerThatThrowsLeavesTheObjectUsable) {
+    const Value before = host::error_block(Value::block([](host::Args) -> Value { throw 7; }));
+    EXPECT_THROW(object.call("looptest", "CUSTOMER"), int);
+    host::error_block(before);
+    EXPECT_EQ(show(object.call("getloglevel")), "0");
+}
+
+}  // namespace
+}  // namespace zmfb::test

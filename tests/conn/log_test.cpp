@@ -1,0 +1,130 @@
+#include "conn/log.h"
+
+#include <cstdlib>
+#include <ctime>
+
+#include "tests/support/runtime.h"
+#include "zmfbconn/connection.h"
+
+namespace zmfb::test {
+namespace {
+
+/// Sets an environment variable, or removes it with nullptr, for as long as it lives.
+class Setting {
+  public:
+    Setting(const char* name, const char* value) : name_(name) {
+        const char* before = std::getenv(name);
+        if (before != nullptr) before_ = before;
+        had_ = before != nullptr;
+        value == nullptr ? unsetenv(name) : setenv(name, value, 1);
+    }
+    ~Setting() { had_ ? setenv(name_, before_.c_str(), 1) : unsetenv(name_); }
+    Setting(const Setting&) = delete;
+    Setting& operator=(const Setting&) = delete;
+
+  private:
+    const char* name_;
+    std::string before_;
+    bool had_ = false;
+};
+
+class Log : public Runtime {
+  protected:
+    zmFBConn object;
+};
+
+TEST_F(Log, AnEntryIsTwoLinesByteForByte) {
+    const Setting user("USER", "ana");
+    std::string before(26, '\0');
+    std::string after(26, '\0');
+    std::time_t now = std::time(nullptr);
+    ctime_r(&now, before.data());
+    object.call("setloglevel", 3);
+    now = std::time(nullptr);
+    ctime_r(&now, after.data());
+    const auto entry = [](const std::string& date) {
+        return "\t[0] ana " + std::string(date.c_str()) + " [LOG#] zmFBConn loglevel now is: 3\n";
+    };
+    const std::string text = log_text();
+    EXPECT_TRUE(text == entry(before) || text == entry(after)) << text;
+}
+
+TEST_F(Log, WithoutUserTheNullTextIsPrinted) {
+    const Setting user("USER", nullptr);
+    object.call("setloglevel", 0);
+    EXPECT_EQ(log_text().substr(0, 11), "\t[0] (null)");
+}
+
+TEST_F(Log, EntriesAboveTheLevelAreNotWritten) {
+    object.call("writelog", "[ERROR] SQLCODE=-204 (x)", 1);
+    EXPECT_EQ(log_text(), "");
+    object.call("writelog", "[CONN] y", 0);
+    EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{0, "[CONN] y"}}));
+}
+
+TEST_F(Log, ALevelOfMinusOneStopsEverythingItsOwnLineIncluded) {
+    object.call("setloglevel", -1);
+    object.call("writelog", "[CONN] y", 0);
+    EXPECT_EQ(log_text(), "");
+    EXPECT_EQ(show(object.call("getloglevel")), "-1");
+}
+
+TEST_F(Log, ANegativeEntryIsStillWrittenAtItsLevel) {
+    object.call("setloglevel", -1);
+    object.call("writelog", "deep", -2);
+    EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{-2, "deep"}}));
+}
+
+TEST_F(Log, ALevelSetThroughOneObjectAppliesToAll) {
+    zmFBConn other;
+    object.call("setloglevel", 8);
+    EXPECT_EQ(show(other.call("getloglevel")), "8");
+}
+
+TEST_F(Log, ALongTextIsCutToItsFirst9999Characters) {
+    const std::string text = "<" + std::string(11998, 'x') + ">";
+    object.call("writelog", text, 0);
+    const auto lines = log_lines();
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_EQ(lines[0].text, text.substr(0, 9999));
+}
+
+TEST_F(Log, ATextEndsAtAZeroByte) {
+    object.call("writelog", std::string("ab\0cd", 5), 0);
+    EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{0, "ab"}}));
+}
+
+TEST_F(Log, PercentSignsAreOrdinary) {
+    object.call("writelog", "%s%n%d 100%", 0);
+    EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{0, "%s%n%d 100%"}}));
+}
+
+TEST_F(Log, TextsOfOtherKindsCountAsEmptyAndLevelsAsZero) {
+    object.call("writelog", 5, "x");
+    EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{0, ""}}));
+}
+
+TEST_F(Log, TheLevelIsAnIntegerHeldWithinItsRange) {
+    object.call("setloglevel", 3.9);
+    EXPECT_EQ(show(object.call("getloglevel")), "3");
+    object.call("setloglevel", 1e30);
+    EXPECT_EQ(show(object.call("getloglevel")), "2147483647");
+}
+
+TEST_F(Log, ALogThatCannotBeWrittenChangesNothing) {
+    const Setting path("ZMFB_TEST_LOG", "/nonexistent folder/zmrddfire.log");
+    EXPECT_TRUE(object.call("setloglevel", 2).is_nil());
+    EXPECT_EQ(show(object.call("getloglevel")), "2");
+    object.call("frobnicate");
+    EXPECT_EQ(raised().size(), 1U);
+}
+
+TEST_F(Log, TheFileIsOpenedForEachEntryAnew) {
+    object.call("writelog", "one", 0);
+    ASSERT_EQ(std::rename(conn::log_path(), file("moved").c_str()), 0);
+    object.call("writelog", "two", 0);
+    EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{0, "two"}}));
+}
+
+}  // namespace
+}  // namespace zmfb::test
