@@ -1,19 +1,52 @@
 #include "conn/methods.h"
-#include "conn/unbuilt.h"
+#include "host/number.h"
 #include "host/screen.h"
+#include "host/text.h"
+#include "zmfbconn/connection.h"
 
 namespace zmfb::conn {
 
-Value iscurseson(Self&, Args) { return host::standard_screen() != nullptr; }
+using namespace host;
+
+namespace {
+
+constexpr int box_width = 43;
+
+constexpr std::string_view title = "      *** Connecting to Firebird ***       ";
+constexpr std::string_view blank_line = "                                           ";
+// Its left half is written over by the request to wait.
+constexpr std::string_view driver_line = "                          driver ZMRDDFIRE ";
+constexpr std::string_view please_wait = "Please wait...";
+
+static_assert(title.size() == box_width && blank_line.size() == box_width && driver_line.size() == box_width);
+
+Value version_line() { return padl("zmfbconn " + std::string(library_version()), box_width - 1) + " "; }
+
+/// Writes at a place counted up and left from the bottom right corner.
+void write_from_corner(int up, int left, const Value& text, std::string_view colour) {
+    devpos(maxrow() - up, maxcol() - left);
+    devout(text, colour);
+}
+
+}  // namespace
+
+Value iscurseson(Self&, Args) { return standard_screen() != nullptr; }
 
 Value showgreetscr(Self& self, Args) {
     if (!ask(self, "iscurseson")) return {};
-    return unbuilt("showgreetscr");
+    var(self, Var::oldscreen) = savescreen(0, 0, maxrow(), maxcol());
+    write_from_corner(4, 50, title, "BG/N");
+    write_from_corner(3, 50, blank_line, "BG/B");
+    write_from_corner(2, 50, driver_line, "BG/B");
+    write_from_corner(1, 50, version_line(), "BG/B");
+    write_from_corner(2, 47, please_wait, "GR/B");
+    return {};
 }
 
 Value hidegreetscr(Self& self, Args) {
     if (!ask(self, "iscurseson")) return {};
-    return unbuilt("hidegreetscr");
+    restscreen(0, 0, maxrow(), maxcol(), var(self, Var::oldscreen));
+    return {};
 }
 
 }  // namespace zmfb::conn
