@@ -19,19 +19,18 @@ namespace {
 constexpr std::string_view plugin_configuration =
     "# Firebird plugins of a private environment: the defaults\n";
 
-// The client's plugins lie beside its library: <library folder>/firebird/<version>/plugins where a
-// distribution installs it, <library folder>/../plugins where Firebird's own installer does.
-std::optional<fs::path> plugin_folder() {
+// The folder of Firebird's plugins and character sets: <library folder>/firebird/<version> where a
+// distribution installs the client library, the folder above it where Firebird's own installer does.
+std::optional<fs::path> firebird_folder() {
     Dl_info info{};
     void* const symbol = dlsym(RTLD_DEFAULT, "isc_attach_database");
     if (symbol == nullptr || dladdr(symbol, &info) == 0) return std::nullopt;
     std::error_code ignored;
     const fs::path library = fs::canonical(info.dli_fname, ignored).parent_path();
     for (const auto& version : fs::directory_iterator(library / "firebird", ignored)) {
-        if (fs::is_directory(version.path() / "plugins", ignored)) return version.path() / "plugins";
+        if (fs::is_directory(version.path() / "plugins", ignored)) return version.path();
     }
-    if (fs::is_directory(library.parent_path() / "plugins", ignored))
-        return library.parent_path() / "plugins";
+    if (fs::is_directory(library.parent_path() / "plugins", ignored)) return library.parent_path();
     return std::nullopt;
 }
 
@@ -69,16 +68,21 @@ std::string write_when_different(const fs::path& file, std::string_view content)
     return out && !error ? "" : "cannot write " + file.string();
 }
 
-std::string link_plugins(const fs::path& link) {
-    const std::optional<fs::path> target = plugin_folder();
-    if (!target) return "cannot find the plugin folder of the Firebird client library";
+std::string link_folder(const fs::path& link, const fs::path& target) {
     std::error_code error;
-    if (fs::read_symlink(link, error) == *target) return "";
+    if (fs::read_symlink(link, error) == target) return "";
     fs::remove(link, error);
-    fs::create_directory_symlink(*target, link, error);
+    fs::create_directory_symlink(target, link, error);
     // Another process may have made it in between.
-    if (error && fs::read_symlink(link, error) != *target) return "cannot make the link " + link.string();
+    if (error && fs::read_symlink(link, error) != target) return "cannot make the link " + link.string();
     return "";
+}
+
+std::string link_firebird(const fs::path& folder) {
+    const std::optional<fs::path> firebird = firebird_folder();
+    if (!firebird) return "cannot find the plugin folder of the Firebird client library";
+    const std::string failure = link_folder(folder / "plugins", *firebird / "plugins");
+    return failure.empty() ? link_folder(folder / "intl", *firebird / "intl") : failure;
 }
 
 }  // namespace
@@ -97,7 +101,7 @@ std::string make_environment(const EnvironmentOptions& options) {
     if (error) return "cannot make the folder " + (folder / "lock").string() + ": " + error.message();
     std::string failure = write_when_different(folder / "firebird.conf", configuration(options));
     if (failure.empty()) failure = write_when_different(folder / "plugins.conf", plugin_configuration);
-    if (failure.empty()) failure = link_plugins(folder / "plugins");
+    if (failure.empty()) failure = link_firebird(folder);
     return failure;
 }
 

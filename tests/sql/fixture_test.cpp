@@ -1,11 +1,19 @@
 // The fixture itself: what every test that needs a database relies on.
 #include "tests/support/database.h"
 #include "tests/support/environment.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::test {
 namespace {
 
 using Fixture = Database;
+
+TEST_F(Fixture, DatabaseIsWhereTheRunSays) {
+    EXPECT_EQ(names_a_server(database()), on_server()) << database();
+    const std::string protocol =
+        rows("select rdb$get_context('SYSTEM', 'NETWORK_PROTOCOL') from rdb$database")[0][0];
+    EXPECT_EQ(protocol.starts_with("TCP"), on_server()) << protocol;
+}
 
 TEST_F(Fixture, EachTestHasADatabaseOfItsOwn) {
     execute("create table FRUIT (NAME varchar(10), PRICE numeric(9,2))");

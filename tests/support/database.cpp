@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "tests/support/environment.h"
+#include "tests/support/server.h"
 #include "udf_script.h"
 #include "zmfbconn/database.h"
 
@@ -13,7 +14,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string attachable(const fs::path& file) { return file.string(); }
+std::string attachable(const fs::path& file) {
+    return on_server() ? Server::shared().name_of(file) : file.string();
+}
 
 void must_succeed(const std::string& failure) {
     if (!failure.empty()) throw std::runtime_error("template database: " + failure);

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string_view>
 
+#include "tests/support/server.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::test {
@@ -37,6 +38,7 @@ void set_up_environment() {
 }
 
 void tear_down_environment(bool keep) {
+    Server::stop_shared();
     fb_shutdown(0, fb_shutrsn_app_stopped);
     if (keep) {
         std::printf("kept: %s\n", process_folder().c_str());
