@@ -49,5 +49,9 @@ TEST(UdfScript, DeclaresTheLengthsTheModuleKeepsTo) {
     EXPECT_EQ(found("CSTRING\\((\\d+)\\)").size(), 18U);
 }
 
+TEST(UdfScript, LeavesEveryResultToTheEngineToFree) {
+    EXPECT_EQ(found("RETURNS CSTRING\\(\\d+\\) CHARACTER SET NONE (FREE_IT)\n").size(), 11U);
+}
+
 }  // namespace
 }  // namespace zmfb::test
