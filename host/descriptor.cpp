@@ -21,15 +21,18 @@ auto uninterrupted(Call call) {
 
 constexpr std::size_t largest_transfer = std::size_t{1} << 30;
 
+/// Transfers piece by piece; errno is 0 afterwards unless an error ended it.
 template <class Step>
 std::size_t transfer(std::size_t size, Step step) {
     std::size_t done = 0;
     while (done < size) {
         const std::size_t ask = std::min(size - done, largest_transfer);
         const ssize_t now = uninterrupted([&] { return step(done, ask); });
-        if (now <= 0) break;
+        if (now < 0) return done;
+        if (now == 0) break;
         done += static_cast<std::size_t>(now);
     }
+    errno = 0;
     return done;
 }
 
@@ -123,28 +126,24 @@ bool Descriptor::close() {
 }
 
 std::size_t Descriptor::read(std::span<char> target) {
-    errno = 0;
     return transfer(target.size(), [&](std::size_t done, std::size_t ask) {
         return ::read(number_, target.data() + done, ask);
     });
 }
 
 std::size_t Descriptor::read_at(std::int64_t position, std::span<char> target) {
-    errno = 0;
     return transfer(target.size(), [&](std::size_t done, std::size_t ask) {
         return ::pread(number_, target.data() + done, ask, offset(position, done));
     });
 }
 
 std::size_t Descriptor::write(std::string_view bytes) {
-    errno = 0;
     return transfer(bytes.size(), [&](std::size_t done, std::size_t ask) {
         return ::write(number_, bytes.data() + done, ask);
     });
 }
 
 std::size_t Descriptor::write_at(std::int64_t position, std::string_view bytes) {
-    errno = 0;
     return transfer(bytes.size(), [&](std::size_t done, std::size_t ask) {
         return ::pwrite(number_, bytes.data() + done, ask, offset(position, done));
     });
