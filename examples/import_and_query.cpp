@@ -24,7 +24,8 @@ int main(int argc, char** argv) {
     zmfb::zmFBConn connection(database, "SYSDBA");
     if (!connection.isconnected() || !connection.call("bringdbf", argv[2]).logical()) return 1;
 
-    for (const zmfb::Value& table : connection.call("gettablesname").items()) {
+    const zmfb::Value tables = connection.call("gettablesname");
+    for (const zmfb::Value& table : tables.items()) {
         std::cout << table.text() << ": " << connection.call("gettablereccount", table).integer()
                   << " records\n";
     }

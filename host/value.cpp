@@ -133,7 +133,7 @@ std::int64_t Value::integer() const {
     return static_cast<std::int64_t>(value);
 }
 
-std::span<Value> Value::items() const {
+std::span<Value> Value::items() const& {
     if (kind_ != Kind::array) {
         wrong_kind(Kind::array);
         return {};

@@ -133,9 +133,11 @@ class Value {
         return {static_cast<std::uint8_t>(inline_[0]), static_cast<std::uint8_t>(inline_[1])};
     }
 
-    /// The elements of an array; the span lives until an element is appended. Empty for another kind
-    /// (raised).
-    [[nodiscard]] std::span<Value> items() const;
+    /// The elements of an array; the span lives until an element is appended or the last reference to the
+    /// array goes. Empty for another kind (raised). A temporary gives none: a range-for would not keep it
+    /// alive.
+    [[nodiscard]] std::span<Value> items() const&;
+    std::span<Value> items() const&& = delete;
     /// The number of elements of an array, or of bytes of a text; 0 for another kind (raised).
     [[nodiscard]] std::size_t size() const;
     /// Element `index` of an array, counted from 1 as everywhere in the language. An index out of range, or a

@@ -63,7 +63,7 @@ fs::path lock_folder(std::string_view database) {
 
 std::string use_lock_folder(const fs::path& folder) {
     std::error_code error;
-    fs::create_directories(folder, error);
+    fs::create_directory(folder, error);
     if (error) return "cannot make the folder of lock files " + folder.string() + ": " + error.message();
     setenv("FIREBIRD_LOCK", folder.c_str(), 1);
     return "";

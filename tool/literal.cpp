@@ -25,7 +25,9 @@ class Reader {
 
     Call call() {
         Call made{name(), {}};
-        if (made.method.empty()) fail("expected the name of a method");
+        if (made.method.empty() || std::isdigit(static_cast<unsigned char>(made.method[0])) != 0) {
+            throw SyntaxError("expected the name of a method at the beginning");
+        }
         if (take('(') && !take(')')) {
             do made.arguments.push_back(literal(0));
             while (take(','));

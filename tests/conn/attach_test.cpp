@@ -82,12 +82,12 @@ TEST_F(Attach, InitAgainAttachesAnew) {
 }
 
 TEST_F(Attach, SystemTablesAreCreatedWhenAbsent) {
-    execute("drop table rddsys_opn");
-    execute("drop generator g_rddsys_opn_i");
-    execute("drop generator g_rddsys_opn_d");
+    execute("drop table rddsys_flk");
+    execute("drop generator g_rddsys_flk_i");
+    execute("drop generator g_rddsys_flk_d");
     zmFBConn object = connect();
-    EXPECT_TRUE(object.call("istable", "RDDSYS_OPN").logical());
-    EXPECT_TRUE(object.call("isindex", "I_RDDSYS_OPN").logical());
+    EXPECT_TRUE(object.call("istable", "RDDSYS_FLK").logical());
+    EXPECT_TRUE(object.call("isindex", "I_RDDSYS_FLK").logical());
 }
 
 TEST_F(Attach, AMissingFunctionIsLoggedAndRaisedAndTheStartGoesOn) {

@@ -22,7 +22,8 @@ Exit tables_command(Session& session) {
     zmFBConn& connection = session.connection();
     TextTable shown({{"table"}, {"kind"}, {"records", true}});
     Json list = Json::array();
-    for (const Value& name : connection.call("gettablesname").items()) {
+    const Value names = connection.call("gettablesname");
+    for (const Value& name : names.items()) {
         const std::string_view kind = kind_of(connection, name);
         const bool counted = kind == "driver" || kind == "system";
         const Value records = connection.call(counted ? "gettablereccount" : "counttablerecords", name);
@@ -41,7 +42,8 @@ Exit struct_command(Session& session, const std::string& table) {
     }
     TextTable shown({{"field"}, {"type"}, {"length", true}, {"decimals", true}});
     Json list = Json::array();
-    for (const Value& field : connection.call("gettablestruct", *name).items()) {
+    const Value fields = connection.call("gettablestruct", *name);
+    for (const Value& field : fields.items()) {
         shown.add({to_utf8(field[1].text()), to_utf8(field[2].text()), std::to_string(field[3].integer()),
                    std::to_string(field[4].integer())});
         list.push_back({{"field", to_json(field[1])},

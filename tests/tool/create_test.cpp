@@ -1,0 +1,46 @@
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+class Create : public Tool {};
+
+TEST_F(Create, MakesADatabaseTheDriverCanUse) {
+    const Finished run = on(new_database(), {"create"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out, new_database() + " is ready\n");
+    const Finished look = on(new_database(), {"call", "isallneededudfsinstalled()", "gettablesname()"});
+    EXPECT_EQ(look.out, ".T.\n{\"RDDSYS_FLK\", \"RDDSYS_OPN\", \"RDDSYS_RLK\"}\n");
+}
+
+TEST_F(Create, AnExistingFileIsRefusedAndLeftAlone) {
+    const std::string path = write_file("test.fdb", "precious");
+    const Finished run = on(path, {"create"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "error: " + path + " exists already and is left alone\n");
+    EXPECT_EQ(read_file(path), "precious");
+}
+
+TEST_F(Create, AFolderThatIsNotThereIsSaidSo) {
+    const Finished run = on(file("nowhere/test.fdb"), {"create"});
+    EXPECT_NE(run.status, 0);
+    EXPECT_NE(run.err, "");
+    EXPECT_FALSE(std::filesystem::exists(file("nowhere/test.fdb")));
+}
+
+TEST_F(Create, ASecondProcessMayHaveTheDatabaseOpenAtTheSameTime) {
+    const std::string path = database();
+    // The inner call runs while the outer one is attached and waits for its input.
+    const std::string script =
+        "(sleep 0.3; \"$0\" --db \"$1\" call 'isconnected()'; echo 'getdatabasename()') | "
+        "\"$0\" --db \"$1\" call -";
+    const Finished run_ =
+        run({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "sh", "-c", script, ZMFB_TOOL, path});
+    EXPECT_EQ(run_.status, 2);  // ".T." that the inner one printed is no call
+    EXPECT_EQ(run_.out, "\"" + path + "\"\n");
+    EXPECT_NE(run_.err.find("line 1"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zmfb::test

@@ -1,0 +1,48 @@
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+class QueryCommand : public Tool {
+  protected:
+    QueryCommand() : path(database()) {
+        on(path, {"exec", "create table t (a integer, b varchar(10))"});
+        on(path, {"exec", "insert into t values (7, 'ação')"});
+        on(path, {"exec", "insert into t values (12345, null)"});
+    }
+    std::string path;
+};
+
+TEST_F(QueryCommand, ShowsRowsUnderTheirHeads) {
+    const Finished run = on(path, {"query", "select a, b from t order by a"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out,
+              "    A  B\n"
+              "-----  ----\n"
+              "    7  ação\n"
+              "12345  NULL\n"
+              "(2 rows)\n");
+}
+
+TEST_F(QueryCommand, JsonIsAnArrayOfObjects) {
+    EXPECT_EQ(on(path, {"--json", "query", "select b from t where a = 7"}).out,
+              "[\n  {\n    \"B\": \"ação\"\n  }\n]\n");
+}
+
+TEST_F(QueryCommand, AStatementTheEngineRefusesShowsTheEnginesWords) {
+    const Finished run = on(path, {"query", "select nosuch from t"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(lines(run.err).at(0), "error: the query failed");
+    EXPECT_NE(run.err.find("NOSUCH"), std::string::npos);
+}
+
+TEST_F(QueryCommand, AnUpdateTheEngineRefusesShowsTheSqlcodeAndTheEnginesWords) {
+    const Finished run = on(path, {"exec", "delete from nosuch"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(run.err.starts_with("error: [ERROR] SQLCODE=-204 (")) << run.err;
+    EXPECT_NE(run.err.find("NOSUCH"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zmfb::test

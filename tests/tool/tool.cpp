@@ -1,0 +1,43 @@
+#include "tests/tool/tool.h"
+
+#include <stdexcept>
+
+#include "tests/support/environment.h"
+
+namespace zmfb::test {
+
+Finished Tool::zmfb(std::vector<std::string> words, const std::string& input,
+                    const std::vector<std::string>& environment) const {
+    std::vector<std::string> command{"env",      "-u", "FIREBIRD",     "-u", "FIREBIRD_LOCK", "-u",
+                                     "ISC_USER", "-u", "ISC_PASSWORD", "-u", "ZMFB_DB"};
+    command.push_back("XDG_CACHE_HOME=" + (process_folder() / "cache").string());
+    command.insert(command.end(), environment.begin(), environment.end());
+    command.push_back(ZMFB_TOOL);
+    command.insert(command.end(), words.begin(), words.end());
+    return run(command, input);
+}
+
+std::string Tool::database() const {
+    const Finished made = zmfb({"--db", new_database(), "create"});
+    if (made.status != 0) throw std::runtime_error("zmfb create failed: " + made.err);
+    return new_database();
+}
+
+Finished Tool::on(const std::string& database, const std::vector<std::string>& words,
+                  const std::string& input) const {
+    std::vector<std::string> all{"--db", database};
+    all.insert(all.end(), words.begin(), words.end());
+    return zmfb(all, input);
+}
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> found;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        found.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return found;
+}
+
+}  // namespace zmfb::test

@@ -1,0 +1,31 @@
+/// The tool, run as a process.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/support/process.h"
+#include "tests/support/runtime.h"
+
+namespace zmfb::test {
+
+/// Runs zmfb in an environment that has nothing of Firebird's: no FIREBIRD, no user, no password; the private
+/// environment that it makes lies in the folder of this test process.
+class Tool : public Runtime {
+  protected:
+    /// Runs zmfb with these words.
+    Finished zmfb(std::vector<std::string> words, const std::string& input = "",
+                  const std::vector<std::string>& environment = {}) const;
+    /// The path of a database of this test, not made yet.
+    [[nodiscard]] std::string new_database() const { return file("test.fdb"); }
+    /// The same, made with "zmfb create".
+    std::string database() const;
+    /// zmfb --db <database> and these words.
+    Finished on(const std::string& database, const std::vector<std::string>& words,
+                const std::string& input = "") const;
+};
+
+/// The lines of a text, without their ends.
+std::vector<std::string> lines(const std::string& text);
+
+}  // namespace zmfb::test
