@@ -25,6 +25,18 @@ namespace zmfb::transfer {
 /// and after any failure between the making of the table and the copy; what was made by then stays in the
 /// database.
 Value bringdbf(Self& self, Args args);
+/// exiletable(tblname): writes the rows of a table into a new DBF file, `tblname` + ".dbf" in the current
+/// directory, its fields those that filterrddfields leaves. Answers .T. when the rows went into the data file
+/// and from there into the DBF file.
+///
+/// The database writes the data file through the external table "EXT_" + tblname, one line a row. `tblname`
+/// is used as given. A table without fields answers .F. and makes nothing. A DBF file that cannot be created
+/// and a data file that cannot be made answer .F. with nothing raised.
+///
+/// Raised: an external table that exists, a copy that the database refused, what createtableexternal and
+/// droponlytable raise, and as a runtime error a DBF file that cannot be opened or filled. In every case an
+/// external table of that name is dropped at the end, also one of an earlier run; the data file and the DBF
+/// file stay. The table is only read.
 Value exiletable(Self& self, Args args);
 /// fclsfile(handle): unlocks and closes; a negative handle is ignored. NIL.
 Value fclsfile(Self& self, Args args);

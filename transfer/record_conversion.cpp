@@ -33,9 +33,11 @@ void convert_date(const char* eight, char* ten) {
     std::memcpy(ten + 8, eight + 6, 2);
 }
 
-// Numbers stand at the right end of their field, so that one look at the last byte settles most of them.
-bool is_blank(const char* text, std::size_t length) {
-    return text[length - 1] == ' ' && std::all_of(text, text + length, [](char c) { return c == ' '; });
+// Most numbers stand at the right end of their field, so that the first look settles them.
+void convert_number(char* number, std::size_t length) {
+    std::size_t end = length;
+    while (end > 0 && (number[end - 1] == ' ' || number[end - 1] == '\0')) number[--end] = ' ';
+    if (end == 0) number[0] = '0';
 }
 
 }  // namespace
@@ -89,9 +91,7 @@ void RecordConversion::copy(std::size_t from, std::size_t length) {
 void RecordConversion::convert_one(const char* record, char* dat) const {
     for (const Piece& piece : copies_) std::memcpy(dat + piece.to, record + piece.from, piece.length);
     for (const Piece& piece : blanks_) std::memset(dat + piece.to, ' ', piece.length);
-    for (const Piece& piece : numbers_) {
-        if (is_blank(dat + piece.to, piece.length)) dat[piece.to] = '0';
-    }
+    for (const Piece& piece : numbers_) convert_number(dat + piece.to, piece.length);
     for (const Piece& piece : dates_) {
         if (piece.length == 0) {
             std::memcpy(dat + piece.to, no_date.data(), no_date.size());

@@ -25,7 +25,9 @@ bool is_calendar_day(const char* eight);
 /// The way from the records of one DBF file to those of its data file.
 ///
 ///  - D: YYYY-MM-DD when its eight characters are a calendar day, else 0001-01-01.
-///  - N: as it stands; blanks only become "0" and blanks.
+///  - N: as it stands; zero bytes at its end, with which some programs fill a field up, become blanks; blanks
+///  only
+///    become "0" and blanks.
 ///  - any other type: the bytes as they stand.
 ///
 /// Of a field that reaches beyond the record the missing bytes count as blanks. Bytes of a record behind the
@@ -55,11 +57,10 @@ class RecordConversion {
 
     std::size_t record_length_;
     std::size_t dat_length_ = 0;
-    std::vector<Piece> copies_;  // bytes as they stand, neighbours joined
-    std::vector<Piece> blanks_;  // bytes that the record does not have; `from` unused
-    std::vector<Piece>
-        numbers_;  // where blank numbers are looked for, in the data file's record; `from` unused
-    std::vector<Piece> dates_;  // length 0: no eight characters to look at
+    std::vector<Piece> copies_;   // bytes as they stand, neighbours joined
+    std::vector<Piece> blanks_;   // bytes that the record does not have; `from` unused
+    std::vector<Piece> numbers_;  // where they stand in the data file's record; `from` unused
+    std::vector<Piece> dates_;    // length 0: no eight characters to look at
 };
 
 }  // namespace zmfb::transfer

@@ -81,8 +81,13 @@ TEST(RecordConversion, NumberStandsAsItIs) {
 
 TEST(RecordConversion, NumberOfBlanksOnlyIsZeroAndBlanks) {
     EXPECT_EQ(converted({field('N', 5), field('N', 1), field('C', 3)}, "          "), "0    0   ");
-    EXPECT_EQ(converted({field('N', 3)}, std::string(" \0\0\0 \t  ", 8)), std::string("\0\0\0\t  ", 6))
-        << "zero bytes and tabs are no blanks";
+    EXPECT_EQ(converted({field('N', 3)}, " \t  "), "\t  ") << "a tab is no blank";
+}
+
+TEST(RecordConversion, NumberFilledUpWithZeroBytesIsFilledUpWithBlanks) {
+    using namespace std::string_literals;
+    EXPECT_EQ(converted({field('N', 5)}, " 344\0\0 -1.5\0 \0\0\0\0\0 3 \0 \0"s), "344  -1.5 0    3    "s);
+    EXPECT_EQ(converted({field('N', 5)}, " 3\0 4  1\0\0\0x"s), "3\0 4 1\0\0\0x"s) << "others are no filling";
 }
 
 TEST(RecordConversion, FieldsOfLengthZeroTakeNoRoom) {

@@ -1,0 +1,105 @@
+#include <string_view>
+
+#include "conn/raise.h"
+#include "host/error.h"
+#include "host/file.h"
+#include "host/sdf.h"
+#include "host/settings.h"
+#include "host/text.h"
+#include "host/workarea.h"
+#include "transfer/data_file.h"
+#include "transfer/methods.h"
+
+namespace zmfb::transfer {
+
+namespace {
+
+using conn::raiseerror;
+using host::array_of;
+using host::empty;
+using host::operator""_l1;
+
+constexpr std::string_view copy_rows = "INSERT INTO @@EXTTABLE SELECT @@COLUMNS FROM @@TABLENAME";
+constexpr std::string_view native_driver = "DBFIDX";
+constexpr std::string_view export_alias = "dbffile";
+constexpr int go_top_after_use = 87;
+
+// Keeps what the runtime raises from the application's error handler while it lives: the operation just
+// fails.
+class Unreported {
+  public:
+    Unreported() : handler_(host::error_block(Value::block([](Args) { return Value(); }))) {}
+    Unreported(const Unreported&) = delete;
+    Unreported& operator=(const Unreported&) = delete;
+    ~Unreported() { host::error_block(handler_); }
+
+  private:
+    Value handler_;
+};
+
+bool create_dbf(const Value& tblname, const Value& structure) {
+    if (empty(structure)) return false;
+    const Unreported only_the_result_tells;
+    return host::dbcreate(tblname + ".dbf", structure, native_driver).logical();
+}
+
+bool empty_data_file(Self& self) {
+    const Value dat = host::fcreate(call(self, "getfullpathdatfile"), data_file_permissions);
+    if (!(dat.number() > 0)) return false;
+    host::fclose(dat);
+    return true;
+}
+
+bool make_external_table(Self& self, const Value& ext_table, const Value& structure) {
+    const Value columns = array_of();
+    for (const Value& field : structure.items()) columns.push(array_of(field[1], "C", field[3], 0));
+    columns.push(array_of("NEWLINE", "C", 1, 0));
+    if (ask(self, "istable", ext_table)) {
+        raiseerror("Uma tabela externa com este nome já existe!"_l1);
+        return false;
+    }
+    return ask(self, "createtableexternal", ext_table, columns, call(self, "getfullpathdatfile"));
+}
+
+bool copy_to_external_table(Self& self, const Value& tblname, const Value& ext_table,
+                            const Value& structure) {
+    const Value pairs = array_of(array_of("@@TABLENAME", tblname), array_of("@@EXTTABLE", ext_table));
+    for (const Value& field : structure.items()) {
+        const bool is_date = field[2].text() == "D";
+        const Value column = is_date ? "SkipPad('{{D}}'||" + field[1] + ")" : field[1];
+        pairs.push(array_of("@@COLUMNS", column + ",@@COLUMNS"));
+    }
+    pairs.push(array_of("@@COLUMNS", "'\n'"));
+    const Value failure = call(self, "executeupdate", call(self, "assemblestatement", copy_rows, pairs));
+    if (empty(failure)) return true;
+    raiseerror("Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: "_l1 +
+               failure);
+    return false;
+}
+
+bool append_data_file(Self& self, const Value& tblname) {
+    host::dbusearea(true, native_driver, tblname, export_alias, Value(), false);
+    if (!host::used().logical()) return false;
+    host::dbsetindex();
+    if (!empty(host::set(go_top_after_use))) host::dbgotop();
+    const bool stored =
+        host::dbappsdf(call(self, "getfullpathdatfile")).logical() && host::table_of(export_alias)->commit();
+    host::dbclosearea(export_alias);
+    return stored;
+}
+
+}  // namespace
+
+Value exiletable(Self& self, Args args) {
+    const Value& tblname = args[0];
+    const Value ext_table = "EXT_" + tblname;
+    const Value structure = call(self, "filterrddfields", call(self, "gettablestruct", tblname));
+    const bool done = create_dbf(tblname, structure) && empty_data_file(self) &&
+                      make_external_table(self, ext_table, structure) &&
+                      copy_to_external_table(self, tblname, ext_table, structure) &&
+                      append_data_file(self, tblname);
+    if (ask(self, "istable", ext_table)) call(self, "droponlytable", ext_table);
+    return done;
+}
+
+}  // namespace zmfb::transfer
