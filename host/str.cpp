@@ -38,9 +38,15 @@ Decimal decimal_of(double magnitude) {
         made.point = made.count;
         return made;
     }
+    // The shortest form is the number as it was written; one with more digits than count came of a
+    // computation.
     std::array<char, 32> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), magnitude,
-                                   std::chars_format::scientific, significant_digits - 1);
+    char* const last = text.data() + text.size();
+    auto end = std::to_chars(text.data(), last, magnitude, std::chars_format::scientific);
+    if (std::find(text.data(), end.ptr, 'e') - text.data() > significant_digits + 1) {
+        end = std::to_chars(text.data(), last, magnitude, std::chars_format::scientific,
+                            significant_digits - 1);
+    }
     const char* c = text.data();
     for (; c != end.ptr && *c != 'e'; ++c) {
         if (*c != '.') made.digits[static_cast<std::size_t>(made.count++)] = *c;

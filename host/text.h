@@ -4,7 +4,9 @@
 /// what the error handler returned.
 #pragma once
 
+#include <concepts>
 #include <cstddef>
+#include <string_view>
 
 #include "host/value.h"
 
@@ -75,5 +77,10 @@ Value valtype(const Value& x);
 /// EMPTY(x): NIL, a text of blanks, tabs and line ends only, 0, .F., the empty date, an array without
 /// elements.
 bool empty(const Value& x);
+/// The same of a text that is no value; without it a call with a C++ text would find std::empty().
+template <std::convertible_to<std::string_view> T>
+bool empty(const T& text) {
+    return empty(Value(text));
+}
 
 }  // namespace zmfb::host
