@@ -8,7 +8,7 @@
 namespace zmfb::catalog {
 namespace {
 
-/// Whether a description goes in by COMMENT ON. A single quote breaks the prescribed statement, and the
+/// Whether a description goes in by COMMENT ON. A single quote breaks the UPDATE, and the
 /// caller is to see its error, whatever the engine.
 template <class... Names>
 bool by_comment(Self& self, const Names&... names) {
