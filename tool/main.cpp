@@ -2,6 +2,7 @@
 #include <exception>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tool/commands.h"
@@ -29,39 +30,88 @@ void add_options(CLI::App& app, Options& options) {
 struct Arguments {
     std::vector<std::string> list;
     std::string text;
+    std::string file;
+    bool yes = false;
 };
 
-void add_commands(CLI::App& app, Arguments& given, Command& chosen) {
-    const auto add = [&](const char* name, const char* help, Command run) {
-        CLI::App* command = app.add_subcommand(name, help);
-        command->callback([&chosen, run] { chosen = run; });
+/// Adds commands to the application; the one that is given on the command line becomes `chosen`.
+class Commands {
+  public:
+    Commands(Arguments& given, Command& chosen) : given_(given), chosen_(chosen) {}
+
+    CLI::App* add(CLI::App& parent, const char* name, const char* help, Command run) const {
+        CLI::App* command = parent.add_subcommand(name, help);
+        command->callback([&chosen = chosen_, run = std::move(run)] { chosen = run; });
         command->fallthrough();
         return command;
-    };
-    add("create", "Make a database the driver can use", create_command);
-    add("methods", "List the methods of the object", methods_command);
-    add("call", "Call methods: call 'istable(\"CUSTOMER\")'",
-        [&given](Session& session) { return call_command(session, given.list); })
-        ->add_option("EXPR", given.list,
+    }
+    /// One whose last word is a text.
+    CLI::App* add(CLI::App& parent, const char* name, const char* help, const char* word,
+                  const char* word_help, Exit (*run)(Session&, const std::string&)) const {
+        CLI::App* command =
+            add(parent, name, help, [&given = given_, run](Session& s) { return run(s, given.text); });
+        command->add_option(word, given_.text, word_help)->required();
+        return command;
+    }
+    void add_yes(CLI::App* command) const {
+        command->add_flag("--yes,-y", given_.yes, "Do it without asking");
+    }
+
+    void add_basic(CLI::App& app) const;
+    void add_locks(CLI::App& app) const;
+    void add_matrix(CLI::App& app) const;
+
+  private:
+    Arguments& given_;
+    Command& chosen_;
+};
+
+void Commands::add_basic(CLI::App& app) const {
+    add(app, "create", "Make a database the driver can use", create_command);
+    add(app, "methods", "List the methods of the object", methods_command);
+    add(app, "call", "Call methods: call 'istable(\"CUSTOMER\")'",
+        [&given = given_](Session& session) { return call_command(session, given.list); })
+        ->add_option("EXPR", given_.list,
                      "Calls with xBase literals as arguments; - reads one a line from standard input")
         ->required();
-    add("import", "Bring DBF files in as tables",
-        [&given](Session& session) { return import_command(session, given.list); })
-        ->add_option("FILE", given.list, "DBF files")
+    add(app, "import", "Bring DBF files in as tables",
+        [&given = given_](Session& session) { return import_command(session, given.list); })
+        ->add_option("FILE", given_.list, "DBF files")
         ->required();
-    add("tables", "List the tables", tables_command);
-    add("struct", "Show the structure of a table",
-        [&given](Session& session) { return struct_command(session, given.text); })
-        ->add_option("TABLE", given.text, "Table")
-        ->required();
-    add("query", "Run a SELECT and show its rows",
-        [&given](Session& session) { return query_command(session, given.text); })
-        ->add_option("SQL", given.text, "Statement")
-        ->required();
-    add("exec", "Run a statement that returns no rows",
-        [&given](Session& session) { return exec_command(session, given.text); })
-        ->add_option("SQL", given.text, "Statement")
-        ->required();
+    add(app, "tables", "List the tables", tables_command);
+    add(app, "struct", "Show the structure of a table", "TABLE", "Table", struct_command);
+    add(app, "query", "Run a SELECT and show its rows", "SQL", "Statement", query_command);
+    add(app, "exec", "Run a statement that returns no rows", "SQL", "Statement", exec_command);
+}
+
+void Commands::add_locks(CLI::App& app) const {
+    add(app, "locks", "List record and table locks with their holders", locks_command);
+    add(app, "opens", "List which work areas have which tables open", opens_command);
+    CLI::App* unlock =
+        add(app, "unlock", "Remove every lock on a table, whoever holds it",
+            [&given = given_](Session& s) { return unlock_command(s, given.text, given.yes); });
+    unlock->add_option("TABLE", given_.text, "Table")->required();
+    add_yes(unlock);
+    add_yes(add(app, "clear", "Forget all registrations and locks of everybody (after a crash; dangerous)",
+                [&given = given_](Session& s) { return clear_command(s, given.yes); }));
+}
+
+void Commands::add_matrix(CLI::App& app) const {
+    CLI::App* matrix = app.add_subcommand("matrix", "Change table structures through a text file");
+    matrix->require_subcommand(1);
+    matrix->fallthrough();
+    CLI::App* extract =
+        add(*matrix, "extract", "Write out the structures of tables, all of them without names",
+            [&given = given_](Session& s) { return matrix_extract_command(s, given.list, given.file); });
+    extract->add_option("TABLE", given_.list, "Tables");
+    extract->add_option("-o,--output", given_.file, "File to write (.tf is added when it is not there)");
+    add(*matrix, "check", "Tell what applying a matrix would do", "FILE", "Matrix file",
+        matrix_check_command);
+    CLI::App* apply =
+        add(*matrix, "apply", "Change the tables to what the right-hand column of a matrix says",
+            [&given = given_](Session& s) { return matrix_apply_command(s, given.text, given.yes); });
+    apply->add_option("FILE", given_.text, "Matrix file")->required();
+    add_yes(apply);
 }
 
 Exit run(const Options& options, const Command& command) {
@@ -89,7 +139,10 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     app.footer("Exit status: 0 done, 1 something failed or was raised, 2 wrong usage, 3 the attach failed.");
     add_options(app, options);
-    add_commands(app, given, chosen);
+    const Commands commands(given, chosen);
+    commands.add_basic(app);
+    commands.add_locks(app);
+    commands.add_matrix(app);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& problem) {

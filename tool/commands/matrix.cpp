@@ -1,0 +1,130 @@
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "host/file.h"
+#include "tool/commands.h"
+#include "tool/confirm.h"
+#include "tool/encoding.h"
+#include "tool/json.h"
+
+namespace zmfb::tool {
+namespace {
+
+constexpr std::string_view extension = ".tf";
+
+bool colours(int descriptor) { return isatty(descriptor) != 0 && std::getenv("NO_COLOR") == nullptr; }
+
+std::string_view colour_of(std::string_view line) {
+    if (line.starts_with("[OK]")) return "\033[32m";
+    if (line.starts_with("[WARN]")) return "\033[33m";
+    if (line.starts_with("[ERROR]")) return "\033[31m";
+    return "";
+}
+
+void print_log(const Value& log) {
+    for (const Value& entry : log.items()) {
+        const std::string line = to_utf8(entry[1].text());
+        const std::string_view colour = colours(STDOUT_FILENO) ? colour_of(line) : "";
+        fmt::print("{}{}{}\n", colour, line, colour.empty() ? "" : "\033[0m");
+    }
+    std::fflush(stdout);
+}
+
+/// Whether a simulated or real run would change, or changed, anything.
+bool has_actions(const Value& log) {
+    return std::ranges::any_of(log.items(),
+                               [](const Value& entry) { return entry[1].text().starts_with('['); });
+}
+
+std::string latin1_argument(const std::string& text, std::string_view what) {
+    const auto latin1 = to_latin1(text);
+    if (!latin1) throw Failure{Exit::usage, fmt::format("{} has a character outside ISO-8859-1", what)};
+    return *latin1;
+}
+
+std::string existing_file(const std::string& file) {
+    const std::string path = latin1_argument(file, "the file name");
+    if (access(path.c_str(), R_OK) != 0) throw Failure{Exit::failed, fmt::format("cannot read {}", file)};
+    return path;
+}
+
+Exit report(Session& session, const Value& result) {
+    const bool ok = result[1].logical();
+    if (session.options().json) {
+        Json lines = Json::array();
+        const Value log = result[2];
+        for (const Value& entry : log.items()) lines.push_back(to_utf8(entry[1].text()));
+        fmt::print("{}\n", Json{{"ok", ok}, {"log", lines}, {"raised", session.raised()}}.dump(2));
+    } else {
+        print_log(result[2]);
+    }
+    return ok ? Exit::ok : Exit::failed;
+}
+
+/// A matrix as its file has it, or as a terminal wants it.
+void print_matrix(const Value& matrix) {
+    const bool terminal = isatty(STDOUT_FILENO) != 0;
+    for (const Value& group : matrix.items()) {
+        const Value lines = group[1];
+        for (const Value& line : lines.items()) {
+            const std::string_view text = line[1].text();
+            fmt::print("{}", terminal ? to_utf8(text) + "\n" : std::string(text) + "\r\n");
+        }
+    }
+}
+
+}  // namespace
+
+Exit matrix_extract_command(Session& session, const std::vector<std::string>& tables,
+                            const std::string& file) {
+    zmFBConn& connection = session.connection();
+    const Value names = Value::array_of_size(0);
+    for (const std::string& table : tables) {
+        names.push(latin1_argument(table, "a table name"));
+        if (!connection.call("istable", names[names.size()]).logical()) {
+            throw Failure{Exit::failed, fmt::format("there is no table {}", table)};
+        }
+    }
+    // The method always puts its extension behind the name.
+    std::string path = latin1_argument(file, "the file name");
+    if (path.ends_with(extension)) path.resize(path.size() - extension.size());
+    const std::size_t raised_before = session.raised().size();
+    const Value matrix = connection.call("extractmatrix", names, path);
+    if (path.empty()) {
+        print_matrix(matrix);
+        return Exit::ok;
+    }
+    const std::string written = path + std::string(extension);
+    if (session.raised().size() != raised_before || !host::file(written).logical()) {
+        throw Failure{Exit::failed, fmt::format("cannot write {}", to_utf8(written))};
+    }
+    fmt::print("{}: {} tables\n", to_utf8(written), matrix.size() - 1);
+    return Exit::ok;
+}
+
+Exit matrix_check_command(Session& session, const std::string& file) {
+    return report(session, session.connection().call("checkmatrix", existing_file(file)));
+}
+
+Exit matrix_apply_command(Session& session, const std::string& file, bool yes) {
+    if (session.options().json && !yes) throw Failure{Exit::usage, "--json asks nothing: say --yes as well"};
+    zmFBConn& connection = session.connection();
+    const std::string path = existing_file(file);
+    if (!yes) {
+        const Value plan = connection.call("checkmatrix", path);
+        fmt::print("What would be done:\n");
+        print_log(plan[2]);
+        if (!has_actions(plan[2])) {
+            fmt::print("Nothing.\n");
+            return plan[1].logical() ? Exit::ok : Exit::failed;
+        }
+        if (!confirm("Apply it?")) throw Failure{Exit::failed, "nothing was changed"};
+        fmt::print("What was done:\n");
+    }
+    return report(session, connection.call("applymatrix", path, false));
+}
+
+}  // namespace zmfb::tool
