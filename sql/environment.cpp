@@ -41,7 +41,10 @@ bool unusable(std::string_view path) {
 }
 
 std::string configuration(const EnvironmentOptions& options) {
-    std::string text = "# Firebird settings of a private environment\nServerMode = SuperClassic\n";
+    // Processes that release and take one lock at the same moment can deadlock in its index; the engine looks
+    // for that after ten seconds by default, and until then both stand still.
+    std::string text =
+        "# Firebird settings of a private environment\nServerMode = SuperClassic\nDeadlockTimeout = 1\n";
     if (!options.udf_folder.empty()) text += "UdfAccess = Restrict " + options.udf_folder + "\n";
     if (!options.external_file_folders.empty()) {
         text += "ExternalFileAccess = Restrict ";

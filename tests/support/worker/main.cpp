@@ -1,0 +1,58 @@
+/// zmfb_worker: one process with one connection object, driven by a test.
+///
+/// Reads a call a line from standard input, written as the tool's `call` takes them, and answers each with a
+/// line on standard output: the result as a literal, or "raised: " and a description. attach(db, user,
+/// password, role) makes the object; the calls of program.h are carried out here, all others by the object.
+/// Ends at end of input.
+#include <cstdio>
+#include <iostream>
+#include <optional>
+#include <string>
+
+#include "host/error.h"
+#include "tests/support/worker/program.h"
+#include "tool/literal.h"
+
+namespace zmfb::test {
+namespace {
+
+/// What a raised error ends a call with.
+struct Raised {
+    std::string description;
+};
+
+Value throw_raised(Args args) { throw Raised{std::string(args[0].object()->get("description").text())}; }
+
+void answer(const Value& value) { std::cout << tool::to_literal(value) << std::endl; }
+
+void carry_out(std::optional<zmFBConn>& connection, const tool::Call& call) {
+    const Args args(call.arguments);
+    if (call.method == "attach") {
+        connection.emplace(args[0], args[1], args[2], args[3]);
+        return answer(connection->isconnected());
+    }
+    if (!connection) throw Raised{"not attached"};
+    if (call.method == "contend") return answer(contend(*connection, args));
+    if (call.method == "appendrows") return answer(appendrows(*connection, args));
+    if (call.method == "churn") churn(*connection, args, answer);
+    answer(connection->call_with(call.method, args));
+}
+
+void run() {
+    host::error_block(Value::block(throw_raised));
+    std::optional<zmFBConn> connection;
+    for (std::string line; std::getline(std::cin, line);) {
+        try {
+            carry_out(connection, tool::parse_call(line));
+        } catch (const Raised& raised) {
+            std::cout << "raised: " << raised.description << std::endl;
+        } catch (const tool::SyntaxError& error) {
+            std::cout << "raised: " << error.what() << std::endl;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace zmfb::test
+
+int main() { zmfb::test::run(); }

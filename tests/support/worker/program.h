@@ -1,0 +1,24 @@
+/// What a worker process can do on its own, besides calling methods for its test.
+#pragma once
+
+#include "zmfbconn/connection.h"
+
+namespace zmfb::test {
+
+/// contend(tbl, areaid, attempts, records, seed, events): takes and releases, as often as `attempts` says, a
+/// record lock out of `records` or, one time in five, the table lock, held for up to two milliseconds. A line
+/// of every hold goes to the file `events` (contention.h). Answers {attempts, grants, table grants, refusals,
+/// rows that were not this area's alone while it held the lock, releases that had to be tried again, locks
+/// that were never released}.
+Value contend(zmFBConn& connection, Args args);
+
+/// appendrows(tbl, areaid, rows): registers the area, appends `rows` rows with NAME "<areaid>/<n>" and
+/// unregisters. Answers the record numbers that it learned, or the error text of the statement that failed.
+Value appendrows(zmFBConn& connection, Args args);
+
+/// churn(tbl, areaid, records, seed): registers the area and takes record 1, then locks and unlocks the other
+/// records and the table until the process is killed. The first answer, .T., comes when record 1 is held;
+/// there is no other.
+[[noreturn]] void churn(zmFBConn& connection, Args args, void (*answer)(const Value&));
+
+}  // namespace zmfb::test

@@ -1,0 +1,67 @@
+/// Worker processes of a test: programs of their own, each with a connection object that the test drives.
+#pragma once
+
+#include <sys/types.h>
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "host/value.h"
+
+namespace zmfb::test {
+
+using host::Args;
+using host::Value;
+
+/// A running zmfb_worker. It inherits the environment, and so the embedded engine's folders, of the test.
+class WorkerProcess {
+  public:
+    /// Starts the process; throws std::runtime_error when it cannot be started.
+    WorkerProcess();
+    WorkerProcess(const WorkerProcess&) = delete;
+    WorkerProcess& operator=(const WorkerProcess&) = delete;
+    WorkerProcess(WorkerProcess&& other) noexcept;
+    /// Ends the process: end of input, and SIGKILL when it has not ended ten seconds later.
+    ~WorkerProcess();
+
+    /// Calls a method, or one of the worker's own programs, in the process and waits for the answer. Throws
+    /// std::runtime_error with the description when an error was raised there, and when the process has
+    /// ended.
+    template <class... Arguments>
+    Value call(std::string_view method, Arguments&&... arguments) {
+        start(method, std::forward<Arguments>(arguments)...);
+        return finish();
+    }
+
+    /// The two halves of call(), so that several processes may be at work at once.
+    template <class... Arguments>
+    void start(std::string_view method, Arguments&&... arguments) {
+        if constexpr (sizeof...(Arguments) == 0) {
+            send(method, Args());
+        } else {
+            const Value values[] = {Value(std::forward<Arguments>(arguments))...};
+            send(method, Args(values));
+        }
+    }
+    Value finish(std::chrono::seconds limit = std::chrono::seconds(120));
+
+    /// Ends the process with SIGKILL and waits until it is gone.
+    void kill();
+
+    [[nodiscard]] pid_t pid() const { return pid_; }
+
+  private:
+    void send(std::string_view method, Args args);
+    std::string read_line(std::chrono::seconds limit);
+    void close_pipes();
+    bool wait_for_end(std::chrono::seconds limit);
+
+    pid_t pid_ = -1;
+    int input_ = -1;   ///< the process's standard input
+    int output_ = -1;  ///< its standard output
+    std::string unread_;
+};
+
+}  // namespace zmfb::test
