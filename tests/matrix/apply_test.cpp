@@ -13,10 +13,10 @@ using Lines = std::vector<std::string>;
 const std::string dashes = "- - - - - - - - - - - - - - - - - - - - - - - - - ";
 std::string header(const std::string& table) { return dashes + "[ " + table + " ]"; }
 
-constexpr Field a{"A", "C", 10, 0};
-constexpr Field b{"B", "N", 12, 2};
-constexpr Field c{"C", "D", 8, 0};
-constexpr Field x{"X", "L", 1, 0};
+const Field a{"A", "C", 10, 0};
+const Field b{"B", "N", 12, 2};
+const Field c{"C", "D", 8, 0};
+const Field x{"X", "L", 1, 0};
 
 std::string error(std::string_view text) { return "[FBCONN Error];" + std::string(text); }
 const std::string empty_matrix = error("Você deseja que eu processe uma matriz vazia?"_l1);

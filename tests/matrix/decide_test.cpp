@@ -10,10 +10,10 @@ namespace {
 using matrix::Action;
 using matrix::Decision;
 
-constexpr Field a{"A", "C", 10, 0};
-constexpr Field b{"B", "N", 12, 2};
-constexpr Field c{"C", "D", 8, 0};
-constexpr Field drop{"DROP FIELD", "", 0, 0};
+const Field a{"A", "C", 10, 0};
+const Field b{"B", "N", 12, 2};
+const Field c{"C", "D", 8, 0};
+const Field drop{"DROP FIELD", "", 0, 0};
 
 // On the table {A, B, C}, line 2 of a matrix whose lines 1 and 3 ask for no change.
 struct DecisionCase {

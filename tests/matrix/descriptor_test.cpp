@@ -31,10 +31,10 @@ TEST(ValidDescriptor, DoesNotLookAtTheDecimals) {
 }
 
 TEST(ValidDescriptor, TakesEveryPieceOfCNDLForAType) {
-    for (const std::string_view type : {"C", "N", "D", "L", "CN", "ND", "DL", "CNDL", "cn", "Dl"}) {
+    for (const std::string type : {"C", "N", "D", "L", "CN", "ND", "DL", "CNDL", "cn", "Dl"}) {
         EXPECT_TRUE(is_valid(texts({"001", "NOME", type, "10", "0"}))) << type;
     }
-    for (const std::string_view type : {"X", "M", "U", "CD", "LC", "C ", " C", "", "CNDLC"}) {
+    for (const std::string type : {"X", "M", "U", "CD", "LC", "C ", " C", "", "CNDLC"}) {
         EXPECT_FALSE(is_valid(texts({"001", "NOME", type, "10", "0"}))) << type;
     }
 }
@@ -51,7 +51,7 @@ TEST(InvalidDescriptor, HasNoName) {
 }
 
 TEST(InvalidDescriptor, HasNoLengthAboveZeroWhateverItsType) {
-    for (const std::string_view type : {"C", "N", "D", "L"}) {
+    for (const std::string type : {"C", "N", "D", "L"}) {
         EXPECT_FALSE(is_valid(texts({"001", "NOME", type, "0", "0"}))) << type;
         EXPECT_FALSE(is_valid(texts({"001", "NOME", type, "", "0"}))) << type;
         EXPECT_FALSE(is_valid(texts({"001", "NOME", type, "-5", "0"}))) << type;
@@ -114,7 +114,7 @@ TEST(FieldComparison, NameChangeIsExact) {
     zmFBConn object;
     const Value one = field({"NOME", "C", 10});
     EXPECT_FALSE(object.call("hasfieldnamechanged", one, field({"NOME", "N", 3, 1})).logical());
-    for (const std::string_view name : {"NOM", "NOMES", "nome", "NOME ", ""}) {
+    for (const std::string name : {"NOM", "NOMES", "nome", "NOME ", ""}) {
         EXPECT_TRUE(object.call("hasfieldnamechanged", field({name, "C", 10}), one).logical()) << name;
         EXPECT_TRUE(object.call("hasfieldnamechanged", one, field({name, "C", 10})).logical()) << name;
     }
@@ -135,7 +135,7 @@ TEST(StructureChange, IsAnotherTypeLengthOrDecimalsOfTheFieldOfThatName) {
 TEST(StructureChange, IsNoneForAFieldThatTheTableLacks) {
     zmFBConn object;
     const Value table = structure({{"NOME", "C", 10}});
-    for (const std::string_view name : {"NOM", "NOMES", "X", ""}) {
+    for (const std::string name : {"NOM", "NOMES", "X", ""}) {
         EXPECT_FALSE(object.call("isfieldstructurechanged", field({name, "N", 1, 1}), table).logical())
             << name;
     }
@@ -161,11 +161,11 @@ TEST(StructureChange, LooksAtTheFirstFieldOfThatName) {
 
 TEST(DropMark, IsTheExactName) {
     zmFBConn object;
-    const auto dropped = [&](std::string_view name) {
+    const auto dropped = [&](const std::string& name) {
         return object.call("isfielddropped", field({name, "", 0, 0})).logical();
     };
     EXPECT_TRUE(dropped("DROP FIELD"));
-    for (const std::string_view name :
+    for (const std::string name :
          {"DROP FIELD NOME", "DROP FIELDS", "drop field", " DROP FIELD", "DROP", ""}) {
         EXPECT_FALSE(dropped(name)) << name;
     }

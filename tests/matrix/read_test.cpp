@@ -12,8 +12,8 @@ using host::operator""_l1;
 using matrix::Group;
 using ReadMatrix = MatrixTest;
 
-constexpr Field nome{"NOME", "C", 40, 0};
-constexpr Field preco{"PRECO", "N", 10, 2};
+const Field nome{"NOME", "C", 40, 0};
+const Field preco{"PRECO", "N", 10, 2};
 
 Group read(FakeDatabase& db, const std::vector<std::string>& group) {
     return matrix::read_group(db.self(), make_matrix({group})[1]);

@@ -14,8 +14,8 @@ using host::Value;
 
 /// A field of a table, as a test writes it: {"NOME", "C", 40}.
 struct Field {
-    std::string_view name;
-    std::string_view type;
+    std::string name;
+    std::string type;
     double length = 0;
     double decimals = 0;
 };
