@@ -81,11 +81,30 @@ std::string link_folder(const fs::path& link, const fs::path& target) {
     return "";
 }
 
-std::string link_firebird(const fs::path& folder) {
+// The engine takes its character sets from <environment>/intl only, and refuses a module that is reached
+// through a link: so that one file is copied. A client without character sets of its own has none to copy.
+std::string copy_character_sets(const fs::path& folder, const fs::path& firebird) {
+    const fs::path source = firebird / "intl" / "libfbintl.so";
+    const fs::path copy = folder / "intl" / source.filename();
+    std::error_code error;
+    if (!fs::exists(source, error)) return "";
+    fs::create_directory(folder / "intl", error);
+    const auto size = fs::file_size(copy, error);
+    if (!error && size == fs::file_size(source, error) &&
+        fs::last_write_time(copy, error) >= fs::last_write_time(source, error)) {
+        return "";
+    }
+    const fs::path fresh = copy.string() + "." + std::to_string(getpid());
+    fs::copy_file(source, fresh, fs::copy_options::overwrite_existing, error);
+    if (!error) fs::rename(fresh, copy, error);
+    return error ? "cannot copy " + source.string() + ": " + error.message() : "";
+}
+
+std::string take_from_firebird(const fs::path& folder) {
     const std::optional<fs::path> firebird = firebird_folder();
     if (!firebird) return "cannot find the plugin folder of the Firebird client library";
     const std::string failure = link_folder(folder / "plugins", *firebird / "plugins");
-    return failure.empty() ? link_folder(folder / "intl", *firebird / "intl") : failure;
+    return failure.empty() ? copy_character_sets(folder, *firebird) : failure;
 }
 
 }  // namespace
@@ -104,7 +123,7 @@ std::string make_environment(const EnvironmentOptions& options) {
     if (error) return "cannot make the folder " + (folder / "lock").string() + ": " + error.message();
     std::string failure = write_when_different(folder / "firebird.conf", configuration(options));
     if (failure.empty()) failure = write_when_different(folder / "plugins.conf", plugin_configuration);
-    if (failure.empty()) failure = link_firebird(folder);
+    if (failure.empty()) failure = take_from_firebird(folder);
     return failure;
 }
 
