@@ -1,10 +1,7 @@
 // The data file of an import, on an object without a database: every statement succeeds then without running.
 #include "transfer/data_file.h"
 
-#include <sys/resource.h>
 #include <sys/stat.h>
-
-#include <csignal>
 
 #include "tests/support/dbf_builder.h"
 #include "tests/support/runtime.h"
@@ -145,26 +142,6 @@ TEST_F(DataFile, ThatCannotBeMadeIsRaisedAndTheDbfStaysOpen) {
     EXPECT_EQ(test::open_files(dbf()), 1U);
 }
 
-// Lets files grow to a size and no further while it lives, as a full disk does.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t size) : handler_before_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{size, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_before_);
-    }
-
-  private:
-    rlimit before_{};
-    void (*handler_before_)(int);
-};
-
 TEST_F(DataFile, ThatCannotBeWrittenWholeIsRaisedAsOneThatCannotBeMade) {
     DbfBuilder file = DbfBuilder().field("TEXT", 'C', 200);
     for (int i = 0; i < 100; ++i) file.record({"text"});
@@ -172,7 +149,7 @@ TEST_F(DataFile, ThatCannotBeWrittenWholeIsRaisedAsOneThatCannotBeMade) {
     zmFBConn connection;
     connection.call("setfullpathdatfile", dat());
     {
-        const FileSizeLimit full_disk(4096);
+        const test::FileSizeLimit full_disk(4096);
         EXPECT_FALSE(connection.call("bringdbf", dbf()).logical());
     }
     EXPECT_EQ(raised(), std::vector<std::string>{

@@ -77,4 +77,15 @@ LockHolder::~LockHolder() {
     ::waitpid(process_, nullptr, 0);
 }
 
+FileSizeLimit::FileSizeLimit(std::uintmax_t size) : handler_before_(std::signal(SIGXFSZ, SIG_IGN)) {
+    ::getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit{static_cast<rlim_t>(size), before_.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+FileSizeLimit::~FileSizeLimit() {
+    ::setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, handler_before_);
+}
+
 }  // namespace zmfb::test

@@ -1,10 +1,13 @@
-/// Open files and locks as the operating system sees them.
+/// Open files, locks and limits of the operating system.
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <filesystem>
 #include <string>
 
 namespace zmfb::test {
@@ -27,6 +30,33 @@ class LockHolder {
 
   private:
     pid_t process_;
+};
+
+/// Lets the files of this process grow to a size and no further while it lives, as a full disk does.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(std::uintmax_t size);
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit();
+
+  private:
+    rlimit before_{};
+    void (*handler_before_)(int);
+};
+
+/// Makes a folder the current one while it lives.
+class CurrentFolder {
+  public:
+    explicit CurrentFolder(const std::filesystem::path& folder) : before_(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder);
+    }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+    ~CurrentFolder() { std::filesystem::current_path(before_); }
+
+  private:
+    std::filesystem::path before_;
 };
 
 }  // namespace zmfb::test
