@@ -32,6 +32,9 @@ class FolderTest : public ::testing::Test {
 
     [[nodiscard]] std::string path(std::string_view name) const { return folder_ + "/" + std::string(name); }
     std::string write_file(std::string_view name, std::string_view content) const {
+        // A new file: one cut off and written anew may be forced onto the disk by the file system, which
+        // takes long.
+        std::filesystem::remove(path(name));
         std::ofstream(path(name), std::ios::binary) << content;
         return path(name);
     }
