@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <iostream>
+#include <memory>
 
 #include "tool/commands.h"
 #include "tool/json.h"
@@ -40,8 +41,6 @@ Exit evaluate_lines(Session& session) {
     return status;
 }
 
-}  // namespace
-
 Exit call_command(Session& session, const std::vector<std::string>& expressions) {
     std::vector<std::optional<Call>> calls;
     for (const std::string& expression : expressions) {
@@ -64,6 +63,18 @@ Exit call_command(Session& session, const std::vector<std::string>& expressions)
         status = std::max(status, one);
     }
     return status;
+}
+
+}  // namespace
+
+void add_call(CommandLine& line) {
+    const auto calls = std::make_shared<std::vector<std::string>>();
+    line.add(line.app(), "call", "Call methods of the object by name",
+             "zmfb --db shop.fdb call 'istable(\"CUSTOMERS\")' 'gettablereccount(\"CUSTOMERS\")'",
+             [calls](Session& session) { return call_command(session, *calls); })
+        ->add_option("EXPR", *calls,
+                     "Calls with xBase literals as arguments; - reads one a line from standard input")
+        ->required();
 }
 
 }  // namespace zmfb::tool

@@ -6,6 +6,7 @@
 #include "zmfbconn/database.h"
 
 namespace zmfb::tool {
+namespace {
 
 Exit create_command(Session& session) {
     session.require_database();
@@ -30,6 +31,13 @@ Exit create_command(Session& session) {
     }
     fmt::print("{} is ready\n", options.database);
     return Exit::ok;
+}
+
+}  // namespace
+
+void add_create(CommandLine& line) {
+    line.add(line.app(), "create", "Make a database the driver can use", "zmfb --db shop.fdb create",
+             create_command);
 }
 
 }  // namespace zmfb::tool

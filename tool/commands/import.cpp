@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <memory>
 
 #include "host/text.h"
 #include "tool/commands.h"
@@ -41,14 +42,22 @@ bool import_one(Session& session, const std::string& file) {
     return true;
 }
 
-}  // namespace
-
 Exit import_command(Session& session, const std::vector<std::string>& files) {
     Exit status = Exit::ok;
     for (const std::string& file : files) {
         if (!import_one(session, file)) status = Exit::failed;
     }
     return status;
+}
+
+}  // namespace
+
+void add_import(CommandLine& line) {
+    const auto files = std::make_shared<std::vector<std::string>>();
+    line.add(line.app(), "import", "Bring DBF files in as tables", "zmfb --db shop.fdb import customers.dbf",
+             [files](Session& session) { return import_command(session, *files); })
+        ->add_option("FILE", *files, "DBF files")
+        ->required();
 }
 
 }  // namespace zmfb::tool

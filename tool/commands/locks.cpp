@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <memory>
+
 #include "tool/area_id.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
@@ -90,8 +92,6 @@ std::int64_t record_number(const Value& value) {
     return text == "NULL" ? 0 : whole_number(text).get<std::int64_t>();
 }
 
-}  // namespace
-
 Exit locks_command(Session& session) {
     zmFBConn& connection = session.connection();
     Listing listing(session, {{"table"}, {"lock"}, {"record", true}});
@@ -170,6 +170,31 @@ Exit clear_command(Session& session, bool yes) {
     fmt::print("{}\n",
                session.options().json ? Json{{"cleared", true}}.dump() : "the system tables are clear");
     return Exit::ok;
+}
+
+}  // namespace
+
+void add_locks(CommandLine& line) {
+    line.add(line.app(), "locks", "List record and table locks with their holders",
+             "zmfb --db shop.fdb locks", locks_command);
+    line.add(line.app(), "opens", "List which work areas have which tables open", "zmfb --db shop.fdb opens",
+             opens_command);
+    struct Given {
+        std::string table;
+        bool yes = false;
+    };
+    const auto given = std::make_shared<Given>();
+    CLI::App* unlock = line.add(line.app(), "unlock", "Remove every lock on a table, whoever holds it",
+                                "zmfb --db shop.fdb unlock customers", [given](Session& session) {
+                                    return unlock_command(session, given->table, given->yes);
+                                });
+    unlock->add_option("TABLE", given->table, "Table")->required();
+    add_yes(unlock, given->yes);
+    add_yes(line.add(line.app(), "clear",
+                     "Forget all registrations and locks of everybody (after a crash; dangerous)",
+                     "zmfb --db shop.fdb clear",
+                     [given](Session& session) { return clear_command(session, given->yes); }),
+            given->yes);
 }
 
 }  // namespace zmfb::tool

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 
 #include "host/file.h"
 #include "tool/commands.h"
@@ -76,8 +77,6 @@ void print_matrix(const Value& matrix) {
     }
 }
 
-}  // namespace
-
 Exit matrix_extract_command(Session& session, const std::vector<std::string>& tables,
                             const std::string& file) {
     zmFBConn& connection = session.connection();
@@ -125,6 +124,35 @@ Exit matrix_apply_command(Session& session, const std::string& file, bool yes) {
         fmt::print("What was done:\n");
     }
     return report(session, connection.call("applymatrix", path, false));
+}
+
+}  // namespace
+
+void add_matrix(CommandLine& line) {
+    struct Given {
+        std::vector<std::string> tables;
+        std::string file;
+        bool yes = false;
+    };
+    const auto given = std::make_shared<Given>();
+    CLI::App* matrix = line.add_group("matrix", "Change table structures through a text file");
+    CLI::App* extract = line.add(
+        matrix, "extract", "Write out the structures of tables, of all without names",
+        "zmfb --db shop.fdb matrix extract customers -o customers.tf",
+        [given](Session& session) { return matrix_extract_command(session, given->tables, given->file); });
+    extract->add_option("TABLE", given->tables, "Tables");
+    extract->add_option("-o,--output", given->file, "File to write (.tf is added when it is not there)");
+    line.add(matrix, "check", "Tell what applying a matrix would do",
+             "zmfb --db shop.fdb matrix check customers.tf",
+             [given](Session& session) { return matrix_check_command(session, given->file); })
+        ->add_option("FILE", given->file, "Matrix file")
+        ->required();
+    CLI::App* apply = line.add(
+        matrix, "apply", "Change the tables to what the right-hand column of a matrix says",
+        "zmfb --db shop.fdb matrix apply customers.tf",
+        [given](Session& session) { return matrix_apply_command(session, given->file, given->yes); });
+    apply->add_option("FILE", given->file, "Matrix file")->required();
+    add_yes(apply, given->yes);
 }
 
 }  // namespace zmfb::tool

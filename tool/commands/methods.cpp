@@ -4,6 +4,7 @@
 #include "tool/json.h"
 
 namespace zmfb::tool {
+namespace {
 
 Exit methods_command(Session& session) {
     Json list = Json::array();
@@ -18,6 +19,12 @@ Exit methods_command(Session& session) {
     }
     if (session.options().json) fmt::print("{}\n", list.dump(2));
     return Exit::ok;
+}
+
+}  // namespace
+
+void add_methods(CommandLine& line) {
+    line.add(line.app(), "methods", "List the methods of the object", "zmfb methods", methods_command);
 }
 
 }  // namespace zmfb::tool

@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <memory>
+
 #include "tool/commands.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
@@ -47,8 +49,6 @@ void print_json(const Value& result) {
     fmt::print("{}\n", list.dump(2));
 }
 
-}  // namespace
-
 Exit query_command(Session& session, const std::string& statement) {
     const Value result = session.connection().call("executequery", statement_bytes(statement));
     if (result.size() == 0) throw Failure{Exit::failed, "the query failed", last_engine_message()};
@@ -61,6 +61,22 @@ Exit exec_command(Session& session, const std::string& statement) {
     if (result.size() != 0) throw Failure{Exit::failed, to_utf8(result.text()), last_engine_message()};
     fmt::print("done\n");
     return Exit::ok;
+}
+
+}  // namespace
+
+void add_query(CommandLine& line) {
+    const auto statement = std::make_shared<std::string>();
+    line.add(line.app(), "query", "Run a SELECT and show its rows",
+             "zmfb --db shop.fdb query \"select name, credit from customers\"",
+             [statement](Session& session) { return query_command(session, *statement); })
+        ->add_option("SQL", *statement, "Statement")
+        ->required();
+    line.add(line.app(), "exec", "Run a statement that returns no rows",
+             "zmfb --db shop.fdb exec \"update customers set city = 'Cork' where code = 3\"",
+             [statement](Session& session) { return exec_command(session, *statement); })
+        ->add_option("SQL", *statement, "Statement")
+        ->required();
 }
 
 }  // namespace zmfb::tool

@@ -1,5 +1,7 @@
 #include <fmt/format.h>
 
+#include <memory>
+
 #include "tool/commands.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
@@ -15,8 +17,6 @@ std::string_view kind_of(zmFBConn& connection, const Value& table) {
     if (connection.call("isview", table).logical()) return "view";
     return connection.call("iszmrddtable", table).logical() ? "driver" : "foreign";
 }
-
-}  // namespace
 
 Exit tables_command(Session& session) {
     zmFBConn& connection = session.connection();
@@ -53,6 +53,17 @@ Exit struct_command(Session& session, const std::string& table) {
     }
     fmt::print("{}", session.options().json ? list.dump(2) + "\n" : shown.text());
     return Exit::ok;
+}
+
+}  // namespace
+
+void add_tables(CommandLine& line) {
+    line.add(line.app(), "tables", "List the tables", "zmfb --db shop.fdb tables", tables_command);
+    const auto table = std::make_shared<std::string>();
+    line.add(line.app(), "struct", "Show the structure of a table", "zmfb --db shop.fdb struct customers",
+             [table](Session& session) { return struct_command(session, *table); })
+        ->add_option("TABLE", *table, "Table")
+        ->required();
 }
 
 }  // namespace zmfb::tool
