@@ -1,7 +1,10 @@
 // What a process leaves behind that was killed, and how it is cleaned up.
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <random>
+#include <regex>
 #include <thread>
 
 #include "tests/locks/workers_test.h"
@@ -17,11 +20,11 @@ class KilledWorker : public Workers {
   protected:
     /// Starts a worker that locks and unlocks as fast as it can, and kills it at a moment that the seed
     /// decides. Answers the id of its work area.
-    std::string kill_one_at_work(unsigned seed, const std::string& table) {
-        std::vector<Worker> workers = start_workers(1, table);
+    std::string kill_one_at_work(unsigned seed, const std::string& victim_table) {
+        std::vector<Worker> workers = start_workers(1, victim_table);
         if (workers.empty()) return "";
         Worker& worker = workers.front();
-        worker.process.start("churn", table, worker.area, records, seed);
+        worker.process.start("churn", victim_table, worker.area, records, seed);
         EXPECT_TRUE(worker.process.finish().logical());
         std::mt19937 random(seed);
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 60000));
@@ -29,11 +32,21 @@ class KilledWorker : public Workers {
         return worker.area;
     }
 
-    /// What gfix says of the database; nothing when all is well.
-    [[nodiscard]] std::string validation() const {
+    /// What gfix says of a database; nothing when all is well.
+    static std::string validation(const std::string& name) {
         const Finished gfix =
-            run({"gfix", "-v", "-full", "-user", sysdba, "-password", sysdba_password, database()});
+            run({"gfix", "-v", "-full", "-user", sysdba, "-password", sysdba_password, name});
         return gfix.out + gfix.err + (gfix.status == 0 ? "" : "status " + std::to_string(gfix.status));
+    }
+
+    void expect_sound() const {
+        // A page that was taken and not yet used when its process died is an orphan: not an error, a warning.
+        // gfix frees it.
+        static const std::regex orphans(
+            "(Summary of validation errors\n\\s+Number of database page warnings\\s+: \\d+\n)?");
+        const std::string found = validation(database());
+        EXPECT_TRUE(std::regex_match(found, orphans)) << found;
+        EXPECT_EQ(validation(database()), "") << "once the orphans are freed";
     }
 };
 
@@ -67,7 +80,7 @@ TEST_F(KilledWorker, RowsStayUntilTheyAreReleasedAndClearedAndTheDatabaseIsSound
         EXPECT_EQ(record_locks(), Rows{});
         EXPECT_EQ(table_locks(), Rows{});
         disconnect();
-        EXPECT_EQ(validation(), "");
+        expect_sound();
     }
 }
 
@@ -79,7 +92,7 @@ TEST_F(KilledWorker, ClearingAloneRemovesEverything) {
     EXPECT_EQ(record_locks(), Rows{});
     EXPECT_EQ(table_locks(), Rows{});
     disconnect();
-    EXPECT_EQ(validation(), "");
+    expect_sound();
 }
 
 TEST_F(KilledWorker, OthersGoOnWhileItIsKilled) {
@@ -96,6 +109,17 @@ TEST_F(KilledWorker, OthersGoOnWhileItIsKilled) {
         EXPECT_EQ(figures[1].number(), 60);
         EXPECT_EQ(figures[7].number(), 0) << "locks that could not be released";
     }
+}
+
+TEST_F(KilledWorker, ValidationNoticesABrokenDatabase) {
+    const std::string broken = file("broken.fdb");
+    std::filesystem::copy_file(file("database.fdb"), broken);
+    EXPECT_EQ(validation(broken), "");
+    std::fstream pages(broken, std::ios::in | std::ios::out | std::ios::binary);
+    pages.seekp(static_cast<std::streamoff>(std::filesystem::file_size(broken) / 2));
+    pages << std::string(65536, '\x55');
+    pages.close();
+    EXPECT_NE(validation(broken), "");
 }
 
 }  // namespace
