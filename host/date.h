@@ -21,6 +21,7 @@ CalendarDay calendar_day(Date date);
 Value date();
 Value time();
 /// STOD(s): the date of exactly eight digits YYYYMMDD; anything else gives the empty date. Raises nothing.
+/// An unqualified call with a std::string would find std::stod(): pass a Value.
 Value stod(const Value& s);
 /// DTOS(d): YYYYMMDD, eight blanks for the empty date. Not a date: argument error (1120).
 Value dtos(const Value& d);

@@ -92,6 +92,7 @@ TEST(Sizes, AbsurdOnesOverflow) {
         EXPECT_EQ(caught.number("subcode"), 1234);
         EXPECT_EQ(caught.text("description"), "String overflow: " + std::string(operation));
     };
+    overflow(replicate("a text longer than fourteen", 1e7), "REPLICATE");
     for (const double size : {1e9, 5e9, 1e19, 1e300}) {
         overflow(space(size), "SPACE");
         overflow(replicate("A", size), "REPLICATE");
