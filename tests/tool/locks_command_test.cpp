@@ -1,0 +1,103 @@
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+class LocksCommand : public Tool {
+  protected:
+    LocksCommand() : path(database()) { on(path, {"call", "createtable('CLIENT', {{'NAME', 'C', 10, 0}})"}); }
+    /// Locks record 4 and opens the table exclusively, as an area of a process of another host.
+    void lock_from_afar() const {
+        on(path, {"call", "setrecordaslocked('CLIENT', 'CLIENT:A1:7:afar', '4')",
+                  "settableusedbyarea(.T., 'CLIENT', 'CLIENT:A1:7:afar', .F.)"});
+    }
+    std::string path;
+};
+
+TEST_F(LocksCommand, ListsEveryLockWithItsHolder) {
+    EXPECT_EQ(on(path, {"locks"}).out, "no locks\n");
+    lock_from_afar();
+    on(path, {"call", "settableaslocked('OTHER', 'OTHER:B:999999999:afar')"});
+    EXPECT_EQ(on(path, {"locks"}).out,
+              "table   lock    record  area    process  host  state\n"
+              "------  ------  ------  ----  ---------  ----  -------\n"
+              "OTHER   table           B     999999999  afar  unknown\n"
+              "CLIENT  record       4  A1            7  afar  unknown\n");
+}
+
+TEST_F(LocksCommand, TellsOfThisHostWhetherTheProcessLives) {
+    // The area id of a tool process that has ended by the time its locks are looked at.
+    const std::string id = on(path, {"call", "getuniqueareaid('CLIENT', 'A1')"}).out;
+    on(path, {"call", "setrecordaslocked('CLIENT', " + id + ", '4')"});
+    EXPECT_NE(on(path, {"locks"}).out.find("dead"), std::string::npos);
+}
+
+TEST_F(LocksCommand, JsonHasTheHolderTakenApart) {
+    lock_from_afar();
+    EXPECT_EQ(on(path, {"--json", "locks"}).out, R"([
+  {
+    "table": "CLIENT",
+    "lock": "record",
+    "record": 4,
+    "holder": {
+      "table": "CLIENT",
+      "area": "A1",
+      "process": 7,
+      "host": "afar",
+      "state": "unknown"
+    }
+  }
+]
+)");
+}
+
+TEST_F(LocksCommand, OpensListsTheRegistrations) {
+    EXPECT_EQ(on(path, {"opens"}).out, "no tables are open\n");
+    lock_from_afar();
+    EXPECT_EQ(on(path, {"opens"}).out,
+              "table   mode       last append  area  process  host  state\n"
+              "------  ---------  -----------  ----  -------  ----  -------\n"
+              "CLIENT  exclusive               A1          7  afar  unknown\n");
+}
+
+TEST_F(LocksCommand, UnlockAsksFirst) {
+    lock_from_afar();
+    const Finished refused = on(path, {"unlock", "client"}, "n\n");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err,
+              "Remove every lock on client, whoever holds it? [y/N] error: nothing was unlocked\n");
+    EXPECT_EQ(on(path, {"unlock", "client"}, "").status, 1);
+    EXPECT_NE(on(path, {"locks"}).out, "no locks\n");
+    const Finished done = on(path, {"unlock", "client"}, "y\n");
+    EXPECT_EQ(done.status, 0);
+    EXPECT_EQ(done.out, "client has no locks now\n");
+    EXPECT_EQ(on(path, {"locks"}).out, "no locks\n");
+}
+
+TEST_F(LocksCommand, UnlockOfNoTableIsRefused) {
+    const Finished run = on(path, {"unlock", "--yes", "nosuch"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "error: there is no table nosuch\n");
+}
+
+TEST_F(LocksCommand, ClearSaysHowDangerousItIsAndAsksFirst) {
+    lock_from_afar();
+    const Finished refused = on(path, {"clear"}, "no\n");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("DANGEROUS"), std::string::npos);
+    EXPECT_NE(on(path, {"opens"}).out, "no tables are open\n");
+    const Finished done = on(path, {"clear", "--yes"});
+    EXPECT_EQ(done.status, 0);
+    EXPECT_EQ(done.out, "the system tables are clear\n");
+    EXPECT_EQ(done.err, "");
+    EXPECT_EQ(on(path, {"opens"}).out, "no tables are open\n");
+    EXPECT_EQ(on(path, {"locks"}).out, "no locks\n");
+}
+
+TEST_F(LocksCommand, YesIsAnsweredInJsonToo) {
+    EXPECT_EQ(on(path, {"--json", "unlock", "-y", "CLIENT"}).out, "{\"unlocked\":\"CLIENT\"}\n");
+    EXPECT_EQ(on(path, {"--json", "clear", "-y"}).out, "{\"cleared\":true}\n");
+}
+
+}  // namespace
+}  // namespace zmfb::test

@@ -1,0 +1,113 @@
+#include <nlohmann/json.hpp>
+
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+const std::string header_line = "- - - - - - - - - - - - - - - - - - - - - - - - - ";
+
+class MatrixCommand : public Tool {
+  protected:
+    MatrixCommand() : path(database()) {
+        on(path, {"call", "createtable('CLIENT', {{'NAME', 'C', 10, 0}, {'PRICE', 'N', 8, 2}})"});
+        on(path, {"exec", "insert into client (name, price) values ('Ana', 1.5)"});
+    }
+    /// Writes out the matrix of CLIENT and replaces a text in it.
+    std::string edited(const std::string& before, const std::string& after) const {
+        on(path, {"matrix", "extract", "client", "-o", file("m.tf")});
+        std::string text = read_file(file("m.tf"));
+        const std::size_t place = text.find(before);
+        if (place == std::string::npos) ADD_FAILURE() << before << " is not in\n" << text;
+        if (place != std::string::npos) text.replace(place, before.size(), after);
+        return write_file("m.tf", text);
+    }
+    std::string path;
+};
+
+TEST_F(MatrixCommand, ExtractWritesTheFileAndPrintsTheSameBytesWithoutOne) {
+    const Finished written = on(path, {"matrix", "extract", "CLIENT", "-o", file("m")});
+    EXPECT_EQ(written.status, 0) << written.err;
+    EXPECT_EQ(written.out, file("m.tf") + ": 1 tables\n");
+    const std::string text = read_file(file("m.tf"));
+    EXPECT_NE(text.find(" CLIENT>>001::NAME::C::10::0"), std::string::npos);
+    const std::string printed = on(path, {"matrix", "extract", "client"}).out;
+    const auto without_date = [](std::string all) { return all.replace(all.find("   Data: "), 26, ""); };
+    EXPECT_EQ(without_date(printed), without_date(text));
+}
+
+TEST_F(MatrixCommand, AnOutputNameThatHasTheExtensionKeepsIt) {
+    on(path, {"matrix", "extract", "-o", file("all.tf")});
+    EXPECT_TRUE(std::filesystem::exists(file("all.tf")));
+    EXPECT_FALSE(std::filesystem::exists(file("all.tf.tf")));
+}
+
+TEST_F(MatrixCommand, ExtractRefusesATableThatIsNotThereAndAFileItCannotWrite) {
+    const Finished missing = on(path, {"matrix", "extract", "nosuch"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.err, "error: there is no table nosuch\n");
+    const Finished unwritable = on(path, {"matrix", "extract", "client", "-o", file("nowhere/m")});
+    EXPECT_EQ(unwritable.status, 1);
+    EXPECT_EQ(unwritable.err, "error: cannot write " + file("nowhere/m.tf") + "\n");
+}
+
+TEST_F(MatrixCommand, CheckTellsAndChangesNothing) {
+    const std::string matrix = edited("=> 001::NAME::C::10::0", "=> 001::FULLNAME::C::20::0");
+    const Finished run = on(path, {"matrix", "check", matrix});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, header_line + "[  ]\n" + header_line +
+                           "[ CLIENT ]\n[OK] Alter Field: NAME\n[OK] Reorder: 001 Field: FULLNAME\n"
+                           "[OK] Reorder: 002 Field: PRICE\n");
+    EXPECT_NE(on(path, {"struct", "client"}).out.find("\nNAME "), std::string::npos);
+}
+
+TEST_F(MatrixCommand, ApplyShowsThePlanAsksAndKeepsTheData) {
+    const std::string matrix = edited("=> 001::NAME::C::10::0", "=> 001::FULLNAME::C::20::0");
+    const Finished refused = on(path, {"matrix", "apply", matrix}, "n\n");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.out.starts_with("What would be done:\n"));
+    EXPECT_EQ(refused.err, "Apply it? [y/N] error: nothing was changed\n");
+    const Finished done = on(path, {"matrix", "apply", matrix}, "y\n");
+    EXPECT_EQ(done.status, 0) << done.err;
+    const std::size_t log = done.out.find("What was done:\n");
+    ASSERT_NE(log, std::string::npos);
+    EXPECT_EQ(done.out.substr(20, log - 20), done.out.substr(log + 15));
+    EXPECT_NE(on(path, {"query", "select fullname from client"}).out.find("Ana"), std::string::npos);
+}
+
+TEST_F(MatrixCommand, ApplyingAnUnchangedMatrixDoesNothingAndAsksNothing) {
+    const Finished run = on(path, {"matrix", "apply", edited("CLIENT", "CLIENT")});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_NE(run.out.find("Nothing.\n"), std::string::npos);
+}
+
+TEST_F(MatrixCommand, ADamagedMatrixEndsWithOneAndSaysWhat) {
+    const std::string matrix = edited("=> 002::PRICE::N::8::2", "=> 002::PRICE::X::8::2");
+    const Finished run = on(path, {"--json", "matrix", "check", matrix});
+    EXPECT_EQ(run.status, 1);
+    const auto json = nlohmann::json::parse(run.out);
+    EXPECT_EQ(json["ok"], false);
+    EXPECT_EQ(json["log"], nlohmann::json::array({header_line + "[  ]"}));
+    EXPECT_EQ(json["raised"],
+              nlohmann::json::array({"[FBCONN Error];Os dados para esta tabela parecem corrompidos;Campo:  "
+                                     "002::PRICE::X::8::2;Tabela: CLIENT"}));
+}
+
+TEST_F(MatrixCommand, AFileThatIsNotThereIsSaidSo) {
+    const Finished run = on(path, {"matrix", "apply", file("nosuch.tf")});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "error: cannot read " + file("nosuch.tf") + "\n");
+}
+
+TEST_F(MatrixCommand, JsonNeedsYes) {
+    EXPECT_EQ(on(path, {"--json", "matrix", "apply", edited("CLIENT", "CLIENT")}).status, 2);
+    const Finished run = on(path, {"--json", "matrix", "apply", "--yes", file("m.tf")});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(nlohmann::json::parse(run.out)["ok"], true);
+}
+
+TEST_F(MatrixCommand, AGroupWithoutACommandIsWrongUsage) { EXPECT_EQ(on(path, {"matrix"}).status, 2); }
+
+}  // namespace
+}  // namespace zmfb::test
