@@ -125,6 +125,27 @@ TEST_F(MatrixRoundTrip, MakesANumberOfAText) {
     EXPECT_EQ(data("NOME"), (Rows{{"12.500"}, {"7.000"}}));
 }
 
+TEST_F(MatrixRoundTrip, ATextThatIsNoNumberKeepsItsFieldAsItWas) {
+    Editor editor = extract({"T"});
+    editor.block().change("NOME", {"NOME", "N", 12, 3});
+    const Applied applied = apply(editor);
+    EXPECT_FALSE(applied.ok);
+    EXPECT_EQ(applied.log[2], "[ERROR] Alter Field: NOME");
+    ASSERT_EQ(raised().size(), 1U);
+    EXPECT_TRUE(raised()[0].starts_with("[FBCONN Error];Erro ao popular AuxCampo: RDDAUX_NOME"));
+    EXPECT_EQ(columns("T"), (Lines{"NOME", "PRECO", "NASC", "OK", "RDD_AREAID", "RECNO"}));
+    expect_kept();
+}
+
+TEST_F(MatrixRoundTrip, AnAlteredFieldLosesItsIndexAndKeepsItsData) {
+    execute("create index I_T_NOME on T (NOME)");
+    Editor editor = extract({"T"});
+    editor.block().change("NOME", {"NOME", "C", 11});
+    apply_well(editor);
+    EXPECT_FALSE(call("isindex", "I_T_NOME").logical());
+    expect_kept();
+}
+
 TEST_F(MatrixRoundTrip, MakesATextOfANumber) {
     Editor editor = extract({"T"});
     editor.block().change("PRECO", {"PRECO", "C", 15});
