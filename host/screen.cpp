@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bitset>
 #include <cerrno>
 #include <chrono>
 #include <cstdio>
@@ -96,16 +97,19 @@ class SavedRegion final : public Object {
 /// the end of the table because programs count theirs from its beginning. 0 when there is none left.
 int pair_of(int foreground, int background) {
     constexpr int most_in_an_attribute = 256;
-    short has_foreground = 0;
-    short has_background = 0;
+    static std::bitset<most_in_an_attribute> taken;
     for (int pair = std::min(COLOR_PAIRS, most_in_an_attribute) - 1; pair > 0; --pair) {
         const auto number = static_cast<short>(pair);
+        short has_foreground = 0;
+        short has_background = 0;
         if (pair_content(number, &has_foreground, &has_background) == ERR) continue;
-        if (has_foreground == foreground && has_background == background) return pair;
-        if (has_foreground == has_background) {
+        const bool unused = !taken[static_cast<std::size_t>(pair)] && has_foreground == has_background;
+        if (unused) {
+            taken.set(static_cast<std::size_t>(pair));
             const auto wanted = static_cast<short>(foreground);
             return init_pair(number, wanted, static_cast<short>(background)) == ERR ? 0 : pair;
         }
+        if (has_foreground == foreground && has_background == background) return pair;
     }
     return 0;
 }
