@@ -47,13 +47,6 @@ class Text {
     char* end_ = bytes_;
 };
 
-template <class T>
-T read(const char* data) {
-    T value;
-    std::memcpy(&value, data, sizeof value);
-    return value;
-}
-
 std::string_view until_zero(std::string_view text) {
     if (text.empty()) return text;
     const void* const zero = std::memchr(text.data(), 0, text.size());
@@ -66,7 +59,7 @@ Value convert_text(const XSQLVAR& column) { return until_zero({column.sqldata, l
 
 Value convert_varying(const XSQLVAR& column) {
     const std::size_t declared = length_of(column);
-    const std::size_t present = std::min<std::size_t>(read<std::uint16_t>(column.sqldata), declared);
+    const std::size_t present = std::min<std::size_t>(read_as<std::uint16_t>(column.sqldata), declared);
     char* const text = column.sqldata + sizeof(std::uint16_t);
     const std::size_t used = until_zero({text, present}).size();
     std::memset(text + used, ' ', declared - used);
@@ -97,30 +90,6 @@ Value convert_real(double number, std::chars_format format) {
     return text.view();
 }
 
-Value convert_timestamp(const XSQLVAR& column) {
-    constexpr unsigned fractions = 10000;
-    const auto stamp = read<ISC_TIMESTAMP>(column.sqldata);
-    std::tm calendar{};
-    client().decode_timestamp(&stamp, &calendar);
-    Text text;
-    text.put_padded(std::int64_t{calendar.tm_year} + 1900, 4);
-    text.put('-');
-    text.put_padded(std::int64_t{calendar.tm_mon} + 1, 2);
-    text.put('-');
-    text.put_padded(calendar.tm_mday, 2);
-    text.put(' ');
-    text.put_padded(calendar.tm_hour, 2);
-    text.put(':');
-    text.put_padded(calendar.tm_min, 2);
-    text.put(':');
-    text.put_padded(calendar.tm_sec, 2);
-    text.put('.');
-    text.put_padded(stamp.timestamp_time % fractions, 4);
-    return text.view();
-}
-
-bool is_null(const XSQLVAR& column) { return (column.sqltype & 1) != 0 && *column.sqlind < 0; }
-
 Value convert_value(const XSQLVAR& column, const Value* last) {
     if (is_null(column)) return "NULL";
     switch (type_of(column)) {
@@ -129,17 +98,18 @@ Value convert_value(const XSQLVAR& column, const Value* last) {
         case SQL_VARYING:
             return convert_varying(column);
         case SQL_SHORT:
-            return convert_whole(read<std::int16_t>(column.sqldata));
+            return convert_whole(read_as<std::int16_t>(column.sqldata));
         case SQL_LONG:
         case SQL_INT64: {
             // Little-endian: the first 32 bits of a BIGINT are its low word.
-            const auto number = read<std::int32_t>(column.sqldata);
+            const auto number = read_as<std::int32_t>(column.sqldata);
             return column.sqlscale < 0 ? convert_scaled(number, -column.sqlscale) : convert_whole(number);
         }
         case SQL_FLOAT:
-            return convert_real(static_cast<double>(read<float>(column.sqldata)), std::chars_format::general);
+            return convert_real(static_cast<double>(read_as<float>(column.sqldata)),
+                                std::chars_format::general);
         case SQL_DOUBLE:
-            return convert_real(read<double>(column.sqldata), std::chars_format::fixed);
+            return convert_real(read_as<double>(column.sqldata), std::chars_format::fixed);
         case SQL_TIMESTAMP:
             return convert_timestamp(column);
         default:
@@ -165,6 +135,28 @@ std::string_view translate_type(int type) {
         default:
             return " ";
     }
+}
+
+Value convert_timestamp(const XSQLVAR& column) {
+    constexpr unsigned fractions = 10000;
+    const auto stamp = read_as<ISC_TIMESTAMP>(column.sqldata);
+    std::tm calendar{};
+    client().decode_timestamp(&stamp, &calendar);
+    Text text;
+    text.put_padded(std::int64_t{calendar.tm_year} + 1900, 4);
+    text.put('-');
+    text.put_padded(std::int64_t{calendar.tm_mon} + 1, 2);
+    text.put('-');
+    text.put_padded(calendar.tm_mday, 2);
+    text.put(' ');
+    text.put_padded(calendar.tm_hour, 2);
+    text.put(':');
+    text.put_padded(calendar.tm_min, 2);
+    text.put(':');
+    text.put_padded(calendar.tm_sec, 2);
+    text.put('.');
+    text.put_padded(stamp.timestamp_time % fractions, 4);
+    return text.view();
 }
 
 Value RowConverter::convert() {

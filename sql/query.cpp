@@ -5,10 +5,12 @@
 #include "conn/log.h"
 #include "host/text.h"
 #include "sql/convert.h"
+#include "sql/exact.h"
 #include "sql/methods.h"
 #include "sql/row_buffer.h"
 #include "sql/state.h"
 #include "sql/transaction.h"
+#include "zmfbconn/exact.h"
 
 namespace zmfb::sql {
 
@@ -18,19 +20,6 @@ constexpr const char* statement_name = "sql_stmt";
 constexpr const char* cursor_name = "DYN_CURSOR";
 constexpr ISC_STATUS end_of_rows = 100;
 constexpr int column_log_level = 10;
-
-template <std::size_t Size>
-std::string_view name_text(const ISC_SCHAR (&name)[Size], ISC_SHORT length) {
-    const std::string_view text(name, static_cast<std::size_t>(std::clamp<int>(length, 0, Size)));
-    return text.substr(0, text.find('\0'));
-}
-
-std::string_view field_name(const XSQLVAR& column) {
-    return name_text(column.sqlname, column.sqlname_length);
-}
-std::string_view alias_name(const XSQLVAR& column) {
-    return name_text(column.aliasname, column.aliasname_length);
-}
 
 Value describe_column(const XSQLVAR& column) {
     const std::string_view field = field_name(column);
@@ -65,10 +54,11 @@ class Query {
         if (code >= 0) code = prepare(statement);
         if (code >= 0) code = describe();
         if (code < 0) return code;
-        result.push(header_of(area_.columns()));
+        ExactQueries* const exact = ExactQueries::current();
+        result.push(exact == nullptr ? header_of(area_.columns()) : exact_header(area_.columns()));
         log_columns(area_.columns());
         code = open();
-        if (code >= 0) code = fetch_rows(result);
+        if (code >= 0) code = exact == nullptr ? fetch_rows(result) : fetch_exactly(result, exact->reader());
         if (code >= 0) code = close();
         if (code >= 0) code = transaction_.commit();
         return code;
@@ -104,9 +94,9 @@ class Query {
         return code;
     }
 
-    int fetch_rows(const Value& result) {
-        const RowBuffer buffer(area_.columns());
-        RowConverter converter(area_.columns());
+    // Calls `take` for every row in the buffer, until it answers with something other than 0.
+    template <class Take>
+    int fetch_each(const Take& take) {
         for (;;) {
             const ISC_STATUS outcome = client().fetch(status(), cursor_name, area_.get());
             if (outcome == end_of_rows) return 0;
@@ -114,8 +104,31 @@ class Query {
                 const int code = sqlcode();
                 if (code < 0) return code;
             }
-            result.push(converter.convert());
+            if (const int code = take(); code != 0) return code;
         }
+    }
+
+    int fetch_rows(const Value& result) {
+        const RowBuffer buffer(area_.columns());
+        RowConverter converter(area_.columns());
+        return fetch_each([&] {
+            result.push(converter.convert());
+            return 0;
+        });
+    }
+
+    int fetch_exactly(const Value& result, RowReader* reader) {
+        const RowBuffer buffer(area_.columns());
+        ExactConverter converter(area_.columns(), transaction_);
+        if (reader != nullptr) reader->header(result[1]);
+        return fetch_each([&] {
+            Value row;
+            const int code = converter.convert(row);
+            if (code < 0) return code;
+            if (reader != nullptr) return reader->row(row) ? 0 : int{end_of_rows};
+            result.push(row);
+            return 0;
+        });
     }
 
     int close() {
@@ -137,6 +150,7 @@ Value internalselect(Self& self, Args args) {
     if (database == isc_db_handle()) return result;
     Query query(database);
     const int code = query.run(text_of(stmt), result);
+    if (ExactQueries* const exact = ExactQueries::current(); exact != nullptr) exact->set_sqlcode(code);
     if (code != 0) log_failure(code);
     return result;
 }

@@ -26,6 +26,12 @@ std::size_t data_size(const XSQLVAR& column) {
     }
 }
 
+template <std::size_t Size>
+std::string_view name_text(const ISC_SCHAR (&name)[Size], ISC_SHORT length) {
+    const std::string_view text(name, static_cast<std::size_t>(std::clamp<int>(length, 0, Size)));
+    return text.substr(0, text.find('\0'));
+}
+
 }  // namespace
 
 DescriptorArea::DescriptorArea(short columns) {
@@ -45,6 +51,14 @@ int type_of(const XSQLVAR& column) { return column.sqltype & ~1; }
 
 std::size_t length_of(const XSQLVAR& column) {
     return static_cast<std::size_t>(std::max<short>(column.sqllen, 0));
+}
+
+std::string_view field_name(const XSQLVAR& column) {
+    return name_text(column.sqlname, column.sqlname_length);
+}
+
+std::string_view alias_name(const XSQLVAR& column) {
+    return name_text(column.aliasname, column.aliasname_length);
 }
 
 RowBuffer::RowBuffer(std::span<XSQLVAR> columns) {

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "sql/client.h"
@@ -32,6 +34,19 @@ class DescriptorArea {
 int type_of(const XSQLVAR& column);
 /// The declared length in bytes; 0 for a negative one.
 std::size_t length_of(const XSQLVAR& column);
+/// Whether the row that was fetched last has NULL in a column.
+inline bool is_null(const XSQLVAR& column) { return (column.sqltype & 1) != 0 && *column.sqlind < 0; }
+/// The names as described: of the field, "" for an expression, and of the column of the result.
+std::string_view field_name(const XSQLVAR& column);
+std::string_view alias_name(const XSQLVAR& column);
+
+/// The T whose bytes begin at `data`, which need not be aligned.
+template <class T>
+T read_as(const char* data) {
+    T value;
+    std::memcpy(&value, data, sizeof value);
+    return value;
+}
 
 /// The bytes of one row. Every column has its data and then a NULL indicator of 16 bits, each at an even
 /// offset; a VARCHAR is its length in 16 bits, its characters and one byte more. As large as the row needs.

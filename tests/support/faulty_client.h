@@ -24,8 +24,12 @@ enum class ClientCall : std::size_t {
     fetch,
     close,
     execute_immediate,
+    open_blob,
+    blob_info,
+    get_segment,
+    close_blob,
 };
-inline constexpr std::size_t client_call_count = static_cast<std::size_t>(ClientCall::execute_immediate) + 1;
+inline constexpr std::size_t client_call_count = static_cast<std::size_t>(ClientCall::close_blob) + 1;
 std::string name_of(ClientCall call);
 
 /// Takes the place of the client library from its making to its end, counts every call and forwards it, but
@@ -74,6 +78,13 @@ class FaultyClient : public sql::Client {
     ISC_STATUS close(ISC_STATUS* status, const char* cursor) override;
     ISC_STATUS execute_immediate(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
                                  const char* text) override;
+    ISC_STATUS open_blob(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
+                         isc_blob_handle* blob, ISC_QUAD* id) override;
+    ISC_STATUS blob_info(ISC_STATUS* status, isc_blob_handle* blob, short item_size, const char* items,
+                         short answer_size, char* answer) override;
+    ISC_STATUS get_segment(ISC_STATUS* status, isc_blob_handle* blob, unsigned short* got,
+                           unsigned short size, char* bytes) override;
+    ISC_STATUS close_blob(ISC_STATUS* status, isc_blob_handle* blob) override;
 
   private:
     struct Fault {
