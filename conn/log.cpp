@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <limits>
 
@@ -44,7 +43,7 @@ void set_log_level(int level) { current_level = level; }
 
 void log_event(int level, std::string_view text) {
     const std::size_t length = std::min(text.substr(0, text.find('\0')).size(), sizeof event_buffer - 1);
-    std::memcpy(event_buffer, text.data(), length);
+    text.copy(event_buffer, length);
     event_buffer[length] = '\0';
     write_entry(level);
 }
