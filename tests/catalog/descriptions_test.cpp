@@ -83,6 +83,11 @@ TEST_F(Descriptions, ALongDescriptionIsStoredWholeAndReadCutTo255Characters) {
         (Rows{{"260"}}));
 }
 
+TEST_F(Descriptions, AnAccentedLetterThatIsCutIsLeftOut) {
+    EXPECT_EQ(set("settabledescription", "CLIENT", std::string(254, 'a') + std::string("ção"_l1)), "");
+    EXPECT_EQ(get("gettabledescription", "CLIENT"), std::string(254, 'a'));
+}
+
 TEST_F(Descriptions, WhatDoesNotExistReadsAsAnEmptyText) {
     EXPECT_EQ(show(call("gettabledescription", "NONE")), R"({""})");
     EXPECT_EQ(show(call("getindexdescription", "NONE")), R"({""})");

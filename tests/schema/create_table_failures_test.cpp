@@ -95,6 +95,8 @@ struct Taken {
     std::size_t statements;  ///< sent until then, the failing one included
 };
 
+void PrintTo(const Taken& taken, std::ostream* out) { *out << taken.blocker; }
+
 const Taken taken_parts[] = {
     {"Index", "create index CLIENT_RECNO_DESC on OTHER (A)",
      std::string("Erro na criação do índice recno; FB Error: "_l1), 5},

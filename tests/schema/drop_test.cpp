@@ -26,6 +26,8 @@ struct Single {
     std::string message;
 };
 
+void PrintTo(const Single& single, std::ostream* out) { *out << single.statement; }
+
 const Single singles[] = {
     {"dropgenerator", "generator", "G_THING", "DROP GENERATOR G_THING",
      std::string("Impossível eliminar generator; Generator: "_l1)},
