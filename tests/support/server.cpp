@@ -37,6 +37,7 @@ constexpr int first_port = 30600;
 constexpr int port_count = 1800;
 
 constexpr auto patience = std::chrono::seconds(20);
+constexpr auto grace = std::chrono::seconds(1);
 constexpr auto pause = std::chrono::milliseconds(10);
 
 std::unique_ptr<Server>& shared_server() {
@@ -171,10 +172,11 @@ void Server::kill() {
     pid_ = -1;
 }
 
+// A server that has just lost a client may never look at the signal.
 void Server::stop() {
     if (pid_ <= 0) return;
     ::kill(pid_, SIGTERM);
-    const auto limit = steady_clock::now() + patience;
+    const auto limit = steady_clock::now() + grace;
     while (waitpid(pid_, nullptr, WNOHANG) != pid_) {
         if (steady_clock::now() > limit) return kill();
         std::this_thread::sleep_for(pause);

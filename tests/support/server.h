@@ -35,7 +35,7 @@ class Server {
 
     /// Ends the server at once, in the middle of whatever it does.
     void kill();
-    /// Ends it in good order.
+    /// Ends it in good order, at once when that takes longer than a second.
     void stop();
     /// Starts it again on the same port.
     void start();
