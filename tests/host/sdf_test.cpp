@@ -150,16 +150,15 @@ TEST_F(Sdf, FieldsNarrowTheColumnsDown) {
 }
 
 TEST_F(Sdf, LinesCanBeChosen) {
-    Table& table = create(array_of(field("C", "C", 1)));
     write_file("data.txt", "a\nb\nc\nd\ne\n");
     const std::string file = path("data.txt");
     const auto appended = [&](const Value& for_block, const Value& while_block, const Value& next,
                               const Value& record) {
+        Table& table = create(array_of(field("C", "C", 1)));
         EXPECT_TRUE(is_same(dbappsdf(file, {}, for_block, while_block, next, record), true));
         std::string all;
         for (table.go_top(); !table.eof(); table.skip(1)) all += table.get(0).text();
         close();
-        create(array_of(field("C", "C", 1)));
         return all;
     };
     const Value not_b = Value::block([](Args) { return table_of()->get(0).text() != "b"; });
