@@ -192,8 +192,8 @@ Value fwrite(const Value& handle, const Value& s) {
 
 Value fwrite(const Value& handle, const Value& s, const Value& n) {
     if (!s.is(Kind::character) || !n.is(Kind::numeric) || s.text().empty()) return fwrite(handle, s);
-    const auto count = static_cast<std::uint64_t>(std::max<std::int64_t>(n.integer(), 0));
-    return write_bytes(handle, s.text().substr(0, std::min<std::uint64_t>(count, s.size())));
+    const auto count = std::clamp<std::int64_t>(n.integer(), 0, static_cast<std::int64_t>(s.size()));
+    return write_bytes(handle, s.text().substr(0, static_cast<std::size_t>(count)));
 }
 
 Value fseek(const Value& handle, const Value& offset, const Value& origin) {
