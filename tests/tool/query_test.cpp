@@ -26,7 +26,7 @@ TEST_F(QueryCommand, ShowsRowsUnderTheirHeads) {
 
 TEST_F(QueryCommand, JsonIsAnArrayOfObjects) {
     EXPECT_EQ(on(path, {"--json", "query", "select b from t where a = 7"}).out,
-              "[\n  {\n    \"B\": \"ação\"\n  }\n]\n");
+              "[\n  {\"B\": \"ação\"}\n]\n");
 }
 
 TEST_F(QueryCommand, AStatementTheEngineRefusesShowsTheEnginesWords) {
