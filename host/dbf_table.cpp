@@ -57,7 +57,7 @@ bool DbfTable::report(int system_error, GenCode gencode, std::string_view operat
                        .description = reading ? "Read error" : "Write error",
                        .operation = operation,
                        .file = path_,
-                       .oscode = dos_error(system_error)});
+                       .oscode = reading ? dos_error(system_error) : dos_write_error(system_error)});
     return false;
 }
 

@@ -96,6 +96,12 @@ int dos_error(int system_error) {
     }
 }
 
+int dos_write_error(int system_error) {
+    constexpr int access_denied = 5;
+    constexpr int write_fault = 29;
+    return system_error == EBADF ? access_denied : write_fault;
+}
+
 Descriptor::Descriptor(std::string_view name, int flags, unsigned permissions) {
     if (name.empty() || name.find('\0') != std::string_view::npos) {
         errno = ENOENT;

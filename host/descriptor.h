@@ -15,6 +15,8 @@ namespace zmfb::host {
 /// 5 access denied, 6 invalid handle, 25 seek, 29 write, 30 read, 32 sharing violation, 33 lock violation; 0
 /// for 0.
 int dos_error(int system_error);
+/// The same for a write that fell short: 5 when the file is not open for writing, 29 in every other case.
+int dos_write_error(int system_error);
 
 enum class Lock : std::uint8_t { none, shared, exclusive };
 

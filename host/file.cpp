@@ -78,10 +78,6 @@ std::int64_t integer_or(const Value& value, std::int64_t otherwise) {
     return value.is(Kind::numeric) ? value.integer() : otherwise;
 }
 
-int write_error(int system_error) {
-    return system_error == EBADF ? access_denied : std::max(dos_error(system_error), 1);
-}
-
 /// Reads the decimal digits of an attribute such as 666 as octal ones; 0 when they are not three octal
 /// digits.
 unsigned octal_permissions(std::int64_t attribute) {
@@ -103,7 +99,7 @@ Value write_bytes(const Value& handle, std::string_view bytes) {
     if (file == nullptr) return finish(invalid_handle, 0);
     file->drop_ahead();
     const std::size_t written = file->descriptor.write(bytes);
-    return finish(written == bytes.size() ? 0 : write_error(errno == 0 ? ENOSPC : errno), written);
+    return finish(written == bytes.size() ? 0 : dos_write_error(errno), written);
 }
 
 std::string random_name() {
@@ -156,7 +152,7 @@ Value fcreate(const Value& name, const Value& attribute) {
 Value fclose(const Value& handle) {
     File* file = find(handle);
     if (file == nullptr) return finish(invalid_handle, false);
-    const int error = file->descriptor.close() ? 0 : write_error(errno);
+    const int error = file->descriptor.close() ? 0 : dos_write_error(errno);
     files().erase(static_cast<int>(handle.integer()));
     return finish(error, true);
 }
