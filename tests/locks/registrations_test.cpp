@@ -61,7 +61,9 @@ TEST_F(Registrations, OnlyTrueMeansShared) {
 
 TEST_F(Registrations, AnythingButTrueUnregisters) {
     open("CUSTOMER", a);
+    open("ORDERS", a);
     EXPECT_TRUE(yes("settableusedbyarea", Value(), "CUSTOMER", a, true));
+    EXPECT_TRUE(yes("settableusedbyarea", "T", "ORDERS", a, true));
     EXPECT_EQ(registrations(), Rows{});
 }
 
