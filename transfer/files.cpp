@@ -17,7 +17,7 @@ constexpr int lock_waits = 6;
 // The handle of a file that could not be locked in time is returned all the same, closed; and a lock that
 // came only after the fifth wait counts as one that never came. Callers are written for both.
 Value open_locked(const Value& name) {
-    const Value handle = host::fopen(name, read_and_write);
+    Value handle = host::fopen(name, read_and_write);
     if (handle.number() < 0) return handle;
     int waits = 0;
     while (host::flockf(handle, lock_for_writing).number() != 0 && waits < lock_waits) {

@@ -1,5 +1,6 @@
 #include "transfer/record_conversion.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -160,8 +161,7 @@ TEST(CalendarDay, IsWhatStodTakesForADate) {
          {0, 1, 4, 99, 100, 400, 1582, 1800, 1899, 1900, 1904, 1999, 2000, 2001, 2004, 2100, 9999}) {
         for (int month = 0; month <= 13; ++month) {
             for (int day = 0; day <= 32; ++day) {
-                char eight[16];
-                std::snprintf(eight, sizeof eight, "%04d%02d%02d", year, month, day);
+                const std::string eight = fmt::format("{:04}{:02}{:02}", year, month, day);
                 EXPECT_TRUE(agrees(eight)) << eight;
             }
         }
