@@ -156,6 +156,9 @@ TEST_F(WorkArea, AnAreaIsFreeEvenWhenItsTableThrowsInClosing) {
     EXPECT_THROW(dbclosearea(), std::runtime_error);
     EXPECT_TRUE(is_same(used(), false));
     EXPECT_EQ(table_of("customer"), nullptr);
+    driver_->close_throws = false;
+    dbusearea(false, "ZMRDDFIRE", "customer");
+    EXPECT_TRUE(is_same(alias(), "CUSTOMER"));
 }
 
 TEST_F(WorkArea, SharedUseIsAskedForOrFollowsSetExclusive) {
