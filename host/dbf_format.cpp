@@ -54,7 +54,8 @@ std::string fit_field(Field& field) {
             break;
         case 'N':
             if (field.length > 255) return wrong_field(field, "longer than 255");
-            if (field.decimals > 0 && field.decimals >= field.length) return wrong_field(field, "too many decimals");
+            if (field.decimals > 0 && field.decimals >= field.length)
+                return wrong_field(field, "too many decimals");
             break;
         case 'D':
             field.length = date_length;
