@@ -94,7 +94,8 @@ class Driver {
 };
 
 /// Makes `driver` known under `name`, upper-cased, in place of one that has this name already; tables open
-/// through that one stay open. "DBFIDX", the native driver of DBF files, is there from the start.
+/// through that one stay open. Null takes the name away. "DBFIDX", the native
+/// driver of DBF files, is there from the start.
 void register_driver(std::string_view name, std::shared_ptr<Driver> driver);
 /// The driver of that name, null when there is none.
 std::shared_ptr<Driver> find_driver(std::string_view name);

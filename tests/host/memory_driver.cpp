@@ -1,7 +1,6 @@
-#include "memory_driver.h"
+#include "tests/host/memory_driver.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace zmfb::host_test {
 namespace {
@@ -44,7 +43,7 @@ class OpenTable final : public host::Table {
     bool commit() override { return true; }
     bool close() override {
         driver_.asked.push_back("close " + alias_);
-        if (driver_.close_throws) throw std::runtime_error("the table would not close");
+        driver_.on_close(alias_);
         return true;
     }
 
@@ -65,6 +64,7 @@ std::unique_ptr<host::Table> MemoryDriver::open(const host::OpenRequest& request
                     (request.shared ? " shared" : " exclusive") + (request.readonly ? " readonly" : ""));
     const auto found = tables.find(request.file);
     if (found == tables.end()) return nullptr;
+    on_open(request.alias);
     return std::make_unique<OpenTable>(*this, found->second, std::string(request.alias));
 }
 

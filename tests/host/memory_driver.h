@@ -1,6 +1,7 @@
 /// A driver of a test's own: tables in memory, and a note of everything that is asked of it.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -24,7 +25,9 @@ class MemoryDriver final : public host::Driver {
 
     std::map<std::string, MemoryTable, std::less<>> tables;
     std::vector<std::string> asked;
-    bool close_throws = false;
+    /// Called with the alias when a table has been opened, and when one is closed.
+    std::function<void(std::string_view)> on_open = [](std::string_view) {};
+    std::function<void(std::string_view)> on_close = [](std::string_view) {};
 };
 
 }  // namespace zmfb::host_test

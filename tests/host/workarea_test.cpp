@@ -26,7 +26,6 @@ class WorkArea : public ::testing::Test {
         driver_->create("path/to/orders.tab", structure);
     }
     ~WorkArea() override {
-        driver_->close_throws = false;
         while (dbselectarea("CUSTOMER") || dbselectarea("ORDERS") || dbselectarea("OTHER")) dbclosearea();
         rddsetdefault("DBFIDX");
         set(8, Value());
@@ -152,11 +151,11 @@ TEST_F(WorkArea, ClosingByAliasSelectsThatArea) {
 
 TEST_F(WorkArea, AnAreaIsFreeEvenWhenItsTableThrowsInClosing) {
     use("customer");
-    driver_->close_throws = true;
+    driver_->on_close = [](std::string_view) { throw std::runtime_error("the table would not close"); };
     EXPECT_THROW(dbclosearea(), std::runtime_error);
     EXPECT_TRUE(is_same(used(), false));
     EXPECT_EQ(table_of("customer"), nullptr);
-    driver_->close_throws = false;
+    driver_->on_close = [](std::string_view) {};
     dbusearea(false, "ZMRDDFIRE", "customer");
     EXPECT_TRUE(is_same(alias(), "CUSTOMER"));
 }
