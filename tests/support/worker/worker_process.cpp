@@ -1,6 +1,7 @@
 #include "tests/support/worker/worker_process.h"
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
@@ -57,7 +58,13 @@ WorkerProcess::WorkerProcess(WorkerProcess&& other) noexcept
 
 WorkerProcess::~WorkerProcess() {
     close_pipes();
-    if (pid_ > 0 && !wait_for_end(std::chrono::seconds(10))) kill();
+    if (pid_ <= 0) return;
+    if (const std::optional<int> status = wait_for_end(std::chrono::seconds(10))) {
+        if (*status != 0) ADD_FAILURE() << "a worker ended with wait status " << *status;
+        return;
+    }
+    ADD_FAILURE() << "a worker did not end";
+    kill();
 }
 
 void WorkerProcess::kill() {
@@ -114,16 +121,17 @@ void WorkerProcess::close_pipes() {
     }
 }
 
-bool WorkerProcess::wait_for_end(std::chrono::seconds limit) {
+std::optional<int> WorkerProcess::wait_for_end(std::chrono::seconds limit) {
     const auto end = std::chrono::steady_clock::now() + limit;
     while (std::chrono::steady_clock::now() < end) {
-        if (::waitpid(pid_, nullptr, WNOHANG) == pid_) {
+        int status = 0;
+        if (::waitpid(pid_, &status, WNOHANG) == pid_) {
             pid_ = -1;
-            return true;
+            return status;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    return false;
+    return std::nullopt;
 }
 
 }  // namespace zmfb::test

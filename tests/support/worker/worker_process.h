@@ -4,6 +4,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -23,7 +24,8 @@ class WorkerProcess {
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
     WorkerProcess(WorkerProcess&& other) noexcept;
-    /// Ends the process: end of input, and SIGKILL when it has not ended ten seconds later.
+    /// Ends the process: end of input, and SIGKILL when it has not ended ten seconds later. That, and a
+    /// status other than 0, is a failure of the test.
     ~WorkerProcess();
 
     /// Calls a method, or one of the worker's own programs, in the process and waits for the answer. Throws
@@ -56,7 +58,8 @@ class WorkerProcess {
     void send(std::string_view method, Args args);
     std::string read_line(std::chrono::seconds limit);
     void close_pipes();
-    bool wait_for_end(std::chrono::seconds limit);
+    /// The wait status of the process; nothing when it has not ended by then.
+    std::optional<int> wait_for_end(std::chrono::seconds limit);
 
     pid_t pid_ = -1;
     int input_ = -1;   ///< the process's standard input
