@@ -47,12 +47,6 @@ std::span<XSQLVAR> DescriptorArea::columns() const {
     return {area_->sqlvar, static_cast<std::size_t>(described)};
 }
 
-int type_of(const XSQLVAR& column) { return column.sqltype & ~1; }
-
-std::size_t length_of(const XSQLVAR& column) {
-    return static_cast<std::size_t>(std::max<short>(column.sqllen, 0));
-}
-
 std::string_view field_name(const XSQLVAR& column) {
     return name_text(column.sqlname, column.sqlname_length);
 }

@@ -1,6 +1,7 @@
 /// Where the client puts a fetched row: the descriptor area of the columns and the bytes behind it.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <memory>
@@ -31,9 +32,11 @@ class DescriptorArea {
 };
 
 /// A column's type without the flag that it may be NULL.
-int type_of(const XSQLVAR& column);
+inline int type_of(const XSQLVAR& column) { return column.sqltype & ~1; }
 /// The declared length in bytes; 0 for a negative one.
-std::size_t length_of(const XSQLVAR& column);
+inline std::size_t length_of(const XSQLVAR& column) {
+    return static_cast<std::size_t>(std::max<short>(column.sqllen, 0));
+}
 /// Whether the row that was fetched last has NULL in a column.
 inline bool is_null(const XSQLVAR& column) { return (column.sqltype & 1) != 0 && *column.sqlind < 0; }
 /// The names as described: of the field, "" for an expression, and of the column of the result.

@@ -64,6 +64,39 @@ TEST(ConvertReal, DoubleReadsAsPrintfPrintsIt) {
     }
 }
 
+// n / 128 has seven decimals and ends in a 5: the sixth is rounded to even.
+TEST(ConvertReal, DoubleHalfwayBetweenTwoTextsReadsAsPrintfPrintsIt) {
+    std::mt19937_64 random(20070301);
+    for (int i = 0; i < random_rounds; ++i) {
+        const double value = static_cast<double>(static_cast<std::int32_t>(random())) / 128;
+        ASSERT_EQ(convert_value(SQL_DOUBLE, value), printed("%f", value));
+        ASSERT_EQ(convert_value(SQL_DOUBLE, std::nextafter(value, 1e9)),
+                  printed("%f", std::nextafter(value, 1e9)));
+        ASSERT_EQ(convert_value(SQL_DOUBLE, std::nextafter(value, -1e9)),
+                  printed("%f", std::nextafter(value, -1e9)));
+    }
+}
+
+TEST(ConvertReal, DoubleThatRoundsUpToTheNextWholeReadsAsPrintfPrintsIt) {
+    std::mt19937_64 random(20070301);
+    for (int i = 0; i < random_rounds; ++i) {
+        const double value =
+            static_cast<double>(random() % 1000000) + 1 - std::ldexp(static_cast<double>(random() % 64), -24);
+        ASSERT_EQ(convert_value(SQL_DOUBLE, value), printed("%f", value));
+        ASSERT_EQ(convert_value(SQL_DOUBLE, -value), printed("%f", -value));
+    }
+}
+
+TEST(ConvertReal, DoubleOfEverySizeReadsAsPrintfPrintsIt) {
+    std::mt19937_64 random(20070301);
+    for (int exponent = -120; exponent < 120; ++exponent) {
+        for (int i = 0; i < 200; ++i) {
+            const double value = std::ldexp(static_cast<double>(random()), exponent - 64);
+            ASSERT_EQ(convert_value(SQL_DOUBLE, value), printed("%f", value));
+        }
+    }
+}
+
 TEST(ConvertReal, FloatReadsAsPrintfPrintsIt) {
     std::mt19937 random(20070301);
     for (int i = 0; i < random_rounds; ++i) {
