@@ -1,5 +1,6 @@
 #include "tool/command_line.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -68,6 +69,16 @@ int CommandLine::run(int argc, char** argv) {
         return app_.exit(problem) == 0 ? static_cast<int>(Exit::ok) : static_cast<int>(Exit::usage);
     }
     return static_cast<int>(run_command(options_, chosen_));
+}
+
+Exit CommandLine::run_within(Session& session, std::vector<std::string> words) {
+    std::ranges::reverse(words);  // as the parser wants them
+    try {
+        app_.parse(std::move(words));
+    } catch (const CLI::ParseError& problem) {
+        return app_.exit(problem) == 0 ? Exit::ok : Exit::usage;
+    }
+    return chosen_(session);
 }
 
 void add_yes(CLI::App* command, bool& yes) { command->add_flag("--yes,-y", yes, "Do it without asking"); }

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "tool/session.h"
 
@@ -27,6 +28,9 @@ class CommandLine {
 
     /// Reads the command line and runs what it says; returns the exit status of the process.
     int run(int argc, char** argv);
+    /// Runs a command in a session that is open already; `words` are the command and what belongs to it.
+    /// What is wrong with them is printed. Throws what the command throws.
+    Exit run_within(Session& session, std::vector<std::string> words);
 
   private:
     void add_options();

@@ -5,6 +5,9 @@
 
 namespace zmfb::tool {
 
+/// Adds all of them, in the order in which --help lists them.
+void add_all(CommandLine& line);
+
 /// create: makes the database, declares the functions, attaches once so that the system tables exist.
 void add_create(CommandLine& line);
 /// methods: the method table.
@@ -17,6 +20,8 @@ void add_import(CommandLine& line);
 void add_tables(CommandLine& line);
 /// query, exec: SQL.
 void add_query(CommandLine& line);
+/// shell: statements, calls and commands as they are typed.
+void add_shell(CommandLine& line);
 /// locks, opens, unlock, clear: the shared-access tables.
 void add_locks(CommandLine& line);
 /// matrix extract, check and apply: structures through a text file.

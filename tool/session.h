@@ -55,6 +55,8 @@ class Session {
 
     /// How many errors were raised so far, and the texts of them (UTF-8).
     [[nodiscard]] const std::vector<std::string>& raised() const { return raised_; }
+    /// Lets what was raised so far count no more for the exit status.
+    void forget_raised() { raised_.clear(); }
 
   private:
     void attach();

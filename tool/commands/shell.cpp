@@ -1,0 +1,63 @@
+#include "tool/shell/shell.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <iostream>
+
+#include "tool/commands.h"
+#include "tool/shell/line_reader.h"
+#include "tool/terminal.h"
+
+namespace zmfb::tool {
+namespace {
+
+// A comment to the end of its line does not go into one line with what follows.
+void add_to_input(std::string& input, const std::string& line) {
+    if (!input.empty()) input += input.find("--") == std::string::npos ? ' ' : '\n';
+    input += line;
+}
+
+void talk(Session& session) {
+    fmt::print("zmfb {}, {}\n.help shows what can be typed, .quit or Ctrl-D ends.\n", library_version(),
+               session.options().database);
+    Shell shell(session, true);
+    LineReader reader(
+        [&](std::string_view line, std::size_t start) { return shell.candidates(line, start); });
+    std::string input;
+    while (!shell.done()) {
+        const std::optional<std::string> line = reader.read(shell.waiting() ? "  ...> " : "zmfb> ");
+        if (!line && !reader.interrupted()) break;
+        if (!line) {
+            shell.forget();
+            input.clear();
+            continue;
+        }
+        add_to_input(input, *line);
+        shell.take(*line);
+        if (shell.waiting()) continue;
+        if (input.find_first_not_of(" \t") != std::string::npos) reader.remember(input);
+        input.clear();
+    }
+    session.forget_raised();
+}
+
+Exit shell_command(Session& session) {
+    session.connection();
+    if (isatty(STDIN_FILENO) != 0 && output_is_terminal()) {
+        talk(session);
+        return Exit::ok;
+    }
+    Shell shell(session, false);
+    shell.take_all(std::cin, "");
+    return shell.failed() ? Exit::failed : Exit::ok;
+}
+
+}  // namespace
+
+void add_shell(CommandLine& line) {
+    line.add(line.app(), "shell", "Type statements, calls and commands, or read them from standard input",
+             "zmfb --db shop.fdb shell", shell_command);
+}
+
+}  // namespace zmfb::tool

@@ -1,0 +1,136 @@
+#include "tool/shell/line_reader.h"
+
+#include <editline/readline.h>
+#include <langinfo.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include "tool/interrupt.h"
+
+namespace zmfb::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int longest_history = 1000;
+
+Candidates& candidates_in_use() {
+    static Candidates candidates;
+    return candidates;
+}
+
+std::vector<std::string>& matches() {
+    static std::vector<std::string> found;
+    return found;
+}
+
+char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+
+bool same_letters(std::string_view one, std::string_view other) {
+    return std::ranges::equal(one, other, {}, lower, lower);
+}
+
+// A candidate as it would go on from what was typed: the typed letters stay as they are, and the rest is
+// written as the last of them is.
+std::string continued(std::string_view typed, std::string candidate) {
+    if (typed.empty()) return candidate;
+    std::ranges::copy(typed, candidate.begin());
+    const bool small = std::islower(static_cast<unsigned char>(typed.back())) != 0;
+    const auto rest = candidate.begin() + static_cast<std::ptrdiff_t>(typed.size());
+    if (small) std::transform(rest, candidate.end(), rest, lower);
+    return candidate;
+}
+
+char* next_match(const char*, int state) {
+    static std::size_t at = 0;
+    if (state == 0) at = 0;
+    return at < matches().size() ? strdup(matches()[at++].c_str()) : nullptr;
+}
+
+char** complete(const char* text, int start, int) {
+    const std::string_view typed = text;
+    matches().clear();
+    for (std::string& one : candidates_in_use()(rl_line_buffer, static_cast<std::size_t>(start))) {
+        if (one.size() >= typed.size() && same_letters(typed, std::string_view(one).substr(0, typed.size())))
+            matches().push_back(continued(typed, std::move(one)));
+    }
+    rl_attempted_completion_over = 1;
+    return rl_completion_matches(text, next_match);
+}
+
+// Letters beyond ASCII are edited as one only in a UTF-8 locale, and UTF-8 is what the tool reads.
+void use_utf8() {
+    std::setlocale(LC_CTYPE, "");
+    if (std::string_view(nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
+std::string path_of_history() {
+    const auto set = [](const char* name) {
+        const char* const value = std::getenv(name);
+        return value != nullptr && *value == '/' ? fs::path(value) : fs::path();
+    };
+    fs::path folder = set("XDG_STATE_HOME");
+    if (folder.empty()) {
+        folder = set("HOME");
+        if (folder.empty()) return {};
+        folder = folder / ".local" / "state";
+    }
+    folder /= "zmfbconn";
+    std::error_code error;
+    fs::create_directories(folder, error);
+    return error ? std::string() : (folder / "history").string();
+}
+
+bool may_hold_a_password(std::string_view input) {
+    constexpr std::string_view word = "password";
+    return !std::ranges::search(input, word, {}, lower, lower).empty();
+}
+
+}  // namespace
+
+LineReader::LineReader(Candidates candidates) : history_file_(path_of_history()) {
+    use_utf8();
+    candidates_in_use() = std::move(candidates);
+    rl_readline_name = "zmfb";
+    rl_catch_signals = 0;
+    rl_initialize();
+    using_history();
+    stifle_history(longest_history);
+    if (!history_file_.empty()) read_history(history_file_.c_str());
+    rl_attempted_completion_function = complete;
+    rl_basic_word_break_characters = " \t\n\"'(){},;=<>+-*/|.";
+    rl_completion_append_character = '\0';
+}
+
+LineReader::~LineReader() { candidates_in_use() = nullptr; }
+
+std::optional<std::string> LineReader::read(const std::string& prompt) {
+    std::fflush(stdout);
+    const InterruptWatch watch;
+    const std::unique_ptr<char, decltype(&std::free)> line(readline(prompt.c_str()), &std::free);
+    interrupted_ = InterruptWatch::interrupted();
+    if (!line || interrupted_) {
+        std::fputs(interrupted_ ? "^C\n" : "\n", stdout);
+        return std::nullopt;
+    }
+    return std::string(line.get());
+}
+
+void LineReader::remember(const std::string& input) {
+    if (may_hold_a_password(input)) return;
+    add_history(input.c_str());
+    if (history_file_.empty()) return;
+    const mode_t before = umask(S_IRWXG | S_IRWXO);
+    write_history(history_file_.c_str());
+    umask(before);
+}
+
+}  // namespace zmfb::tool

@@ -1,0 +1,75 @@
+/// Statements, calls and dot-commands, a line at a time.
+#pragma once
+
+#include <functional>
+#include <istream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tool/literal.h"
+#include "tool/rows/row_writer.h"
+#include "tool/session.h"
+
+namespace zmfb::tool {
+
+/// Runs what the lines say and prints what comes of it. What fails is printed as an error, and the next
+/// line is as good as any.
+class Shell {
+  public:
+    /// `interactive` when a person types the lines.
+    Shell(Session& session, bool interactive) : session_(session), interactive_(interactive) {}
+
+    void take(const std::string& line);
+    /// Takes all lines of `in`; errors name the line, and `name` before it if there is one.
+    void take_all(std::istream& in, const std::string& name);
+
+    /// Whether a statement has begun that has not ended yet.
+    [[nodiscard]] bool waiting() const { return !begun_.empty(); }
+    /// Forgets the statement that has begun.
+    void forget() { begun_.clear(); }
+    /// Whether it was told to end.
+    [[nodiscard]] bool done() const { return done_; }
+    /// Whether anything failed, or was raised, so far.
+    [[nodiscard]] bool failed() const { return failed_; }
+
+    /// What the word that begins at `start` of a line may be completed to.
+    std::vector<std::string> candidates(std::string_view line, std::size_t start);
+
+  private:
+    struct DotCommand {
+        std::string_view name;
+        std::string_view arguments;
+        std::string_view help;
+        void (Shell::*run)(const std::vector<std::string>& words);
+    };
+    static const DotCommand dot_commands[];
+
+    void take_statements();
+    void run_one(std::string_view statement);
+    void call_method(const std::string& line);
+    void run_dot_command(const std::string& line);
+    void run_command(const std::vector<std::string>& words);
+    void guarded(const std::function<void()>& run);
+    void fail(std::string_view message, std::string_view detail = {});
+
+    void help(const std::vector<std::string>& words);
+    void help_on(const std::string& name);
+    void mode(const std::vector<std::string>& words);
+    void timer(const std::vector<std::string>& words);
+    void read(const std::vector<std::string>& words);
+    void quit(const std::vector<std::string>& words);
+
+    Session& session_;
+    bool interactive_;
+    std::string begun_;
+    std::string place_;        ///< where the input is from, "line 3", for errors
+    std::string begun_place_;  ///< the same of the statement that has begun
+    Mode mode_ = Mode::table;
+    bool timer_ = false;
+    bool done_ = false;
+    bool failed_ = false;
+    int depth_ = 0;  ///< of .read within .read
+};
+
+}  // namespace zmfb::tool

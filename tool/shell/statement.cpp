@@ -1,0 +1,142 @@
+#include "tool/shell/statement.h"
+
+#include <algorithm>
+#include <cctype>
+#include <vector>
+
+#include "tool/shell/names.h"
+
+namespace zmfb::tool {
+namespace {
+
+bool is_word_byte(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '$' ||
+           static_cast<unsigned char>(c) >= 0x80;
+}
+
+// Goes through a text token by token: words in lower case, quoted pieces as their quote, all else a byte at
+// a time. Blanks and comments are passed over.
+class Tokens {
+  public:
+    explicit Tokens(std::string_view text) : text_(text) {}
+
+    // "" at the end, also at the end of something that was not closed.
+    std::string next() {
+        skip_blanks_and_comments();
+        if (at_ == text_.size()) return {};
+        const std::size_t start = at_;
+        if (is_word_byte(text_[at_])) {
+            while (at_ < text_.size() && is_word_byte(text_[at_])) ++at_;
+            std::string word(text_.substr(start, at_ - start));
+            std::ranges::transform(word, word.begin(),
+                                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+            return word;
+        }
+        const char c = text_[at_++];
+        if (c == '\'' || c == '"') skip_behind(std::string_view(&c, 1));
+        return std::string(1, c);
+    }
+    [[nodiscard]] std::size_t position() const { return at_; }
+
+  private:
+    void skip_blanks_and_comments() {
+        while (at_ < text_.size()) {
+            const std::string_view rest = text_.substr(at_);
+            if (std::isspace(static_cast<unsigned char>(rest.front())) != 0) {
+                ++at_;
+            } else if (rest.starts_with("--")) {
+                skip_behind("\n");
+            } else if (rest.starts_with("/*")) {
+                at_ += 2;
+                skip_behind("*/");
+            } else {
+                return;
+            }
+        }
+    }
+    void skip_behind(std::string_view mark) {
+        const std::size_t found = text_.find(mark, at_);
+        at_ = found == std::string_view::npos ? text_.size() : found + mark.size();
+    }
+
+    std::string_view text_;
+    std::size_t at_ = 0;
+};
+
+std::vector<std::string> first_tokens(std::string_view text, std::size_t count) {
+    Tokens tokens(text);
+    std::vector<std::string> found(count);
+    for (std::string& token : found) token = tokens.next();
+    return found;
+}
+
+bool is_one_of(std::string_view word, std::string_view words) {
+    if (word.empty()) return false;
+    const std::size_t at = (" " + std::string(words) + " ").find(" " + std::string(word) + " ");
+    return at != std::string_view::npos;
+}
+
+// Whether a statement may have a body from BEGIN to END.
+bool has_body(std::string_view text) {
+    const std::vector<std::string> words = first_tokens(text, 4);
+    if (words[0] == "execute") return words[1] == "block";
+    const bool makes = is_one_of(words[0], "create alter recreate");
+    const std::string& kind = words[1] == "or" ? words[3] : words[1];
+    return makes && is_one_of(kind, "trigger procedure function package");
+}
+
+}  // namespace
+
+std::string first_word(std::string_view text) {
+    const std::string word = Tokens(text).next();
+    return !word.empty() && is_word_byte(word.front()) ? word : "";
+}
+
+Input input_of(std::string_view line) {
+    Tokens tokens(line);
+    const std::string first = tokens.next();
+    const bool comment = first.empty() && line.find("/*") != std::string_view::npos &&
+                         line.find("*/") == std::string_view::npos;
+    if (comment) return Input::statement;  // begun, and to be closed on a later line
+    if (first.empty()) return Input::nothing;
+    if (first == ".") return Input::dot_command;
+    if (is_one_of(first, statement_words)) return Input::statement;
+    const std::string second = tokens.next();
+    if (second == "(" && is_word_byte(first.front())) return Input::call;
+    return is_method(first) && (second.empty() || second == ";") ? Input::call : Input::unknown;
+}
+
+std::optional<std::size_t> end_of_statement(std::string_view text) {
+    const bool may_have_body = has_body(text);
+    int parentheses = 0, blocks = 0;
+    bool body_expected = false;
+    Tokens tokens(text);
+    for (std::string token = tokens.next(); !token.empty(); token = tokens.next()) {
+        if (token == "(") ++parentheses;
+        if (token == ")") --parentheses;
+        if (may_have_body && parentheses == 0 && blocks == 0 && token == "as") body_expected = true;
+        if (may_have_body && (token == "begin" || token == "case")) {
+            ++blocks;
+            body_expected = false;
+        }
+        if (may_have_body && token == "end") --blocks;
+        if (token == ";" && blocks <= 0 && !body_expected) return tokens.position();
+    }
+    return std::nullopt;
+}
+
+bool is_query(std::string_view statement) { return is_one_of(first_word(statement), "select with"); }
+
+std::string action_of(std::string_view statement) {
+    std::string action = first_word(statement);
+    if (!is_one_of(action, "alter create drop execute recreate comment")) return action;
+    Tokens tokens(statement);
+    tokens.next();
+    std::string what = tokens.next();
+    for (; is_one_of(what, "or alter unique global temporary descending desc asc ascending on");
+         what = tokens.next()) {
+    }
+    return what.empty() ? action : action + " " + what;
+}
+
+}  // namespace zmfb::tool
