@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -49,6 +50,7 @@ class FolderTest : public ::testing::Test {
 
 /// Runs `body` in a child process and returns what it returned, 0 to 255; 128 + the signal when one ended it.
 inline int in_child(const std::function<int()>& body) {
+    std::fflush(nullptr);  // or the child could write what this process has not written yet
     const pid_t child = ::fork();
     if (child == 0) ::_exit(body());
     int status = 0;

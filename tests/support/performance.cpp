@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -102,6 +103,7 @@ Performance perform(int rows, int columns, const std::string& kind,
     size.ws_col = static_cast<unsigned short>(columns);
     Performance performance;
     Theatre theatre{-1, channels[0], TerminalScreen(rows, columns), performance};
+    std::fflush(nullptr);  // or the child would write what this process has not written yet
     const pid_t child = ::forkpty(&theatre.master, nullptr, nullptr, &size);
     if (child < 0) throw std::runtime_error("no pseudo-terminal");
     if (child == 0) {
