@@ -86,6 +86,10 @@ ISC_STATUS Client::close(ISC_STATUS* status, const char* cursor) {
     return isc_embed_dsql_close(status, cursor);
 }
 
+ISC_STATUS Client::release(ISC_STATUS* status, const char* statement) {
+    return isc_embed_dsql_release(status, statement);
+}
+
 ISC_STATUS Client::execute_immediate(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
                                      const char* text) {
     return isc_embed_dsql_execute_immed(status, database, transaction, 0, text, dialect, nullptr);
@@ -111,6 +115,8 @@ ISC_STATUS Client::close_blob(ISC_STATUS* status, isc_blob_handle* blob) {
 }
 
 int Client::sqlcode(const ISC_STATUS* status) { return static_cast<int>(isc_sqlcode(status)); }
+
+void Client::version(char* text) { isc_get_client_version(text); }
 
 void Client::sql_interprete(int sqlcode, char* text, short size) {
     isc_sql_interprete(static_cast<short>(sqlcode), text, size);

@@ -40,6 +40,8 @@ class Client {
     virtual ISC_STATUS open(ISC_STATUS* status, isc_tr_handle* transaction, const char* cursor);
     virtual ISC_STATUS fetch(ISC_STATUS* status, const char* cursor, XSQLDA* output);
     virtual ISC_STATUS close(ISC_STATUS* status, const char* cursor);
+    /// Forgets a prepared statement.
+    virtual ISC_STATUS release(ISC_STATUS* status, const char* statement);
     virtual ISC_STATUS execute_immediate(ISC_STATUS* status, isc_db_handle* database,
                                          isc_tr_handle* transaction, const char* text);
 
@@ -58,6 +60,8 @@ class Client {
     /// Writes the next line of the message in the vector and moves on; 0 when there is none.
     virtual long interpret(char* text, unsigned size, const ISC_STATUS** status);
     virtual void decode_timestamp(const ISC_TIMESTAMP* stamp, void* calendar);
+    /// Writes the version of the client library, less than 256 bytes.
+    virtual void version(char* text);
 };
 
 /// The client in use.

@@ -46,6 +46,14 @@ void log_columns(std::span<const XSQLVAR> columns) {
 class Query {
   public:
     explicit Query(isc_db_handle database) : transaction_(database, query_block) {}
+    Query(const Query&) = delete;
+    Query& operator=(const Query&) = delete;
+    // A statement that stayed prepared would keep its tables in use, and nobody could drop or alter them. The
+    // outcome goes to a vector of its own: that of the query may still be wanted.
+    ~Query() {
+        ISC_STATUS_ARRAY ignored;
+        if (prepared_) client().release(ignored, statement_name);
+    }
 
     // Appends the header and the rows to `result`, as far as it comes.
     int run(const std::string& statement, const Value& result) {
@@ -70,7 +78,9 @@ class Query {
     int prepare(const std::string& statement) {
         client().prepare(status(), transaction_.database(), transaction_.handle(), statement_name,
                          statement.c_str(), area_.get());
-        return sqlcode();
+        const int code = sqlcode();
+        prepared_ = code >= 0;
+        return code;
     }
 
     int describe() {
@@ -138,6 +148,7 @@ class Query {
 
     Transaction transaction_;
     DescriptorArea area_{1};
+    bool prepared_ = false;
 };
 
 }  // namespace

@@ -270,5 +270,14 @@ TEST_F(Query, HandleMayBeHandedToAnotherObject) {
     borrower.set("dbhndl", 0);
 }
 
+TEST_F(Query, TableQueriedLastIsNotKeptInUse) {
+    for (const char* query : {"select a from t", "select 1 / a from t", "select * from t where a = 0"}) {
+        ASSERT_EQ(call("executeupdate", "create table t (a integer)").text(), "");
+        ASSERT_EQ(call("executeupdate", "insert into t values (0)").text(), "");
+        call("internalselect", query);
+        EXPECT_EQ(call("executeupdate", "drop table t").text(), "") << query;
+    }
+}
+
 }  // namespace
 }  // namespace zmfb::test
