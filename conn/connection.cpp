@@ -1,6 +1,7 @@
 #include "zmfbconn/connection.h"
 
 #include "conn/class.h"
+#include "conn/log.h"
 #include "conn/self.h"
 
 namespace zmfb {
@@ -34,5 +35,7 @@ MethodRow method_row(std::size_t index) {
 }
 
 std::string_view library_version() { return ZMFB_VERSION; }
+
+std::string_view log_file_path() { return conn::log_path(); }
 
 }  // namespace zmfb

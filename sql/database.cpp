@@ -1,5 +1,6 @@
 #include "zmfbconn/database.h"
 
+#include <array>
 #include <utility>
 #include <vector>
 
@@ -83,6 +84,12 @@ std::string run_script(std::string_view database, std::string_view user, std::st
     }
     sql::detach(attached.handle);
     return failure;
+}
+
+std::string client_version() {
+    std::array<char, 256> text{};
+    sql::client().version(text.data());
+    return text.data();
 }
 
 }  // namespace zmfb

@@ -76,4 +76,7 @@ MethodRow method_row(std::size_t index);
 /// The version of this library, such as "0.1.0".
 std::string_view library_version();
 
+/// The file that every program writes its log entries to, when it can.
+std::string_view log_file_path();
+
 }  // namespace zmfb

@@ -50,6 +50,9 @@ std::string run_script(std::string_view database, std::string_view user, std::st
 /// said.
 std::string declare_functions(std::string_view database, std::string_view user, std::string_view password);
 
+/// The version of the Firebird client library, such as "LI-V6.3.11.33703 Firebird 3.0".
+std::string client_version();
+
 /// The engine's full message, all its lines, of the last call of this library that failed in the client; ""
 /// when none did yet. Texts returned and logged by methods hold only the SQLCODE's own text.
 std::string last_engine_message();
