@@ -233,6 +233,18 @@ TEST_F(Batch, StatementThatWouldWaitForTheOpenBatchFailsInsteadOfWaiting) {
     EXPECT_EQ(contents(), (Rows{{"1", "after"}}));
 }
 
+TEST_F(Batch, StatementOfAnotherObjectThatWouldWaitForTheOpenBatchFailsInsteadOfWaiting) {
+    execute("insert into T values (1, 'one')");
+    zmFBConn other = connect();
+    call("starttransaction");
+    EXPECT_EQ(cached("update T set B = 'batch'"), "");
+    const std::string text(other.call("executeupdate", "update T set B = 'beside'").text());
+    EXPECT_TRUE(text.starts_with("[ERROR] SQLCODE=-")) << text;
+    EXPECT_EQ(show(other.call("executequery", "select B from T")[2]), R"({"one       "})");
+    call("commitchanges");
+    EXPECT_EQ(contents(), (Rows{{"1", "batch"}}));
+}
+
 TEST_F(Batch, IsLostWhenItsDatabaseIsDetached) {
     zmFBConn other = connect();
     other.call("starttransaction");
