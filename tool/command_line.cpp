@@ -1,8 +1,15 @@
 #include "tool/command_line.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <exception>
 #include <utility>
+
+#include "tool/catalog.h"
+#include "tool/encoding.h"
+#include "tool/suggest.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::tool {
 namespace {
@@ -16,7 +23,7 @@ Exit run_command(const Options& options, const Command& command) {
         const Exit status = command(session);
         return status == Exit::ok && !session.raised().empty() ? Exit::failed : status;
     } catch (const Failure& failure) {
-        print_error(failure.message, failure.detail);
+        print_error(failure.message, failure.detail, failure.hint);
         return failure.status;
     } catch (const std::exception& problem) {
         print_error(problem.what());
@@ -24,10 +31,18 @@ Exit run_command(const Options& options, const Command& command) {
     }
 }
 
+// The groups of commands that have commands of their own come with those.
+std::vector<std::string> names_of_commands(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : app.get_subcommands(nullptr)) {
+        if (!command->get_group().empty()) names.push_back(command->get_name());
+    }
+    return names;
+}
+
 }  // namespace
 
 CommandLine::CommandLine() : app_("xBase tables in a Firebird database", "zmfb") {
-    app_.set_version_flag("--version", std::string(library_version()));
     app_.require_subcommand(1);
     app_.footer(exit_statuses);
     add_options();
@@ -36,19 +51,49 @@ CommandLine::CommandLine() : app_("xBase tables in a Firebird database", "zmfb")
 void CommandLine::add_options() {
     app_.add_option("--db", options_.database,
                     "Database: a file (embedded engine), or host:/path, host/port:/path")
+        ->type_name("DATABASE")
         ->envname("ZMFB_DB");
-    app_.add_option("--user", options_.user, "User name")->envname("ISC_USER");
-    app_.add_option("--password", options_.password, "Password")->envname("ISC_PASSWORD");
-    app_.add_option("--role", options_.role, "SQL role");
+    app_.add_option("--user", options_.user, "User name")->type_name("NAME")->envname("ISC_USER");
+    CLI::Option* const password =
+        app_.add_option("--password", options_.password,
+                        "Password; other users can read it in the list of processes: better ISC_PASSWORD, "
+                        "--password-file or the prompt")
+            ->type_name("TEXT")
+            ->each([this](const std::string&) { password_.on_command_line = true; });
+    app_.add_option("--password-file", password_.file, "File with the password in its first line")
+        ->type_name("FILE")
+        ->excludes(password);
+    app_.add_option("--role", options_.role, "SQL role")->type_name("NAME");
+    app_.add_option("--encoding", encoding_,
+                    "Character set of the texts in the database, a single-byte one as iconv names it")
+        ->type_name("NAME")
+        ->default_str("ISO-8859-1");
     app_.add_option("--log-level", options_.log_level,
                     "Log level: -1 nothing, 0 connections, 1 SQL errors, 7 updates, 8 queries")
+        ->type_name("LEVEL")
         ->capture_default_str();
     app_.add_flag("--json", options_.json, "Print results as JSON");
+    // The last one: what it prints depends on the others.
+    app_.set_version_flag("--version", [this] { return versions(); });
+}
+
+std::string CommandLine::versions() const {
+    std::string text = fmt::format("zmfb {}\nclient library {}", library_version(), client_version());
+    if (options_.database.empty()) return text;
+    Options options = options_;
+    find_password(options, password_);
+    try {
+        Session session(options);
+        return text + "\nengine " + engine_version(session.connection_to_any());
+    } catch (const Failure& failure) {
+        return text + "\nengine unknown: " + failure.message;
+    }
 }
 
 CLI::App* CommandLine::add(CLI::App* parent, const std::string& name, const std::string& help,
                            const std::string& example, Command run) {
     CLI::App* command = parent->add_subcommand(name, help);
+    if (parent == &app_) command->group(head_);
     command->footer("Example:\n  " + example);
     command->callback([this, run = std::move(run)] { chosen_ = run; });
     command->fallthrough();
@@ -57,18 +102,53 @@ CLI::App* CommandLine::add(CLI::App* parent, const std::string& name, const std:
 
 CLI::App* CommandLine::add_group(const std::string& name, const std::string& help) {
     CLI::App* group = app_.add_subcommand(name, help);
+    group->group(head_);
     group->require_subcommand(1);
     group->fallthrough();
     return group;
 }
 
 int CommandLine::run(int argc, char** argv) {
+    Exit status = Exit::ok;
     try {
         app_.parse(argc, argv);
+        hide_password(argc, argv);
+        if (!encoding_.empty() && !set_encoding(encoding_)) {
+            throw Failure{Exit::usage, fmt::format("{} is no single-byte character set", encoding_), "",
+                          "iconv --list has the names"};
+        }
+        find_password(options_, password_);
+        status = run_command(options_, chosen_);
     } catch (const CLI::ParseError& problem) {
-        return app_.exit(problem) == 0 ? static_cast<int>(Exit::ok) : static_cast<int>(Exit::usage);
+        status = answer(problem);
+    } catch (const Failure& failure) {
+        print_error(failure.message, failure.detail, failure.hint);
+        status = failure.status;
     }
-    return static_cast<int>(run_command(options_, chosen_));
+    return static_cast<int>(status);
+}
+
+Exit CommandLine::answer(const CLI::ParseError& problem) const {
+    if (problem.get_exit_code() == 0) return app_.exit(problem) == 0 ? Exit::ok : Exit::usage;
+    const std::string unknown = unknown_command();
+    print_error(unknown.empty() ? problem.what() : fmt::format("there is no command {}", unknown), "",
+                hint());
+    return Exit::usage;
+}
+
+std::string CommandLine::unknown_command() const {
+    if (!app_.get_subcommands().empty()) return "";
+    for (const std::string& word : app_.remaining(true)) {
+        if (!word.starts_with('-')) return word;
+    }
+    return "";
+}
+
+std::string CommandLine::hint() const {
+    const std::string name = nearest_name(unknown_command(), names_of_commands(app_));
+    if (!name.empty()) return fmt::format("did you mean \"zmfb {}\"?", name);
+    const auto chosen = app_.get_subcommands();
+    return fmt::format("zmfb{} --help says more", chosen.empty() ? "" : " " + chosen[0]->get_name());
 }
 
 Exit CommandLine::run_within(Session& session, std::vector<std::string> words) {
@@ -76,7 +156,7 @@ Exit CommandLine::run_within(Session& session, std::vector<std::string> words) {
     try {
         app_.parse(std::move(words));
     } catch (const CLI::ParseError& problem) {
-        return app_.exit(problem) == 0 ? Exit::ok : Exit::usage;
+        return answer(problem);
     }
     return chosen_(session);
 }

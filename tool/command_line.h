@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tool/password.h"
 #include "tool/session.h"
 
 namespace zmfb::tool {
@@ -21,6 +22,8 @@ class CommandLine {
     /// type it, shown by --help. `parent` is the application, or a command that groups others.
     CLI::App* add(CLI::App* parent, const std::string& name, const std::string& help,
                   const std::string& example, Command run);
+    /// The head under which --help lists the commands that are added from now on.
+    void head(const std::string& text) { head_ = text; }
     /// Adds a command that only groups others.
     CLI::App* add_group(const std::string& name, const std::string& help);
 
@@ -34,9 +37,18 @@ class CommandLine {
 
   private:
     void add_options();
+    /// Prints help and version, and what is wrong with the command line.
+    Exit answer(const CLI::ParseError& problem) const;
+    /// The word that stands where a command should; "" when there is none.
+    [[nodiscard]] std::string unknown_command() const;
+    [[nodiscard]] std::string hint() const;
+    [[nodiscard]] std::string versions() const;
 
     CLI::App app_;
     Options options_;
+    GivenPassword password_;
+    std::string encoding_;
+    std::string head_ = "Commands";
     Command chosen_;
 };
 

@@ -3,10 +3,22 @@
 namespace zmfb::tool {
 
 void add_all(CommandLine& line) {
-    for (const auto add : {add_create, add_import, add_tables, add_query, add_shell, add_call, add_methods,
-                           add_locks, add_matrix}) {
-        add(line);
-    }
+    line.head("Databases and DBF files");
+    add_create(line);
+    add_import(line);
+    line.head("Tables");
+    add_tables(line);
+    add_matrix(line);
+    line.head("Rows and calls");
+    add_query(line);
+    add_shell(line);
+    add_call(line);
+    add_methods(line);
+    line.head("Health");
+    add_doctor(line);
+    add_log(line);
+    add_locks(line);
+    add_generate(line);
 }
 
 }  // namespace zmfb::tool

@@ -16,7 +16,7 @@ void add_methods(CommandLine& line);
 void add_call(CommandLine& line);
 /// import: brings DBF files in.
 void add_import(CommandLine& line);
-/// tables, struct: what there is.
+/// tables, struct, drop: what there is.
 void add_tables(CommandLine& line);
 /// query, exec: SQL.
 void add_query(CommandLine& line);
@@ -24,6 +24,12 @@ void add_query(CommandLine& line);
 void add_shell(CommandLine& line);
 /// locks, opens, unlock, clear: the shared-access tables.
 void add_locks(CommandLine& line);
+/// log: the entries of the log.
+void add_log(CommandLine& line);
+/// doctor: whether all is well, and what to do where it is not.
+void add_doctor(CommandLine& line);
+/// generate: manual page and completions; hidden.
+void add_generate(CommandLine& line);
 /// matrix extract, check and apply: structures through a text file.
 void add_matrix(CommandLine& line);
 

@@ -1,6 +1,89 @@
 #include "tool/encoding.h"
 
+#include <iconv.h>
+
+#include <array>
+#include <map>
+#include <memory>
+
 namespace zmfb::tool {
+namespace {
+
+constexpr std::string_view no_character = "\xEF\xBF\xBD";  // U+FFFD
+
+/// One character of UTF-8 for each byte.
+using Characters = std::array<std::string, 256>;
+
+struct Encoding {
+    Characters characters;
+    std::map<std::string, char, std::less<>> bytes;
+};
+
+std::unique_ptr<Encoding> chosen;  // null for ISO-8859-1
+
+std::string utf8_of_latin1(unsigned char byte) {
+    if (byte < 0x80) return {static_cast<char>(byte)};
+    return {static_cast<char>(0xC0 | (byte >> 6)), static_cast<char>(0x80 | (byte & 0x3F))};
+}
+
+/// The UTF-8 of one byte; "" when the set has no character for it, or the byte only begins one.
+std::string utf8_of(iconv_t converter, char byte) {
+    std::array<char, 16> out{};
+    char* from = &byte;
+    char* to = out.data();
+    std::size_t left = 1;
+    std::size_t room = out.size();
+    iconv(converter, nullptr, nullptr, nullptr, nullptr);
+    if (iconv(converter, &from, &left, &to, &room) == static_cast<std::size_t>(-1)) return "";
+    return {out.data(), out.size() - room};
+}
+
+std::size_t character_size(char lead) {
+    const auto byte = static_cast<unsigned char>(lead);
+    if (byte < 0x80) return 1;
+    if (byte >= 0xF0) return 4;
+    return byte >= 0xE0 ? 3 : 2;
+}
+
+std::optional<char> byte_of(std::string_view character) {
+    if (chosen) {
+        const auto found = chosen->bytes.find(character);
+        if (found == chosen->bytes.end()) return std::nullopt;
+        return found->second;
+    }
+    if (character.size() == 1 && static_cast<unsigned char>(character[0]) < 0x80) return character[0];
+    // ISO-8859-1 beyond ASCII is exactly what the two leads C2 and C3 encode.
+    const auto lead = static_cast<unsigned char>(character[0]);
+    if (character.size() != 2 || (lead != 0xC2 && lead != 0xC3)) return std::nullopt;
+    const auto next = static_cast<unsigned char>(character[1]);
+    if ((next & 0xC0) != 0x80) return std::nullopt;
+    return static_cast<char>(((lead & 0x03) << 6) | (next & 0x3F));
+}
+
+}  // namespace
+
+bool set_encoding(const std::string& name) {
+    const iconv_t converter = iconv_open("UTF-8", name.c_str());
+    if (converter == reinterpret_cast<iconv_t>(-1)) return false;
+    auto made = std::make_unique<Encoding>();
+    bool letters_stay = true;
+    std::size_t known = 0;
+    for (int code = 0; code < 256; ++code) {
+        const char byte = static_cast<char>(code);
+        const std::string character = utf8_of(converter, byte);
+        // Every statement is made of ASCII, which must mean itself.
+        if (code < 0x80) letters_stay = letters_stay && character == std::string(1, byte);
+        if (code >= 0x80 && !character.empty()) ++known;
+        made->characters[static_cast<std::size_t>(code)] =
+            character.empty() ? std::string(no_character) : character;
+        if (!character.empty()) made->bytes.emplace(character, byte);
+    }
+    iconv_close(converter);
+    constexpr std::size_t fewest = 64;  // the upper halves of sets with longer characters have hardly any
+    if (!letters_stay || known < fewest) return false;
+    chosen = std::move(made);
+    return true;
+}
 
 std::string to_utf8(std::string_view latin1) {
     std::string out;
@@ -10,8 +93,7 @@ std::string to_utf8(std::string_view latin1) {
         if (byte < 0x80) {
             out += c;
         } else {
-            out += static_cast<char>(0xC0 | (byte >> 6));
-            out += static_cast<char>(0x80 | (byte & 0x3F));
+            out += chosen ? chosen->characters.at(byte) : utf8_of_latin1(byte);
         }
     }
     return out;
@@ -20,17 +102,12 @@ std::string to_utf8(std::string_view latin1) {
 std::optional<std::string> to_latin1(std::string_view utf8) {
     std::string out;
     out.reserve(utf8.size());
-    for (std::size_t i = 0; i < utf8.size(); ++i) {
-        const auto lead = static_cast<unsigned char>(utf8[i]);
-        if (lead < 0x80) {
-            out += utf8[i];
-            continue;
-        }
-        // ISO-8859-1 beyond ASCII is exactly what the two leads C2 and C3 encode.
-        if ((lead != 0xC2 && lead != 0xC3) || i + 1 == utf8.size()) return std::nullopt;
-        const auto next = static_cast<unsigned char>(utf8[++i]);
-        if ((next & 0xC0) != 0x80) return std::nullopt;
-        out += static_cast<char>(((lead & 0x03) << 6) | (next & 0x3F));
+    while (!utf8.empty()) {
+        const std::string_view character = utf8.substr(0, character_size(utf8[0]));
+        const auto byte = byte_of(character);
+        if (!byte) return std::nullopt;
+        out += *byte;
+        utf8.remove_prefix(character.size());
     }
     return out;
 }

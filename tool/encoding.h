@@ -1,4 +1,4 @@
-/// Between the terminal's UTF-8 and the object's ISO-8859-1.
+/// Between the terminal's UTF-8 and the bytes of the object: ISO-8859-1, or what set_encoding() chose.
 #pragma once
 
 #include <optional>
@@ -7,10 +7,14 @@
 
 namespace zmfb::tool {
 
-/// ISO-8859-1 to UTF-8; every byte has a character.
+/// Chooses another single-byte character set for the whole process, by its name for iconv. Returns .F., and
+/// changes nothing, when the name is not known, or a character of the set takes more than a byte.
+bool set_encoding(const std::string& name);
+
+/// Bytes of the object to UTF-8. A byte without a character becomes U+FFFD; ISO-8859-1 has none of them.
 std::string to_utf8(std::string_view latin1);
 
-/// UTF-8 to ISO-8859-1; nothing when the text is not UTF-8 or has a character outside ISO-8859-1.
+/// UTF-8 to bytes of the object; nothing when the text is not UTF-8 or has a character that they do not have.
 std::optional<std::string> to_latin1(std::string_view utf8);
 
 }  // namespace zmfb::tool

@@ -2,11 +2,14 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
 #include "host/error.h"
 #include "tool/encoding.h"
+#include "tool/hints.h"
+#include "tool/password.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::tool {
@@ -21,16 +24,32 @@ std::string latin1_option(const std::string& text, std::string_view option) {
 void print_indented(std::string_view detail) {
     while (!detail.empty()) {
         const std::string_view line = detail.substr(0, detail.find('\n'));
-        fmt::print(stderr, "  {}\n", line);
+        const std::size_t blanks = std::min(line.find_first_not_of(' '), line.size());
+        fmt::print(stderr, "  {}\n", line.substr(blanks));
         detail.remove_prefix(std::min(detail.size(), line.size() + 1));
     }
 }
 
+void print_raised(std::string text, Raised how) {
+    if (how == Raised::silent) return;
+    std::fflush(stdout);
+    if (how == Raised::one_line) {
+        fmt::print(stderr, "raised: {}\n", text);
+        return;
+    }
+    const std::size_t first = std::min(text.find(';'), text.size());
+    fmt::print(stderr, "raised: {}\n", std::string_view(text).substr(0, first));
+    std::ranges::replace(text, ';', '\n');
+    print_indented(std::string_view(text).substr(std::min(first + 1, text.size())));
+}
+
 }  // namespace
 
-void print_error(std::string_view message, std::string_view detail) {
+void print_error(std::string_view message, std::string_view detail, std::string_view hint) {
     fmt::print(stderr, "error: {}\n", message);
     print_indented(detail);
+    if (hint.empty()) hint = hint_for(detail);
+    if (!hint.empty()) fmt::print(stderr, "hint: {}\n", hint);
 }
 
 Session::Session(Options options) : options_(std::move(options)) {
@@ -41,8 +60,7 @@ Session::Session(Options options) : options_(std::move(options)) {
         if (host::Object* error = args[0].object(); error != nullptr) {
             text = to_utf8(error->get("description").text());
         }
-        std::fflush(stdout);
-        fmt::print(stderr, "raised: {}\n", text);
+        print_raised(text, show_raised_);
         raised_.push_back(std::move(text));
         return {};
     };
@@ -64,6 +82,13 @@ void Session::prepare_client() {
     if (std::exchange(prepared_, true)) return;
     const std::string problem = zmfb::prepare_client(options_.database);
     if (!problem.empty()) throw Failure{Exit::not_attached, "cannot prepare the embedded engine", problem};
+    ask_for_missing_password();
+}
+
+void Session::ask_for_missing_password() {
+    if (options_.password_given || !names_a_server(options_.database)) return;
+    if (const auto typed = ask_for_password(options_.user, options_.database)) options_.password = *typed;
+    options_.password_given = true;
 }
 
 zmFBConn& Session::connection() {
@@ -72,13 +97,19 @@ zmFBConn& Session::connection() {
 }
 
 zmFBConn& Session::connection_or_unattached() {
-    if (!connection_) attach();
+    if (!connection_) attach(Demand::driver_database);
+    return *connection_;
+}
+
+zmFBConn& Session::connection_to_any() {
+    require_database();
+    if (!connection_) attach(Demand::any_database);
     return *connection_;
 }
 
 // The log level is set on the object while it is not attached yet, so that the attach itself is logged at
 // that level.
-void Session::attach() {
+void Session::attach(Demand demand) {
     zmFBConn made;
     if (options_.log_level != 0) made.call("setloglevel", options_.log_level);
     if (!options_.database.empty()) {
@@ -91,10 +122,10 @@ void Session::attach() {
             throw Failure{Exit::not_attached, fmt::format("cannot attach to {}", options_.database),
                           last_engine_message()};
         }
-        if (raised_.size() != raised_before) {
+        if (demand == Demand::driver_database && raised_.size() != raised_before) {
             throw Failure{Exit::not_attached,
-                          fmt::format("{} is no database the driver can use", options_.database),
-                          "\"zmfb create\" makes one that is."};
+                          fmt::format("{} is no database the driver can use", options_.database), "",
+                          "\"zmfb create\" makes one that is; \"zmfb doctor\" says what this one misses"};
         }
     }
     connection_ = std::move(made);

@@ -22,18 +22,22 @@ struct Options {
     std::string role;
     int log_level = 0;
     bool json = false;
+    bool password_given = false;  ///< an empty one counts
 };
 
-/// Ends a command early with a status and, on standard error, "error: " and a message (UTF-8). `detail` is
-/// printed below it, a line for each of its lines.
+/// Ends a command early with a status and, on standard error, what print_error() makes of the texts.
 struct Failure {
     Exit status;
     std::string message;
     std::string detail = {};
+    std::string hint = {};
 };
 
-/// While it lives, errors raised by methods are printed to standard error as "raised: " and their
-/// description, lines parted at ";", and the program goes on.
+/// How errors raised by methods are printed to standard error: as "raised: " and their description with a
+/// line for each part that a ";" ends, the later ones indented; the same in one line as it is; or not at all.
+enum class Raised { lines, one_line, silent };
+
+/// While it lives, errors raised by methods are printed, and the program goes on.
 class Session {
   public:
     explicit Session(Options options);
@@ -46,10 +50,16 @@ class Session {
     /// The attached object; attaches on first use. Throws Failure: usage without a database, not_attached
     /// when the attach fails or the database is not one the driver can use.
     zmFBConn& connection();
+    /// The same, but a database that the driver cannot use is attached to all the same.
+    zmFBConn& connection_to_any();
     /// The object, attached when a database is given.
     zmFBConn& connection_or_unattached();
-    /// Makes the client library ready for the database of the options. Throws Failure.
+    /// Makes the client library ready for the database of the options, and asks for its password. Throws
+    /// Failure.
     void prepare_client();
+    /// Asks for the password of a server when none was given and standard input is a terminal. Attaching does
+    /// it; who hands the options on to other sessions does it first.
+    void ask_for_missing_password();
     /// Throws Failure (usage) when no database was given.
     void require_database() const;
 
@@ -57,18 +67,23 @@ class Session {
     [[nodiscard]] const std::vector<std::string>& raised() const { return raised_; }
     /// Lets what was raised so far count no more for the exit status.
     void forget_raised() { raised_.clear(); }
+    /// How they are printed from now on; as lines at the start.
+    void show_raised(Raised how) { show_raised_ = how; }
 
   private:
-    void attach();
+    enum class Demand { any_database, driver_database };
+    void attach(Demand demand);
 
     Options options_;
+    Raised show_raised_ = Raised::lines;
     std::vector<std::string> raised_;
     std::optional<zmFBConn> connection_;
     host::Value previous_handler_;
     bool prepared_ = false;
 };
 
-/// "error: message", and the detail below it, on standard error.
-void print_error(std::string_view message, std::string_view detail = {});
+/// Prints to standard error: "error: " and the message, below it the lines of the detail, and "hint: " and a
+/// hint when there is one: the given one, or the one known for what the engine said in the detail.
+void print_error(std::string_view message, std::string_view detail = {}, std::string_view hint = {});
 
 }  // namespace zmfb::tool

@@ -19,8 +19,8 @@ TEST_F(ImportCommand, BringsAFileInAndSaysSo) {
 TEST_F(ImportCommand, AFileThatIsNotThereIsRefusedAndTheOthersGoOn) {
     const Finished run = on(path, {"import", file("nosuch.dbf"), ZMFB_EXAMPLE_DBF});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "raised: [FBCONN Error];Arquivo não encontrado; Arquivo: " + file("nosuch.dbf") +
-                           "\nerror: " + file("nosuch.dbf") + " was not imported\n");
+    EXPECT_EQ(run.err, "error: " + file("nosuch.dbf") +
+                           " was not imported\n  nosuch.dbf cannot be read: No such file or directory\n");
     EXPECT_NE(run.out.find("10 records"), std::string::npos);
 }
 
@@ -28,15 +28,17 @@ TEST_F(ImportCommand, ATableThatExistsIsRefusedAndKept) {
     on(path, {"import", ZMFB_EXAMPLE_DBF});
     const Finished run = on(path, {"import", ZMFB_EXAMPLE_DBF});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("raised: [FBCONN Error];A tabela já existe; Tabela: CUSTOMERS\n"),
-              std::string::npos);
+    EXPECT_EQ(run.err,
+              "error: " ZMFB_EXAMPLE_DBF
+              " was not imported\n  the table CUSTOMERS is there already; --drop-existing replaces it\n");
     EXPECT_EQ(on(path, {"call", "counttablerecords('CUSTOMERS')"}).out, "10\n");
 }
 
 TEST_F(ImportCommand, AFileThatIsNoDbfIsRefused) {
     const Finished run = on(path, {"import", write_file("notes.txt", "just some text, no table at all")});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("Não é um DBF; Arquivo: "), std::string::npos);
+    EXPECT_EQ(run.err,
+              "error: " + file("notes.txt") + " was not imported\n  notes.txt is not a DBF file\n");
 }
 
 TEST_F(ImportCommand, TablesAndStructShowWhatCameIn) {
@@ -48,17 +50,21 @@ TEST_F(ImportCommand, TablesAndStructShowWhatCameIn) {
               "RDDSYS_FLK  system        0\n"
               "RDDSYS_OPN  system        0\n"
               "RDDSYS_RLK  system        0\n");
-    EXPECT_EQ(on(path, {"struct", "customers"}).out,
-              "field       type  length  decimals\n"
-              "----------  ----  ------  --------\n"
-              "CODE        N          6         0\n"
-              "NAME        C         24         0\n"
-              "CITY        C         16         0\n"
-              "CREDIT      N         10         2\n"
-              "SINCE       D          8         0\n"
-              "ACTIVE      L          1         0\n"
-              "RDD_AREAID  C         50         0\n"
-              "RECNO       N         15         0\n");
+    const std::string structure = on(path, {"struct", "customers"}).out;
+    EXPECT_TRUE(structure.starts_with(
+        "CUSTOMERS: driver table, 10 records\n"
+        "\n"
+        "field       type  length  decimals  in the database            kept by the driver\n"
+        "----------  ----  ------  --------  -------------------------  ------------------\n"
+        "CODE        N          6         0  NUMERIC(6,0) NOT NULL\n"
+        "NAME        C         24         0  CHAR(24) NOT NULL\n"
+        "CITY        C         16         0  CHAR(16) NOT NULL\n"
+        "CREDIT      N         10         2  NUMERIC(10,2) NOT NULL\n"
+        "SINCE       D          8         0  TIMESTAMP\n"
+        "ACTIVE      L          1         0  CHAR(1) NOT NULL\n"
+        "RDD_AREAID  C         50         0  VARCHAR(50)                work area\n"
+        "RECNO       N         15         0  DOUBLE PRECISION NOT NULL  record number\n"))
+        << structure;
     const Finished missing = on(path, {"struct", "nosuch"});
     EXPECT_EQ(missing.status, 1);
     EXPECT_EQ(missing.err, "error: there is no table nosuch\n");

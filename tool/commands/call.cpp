@@ -1,11 +1,13 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iostream>
 #include <memory>
 
 #include "tool/commands.h"
 #include "tool/json.h"
 #include "tool/literal.h"
+#include "tool/suggest.h"
 
 namespace zmfb::tool {
 namespace {
@@ -17,9 +19,19 @@ bool is_failure_text(const Value& result) {
     return result.is(host::Kind::character) && result.text().starts_with(failed_statement);
 }
 
+/// Prints which method may have been meant, when there is none of that name.
+void suggest_method(const std::string& name) {
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < method_count(); ++i) names.emplace_back(method_row(i).name);
+    if (std::ranges::find(names, name) != names.end()) return;
+    const std::string nearest = nearest_name(name, names);
+    if (!nearest.empty()) fmt::print(stderr, "hint: did you mean {}?\n", nearest);
+}
+
 Exit evaluate(Session& session, const Call& call) {
     const Value result =
         session.connection_or_unattached().call_with(call.method, host::Args(call.arguments));
+    suggest_method(call.method);
     const std::string line = session.options().json ? to_json(result).dump() : to_literal(result);
     fmt::print("{}\n", line);
     std::fflush(stdout);
@@ -42,6 +54,7 @@ Exit evaluate_lines(Session& session) {
 }
 
 Exit call_command(Session& session, const std::vector<std::string>& expressions) {
+    session.show_raised(Raised::one_line);
     std::vector<std::optional<Call>> calls;
     for (const std::string& expression : expressions) {
         if (expression == "-") {

@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <memory>
 
 #include "host/file.h"
@@ -10,13 +9,12 @@
 #include "tool/confirm.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
+#include "tool/terminal.h"
 
 namespace zmfb::tool {
 namespace {
 
 constexpr std::string_view extension = ".tf";
-
-bool colours(int descriptor) { return isatty(descriptor) != 0 && std::getenv("NO_COLOR") == nullptr; }
 
 std::string_view colour_of(std::string_view line) {
     if (line.starts_with("[OK]")) return "\033[32m";
@@ -28,7 +26,7 @@ std::string_view colour_of(std::string_view line) {
 void print_log(const Value& log) {
     for (const Value& entry : log.items()) {
         const std::string line = to_utf8(entry[1].text());
-        const std::string_view colour = colours(STDOUT_FILENO) ? colour_of(line) : "";
+        const std::string_view colour = output_has_colours() ? colour_of(line) : "";
         fmt::print("{}{}{}\n", colour, line, colour.empty() ? "" : "\033[0m");
     }
     std::fflush(stdout);
@@ -67,7 +65,7 @@ Exit report(Session& session, const Value& result) {
 
 /// A matrix as its file has it, or as a terminal wants it.
 void print_matrix(const Value& matrix) {
-    const bool terminal = isatty(STDOUT_FILENO) != 0;
+    const bool terminal = output_is_terminal();
     for (const Value& group : matrix.items()) {
         const Value lines = group[1];
         for (const Value& line : lines.items()) {

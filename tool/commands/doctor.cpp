@@ -1,0 +1,75 @@
+#include <fmt/format.h>
+
+#include <array>
+
+#include "tool/commands.h"
+#include "tool/doctor/checks.h"
+#include "tool/json.h"
+#include "tool/terminal.h"
+
+namespace zmfb::tool {
+namespace {
+
+std::string_view colour_of(State state) {
+    if (!output_has_colours()) return "";
+    constexpr std::array<std::string_view, 3> colours{"\x1b[32m", "\x1b[33m", "\x1b[31m"};
+    return colours.at(static_cast<std::size_t>(state));
+}
+
+/// Prints findings as they come, or keeps them for the end.
+class Report {
+  public:
+    explicit Report(bool json) : json_(json) {}
+
+    void add(const Finding& finding) {
+        if (finding.state == State::bad) well_ = false;
+        if (json_) {
+            list_.push_back({{"check", finding.check},
+                             {"state", state_name(finding.state)},
+                             {"text", finding.text},
+                             {"advice", finding.advice}});
+            return;
+        }
+        const std::string_view colour = colour_of(finding.state);
+        fmt::print("{}[{}]{} {}: {}\n", colour, state_name(finding.state), colour.empty() ? "" : "\x1b[0m",
+                   finding.check, finding.text);
+        if (!finding.advice.empty()) fmt::print("       {}\n", finding.advice);
+        std::fflush(stdout);
+    }
+    Exit end(Exit status_when_bad) const {
+        if (json_) fmt::print("{}\n", Json{{"ok", well_}, {"checks", list_}}.dump(2));
+        return well_ ? Exit::ok : status_when_bad;
+    }
+
+  private:
+    bool json_;
+    bool well_ = true;
+    Json list_ = Json::array();
+};
+
+Exit doctor_command(Session& session) {
+    session.require_database();
+    session.show_raised(Raised::silent);
+    Report report(session.options().json);
+    for (const auto check : checks_before_attaching) report.add(check(session));
+    const Finding attached = check_attach(session);
+    report.add(attached);
+    if (attached.state == State::bad) return report.end(Exit::not_attached);
+    for (const auto check : checks_of_database) {
+        try {
+            report.add(check(session));
+        } catch (const Failure& failure) {
+            report.add({"database", State::bad, failure.message + ": " + failure.detail, failure.hint});
+        }
+    }
+    return report.end(Exit::failed);
+}
+
+}  // namespace
+
+void add_doctor(CommandLine& line) {
+    line.add(line.app(), "doctor", "Check everything the driver needs, and say what to do about it",
+             "zmfb --db shop.fdb doctor", doctor_command);
+}
+
+}  // namespace zmfb::tool

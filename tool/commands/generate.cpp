@@ -1,0 +1,34 @@
+#include <fmt/format.h>
+
+#include <memory>
+
+#include "tool/commands.h"
+#include "tool/generate/pages.h"
+
+namespace zmfb::tool {
+namespace {
+
+std::string page_of(const CommandLineHelp& help, const std::string& kind) {
+    if (kind == "man") return man_page(help, library_version());
+    if (kind == "bash") return bash_completion(help);
+    return kind == "zsh" ? zsh_completion(help) : fish_completion(help);
+}
+
+}  // namespace
+
+void add_generate(CommandLine& line) {
+    const auto kind = std::make_shared<std::string>();
+    const CLI::App* const app = line.app();
+    CLI::App* const generate = line.add(
+        line.app(), "generate", "Write the manual page, or the completions of a shell",
+        "zmfb generate bash > ~/.local/share/bash-completion/completions/zmfb", [app, kind](Session&) {
+            fmt::print("{}", page_of(help_of(*app), *kind));
+            return Exit::ok;
+        });
+    generate->group("");
+    generate->add_option("KIND", *kind, "man, bash, zsh or fish")
+        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
+        ->required();
+}
+
+}  // namespace zmfb::tool

@@ -1,0 +1,149 @@
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <deque>
+#include <memory>
+#include <thread>
+
+#include "tool/commands.h"
+#include "tool/encoding.h"
+#include "tool/interrupt.h"
+#include "tool/json.h"
+#include "tool/log_file.h"
+#include "tool/terminal.h"
+
+namespace zmfb::tool {
+namespace {
+
+struct Given {
+    std::size_t count = 20;
+    int level = 0;
+    bool level_given = false;
+    std::string tag;
+    bool follow = false;
+};
+
+/// The log, opened for reading.
+class LogFile {
+  public:
+    LogFile() : path_(log_file_path()), descriptor_(open(path_.c_str(), O_RDONLY | O_CLOEXEC)) {
+        if (descriptor_ >= 0) return;
+        throw Failure{Exit::failed, fmt::format("cannot read {}", path_), std::strerror(errno),
+                      "programs write their log there when they may; \"zmfb doctor\" tells"};
+    }
+    ~LogFile() { close(descriptor_); }
+    LogFile(const LogFile&) = delete;
+    LogFile& operator=(const LogFile&) = delete;
+
+    /// Reads on to the end, and hands each entry to `use`. A file that became shorter is read from its start.
+    template <class Use>
+    void read_on(const Use& use) {
+        struct stat now {};
+        if (fstat(descriptor_, &now) == 0 && now.st_size < offset_) {
+            offset_ = lseek(descriptor_, 0, SEEK_SET);
+            reader_ = {};
+        }
+        std::array<char, 65536> buffer;
+        ssize_t got = 0;
+        while ((got = read(descriptor_, buffer.data(), buffer.size())) > 0) {
+            offset_ += got;
+            for (LogEntry& entry : reader_.take({buffer.data(), static_cast<std::size_t>(got)})) {
+                use(std::move(entry));
+            }
+        }
+        if (auto last = reader_.last()) use(std::move(*last));
+    }
+
+  private:
+    std::string path_;
+    int descriptor_;
+    off_t offset_ = 0;
+    LogReader reader_;
+};
+
+Json entry_json(const LogEntry& entry) {
+    return {{"level", entry.level},
+            {"user", to_utf8(entry.user)},
+            {"date", entry.date},
+            {"tag", to_utf8(tag_of(entry.text))},
+            {"text", to_utf8(entry.text)}};
+}
+
+void print_entry(const LogEntry& entry) {
+    const std::string_view tag = tag_of(entry.text);
+    const bool bad = tag == "ERROR" || tag == "FATAL";
+    const bool coloured = bad && output_has_colours();
+    fmt::print("{} [{}] {}: {}{}{}\n", entry.date, entry.level, to_utf8(entry.user),
+               coloured ? "\x1b[31m" : "", to_utf8(entry.text), coloured ? "\x1b[0m" : "");
+}
+
+/// Prints entries as they are written, until Ctrl-C. As JSON each is one line.
+void follow(LogFile& file, const LogFilter& filter, bool json) {
+    using namespace std::chrono_literals;
+    const InterruptWatch watch;
+    while (!InterruptWatch::interrupted()) {
+        file.read_on([&](const LogEntry& entry) {
+            if (!filter.admits(entry)) return;
+            if (json) {
+                fmt::print("{}\n", entry_json(entry).dump());
+            } else {
+                print_entry(entry);
+            }
+        });
+        if (std::fflush(stdout) != 0) return;
+        std::this_thread::sleep_for(200ms);
+    }
+}
+
+Exit log_command(Session& session, const Given& given) {
+    LogFilter filter{{}, given.tag};
+    if (given.level_given) filter.level = given.level;
+    const bool json = session.options().json;
+    LogFile file;
+    std::deque<LogEntry> last;
+    file.read_on([&](LogEntry entry) {
+        if (!filter.admits(entry)) return;
+        last.push_back(std::move(entry));
+        if (last.size() > given.count) last.pop_front();
+    });
+    Json list = Json::array();
+    for (const LogEntry& entry : last) {
+        if (!json) {
+            print_entry(entry);
+        } else if (given.follow) {
+            fmt::print("{}\n", entry_json(entry).dump());
+        } else {
+            list.push_back(entry_json(entry));
+        }
+    }
+    if (json && !given.follow) fmt::print("{}\n", list.dump(2));
+    if (given.follow) follow(file, filter, json);
+    return Exit::ok;
+}
+
+}  // namespace
+
+void add_log(CommandLine& line) {
+    const auto given = std::make_shared<Given>();
+    CLI::App* const log =
+        line.add(line.app(), "log", "Show the last entries of the log", "zmfb log --tag error --count 5",
+                 [given](Session& session) { return log_command(session, *given); });
+    log->add_option("--count,-n", given->count, "How many entries")
+        ->check(CLI::NonNegativeNumber)
+        ->type_name("COUNT")
+        ->capture_default_str();
+    log->add_option("--level", given->level, "Only entries of that level and those below it")
+        ->type_name("LEVEL")
+        ->each([given](const std::string&) { given->level_given = true; });
+    log->add_option("--tag", given->tag, "Only entries with that tag, such as ERROR, CONN or UPDT")
+        ->type_name("TAG");
+    log->add_flag("--follow,-f", given->follow, "Go on with new entries until Ctrl-C");
+}
+
+}  // namespace zmfb::tool

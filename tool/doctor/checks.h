@@ -1,0 +1,54 @@
+/// What the driver needs, each looked at on its own.
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+#include "tool/session.h"
+
+namespace zmfb::tool {
+
+/// How a check came out: all is well, worth knowing, or to be put right.
+enum class State { ok, note, bad };
+
+/// "ok", "note" or "bad".
+std::string_view state_name(State state);
+
+/// What a check found (UTF-8).
+struct Finding {
+    std::string check;
+    State state = State::ok;
+    std::string text;
+    std::string advice = {};  ///< what to do about it
+};
+
+using Check = Finding (*)(Session&);
+
+// Of this host.
+Finding check_client_library(Session& session);
+Finding check_log(Session& session);
+/// Attaches. Bad when that fails; the other checks of the database cannot be made then.
+Finding check_attach(Session& session);
+
+// Of the engine; these may throw Failure.
+Finding check_engine_version(Session& session);
+Finding check_functions_declared(Session& session);
+Finding check_functions_callable(Session& session);
+Finding check_data_file_folder(Session& session);
+/// Makes an external table over a fresh data file, puts a row into it and reads it; takes both away again.
+Finding check_external_tables(Session& session);
+
+// Of the database; these may throw Failure.
+Finding check_system_tables(Session& session);
+Finding check_dead_processes(Session& session);
+Finding check_leftovers(Session& session);
+Finding check_validity(Session& session);
+
+inline constexpr std::array<Check, 2> checks_before_attaching{check_client_library, check_log};
+inline constexpr std::array<Check, 9> checks_of_database{
+    check_engine_version,   check_functions_declared, check_functions_callable,
+    check_data_file_folder, check_external_tables,    check_system_tables,
+    check_dead_processes,   check_leftovers,          check_validity};
+
+}  // namespace zmfb::tool

@@ -1,0 +1,140 @@
+#include "zmfbconn/database.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <map>
+
+#include "host/text.h"
+#include "tool/area_id.h"
+#include "tool/catalog.h"
+#include "tool/doctor/checks.h"
+#include "tool/encoding.h"
+
+namespace zmfb::tool {
+namespace {
+
+/// A system table, with the columns of the unique index that makes its locks exclusive.
+struct SystemTable {
+    std::string_view name;
+    std::string_view area_column;
+    std::vector<std::string> unique;
+};
+
+const std::array<SystemTable, 3>& system_tables() {
+    static const std::array<SystemTable, 3> tables{
+        SystemTable{"RDDSYS_OPN", "OPN_AREAID", {"OPN_TABLE", "OPN_AREAID"}},
+        SystemTable{"RDDSYS_FLK", "FLK_AREAID", {"FLK_TABLE"}},
+        SystemTable{"RDDSYS_RLK", "RLK_AREAID", {"RLK_TABLE", "RLK_RECNO"}},
+    };
+    return tables;
+}
+
+std::string joined(const std::vector<std::string>& texts) {
+    std::string all;
+    for (const std::string& text : texts) all += (all.empty() ? "" : ", ") + text;
+    return all;
+}
+
+bool has_unique_index(zmFBConn& connection, const SystemTable& table) {
+    const std::vector<Index> indexes = indexes_of(connection, std::string(table.name));
+    return std::ranges::any_of(indexes, [&](const Index& index) {
+        return index.unique && index.active && index.fields == table.unique;
+    });
+}
+
+/// The names that a query gives, in UTF-8.
+std::vector<std::string> names(zmFBConn& connection, std::string_view query) {
+    std::vector<std::string> found;
+    const Value rows = exact_rows(connection, query);
+    for (const Value& row : rows.items()) found.push_back(to_utf8(host::trim(row[1]).text()));
+    return found;
+}
+
+struct Leftover {
+    std::string_view query;
+    std::string_view drop;  ///< {} is the name
+};
+
+constexpr std::array leftovers{
+    Leftover{"SELECT RDB$RELATION_NAME FROM RDB$RELATIONS WHERE RDB$EXTERNAL_FILE IS NOT NULL AND "
+             "RDB$RELATION_NAME STARTING WITH 'EXT_' ORDER BY 1",
+             "drop table {}"},
+    Leftover{
+        "SELECT TRIM(RDB$TRIGGER_NAME) FROM RDB$TRIGGERS WHERE TRIM(RDB$TRIGGER_NAME) LIKE '%\\_NULLDATES' "
+        "ESCAPE '\\' AND COALESCE(RDB$SYSTEM_FLAG, 0) = 0 ORDER BY 1",
+        "drop trigger {}"},
+    Leftover{"SELECT 'alter table ' || TRIM(RDB$RELATION_NAME) || ' drop ' || TRIM(RDB$FIELD_NAME) FROM "
+             "RDB$RELATION_FIELDS WHERE RDB$FIELD_NAME STARTING WITH 'RDDAUX_' ORDER BY 1",
+             "{}"},
+};
+
+}  // namespace
+
+Finding check_system_tables(Session& session) {
+    zmFBConn& connection = session.connection_to_any();
+    std::string text;
+    std::string advice;
+    const auto add = [](std::string& all, const std::string& one) { all += (all.empty() ? "" : "; ") + one; };
+    for (const SystemTable& table : system_tables()) {
+        if (!connection.call("istable", table.name).logical()) {
+            add(text, fmt::format("{} is missing", table.name));
+            add(advice, "attaching makes it, once the functions are declared");
+        } else if (!has_unique_index(connection, table)) {
+            add(text, fmt::format("{} has no unique index on {}: its locks lock nobody out", table.name,
+                                  joined(table.unique)));
+            add(advice, fmt::format("zmfb exec \"create unique index I_{0} on {0} ({1})\"", table.name,
+                                    joined(table.unique)));
+        }
+    }
+    if (text.empty()) return {"system tables", State::ok, "all three, with their unique indexes"};
+    return {"system tables", State::bad, text, advice};
+}
+
+Finding check_dead_processes(Session& session) {
+    zmFBConn& connection = session.connection_to_any();
+    const std::string host(connection.call("gethostname").text());
+    std::map<long, int> dead;
+    for (const SystemTable& table : system_tables()) {
+        if (!connection.call("istable", table.name).logical()) continue;
+        const Value rows =
+            exact_rows(connection, fmt::format("SELECT {} FROM {}", table.area_column, table.name));
+        for (const Value& row : rows.items()) {
+            const std::string text(host::trim(row[1]).text());
+            const AreaId id = split_area_id(text);
+            if (is_alive(id, text, host) == Alive::no) ++dead[id.process.value_or(0)];
+        }
+    }
+    if (dead.empty()) return {"dead processes", State::ok, "none of this host left locks or registrations"};
+    std::string text;
+    for (const auto& [process, rows] : dead) {
+        text += fmt::format("{}process {} left {} {}", text.empty() ? "" : "; ", process, rows,
+                            rows == 1 ? "row" : "rows");
+    }
+    return {"dead processes", State::bad, text,
+            "zmfb locks and zmfb opens show them; zmfb unlock TABLE frees one table, zmfb clear all of them"};
+}
+
+Finding check_leftovers(Session& session) {
+    zmFBConn& connection = session.connection_to_any();
+    std::string text;
+    for (const Leftover& kind : leftovers) {
+        for (const std::string& name : names(connection, kind.query)) {
+            const std::string drop = fmt::format(fmt::runtime(kind.drop), name);
+            text += fmt::format("{}\"{}\"", text.empty() ? "" : ", ", drop);
+        }
+    }
+    if (text.empty()) return {"leftovers", State::ok, "none of an import, export or change that was cut off"};
+    return {"leftovers", State::bad, "an import, export or change was cut off, or is at work right now",
+            "when nobody is at work: zmfb exec " + text};
+}
+
+Finding check_validity(Session& session) {
+    std::string path = session.options().database;
+    if (names_a_server(path)) path = path.substr(path.find(':') + 1);
+    return {"validity", State::note, "not looked at",
+            fmt::format("while nobody uses the database: gfix -v -full -user {} {}", session.options().user,
+                        path)};
+}
+
+}  // namespace zmfb::tool

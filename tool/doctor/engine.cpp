@@ -1,0 +1,175 @@
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "host/file.h"
+#include "host/text.h"
+#include "tool/catalog.h"
+#include "tool/doctor/checks.h"
+#include "tool/encoding.h"
+#include "tool/hints.h"
+#include "zmfbconn/database.h"
+
+namespace zmfb::tool {
+namespace {
+
+struct Function {
+    std::string_view name;
+    std::string_view call;
+};
+
+constexpr std::string_view module_name = "zmrddudfs";
+constexpr std::array functions{
+    Function{"ZMBLOBSUBSTR", "ZMBLOBSUBSTR(CAST('x' AS BLOB SUB_TYPE TEXT), 1, 1)"},
+    Function{"ZMTRIM", "ZMTRIM('x')"},
+    Function{"ZMLOWER", "ZMLOWER('x')"},
+    Function{"ZMUPPER", "ZMUPPER('x')"},
+    Function{"ZMSUBSTR", "ZMSUBSTR('x', 1, 1)"},
+    Function{"ZMDTOS", "ZMDTOS(CAST('2007-03-01' AS TIMESTAMP))"},
+    Function{"SKIPPAD", "SKIPPAD('x')"},
+    Function{"ZMSTR", "ZMSTR(1, 3, 0)"},
+    Function{"ZMSTRZERO", "ZMSTRZERO(1, 3, 0)"},
+    Function{"ZMPADR", "ZMPADR('x', 3)"},
+    Function{"ZMPADL", "ZMPADL('x', 3)"},
+};
+
+constexpr std::string_view functions_advice =
+    "udf/zmrddudfs.sql declares them: isql-fb -user USER DATABASE -i zmrddudfs.sql";
+
+/// The engine's message in one line.
+std::string engine_line() {
+    std::string line = last_engine_message();
+    for (char& c : line) {
+        if (c == '\n') c = ' ';
+    }
+    return line;
+}
+
+std::string data_file(zmFBConn& connection) {
+    return std::string(connection.call("getfullpathdatfile").text());
+}
+
+/// A data file and an external table over it; both go with it.
+class ExternalTable {
+  public:
+    explicit ExternalTable(zmFBConn& connection)
+        : connection_(connection),
+          path_(data_file(connection)),
+          name_("EXT_DOCTOR_" + std::to_string(getpid())) {
+        const Value handle = host::fcreate(path_, 666);
+        created_ = handle.integer() >= 0;
+        host::fclose(handle);
+    }
+    ~ExternalTable() {
+        if (connection_.call("istable", name_).logical()) connection_.call("droponlytable", name_);
+        if (created_) host::ferase(path_);
+    }
+    ExternalTable(const ExternalTable&) = delete;
+    ExternalTable& operator=(const ExternalTable&) = delete;
+
+    /// Makes the table, inserts a row and reads it back; returns what went wrong.
+    std::string try_out() {
+        if (!created_) return fmt::format("cannot make {}", path_);
+        const Value field = Value::array_of_size(0);
+        for (const Value& part : {Value("TEXT"), Value("C"), Value(8), Value(0)}) field.push(part);
+        const Value structure = Value::array_of_size(0);
+        structure.push(field);
+        if (!connection_.call("createtableexternal", name_, structure, path_).logical()) return engine_line();
+        const Value failed = connection_.call(
+            "executeupdate", fmt::format("INSERT INTO {} (TEXT) VALUES ('readable')", name_));
+        if (failed.size() != 0) return engine_line();
+        const Value rows = exact_rows(connection_, fmt::format("SELECT TEXT FROM {}", name_));
+        if (rows.size() != 1 || rows[1][1].text() != "readable") return "the row did not come back";
+        std::error_code none;
+        if (std::filesystem::file_size(path_, none) == 0) {
+            return fmt::format("the engine's {} is another file than this program's", path_);
+        }
+        return "";
+    }
+
+  private:
+    zmFBConn& connection_;
+    std::string path_;
+    std::string name_;
+    bool created_ = false;
+};
+
+}  // namespace
+
+Finding check_engine_version(Session& session) {
+    return {"engine", State::ok, "Firebird " + engine_version(session.connection_to_any())};
+}
+
+Finding check_functions_declared(Session& session) {
+    std::string missing;
+    for (const Function& function : functions) {
+        if (session.connection_to_any().call("isudf", function.name, module_name).logical()) continue;
+        missing += (missing.empty() ? "" : ", ") + std::string(function.name);
+    }
+    if (missing.empty()) return {"functions declared", State::ok, fmt::format("all {}", functions.size())};
+    return {"functions declared", State::bad, "missing: " + missing, std::string(functions_advice)};
+}
+
+Finding check_functions_callable(Session& session) {
+    zmFBConn& connection = session.connection_to_any();
+    std::string failed;
+    std::string said;
+    for (const Function& function : functions) {
+        if (!connection.call("isudf", function.name, module_name).logical()) continue;
+        try {
+            exact_rows(connection, fmt::format("SELECT {} FROM RDB$DATABASE", function.call));
+        } catch (const Failure& failure) {
+            failed += (failed.empty() ? "" : ", ") + std::string(function.name);
+            said = engine_line();
+        }
+    }
+    if (failed.empty()) return {"functions callable", State::ok, "every one that is declared"};
+    const std::string_view hint = hint_for(said);
+    return {
+        "functions callable", State::bad, fmt::format("{} failed: {}", failed, said),
+        std::string(hint.empty() ? "the engine must be able to load zmrddudfs.so; docs/deployment.md says how"
+                                 : hint)};
+}
+
+Finding check_data_file_folder(Session& session) {
+    const std::string name = "data-file folder";
+    const std::filesystem::path folder =
+        std::filesystem::path(data_file(session.connection_to_any())).parent_path();
+    struct stat state {};
+    if (stat(folder.c_str(), &state) != 0) {
+        return {name, State::bad, fmt::format("{} is not there", folder.string()),
+                fmt::format("mkdir {}", folder.string())};
+    }
+    if (access(folder.c_str(), W_OK | X_OK) != 0) {
+        return {name, State::bad, fmt::format("{} cannot be written by this user", folder.string()),
+                "import and export need it"};
+    }
+    const bool by_all = (state.st_mode & S_IWOTH) != 0;
+    const bool own_files_only = (state.st_mode & S_ISVTX) != 0;
+    const std::string who = !by_all          ? "its owner or group may write"
+                            : own_files_only ? "everybody may write, and remove files of their own"
+                                             : "everybody may write, and remove any file";
+    std::string text = fmt::format("{}: {} (permissions {:o})", folder.string(), who,
+                                   static_cast<unsigned>(state.st_mode & 07777));
+    if (!by_all && names_a_server(session.options().database)) {
+        return {name, State::note, text,
+                "the account of the server must be able to enter it and write there"};
+    }
+    if (by_all && !own_files_only) {
+        return {name, State::note, text, fmt::format("chmod +t {}", folder.string())};
+    }
+    return {name, State::ok, text};
+}
+
+Finding check_external_tables(Session& session) {
+    const std::string problem = ExternalTable(session.connection_to_any()).try_out();
+    if (problem.empty()) return {"external tables", State::ok, "a row was written and read"};
+    const std::string_view hint = hint_for(problem);
+    return {"external tables", State::bad, problem,
+            std::string(hint.empty() ? "import and export need them; docs/deployment.md says how" : hint)};
+}
+
+}  // namespace zmfb::tool

@@ -1,0 +1,57 @@
+#include "tool/hints.h"
+
+#include <array>
+
+namespace zmfb::tool {
+namespace {
+
+struct Hint {
+    std::string_view words;  ///< part of the engine's message
+    std::string_view text;
+};
+
+// The first that fits counts: the more special ones come first.
+constexpr std::array hints{
+    Hint{"Your user name and password are not defined",
+         "check --user and the password (ISC_PASSWORD, --password-file or the prompt)"},
+    Hint{"Missing security context", "name a user with --user or ISC_USER"},
+    Hint{"Unable to complete network request",
+         "is the server running, and are host and port right? host/port:/path names another port than 3050"},
+    Hint{"connection rejected by remote interface",
+         "the server and this client have no login method in common"},
+    Hint{"Database already opened with engine instance",
+         "another program has the file open with other engine settings; end it, or put the database on a "
+         "server"},
+    Hint{"lock folder",
+         "another user of this host has the database open; a server lets several users share it"},
+    Hint{"Can't access lock files' directory",
+         "another user made the lock folder; a server lets several users share a database"},
+    Hint{"Use of external file at location",
+         "ExternalFileAccess in the engine's firebird.conf must allow that folder; docs/deployment.md says "
+         "how"},
+    Hint{"Access to external file",
+         "ExternalFileAccess in the engine's firebird.conf must allow that folder; docs/deployment.md says "
+         "how"},
+    Hint{"Access to UDF library",
+         "UdfAccess in the engine's firebird.conf must allow the folder of zmrddudfs.so; docs/deployment.md "
+         "says how"},
+    Hint{"module name or entrypoint could not be found",
+         "zmrddudfs.so must lie in the folder that UdfAccess in the engine's firebird.conf names; "
+         "docs/deployment.md says how"},
+    Hint{"is in use", "another program uses the table; zmfb opens shows which work areas have it open"},
+    Hint{"file is not a valid database", "the file is no Firebird database; \"zmfb create\" makes one"},
+    Hint{"No such file or directory", "\"zmfb create\" makes a new database"},
+    Hint{"Permission denied", "this user may not read and write the file, or enter its folder"},
+    Hint{"unsupported on-disk structure", "the file was made by another version of the engine"},
+};
+
+}  // namespace
+
+std::string_view hint_for(std::string_view message) {
+    for (const Hint& hint : hints) {
+        if (message.find(hint.words) != std::string_view::npos) return hint.text;
+    }
+    return {};
+}
+
+}  // namespace zmfb::tool
