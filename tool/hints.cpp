@@ -39,7 +39,7 @@ constexpr std::array hints{
          "zmrddudfs.so must lie in the folder that UdfAccess in the engine's firebird.conf names; "
          "docs/deployment.md says how"},
     Hint{"is in use", "another program uses the table; zmfb opens shows which work areas have it open"},
-    Hint{"file is not a valid database", "the file is no Firebird database; \"zmfb create\" makes one"},
+    Hint{"is not a valid database", "the file is no Firebird database; \"zmfb create\" makes one"},
     Hint{"No such file or directory", "\"zmfb create\" makes a new database"},
     Hint{"Permission denied", "this user may not read and write the file, or enter its folder"},
     Hint{"unsupported on-disk structure", "the file was made by another version of the engine"},

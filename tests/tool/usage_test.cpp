@@ -63,6 +63,69 @@ TEST_F(Usage, AServerThatDoesNotAnswerEndsWithThree) {
     EXPECT_EQ(lines(run.err).at(0), "error: cannot attach to 127.0.0.1/1:/nowhere.fdb");
 }
 
+TEST_F(Usage, VersionNamesTheClientLibraryAndTheEngineOfAGivenDatabase) {
+    const Finished alone = zmfb({"--version"});
+    ASSERT_EQ(lines(alone.out).size(), 2U) << alone.out;
+    EXPECT_TRUE(lines(alone.out)[0].starts_with("zmfb ")) << alone.out;
+    EXPECT_NE(lines(alone.out)[1].find("Firebird"), std::string::npos) << alone.out;
+    const std::string path = database();
+    for (const std::vector<std::string>& words :
+         std::vector<std::vector<std::string>>{{"--db", path, "--version"}, {"--version", "--db", path}}) {
+        const Finished run = zmfb(words);
+        EXPECT_EQ(run.status, 0);
+        ASSERT_EQ(lines(run.out).size(), 3U) << run.out;
+        EXPECT_TRUE(lines(run.out)[2].starts_with("engine ")) << run.out;
+        EXPECT_GT(std::stoi(lines(run.out)[2].substr(7)), 1);
+    }
+    EXPECT_NE(zmfb({"--db", file("nosuch.fdb"), "--version"}).out.find("\nengine unknown: cannot attach to "),
+              std::string::npos);
+}
+
+TEST_F(Usage, AMistypedCommandOrMethodGetsASuggestion) {
+    const Finished command = zmfb({"tabels"});
+    EXPECT_EQ(command.status, 2);
+    EXPECT_EQ(command.err, "error: there is no command tabels\nhint: did you mean \"zmfb tables\"?\n");
+    EXPECT_NE(zmfb({"xylophone"}).err.find("hint: zmfb --help says more\n"), std::string::npos);
+    EXPECT_NE(zmfb({"query"}).err.find("hint: zmfb query --help says more\n"), std::string::npos);
+    const Finished method = zmfb({"call", "istabel('X')"});
+    EXPECT_NE(method.err.find("has no Method named: istabel\nhint: did you mean istable?\n"),
+              std::string::npos)
+        << method.err;
+}
+
+TEST_F(Usage, ErrorsOfTheEngineHaveAHint) {
+    EXPECT_NE(on(new_database(), {"tables"}).err.find("\nhint: \"zmfb create\" makes a new database\n"),
+              std::string::npos);
+    EXPECT_NE(on("127.0.0.1/1:/nowhere.fdb", {"tables"}).err.find("\nhint: is the server running"),
+              std::string::npos);
+    EXPECT_NE(
+        on(write_file("notes.txt", std::string(20000, 'x')), {"tables"}).err.find("\nhint: the file is no"),
+        std::string::npos);
+}
+
+TEST_F(Usage, TextsOfAnotherSingleByteSetAreShownAndFound) {
+    const std::string path = database();
+    on(path, {"call", "createtable('T', {{'NAME', 'C', 10, 0}})"});
+    EXPECT_EQ(on(path, {"--encoding", "ISO-8859-7", "exec", "insert into t (name) values ('αβγ')"}).status,
+              0);
+    EXPECT_EQ(on(path, {"--encoding", "ISO-8859-7", "query", "--mode", "csv", "select name from t"}).out,
+              "NAME\r\nαβγ\r\n");
+    EXPECT_EQ(
+        on(path, {"--encoding", "CP1253", "call", "getrow('T', \"NAME = 'αβγ'\", 'RECNO', '', 0)"}).status,
+        0);
+    EXPECT_EQ(on(path, {"query", "--mode", "csv", "select name from t"}).out, "NAME\r\náâã\r\n");
+    EXPECT_EQ(on(path, {"exec", "insert into t (name) values ('αβγ')"}).status, 2);
+}
+
+TEST_F(Usage, AnEncodingThatIsNoSingleByteSetIsRefused) {
+    for (const char* name : {"nosuch", "UTF-8", "UTF-16", "SHIFT_JIS", "EUC-JP", "EBCDIC-US"}) {
+        const Finished run = zmfb({"--encoding", name, "methods"});
+        EXPECT_EQ(run.status, 2) << name;
+        EXPECT_EQ(run.err, "error: " + std::string(name) +
+                               " is no single-byte character set\nhint: iconv --list has the names\n");
+    }
+}
+
 TEST_F(Usage, TheDatabaseMayComeFromTheEnvironment) {
     const std::string path = database();
     const Finished run = zmfb({"call", "isconnected()"}, "", {"ZMFB_DB=" + path});

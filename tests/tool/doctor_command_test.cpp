@@ -1,0 +1,144 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/tool/tool.h"
+#include "zmfbconn/database.h"
+
+namespace zmfb::test {
+namespace {
+
+class DoctorCommand : public Tool {
+  protected:
+    DoctorCommand() : path(database()) {}
+    /// What --json says of one check.
+    nlohmann::json check(const std::string& name) const {
+        const Finished run = on(path, {"--json", "doctor"});
+        const auto all = nlohmann::json::parse(run.out);
+        EXPECT_EQ(all["ok"].get<bool>(), run.status == 0);
+        for (const auto& one : all["checks"]) {
+            if (one["check"] == name) return one;
+        }
+        ADD_FAILURE() << name << " is not in\n" << run.out;
+        return {};
+    }
+    std::string path;
+};
+
+TEST_F(DoctorCommand, AFreshDatabaseIsWell) {
+    const Finished run = on(path, {"doctor"});
+    EXPECT_EQ(run.status, 0) << run.out;
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out.find("[bad]"), std::string::npos) << run.out;
+    for (const char* part :
+         {"[ok] client library: ", "[ok] log: ", "[ok] attach: ", "[ok] engine: Firebird ",
+          "[ok] functions declared: all 11\n", "[ok] functions callable: ", "[ok] data-file folder: /tmp: ",
+          "[ok] external tables: a row was written and read\n", "[ok] system tables: ",
+          "[ok] dead processes: ", "[ok] leftovers: ", "[note] validity: ", "gfix -v -full -user SYSDBA "}) {
+        EXPECT_NE(run.out.find(part), std::string::npos) << part << " is not in\n" << run.out;
+    }
+}
+
+TEST_F(DoctorCommand, ItLeavesNothingBehind) {
+    const std::string before = on(path, {"tables"}).out;
+    on(path, {"doctor"});
+    EXPECT_EQ(on(path, {"tables"}).out, before);
+}
+
+TEST_F(DoctorCommand, ADatabaseThatIsNotThereEndsWithThree) {
+    const Finished run = on(file("nosuch.fdb"), {"doctor"});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_NE(run.out.find("[bad] attach: cannot attach to " + file("nosuch.fdb")), std::string::npos)
+        << run.out;
+    EXPECT_NE(run.out.find("zmfb create"), std::string::npos);
+    EXPECT_EQ(zmfb({"doctor"}).status, 2);
+}
+
+TEST_F(DoctorCommand, MissingFunctionsAreNamed) {
+    on(path, {"exec", "drop external function zmpadl"});
+    const auto found = check("functions declared");
+    EXPECT_EQ(found["state"], "bad");
+    EXPECT_EQ(found["text"], "missing: ZMPADL");
+    EXPECT_NE(found["advice"].get<std::string>().find("zmrddudfs.sql"), std::string::npos);
+    EXPECT_EQ(check("functions callable")["state"], "ok");
+}
+
+TEST_F(DoctorCommand, AFunctionOfAnotherEntryPointIsNotCallable) {
+    on(path,
+       {"call", "executeupdate('drop external function zmpadl')",
+        "executeupdate(\"declare external function zmpadl cstring(10), integer returns cstring(10) free_it "
+        "entry_point 'nosuch' module_name 'zmrddudfs'\")"});
+    EXPECT_EQ(check("functions declared")["state"], "ok");
+    const auto found = check("functions callable");
+    EXPECT_EQ(found["state"], "bad");
+    EXPECT_TRUE(found["text"].get<std::string>().starts_with("ZMPADL failed: ")) << found;
+}
+
+TEST_F(DoctorCommand, ASystemTableWithoutItsUniqueIndexIsBadAndTheAdviceHelps) {
+    on(path, {"exec", "drop index I_RDDSYS_FLK"});
+    EXPECT_EQ(check("system tables")["state"], "bad");
+    const auto advice = check("system tables")["advice"].get<std::string>();
+    EXPECT_EQ(advice, "zmfb exec \"create unique index I_RDDSYS_FLK on RDDSYS_FLK (FLK_TABLE)\"");
+    on(path, {"exec", advice.substr(11, advice.size() - 12)});
+    EXPECT_EQ(check("system tables")["state"], "ok");
+}
+
+TEST_F(DoctorCommand, LocksOfDeadProcessesOfThisHostAreCounted) {
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    waitpid(child, nullptr, 0);
+    std::string host = on(path, {"call", "gethostname()"}).out;
+    host = host.substr(1, host.size() - 3);
+    const std::string id = "'C:A:" + std::to_string(child) + ":" + host + "'";
+    on(path, {"call", "setrecordaslocked('C', " + id + ", '4')", "settableaslocked('C', " + id + ")",
+              "setrecordaslocked('C', 'C:A:7:afar', '5')"});
+    const auto found = check("dead processes");
+    EXPECT_EQ(found["state"], "bad");
+    EXPECT_EQ(found["text"], "process " + std::to_string(child) + " left 2 rows");
+    on(path, {"clear", "--yes"});
+    EXPECT_EQ(check("dead processes")["state"], "ok");
+}
+
+TEST_F(DoctorCommand, HalfMadeThingsAreListedWithWhatDropsThem) {
+    on(path, {"call", "createtable('C', {{'NAME', 'C', 10, 0}})",
+              "createtableexternal('EXT_C', {{'NAME', 'C', 10, 0}}, '/tmp/nosuch.dat')"});
+    on(path, {"exec", "alter table c add rddaux_name char(10)"});
+    on(path, {"exec", "create trigger c_nulldates for c before insert as begin end"});
+    const auto found = check("leftovers");
+    EXPECT_EQ(found["state"], "bad");
+    EXPECT_EQ(found["advice"],
+              "when nobody is at work: zmfb exec \"drop table EXT_C\", \"drop trigger C_NULLDATES\", \"alter "
+              "table C "
+              "drop RDDAUX_NAME\"");
+    for (const char* statement :
+         {"drop table EXT_C", "drop trigger C_NULLDATES", "alter table C drop RDDAUX_NAME"}) {
+        EXPECT_EQ(on(path, {"exec", statement}).status, 0);
+    }
+    EXPECT_EQ(check("leftovers")["state"], "ok");
+}
+
+TEST_F(DoctorCommand, AnUnwritableLogIsANoteOnly) {
+    const Finished run = zmfb({"--db", path, "doctor"}, "", {"ZMFB_TEST_LOG=/nowhere/log"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.out.find("[note] log: /nowhere/log is not there and cannot be made"), std::string::npos)
+        << run.out;
+}
+
+// An engine whose settings let no external file be used, and no function be loaded.
+TEST_F(DoctorCommand, WhatTheEngineDoesNotAllowIsBadWithAHint) {
+    const std::string settings = file("engine");
+    ASSERT_EQ(make_environment(
+                  {.folder = settings, .udf_folder = "", .external_file_folders = {}, .extra_settings = {}}),
+              "");
+    const Finished run =
+        zmfb({"--db", path, "doctor"}, "", {"FIREBIRD=" + settings, "FIREBIRD_LOCK=" + settings + "/lock"});
+    EXPECT_EQ(run.status, 1) << run.out << run.err;
+    EXPECT_NE(run.out.find("[bad] external tables: "), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("ExternalFileAccess"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("[bad] functions callable: "), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("UdfAccess"), std::string::npos) << run.out;
+}
+
+}  // namespace
+}  // namespace zmfb::test

@@ -1,0 +1,97 @@
+#include <nlohmann/json.hpp>
+
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+/// A log of known entries, in the place of the one that the tests write.
+class LogCommand : public Tool {
+  protected:
+    Finished log(std::vector<std::string> words) const {
+        std::vector<std::string> all{"log"};
+        all.insert(all.end(), words.begin(), words.end());
+        return zmfb(all, "", {"ZMFB_TEST_LOG=" + file("log")});
+    }
+    void write(int level, const std::string& text) {
+        content += "\t[" + std::to_string(level) + "] ana Sat Nov 21 06:45:33 2026\n " + text + "\n";
+        write_file("log", content);
+    }
+    std::string content;
+};
+
+TEST_F(LogCommand, ShowsTheLastEntriesInUtf8) {
+    for (int i = 1; i <= 25; ++i) write(0, "[CONN] number " + std::to_string(i));
+    write(1, "[ERROR] n\xE3o");
+    const Finished run = log({});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    const auto shown = lines(run.out);
+    ASSERT_EQ(shown.size(), 20U);
+    EXPECT_EQ(shown[0], "Sat Nov 21 06:45:33 2026 [0] ana: [CONN] number 7");
+    EXPECT_EQ(shown[19], "Sat Nov 21 06:45:33 2026 [1] ana: [ERROR] não");
+    EXPECT_EQ(lines(log({"--count", "3"}).out).size(), 3U);
+    EXPECT_EQ(log({"-n", "0"}).out, "");
+}
+
+TEST_F(LogCommand, FiltersByLevelAndTag) {
+    write(0, "[CONN] one");
+    write(1, "[ERROR] two");
+    write(8, "[QURY] select three");
+    EXPECT_EQ(lines(log({"--level", "1"}).out).size(), 2U);
+    for (const char* tag : {"error", "ERROR", "[Error]"}) {
+        EXPECT_EQ(log({"--tag", tag}).out, "Sat Nov 21 06:45:33 2026 [1] ana: [ERROR] two\n") << tag;
+    }
+    EXPECT_EQ(log({"--tag", "QURY", "--level", "1"}).out, "");
+    // The last one that fits, however far back it is.
+    EXPECT_EQ(log({"--tag", "CONN", "-n", "1"}).out, "Sat Nov 21 06:45:33 2026 [0] ana: [CONN] one\n");
+}
+
+TEST_F(LogCommand, JsonTakesEntriesApart) {
+    write(-1, "no tag");
+    write(7, "[UPDT] update x\nset y = 1");
+    EXPECT_EQ(nlohmann::json::parse(zmfb({"--json", "log"}, "", {"ZMFB_TEST_LOG=" + file("log")}).out),
+              nlohmann::json::parse(R"([
+        {"level": -1, "user": "ana", "date": "Sat Nov 21 06:45:33 2026", "tag": "", "text": "no tag"},
+        {"level": 7, "user": "ana", "date": "Sat Nov 21 06:45:33 2026", "tag": "UPDT",
+         "text": "[UPDT] update x\nset y = 1"}])"));
+}
+
+TEST_F(LogCommand, ShowsWhatTheToolItselfLogs) {
+    const std::string path = database();
+    zmfb({"--db", path, "call", "isconnected()"}, "", {"ZMFB_TEST_LOG=" + file("log")});
+    EXPECT_NE(log({"--tag", "conn"}).out.find("[CONN] Connected to: " + path), std::string::npos);
+}
+
+TEST_F(LogCommand, FollowGoesOnUntilItIsInterrupted) {
+    write(0, "[CONN] before");
+    const std::string script =
+        "\"$0\" log --follow & tool=$!; sleep 0.5; printf '\\t[0] ana Sat Nov 21 06:45:34 2026\\n [GONE] "
+        "after\\n' "
+        ">> \"$1\"; sleep 0.8; kill -INT $tool; wait $tool; echo \"status $?\"";
+    // A background process of a plain shell has SIGINT ignored; job control gives it back.
+    const Finished finished = run({"bash", "-c", "set -m; " + script, ZMFB_TOOL, file("log")}, "",
+                                  {"ZMFB_TEST_LOG=" + file("log")});
+    EXPECT_EQ(finished.out,
+              "Sat Nov 21 06:45:33 2026 [0] ana: [CONN] before\n"
+              "Sat Nov 21 06:45:34 2026 [0] ana: [GONE] after\nstatus 0\n");
+}
+
+TEST_F(LogCommand, ALogThatIsNotThereAndWrongNumbersAreErrors) {
+    const Finished missing = log({});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(missing.err.starts_with("error: cannot read " + file("log") +
+                                        "\n  No such file or directory\nhint: "))
+        << missing.err;
+    EXPECT_EQ(log({"--level", "high"}).status, 2);
+    EXPECT_EQ(log({"--count", "-1"}).status, 2);
+}
+
+TEST_F(LogCommand, WhatIsNoEntryIsPassedOver) {
+    write_file("log", "garbage\n\t[x] no head\n\t[0] half");
+    EXPECT_EQ(log({}).out, "");
+    EXPECT_EQ(log({}).status, 0);
+}
+
+}  // namespace
+}  // namespace zmfb::test
