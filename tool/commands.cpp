@@ -6,6 +6,7 @@ void add_all(CommandLine& line) {
     line.head("Databases and DBF files");
     add_create(line);
     add_import(line);
+    add_export(line);
     line.head("Tables");
     add_tables(line);
     add_matrix(line);

@@ -16,6 +16,8 @@ void add_methods(CommandLine& line);
 void add_call(CommandLine& line);
 /// import: brings DBF files in.
 void add_import(CommandLine& line);
+/// export: writes tables into DBF files.
+void add_export(CommandLine& line);
 /// tables, struct, drop: what there is.
 void add_tables(CommandLine& line);
 /// query, exec: SQL.

@@ -6,15 +6,30 @@
 
 namespace zmfb::test {
 
+namespace {
+
+std::vector<std::string> clean_environment() {
+    return {"env",      "-u", "FIREBIRD",     "-u", "FIREBIRD_LOCK", "-u",
+            "ISC_USER", "-u", "ISC_PASSWORD", "-u", "ZMFB_DB"};
+}
+
+}  // namespace
+
 Finished Tool::zmfb(std::vector<std::string> words, const std::string& input,
                     const std::vector<std::string>& environment) const {
-    std::vector<std::string> command{"env",      "-u", "FIREBIRD",     "-u", "FIREBIRD_LOCK", "-u",
-                                     "ISC_USER", "-u", "ISC_PASSWORD", "-u", "ZMFB_DB"};
+    std::vector<std::string> command = clean_environment();
     command.push_back("XDG_CACHE_HOME=" + (process_folder() / "cache").string());
     command.insert(command.end(), environment.begin(), environment.end());
     command.push_back(ZMFB_TOOL);
     command.insert(command.end(), words.begin(), words.end());
     return run(command, input);
+}
+
+Finished Tool::zmfb_in(const std::string& folder, std::vector<std::string> words) const {
+    std::vector<std::string> command = clean_environment();
+    command.insert(command.end(), {"-C", folder, ZMFB_TOOL});
+    command.insert(command.end(), words.begin(), words.end());
+    return run(command, "", {"XDG_CACHE_HOME=" + (process_folder() / "cache").string()});
 }
 
 std::string Tool::database() const {

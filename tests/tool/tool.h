@@ -16,6 +16,8 @@ class Tool : public Runtime {
     /// Runs zmfb with these words.
     Finished zmfb(std::vector<std::string> words, const std::string& input = "",
                   const std::vector<std::string>& environment = {}) const;
+    /// The same in another current folder.
+    Finished zmfb_in(const std::string& folder, std::vector<std::string> words) const;
     /// The path of a database of this test, not made yet.
     [[nodiscard]] std::string new_database() const { return file("test.fdb"); }
     /// The same, made with "zmfb create".

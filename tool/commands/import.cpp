@@ -1,63 +1,70 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
-#include <chrono>
-#include <filesystem>
+#include <cstdio>
 #include <memory>
 
-#include "host/text.h"
 #include "tool/commands.h"
-#include "tool/encoding.h"
-#include "zmfbconn/database.h"
+#include "tool/transfer/converted_copy.h"
+#include "tool/transfer/import_run.h"
+#include "tool/transfer/supervised.h"
+#include "tool/transfer/undo.h"
 
 namespace zmfb::tool {
 namespace {
 
-std::string table_of(zmFBConn& connection, const std::string& file) {
-    const Value name = connection.call("removefilenameext", connection.call("getfilename", file));
-    return std::string(host::upper(name).text());
+struct Given : ImportOptions {
+    std::vector<std::string> files;
+};
+
+void note_begun(std::string_view line, Begun& begun) {
+    const std::string value(line.substr(std::min(line.size(), line.find(' ') + 1)));
+    if (line.starts_with("folder ")) begun.folder = value;
+    if (line.starts_with("data ")) begun.data_file = value;
+    if (line.starts_with("external ")) begun.external = value;
+    if (line.starts_with("table ")) begun.table = value;
+    if (line.starts_with("replaces ")) begun.replaces = true;
 }
 
-bool import_one(Session& session, const std::string& file) {
-    zmFBConn& connection = session.connection();
-    const auto path = to_latin1(file);
-    if (!path) {
-        print_error(fmt::format("{}: a file name with a character outside ISO-8859-1", file));
-        return false;
-    }
-    const auto start = std::chrono::steady_clock::now();
-    const std::size_t raised_before = session.raised().size();
-    if (!connection.call("bringdbf", *path).logical()) {
-        // Most refusals were raised and printed; the few silent ones need a word.
-        const bool silent = session.raised().size() == raised_before;
-        print_error(fmt::format("{} was not imported", file), silent ? last_engine_message() : "");
-        return false;
-    }
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    const std::string table = table_of(connection, *path);
-    const auto records = connection.call("counttablerecords", table).integer();
-    const auto fields = connection.call("filterrddfields", connection.call("gettablestruct", table)).size();
-    fmt::print("{} -> {}: {} records, {} fields, {:.2f} s\n", file, to_utf8(table), records, fields,
-               took.count());
-    std::fflush(stdout);
-    return true;
+// The process of one file: watches the work and, when it is interrupted, takes it back.
+Exit import_one(const Options& options, const Given& given, const std::string& file) {
+    Begun begun;
+    const Ended ended = supervise(
+        options,
+        [&](Session& session, const Reports& reports) { return import_file(session, reports, given, file); },
+        {[&](std::string_view line) { note_begun(line, begun); }, {}});
+    if (ended.signal == 0) return ended.status;
+    return undo_interrupted(options, ended.signal, fmt::format("the import of {}", file), begun);
 }
 
-Exit import_command(Session& session, const std::vector<std::string>& files) {
-    Exit status = Exit::ok;
-    for (const std::string& file : files) {
-        if (!import_one(session, file)) status = Exit::failed;
-    }
-    return status;
+Exit import_command(Session& session, const Given& given) {
+    session.require_database();
+    session.ask_for_missing_password();
+    check_encoding(given.encoding);
+    // Each file is asked for in a process of its own: none may read ahead what is meant for the next.
+    std::setvbuf(stdin, nullptr, _IONBF, 0);
+    return for_each_apart(
+        given.files, [&](const std::string& file) { return import_one(session.options(), given, file); });
 }
 
 }  // namespace
 
 void add_import(CommandLine& line) {
-    const auto files = std::make_shared<std::vector<std::string>>();
-    line.add(line.app(), "import", "Bring DBF files in as tables", "zmfb --db shop.fdb import customers.dbf",
-             [files](Session& session) { return import_command(session, *files); })
-        ->add_option("FILE", *files, "DBF files")
-        ->required();
+    const auto given = std::make_shared<Given>();
+    CLI::App* command = line.add(line.app(), "import", "Bring DBF files in as tables",
+                                 "zmfb --db shop.fdb import customers.dbf",
+                                 [given](Session& session) { return import_command(session, *given); });
+    command->add_option("FILE", given->files, "DBF files")->required();
+    command->add_flag("--dry-run", given->dry_run, "Only say what would be made, and what would be refused");
+    command->add_flag("--skip-deleted", given->skip_deleted, "Leave deleted records out");
+    command->add_option("--encoding-from", given->encoding,
+                        "Encoding of the texts, such as CP850 (\"iconv -l\" lists them)");
+    command->add_option("--rejects", given->rejects, "CSV file for all values that would be refused");
+    command->add_flag("--drop-existing", given->drop_existing, "Replace a table that is there; asks first");
+    command->add_flag("--incomplete", given->incomplete, "Import a file that is cut off as far as it goes");
+    command->add_flag("--keep-data-file", given->keep_data_file,
+                      "Leave the flat file that the engine read under /tmp");
+    add_yes(command, given->yes);
 }
 
 }  // namespace zmfb::tool

@@ -1,0 +1,67 @@
+// Ctrl-C in the middle of an import.
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "tests/support/dbf_builder.h"
+#include "tests/support/environment.h"
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+class ImportInterrupt : public Tool {
+  protected:
+    ImportInterrupt() : path(database()) {
+        DbfBuilder dbf = DbfBuilder().field("CODE", 'N', 8).field("NAME", 'C', 60).field("BORN", 'D', 8);
+        for (int i = 0; i < 300000; ++i) dbf.record({std::to_string(i), "name", "20070301"});
+        dbf.write(file("big.dbf"));
+    }
+    [[nodiscard]] bool has_table(const std::string& table) const {
+        return on(path, {"call", "istable('" + table + "')"}).out == ".T.\n";
+    }
+    std::string path;
+};
+
+TEST_F(ImportInterrupt, LeavesNothingAndSaysWhatWasUndone) {
+    const std::string before = on(path, {"tables"}).out;
+    std::string pid_file = file("pid");
+    Finished finished;
+    // The shell writes its own number and becomes the tool.
+    std::thread tool([&] {
+        finished = run({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "-u", "ZMFB_DB",
+                        "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), "sh", "-c",
+                        "echo $$ > '" + pid_file + "'; exec '" ZMFB_TOOL "' --db '" + path + "' import '" +
+                            file("big.dbf") + "'"});
+    });
+    for (int i = 0; i < 600 && !has_table("EXT_BIG"); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const bool begun = has_table("EXT_BIG");
+    kill(std::stoi(read_file(pid_file)), SIGINT);
+    tool.join();
+    ASSERT_TRUE(begun);
+    EXPECT_EQ(finished.status, 130) << finished.err;
+    EXPECT_EQ(finished.out, "");
+    const std::vector<std::string> said = lines(finished.err);
+    ASSERT_EQ(said.size(), 4U) << finished.err;
+    EXPECT_EQ(said[0], "error: the import of " + file("big.dbf") + " was interrupted, and undone");
+    EXPECT_EQ(said[1], "  external table EXT_BIG dropped");
+    EXPECT_EQ(said[2], "  table BIG dropped");
+    ASSERT_TRUE(said[3].starts_with("  data file /tmp/zmrdd")) << said[3];
+    EXPECT_FALSE(std::filesystem::exists(said[3].substr(12, said[3].find(" removed") - 12)));
+    EXPECT_EQ(on(path, {"tables"}).out, before);
+    const std::string left =
+        on(path, {"query", "--mode", "csv",
+                  "select (select count(*) from rdb$triggers where rdb$trigger_name starting with 'T_BIG'), "
+                  "(select count(*) from rdb$generators where rdb$generator_name starting with 'G_BIG') "
+                  "from rdb$database"})
+            .out;
+    EXPECT_NE(left.find("\n0,0\r\n"), std::string::npos) << left;
+}
+
+}  // namespace
+}  // namespace zmfb::test

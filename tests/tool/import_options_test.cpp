@@ -1,0 +1,129 @@
+// Imports of converted copies, over tables that are there, and what is left behind.
+#include <filesystem>
+
+#include "tests/support/dbf_builder.h"
+#include "tests/support/dbf_readers.h"
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+class ImportOptionsTest : public Tool {
+  protected:
+    ImportOptionsTest() : path(database()) { std::filesystem::create_directory(file("tmp")); }
+    std::string made(const std::string& name, const DbfBuilder& dbf) const {
+        dbf.write(file(name));
+        return file(name);
+    }
+    /// Imports with a folder for temporary files of this test's own.
+    Finished import(const std::string& dbf, const std::vector<std::string>& options = {},
+                    const std::string& input = "") const {
+        std::vector<std::string> words{"--db", path, "import", dbf};
+        words.insert(words.end(), options.begin(), options.end());
+        return zmfb(words, input, {"TMPDIR=" + file("tmp")});
+    }
+    Finished call(const std::string& line) const { return on(path, {"call", line}); }
+    /// The records of a table, as another reader reads them from its export.
+    DbfRecords exported(const std::string& table) const {
+        EXPECT_EQ(on(path, {"export", table, "--yes", "-o", file("tmp")}).status, 0);
+        DbfRecords records = read_with_dbfread(file("tmp/" + table + ".dbf"));
+        std::filesystem::remove(file("tmp/" + table + ".dbf"));
+        return records;
+    }
+    std::string path;
+};
+
+DbfBuilder people() {
+    return DbfBuilder().field("NAME", 'C', 8).record({"Ana"}).record({"Bob"}, '*').record({"Eva"});
+}
+
+TEST_F(ImportOptionsTest, SkipDeletedLeavesThemOutThroughACopyThatIsRemoved) {
+    const std::string dbf = made("people.dbf", people());
+    const std::string bytes = read_file(dbf);
+    const Finished run = import(dbf, {"--skip-deleted"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find(" -> PEOPLE: 2 records, 1 fields, "), std::string::npos) << run.out;
+    EXPECT_EQ(lines(run.out)[1], "1 deleted record left out");
+    EXPECT_EQ(exported("people"), (DbfRecords{{"Ana"}, {"Eva"}}));
+    EXPECT_EQ(read_file(dbf), bytes);
+    EXPECT_TRUE(std::filesystem::is_empty(file("tmp")));
+}
+
+TEST_F(ImportOptionsTest, DeletedRecordsComeAlongAndAreCounted) {
+    const Finished run = import(made("people.dbf", people()));
+    EXPECT_EQ(lines(run.out)[1], "1 deleted record came along; --skip-deleted leaves them out");
+    EXPECT_EQ(exported("people"), (DbfRecords{{"Ana"}, {"Bob"}, {"Eva"}}));
+}
+
+TEST_F(ImportOptionsTest, TextsOfAnotherEncodingBecomeIso88591) {
+    const std::string dbf = made("c.dbf", DbfBuilder()
+                                              .field("NAME", 'C', 8)
+                                              .field("N", 'N', 3)
+                                              .record({"Jo\xC6o", "1"})     // ã
+                                              .record({"\x87\x82", "2"}));  // çé
+    const Finished run = import(dbf, {"--encoding-from", "CP850"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(exported("c"), (DbfRecords{{"Jo\xE3o", "1"}, {"\xE7\xE9", "2"}}));
+    EXPECT_TRUE(std::filesystem::is_empty(file("tmp")));
+}
+
+TEST_F(ImportOptionsTest, ATextThatHasNoPlaceInIso88591IsNamedAndNothingIsMade) {
+    const std::string dbf = made("c.dbf", DbfBuilder().field("NAME", 'C', 4).record({"ok"}).record({"\xB0"}));
+    const Finished run = import(dbf, {"--encoding-from", "CP850"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err,
+              "error: record 2, field NAME: the text cannot be converted to ISO-8859-1\n"
+              "  its bytes are °\n");
+    EXPECT_EQ(call("istable('C')").out, ".F.\n");
+    EXPECT_TRUE(std::filesystem::is_empty(file("tmp")));
+}
+
+TEST_F(ImportOptionsTest, AnUnknownEncodingIsWrongUsage) {
+    const Finished run = import(made("people.dbf", people()), {"--encoding-from", "KLINGON"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_TRUE(run.err.starts_with("error: there is no encoding KLINGON\n")) << run.err;
+}
+
+TEST_F(ImportOptionsTest, ATableThatIsThereIsReplacedOnlyWhenToldSo) {
+    ASSERT_EQ(import(made("people.dbf", people())).status, 0);
+    const std::string dbf = made("people.dbf", DbfBuilder().field("CITY", 'C', 8).record({"Cork"}));
+    EXPECT_EQ(import(dbf).status, 1);
+    const Finished refused = import(dbf, {"--drop-existing"}, "n\n");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, "Drop the table PEOPLE with its 3 records? [y/N] error: " + dbf +
+                               " was not imported\n  Nothing was changed.\n");
+    EXPECT_EQ(exported("people").size(), 3U);
+    EXPECT_EQ(import(dbf, {"--drop-existing"}, "y\n").status, 0);
+    EXPECT_EQ(exported("people"), (DbfRecords{{"Cork"}}));
+    EXPECT_EQ(import(file("people.dbf"), {"--drop-existing", "--yes"}).status, 0);
+    EXPECT_EQ(exported("people"), (DbfRecords{{"Cork"}}));
+}
+
+TEST_F(ImportOptionsTest, EachFileIsAskedForInItsTurn) {
+    ASSERT_EQ(import(made("a.dbf", people())).status, 0);
+    ASSERT_EQ(import(made("b.dbf", people())).status, 0);
+    const std::string other = made("b.dbf", DbfBuilder().field("CITY", 'C', 8).record({"Cork"}));
+    const Finished run = import(file("a.dbf"), {other, "--drop-existing"}, "n\ny\n");
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(exported("a").size(), 3U);
+    EXPECT_EQ(exported("b"), (DbfRecords{{"Cork"}}));
+}
+
+TEST_F(ImportOptionsTest, TheDataFileIsRemovedUnlessItIsToBeKept) {
+    const Finished run = import(made("people.dbf", people()), {"--keep-data-file"});
+    const std::string said = lines(run.out)[0];
+    ASSERT_TRUE(said.starts_with("data file: /tmp/zmrdd")) << run.out;
+    EXPECT_EQ(read_file(said.substr(11)), "Ana     Bob     Eva     ");
+    std::filesystem::remove(said.substr(11));
+}
+
+TEST_F(ImportOptionsTest, AnExternalTableThatAnEarlierRunLeftIsNamedAndDropped) {
+    call("createtableexternal('EXT_PEOPLE', {{'NAME', 'C', 8, 0}}, '/tmp/zmrdd-left-by-a-test.dat')");
+    const Finished run = import(made("people.dbf", people()));
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "note: dropped the external table EXT_PEOPLE that an earlier run had left\n");
+    EXPECT_EQ(call("istable('EXT_PEOPLE')").out, ".F.\n");
+}
+
+}  // namespace
+}  // namespace zmfb::test

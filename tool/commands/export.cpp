@@ -1,0 +1,180 @@
+#include <fmt/format.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+#include "host/dbf_format.h"
+#include "host/text.h"
+#include "tool/commands.h"
+#include "tool/confirm.h"
+#include "tool/encoding.h"
+#include "tool/transfer/export_check.h"
+#include "tool/transfer/supervised.h"
+#include "tool/transfer/undo.h"
+#include "zmfbconn/database.h"
+
+namespace zmfb::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Given {
+    std::vector<std::string> tables;
+    std::string folder = ".";
+    bool yes = false;
+    bool keep_data_file = false;
+};
+
+// Makes a folder the current one while it lives.
+class InFolder {
+  public:
+    explicit InFolder(const fs::path& folder) : before_(fs::current_path()) { fs::current_path(folder); }
+    ~InFolder() {
+        std::error_code ignored;
+        fs::current_path(before_, ignored);
+    }
+    InFolder(const InFolder&) = delete;
+    InFolder& operator=(const InFolder&) = delete;
+
+  private:
+    fs::path before_;
+};
+
+std::string latin1_table(const std::string& table) {
+    const auto name = to_latin1(table);
+    if (!name) throw Failure{Exit::failed, fmt::format("there is no table {}", table)};
+    return *name;
+}
+
+// A folder beside the file to be, so that a finished file takes its name in one go.
+fs::path make_private_folder(const fs::path& beside) {
+    std::string name = (fs::absolute(beside) / ".zmfb-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+        throw Failure{Exit::failed, fmt::format("cannot write into {}", beside.string())};
+    }
+    return name;
+}
+
+std::uint32_t record_count(const fs::path& dbf) {
+    std::string beginning(32, '\0');
+    std::ifstream file(dbf, std::ios::binary);
+    file.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
+    return host::dbf_record_count(
+        std::string_view(beginning).substr(0, static_cast<std::size_t>(file.gcount())));
+}
+
+void report_check(const std::string& table, const ExportCheck& check) {
+    if (check.refusals.empty()) {
+        for (const std::string& warning : check.warnings)
+            fmt::print(stderr, "warning: {}: {}\n", table, warning);
+        return;
+    }
+    std::string reasons;
+    for (const std::string& refusal : check.refusals) reasons += refusal + "\n";
+    throw Failure{Exit::failed, fmt::format("{} cannot be exported", table), reasons};
+}
+
+// Writes the file into the private folder; returns the seconds it took.
+double write_file(Session& session, const std::string& name, const fs::path& folder) {
+    const auto start = std::chrono::steady_clock::now();
+    const std::size_t raised_before = session.raised().size();
+    const InFolder here(folder);
+    if (!session.connection().call("exiletable", name).logical()) {
+        const bool silent = session.raised().size() == raised_before;
+        throw Failure{Exit::failed, fmt::format("{} was not exported", to_utf8(name)),
+                      silent ? "The file could not be written." : last_engine_message()};
+    }
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+Exit export_in_child(Session& session, const Reports& reports, const Given& given, const std::string& table) {
+    zmFBConn& connection = session.connection();
+    const std::string name = latin1_table(table);
+    if (!connection.call("istable", name).logical()) {
+        throw Failure{Exit::failed, fmt::format("there is no table {}", table)};
+    }
+    const Value structure = connection.call("filterrddfields", connection.call("gettablestruct", name));
+    if (structure.size() == 0) {
+        throw Failure{Exit::failed, fmt::format("{} has no columns of its own", table)};
+    }
+    const std::string upper(host::upper(name).text());
+    report_check(to_utf8(upper), check_export(connection, upper, structure));
+
+    const fs::path target = fs::path(given.folder) / (name + ".dbf");
+    if (fs::exists(target) && !given.yes && !confirm(fmt::format("Replace {}?", target.string()))) {
+        throw Failure{Exit::failed, fmt::format("{} is there already", target.string()),
+                      "Nothing was changed. --yes replaces it without asking."};
+    }
+    drop_leftover(connection, "EXT_" + upper);
+    const fs::path folder = make_private_folder(given.folder);
+    reports.send("folder " + folder.string());
+    reports.send("data " + std::string(connection.call("getfullpathdatfile").text()));
+    reports.send("external EXT_" + upper);
+    const double seconds = write_file(session, name, folder);
+    const auto rows = connection.call("counttablerecords", name).integer();
+    const std::uint32_t records = record_count(folder / (name + ".dbf"));
+    if (rows != records) {
+        throw Failure{Exit::failed, fmt::format("{} was not exported: the file has {} records, the table {}",
+                                                table, records, rows)};
+    }
+    fs::rename(folder / (name + ".dbf"), target);
+    fmt::print("{} -> {}: {} records, {} fields, {:.2f} s\n", to_utf8(upper),
+               target.lexically_normal().string(), records, structure.size(), seconds);
+    return Exit::ok;
+}
+
+void note_begun(std::string_view line, Begun& begun) {
+    const std::string value(line.substr(std::min(line.size(), line.find(' ') + 1)));
+    if (line.starts_with("folder ")) begun.folder = value;
+    if (line.starts_with("data ")) begun.data_file = value;
+    if (line.starts_with("external ")) begun.external = value;
+}
+
+// The process of one table: watches the work and clears up behind it.
+Exit export_one(const Options& options, const Given& given, const std::string& table) {
+    Begun begun;
+    const Ended ended = supervise(options,
+                                  [&](Session& session, const Reports& reports) {
+                                      return export_in_child(session, reports, given, table);
+                                  },
+                                  {[&](std::string_view line) { note_begun(line, begun); }, {}});
+    if (given.keep_data_file && ended.signal == 0 && !begun.data_file.empty()) {
+        fmt::print("data file: {}\n", begun.data_file);
+        begun.data_file.clear();
+    }
+    if (ended.signal == 0) {
+        remove_files(begun);
+        return ended.status;
+    }
+    return undo_interrupted(options, ended.signal, fmt::format("the export of {}", table), begun);
+}
+
+Exit export_command(Session& session, const Given& given) {
+    session.require_database();
+    session.ask_for_missing_password();
+    if (!fs::is_directory(given.folder)) {
+        throw Failure{Exit::failed, fmt::format("there is no folder {}", given.folder)};
+    }
+    return for_each_apart(
+        given.tables, [&](const std::string& table) { return export_one(session.options(), given, table); });
+}
+
+}  // namespace
+
+void add_export(CommandLine& line) {
+    const auto given = std::make_shared<Given>();
+    CLI::App* command = line.add(line.app(), "export", "Write tables into DBF files",
+                                 "zmfb --db shop.fdb export customers -o /tmp",
+                                 [given](Session& session) { return export_command(session, *given); });
+    command->add_option("TABLE", given->tables, "Tables; the file is named as the table is given here")
+        ->required();
+    command->add_option("-o,--output", given->folder, "Folder for the files")->capture_default_str();
+    command->add_flag("--keep-data-file", given->keep_data_file,
+                      "Leave the flat file that the engine wrote under /tmp");
+    add_yes(command, given->yes);
+}
+
+}  // namespace zmfb::tool

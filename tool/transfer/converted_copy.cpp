@@ -1,0 +1,100 @@
+#include "tool/transfer/converted_copy.h"
+
+#include <fmt/format.h>
+#include <iconv.h>
+
+#include <cerrno>
+#include <fstream>
+#include <optional>
+
+#include "tool/transfer/dbf_check.h"
+#include "tool/transfer/dbf_records.h"
+
+namespace zmfb::tool {
+namespace {
+
+constexpr std::size_t count_offset = 4;
+
+class Iconv {
+  public:
+    explicit Iconv(const std::string& encoding) : handle_(iconv_open("ISO-8859-1", encoding.c_str())) {}
+    ~Iconv() {
+        if (is_open()) iconv_close(handle_);
+    }
+    Iconv(const Iconv&) = delete;
+    Iconv& operator=(const Iconv&) = delete;
+
+    [[nodiscard]] bool is_open() const {
+        // iconv_open() answers with the address -1.
+        return reinterpret_cast<std::intptr_t>(handle_) != -1;
+    }
+
+    // The text in ISO-8859-1; nothing when it cannot be said there.
+    std::optional<std::string> convert(std::string_view text) {
+        std::string source(text);
+        // No character of ISO-8859-1 takes more than the bytes it came from, but those that stand for one
+        // before (an ESC sequence) may leave some to be written at the end.
+        std::string target(source.size() * 2 + 16, '\0');
+        char* from = source.data();
+        char* to = target.data();
+        std::size_t from_left = source.size();
+        std::size_t to_left = target.size();
+        iconv(handle_, nullptr, nullptr, nullptr, nullptr);
+        if (iconv(handle_, &from, &from_left, &to, &to_left) != 0) return std::nullopt;
+        target.resize(target.size() - to_left);
+        return target;
+    }
+
+  private:
+    iconv_t handle_;
+};
+
+std::string_view without_blanks_at_end(std::string_view text) {
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+void convert_field(Iconv& iconv, const DbfField& field, std::uint64_t number, std::string& record) {
+    const std::string_view bytes =
+        without_blanks_at_end(std::string_view(record).substr(field.offset, field.length));
+    const auto refuse = [&](std::string_view why) {
+        throw Failure{Exit::failed,
+                      fmt::format("record {}, field {}: {}", number, shown_bytes(field.name), why),
+                      fmt::format("its bytes are {}", shown_bytes(bytes))};
+    };
+    std::optional<std::string> text = iconv.convert(bytes);
+    if (!text) refuse("the text cannot be converted to ISO-8859-1");
+    if (text->size() > field.length) refuse("the converted text is longer than the field");
+    text->resize(field.length, ' ');
+    record.replace(field.offset, field.length, *text);
+}
+
+}  // namespace
+
+void check_encoding(const std::string& encoding) {
+    if (encoding.empty() || Iconv(encoding).is_open()) return;
+    throw Failure{Exit::usage, fmt::format("there is no encoding {}", encoding),
+                  "\"iconv -l\" lists them; old DOS files are mostly CP437 or CP850."};
+}
+
+void write_converted(const DbfFile& file, const Conversion& conversion, const std::string& path) {
+    Iconv iconv(conversion.encoding.empty() ? "ISO-8859-1" : conversion.encoding);
+    std::ofstream target(path, std::ios::binary | std::ios::trunc);
+    target << file.header;
+    std::uint32_t written = 0;
+    for_each_record(file, [&](std::uint64_t number, std::string_view bytes) {
+        if (conversion.skip_deleted && bytes[0] == '*') return;
+        std::string record(bytes);
+        for (const DbfField& field : file.fields) {
+            if (field.type == 'C' && !conversion.encoding.empty())
+                convert_field(iconv, field, number, record);
+        }
+        target << record;
+        ++written;
+    });
+    target << '\x1A';
+    target.seekp(count_offset);
+    for (int shift = 0; shift < 32; shift += 8) target.put(static_cast<char>(written >> shift & 0xFF));
+    if (!target.flush()) throw Failure{Exit::failed, fmt::format("cannot write {}", path)};
+}
+
+}  // namespace zmfb::tool

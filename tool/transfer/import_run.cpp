@@ -1,0 +1,249 @@
+#include "tool/transfer/import_run.h"
+
+#include <fmt/format.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+
+#include "tool/confirm.h"
+#include "tool/encoding.h"
+#include "tool/text_table.h"
+#include "tool/transfer/converted_copy.h"
+#include "tool/transfer/dbf_check.h"
+#include "tool/transfer/import_plan.h"
+#include "tool/transfer/rejects.h"
+#include "tool/transfer/undo.h"
+#include "zmfbconn/database.h"
+
+namespace zmfb::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string counted(std::uint64_t count, std::string_view one, std::string_view many) {
+    return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+// A private folder for a converted copy, removed at the end.
+class PrivateFolder {
+  public:
+    explicit PrivateFolder(const Reports& reports) {
+        std::string name = (fs::temp_directory_path() / "zmfb-XXXXXX").string();
+        if (mkdtemp(name.data()) == nullptr) throw Failure{Exit::failed, "cannot make a folder for the copy"};
+        path_ = name;
+        reports.send("folder " + name);
+    }
+    ~PrivateFolder() {
+        std::error_code ignored;
+        fs::remove_all(path_, ignored);
+    }
+    PrivateFolder(const PrivateFolder&) = delete;
+    PrivateFolder& operator=(const PrivateFolder&) = delete;
+    [[nodiscard]] const fs::path& path() const { return path_; }
+
+  private:
+    fs::path path_;
+};
+
+class Import {
+  public:
+    Import(Session& session, const Reports& reports, const ImportOptions& options, const std::string& file)
+        : session_(session),
+          connection_(session.connection()),
+          reports_(reports),
+          options_(options),
+          file_(file),
+          rejects_(file, options.rejects) {}
+
+    Exit run() {
+        check();
+        if (options_.dry_run) return tell();
+        refuse();
+        // Made first: what cannot be converted must not cost the table that is there.
+        std::optional<PrivateFolder> folder;
+        const std::string path = source(folder);
+        make_room();
+        bring(path);
+        summarize();
+        return Exit::ok;
+    }
+
+  private:
+    void check();
+    Exit tell() const;
+    void refuse() const;
+    [[nodiscard]] std::string source(std::optional<PrivateFolder>& folder);
+    void make_room();
+    void bring(const std::string& path);
+    void summarize() const;
+
+    [[nodiscard]] std::string notes(bool made) const;
+    [[noreturn]] void fail(const std::string& why, const std::string& detail);
+
+    Session& session_;
+    zmFBConn& connection_;
+    const Reports& reports_;
+    const ImportOptions& options_;
+    const std::string& file_;
+    DbfFile dbf_;
+    ImportPlan plan_;
+    CheckResult found_;
+    Rejects rejects_;
+    Begun begun_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+void Import::check() {
+    const std::string problem = read_dbf_file(file_, dbf_);
+    if (!problem.empty()) {
+        throw Failure{Exit::failed, fmt::format("{} was not imported", file_),
+                      fmt::format("{} {}", fs::path(file_).filename().string(), problem)};
+    }
+    plan_ = plan_import(connection_, dbf_);
+    if (plan_.table_exists && !options_.drop_existing) {
+        plan_.refusals.push_back(
+            fmt::format("the table {} is there already; --drop-existing replaces it", to_utf8(plan_.table)));
+    }
+    if (dbf_.counted != dbf_.records && !options_.incomplete) {
+        plan_.refusals.push_back(
+            fmt::format("the header counts {}, the file holds {}; --incomplete imports those",
+                        counted(dbf_.counted, "record", "records"), dbf_.records));
+    }
+    reports_.send(fmt::format("phase check {}", dbf_.records));
+    found_ =
+        check_records(dbf_, {options_.skip_deleted, [this](const BadValue& value) { rejects_.add(value); },
+                             [this](std::uint64_t number) { reports_.send(fmt::format("at {}", number)); }});
+    rejects_.close();
+}
+
+// What a person should know of the records, a line each.
+std::string Import::notes(bool made) const {
+    std::string lines;
+    if (found_.deleted > 0) {
+        const std::string records = counted(found_.deleted, "deleted record", "deleted records");
+        const char* said = made ? "came along" : "would come along";
+        lines += options_.skip_deleted
+                     ? fmt::format("{} left out\n", records)
+                     : fmt::format("{} {}; --skip-deleted leaves them out\n", records, said);
+    }
+    if (found_.lost_dates > 0) {
+        lines +=
+            fmt::format("{} {} NULL\n", counted(found_.lost_dates, "impossible date", "impossible dates"),
+                        made ? "became" : "would become");
+    }
+    if (found_.zero_texts > 0) {
+        lines += fmt::format("{} kept as they are\n",
+                             counted(found_.zero_texts, "text with a zero byte", "texts with zero bytes"));
+    }
+    return lines;
+}
+
+Exit Import::tell() const {
+    TextTable columns({{"column"}, {"type"}});
+    for (const PlannedColumn& column : plan_.columns) {
+        columns.add({column.name, column.sql_type.empty() ? "?" : column.sql_type});
+    }
+    const bool possible = plan_.refusals.empty() && rejects_.count() == 0;
+    fmt::print("{} -> {}: {}, {}\n{}{}", file_, shown_bytes(plan_.table),
+               counted(found_.records, "record", "records"), counted(plan_.columns.size(), "field", "fields"),
+               columns.text(), notes(false));
+    if (plan_.table_exists) fmt::print("the table {} would be dropped first\n", shown_bytes(plan_.table));
+    if (possible) {
+        fmt::print("nothing was changed; the import would work\n");
+        return Exit::ok;
+    }
+    std::fflush(stdout);
+    refuse();
+    return Exit::failed;
+}
+
+void Import::refuse() const {
+    std::string reasons;
+    for (const std::string& refusal : plan_.refusals) reasons += refusal + "\n";
+    if (rejects_.count() > 0) {
+        reasons += fmt::format("{} would be refused by the database:\n{}",
+                               counted(rejects_.count(), "value", "values"), rejects_.text());
+        if (!options_.rejects.empty()) reasons += fmt::format("all are in {}\n", options_.rejects);
+    }
+    if (reasons.empty()) return;
+    throw Failure{Exit::failed,
+                  fmt::format("{} {} imported", file_, options_.dry_run ? "would not be" : "was not"),
+                  reasons};
+}
+
+void Import::make_room() {
+    const std::string table = to_utf8(plan_.table);
+    drop_leftover(connection_, "EXT_" + plan_.table);
+    if (!plan_.table_exists) return;
+    if (!options_.yes &&
+        !confirm(fmt::format("Drop the table {} with its {} records?", table,
+                             connection_.call("counttablerecords", plan_.table).integer()))) {
+        throw Failure{Exit::failed, fmt::format("{} was not imported", file_), "Nothing was changed."};
+    }
+    reports_.send("replaces " + plan_.table);
+    if (!connection_.call("droptable", plan_.table).logical()) {
+        throw Failure{Exit::failed, fmt::format("{} cannot be dropped", table), last_engine_message()};
+    }
+}
+
+void Import::fail(const std::string& why, const std::string& detail) {
+    std::string lines = detail;
+    if (!lines.empty() && lines.back() != '\n') lines += '\n';
+    for (const std::string& line : undo(connection_, begun_)) lines += line + "\n";
+    throw Failure{Exit::failed, why, lines};
+}
+
+// The file to import: the given one, or a converted copy of it.
+std::string Import::source(std::optional<PrivateFolder>& folder) {
+    const Conversion conversion{options_.skip_deleted, options_.encoding};
+    if (!conversion.needed()) return file_;
+    folder.emplace(reports_);
+    const std::string path = (folder->path() / fs::path(file_).filename()).string();
+    write_converted(dbf_, conversion, path);
+    return path;
+}
+
+void Import::bring(const std::string& path) {
+    begun_.table = plan_.table;
+    begun_.replaces = plan_.table_exists;
+    begun_.external = "EXT_" + plan_.table;
+    begun_.data_file = connection_.call("getfullpathdatfile").text();
+    reports_.send("data " + begun_.data_file);
+    reports_.send("external " + begun_.external);
+    reports_.send("table " + begun_.table);
+    reports_.send(fmt::format("phase copy {}", found_.records));
+    const std::size_t raised_before = session_.raised().size();
+    if (!connection_.call("bringdbf", path).logical()) {
+        const bool silent = session_.raised().size() == raised_before;
+        fail(fmt::format("{} was not imported", file_), silent ? "" : last_engine_message());
+    }
+    const auto rows = connection_.call("counttablerecords", plan_.table).integer();
+    if (static_cast<std::uint64_t>(rows) != found_.records) {
+        fail(fmt::format("{} was not imported: the table got {} rows of {} records", file_, rows,
+                         found_.records),
+             "");
+    }
+    if (options_.keep_data_file) {
+        fmt::print("data file: {}\n", begun_.data_file);
+    } else {
+        remove_files(begun_);
+    }
+}
+
+void Import::summarize() const {
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start_;
+    fmt::print("{} -> {}: {} records, {} fields, {:.2f} s\n{}", file_, to_utf8(plan_.table), found_.records,
+               plan_.columns.size(), took.count(), notes(true));
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+Exit import_file(Session& session, const Reports& reports, const ImportOptions& options,
+                 const std::string& file) {
+    return Import(session, reports, options, file).run();
+}
+
+}  // namespace zmfb::tool
