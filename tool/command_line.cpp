@@ -56,8 +56,7 @@ void CommandLine::add_options() {
     app_.add_option("--user", options_.user, "User name")->type_name("NAME")->envname("ISC_USER");
     CLI::Option* const password =
         app_.add_option("--password", options_.password,
-                        "Password; other users can read it in the list of processes: better ISC_PASSWORD, "
-                        "--password-file or the prompt")
+                        "Password; shows in the list of processes, unlike ISC_PASSWORD and the prompt")
             ->type_name("TEXT")
             ->each([this](const std::string&) { password_.on_command_line = true; });
     app_.add_option("--password-file", password_.file, "File with the password in its first line")
