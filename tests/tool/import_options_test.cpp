@@ -67,12 +67,12 @@ TEST_F(ImportOptionsTest, TextsOfAnotherEncodingBecomeIso88591) {
     EXPECT_TRUE(std::filesystem::is_empty(file("tmp")));
 }
 
-TEST_F(ImportOptionsTest, ATextThatHasNoPlaceInIso88591IsNamedAndNothingIsMade) {
+TEST_F(ImportOptionsTest, ATextThatTheDatabaseCannotHoldIsNamedAndNothingIsMade) {
     const std::string dbf = made("c.dbf", DbfBuilder().field("NAME", 'C', 4).record({"ok"}).record({"\xB0"}));
     const Finished run = import(dbf, {"--encoding-from", "CP850"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err,
-              "error: record 2, field NAME: the text cannot be converted to ISO-8859-1\n"
+              "error: record 2, field NAME: the text cannot be converted from CP850\n"
               "  its bytes are °\n");
     EXPECT_EQ(call("istable('C')").out, ".F.\n");
     EXPECT_TRUE(std::filesystem::is_empty(file("tmp")));

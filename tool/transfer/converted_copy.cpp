@@ -7,6 +7,7 @@
 #include <fstream>
 #include <optional>
 
+#include "tool/encoding.h"
 #include "tool/transfer/dbf_check.h"
 #include "tool/transfer/dbf_records.h"
 
@@ -17,7 +18,7 @@ constexpr std::size_t count_offset = 4;
 
 class Iconv {
   public:
-    explicit Iconv(const std::string& encoding) : handle_(iconv_open("ISO-8859-1", encoding.c_str())) {}
+    explicit Iconv(const std::string& encoding) : handle_(iconv_open("UTF-8", encoding.c_str())) {}
     ~Iconv() {
         if (is_open()) iconv_close(handle_);
     }
@@ -29,20 +30,19 @@ class Iconv {
         return reinterpret_cast<std::intptr_t>(handle_) != -1;
     }
 
-    // The text in ISO-8859-1; nothing when it cannot be said there.
+    // The text in bytes of the object; nothing when it cannot be said there.
     std::optional<std::string> convert(std::string_view text) {
+        constexpr std::size_t longest_character = 4;
         std::string source(text);
-        // No character of ISO-8859-1 takes more than the bytes it came from, but those that stand for one
-        // before (an ESC sequence) may leave some to be written at the end.
-        std::string target(source.size() * 2 + 16, '\0');
+        std::string utf8(source.size() * longest_character, '\0');
         char* from = source.data();
-        char* to = target.data();
+        char* to = utf8.data();
         std::size_t from_left = source.size();
-        std::size_t to_left = target.size();
+        std::size_t to_left = utf8.size();
         iconv(handle_, nullptr, nullptr, nullptr, nullptr);
         if (iconv(handle_, &from, &from_left, &to, &to_left) != 0) return std::nullopt;
-        target.resize(target.size() - to_left);
-        return target;
+        utf8.resize(utf8.size() - to_left);
+        return to_latin1(utf8);
     }
 
   private:
@@ -53,7 +53,8 @@ std::string_view without_blanks_at_end(std::string_view text) {
     return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
-void convert_field(Iconv& iconv, const DbfField& field, std::uint64_t number, std::string& record) {
+void convert_field(Iconv& iconv, const std::string& encoding, const DbfField& field, std::uint64_t number,
+                   std::string& record) {
     const std::string_view bytes =
         without_blanks_at_end(std::string_view(record).substr(field.offset, field.length));
     const auto refuse = [&](std::string_view why) {
@@ -62,7 +63,7 @@ void convert_field(Iconv& iconv, const DbfField& field, std::uint64_t number, st
                       fmt::format("its bytes are {}", shown_bytes(bytes))};
     };
     std::optional<std::string> text = iconv.convert(bytes);
-    if (!text) refuse("the text cannot be converted to ISO-8859-1");
+    if (!text) refuse(fmt::format("the text cannot be converted from {}", encoding));
     if (text->size() > field.length) refuse("the converted text is longer than the field");
     text->resize(field.length, ' ');
     record.replace(field.offset, field.length, *text);
@@ -86,7 +87,7 @@ void write_converted(const DbfFile& file, const Conversion& conversion, const st
         std::string record(bytes);
         for (const DbfField& field : file.fields) {
             if (field.type == 'C' && !conversion.encoding.empty())
-                convert_field(iconv, field, number, record);
+                convert_field(iconv, conversion.encoding, field, number, record);
         }
         target << record;
         ++written;

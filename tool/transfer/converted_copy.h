@@ -17,10 +17,10 @@ struct Conversion {
 /// Throws Failure (usage) for an encoding that is not known.
 void check_encoding(const std::string& encoding);
 
-/// Writes the converted file to `path`, texts in ISO-8859-1. A text that becomes longer is cut to its field
-/// when only blanks are lost. Throws Failure, which names record, field and bytes, for a text that is none in
-/// its encoding, that has a character outside ISO-8859-1, or that does not fit; and when the file cannot be
-/// written.
+/// Writes the converted file to `path`, texts in the character set of the database. A text that becomes
+/// longer is cut to its field when only blanks are lost. Throws Failure, which names record, field and bytes,
+/// for a text that is none in its encoding, that has a character which the database does not have, or that
+/// does not fit; and when the file cannot be written.
 void write_converted(const DbfFile& file, const Conversion& conversion, const std::string& path);
 
 }  // namespace zmfb::tool
