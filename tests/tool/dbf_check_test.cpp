@@ -181,7 +181,7 @@ TEST_F(DbfCheck, ALastRecordInPartCountsAndMissingOnesDoNot) {
 
 TEST_F(DbfCheck, FilesThatAreNoneAreNamed) {
     DbfFile dbf;
-    EXPECT_EQ(read_dbf_file(file("nosuch.dbf"), dbf), "cannot be read: No such file or directory");
+    EXPECT_EQ(read_dbf_file(file("nosuch.dbf"), dbf), "does not exist");
     EXPECT_EQ(read_dbf_file(folder(), dbf), "is a folder");
     EXPECT_EQ(read_dbf_file(write_file("a", ""), dbf), "is not a DBF file");
     EXPECT_EQ(read_dbf_file(write_file("a", "text, and nothing else"), dbf), "is not a DBF file");

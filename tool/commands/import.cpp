@@ -3,10 +3,12 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include "tool/commands.h"
 #include "tool/transfer/converted_copy.h"
 #include "tool/transfer/import_run.h"
+#include "tool/transfer/progress.h"
 #include "tool/transfer/supervised.h"
 #include "tool/transfer/undo.h"
 
@@ -29,10 +31,16 @@ void note_begun(std::string_view line, Begun& begun) {
 // The process of one file: watches the work and, when it is interrupted, takes it back.
 Exit import_one(const Options& options, const Given& given, const std::string& file) {
     Begun begun;
+    std::optional<Progress> progress(std::in_place, options);
+    const auto take = [&](std::string_view line) {
+        note_begun(line, begun);
+        progress->report(line);
+    };
     const Ended ended = supervise(
         options,
         [&](Session& session, const Reports& reports) { return import_file(session, reports, given, file); },
-        {[&](std::string_view line) { note_begun(line, begun); }, {}});
+        {take, [&] { progress->tick(); }});
+    progress.reset();
     if (ended.signal == 0) return ended.status;
     return undo_interrupted(options, ended.signal, fmt::format("the import of {}", file), begun);
 }

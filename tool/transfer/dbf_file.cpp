@@ -67,7 +67,8 @@ std::string read_dbf_file(const std::string& path, DbfFile& file) {
     std::error_code problem;
     if (std::filesystem::is_directory(path, problem)) return "is a folder";
     std::ifstream stream(path, std::ios::binary);
-    if (!stream) return fmt::format("cannot be read: {}", std::strerror(errno));
+    if (!stream)
+        return errno == ENOENT ? "does not exist" : fmt::format("cannot be read: {}", std::strerror(errno));
     const std::uintmax_t size = std::filesystem::file_size(path, problem);
     if (problem) return "is not a file";
     file.header = read_bytes(stream, descriptor_size);

@@ -13,6 +13,7 @@
 #include "tool/transfer/converted_copy.h"
 #include "tool/transfer/dbf_check.h"
 #include "tool/transfer/import_plan.h"
+#include "tool/transfer/progress.h"
 #include "tool/transfer/rejects.h"
 #include "tool/transfer/undo.h"
 #include "zmfbconn/database.h"
@@ -24,6 +25,13 @@ namespace fs = std::filesystem;
 
 std::string counted(std::uint64_t count, std::string_view one, std::string_view many) {
     return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+// A date takes two characters more in the file that the engine reads.
+std::size_t data_record_size(const DbfFile& file) {
+    std::size_t size = 0;
+    for (const DbfField& field : file.fields) size += field.type == 'D' ? 10 : field.length;
+    return size;
 }
 
 // A private folder for a converted copy, removed at the end.
@@ -115,6 +123,7 @@ void Import::check() {
     found_ =
         check_records(dbf_, {options_.skip_deleted, [this](const BadValue& value) { rejects_.add(value); },
                              [this](std::uint64_t number) { reports_.send(fmt::format("at {}", number)); }});
+    reports_.send("phase none 0");
     rejects_.close();
 }
 
@@ -141,6 +150,7 @@ std::string Import::notes(bool made) const {
 }
 
 Exit Import::tell() const {
+    Progress::clear();
     TextTable columns({{"column"}, {"type"}});
     for (const PlannedColumn& column : plan_.columns) {
         columns.add({column.name, column.sql_type.empty() ? "?" : column.sql_type});
@@ -177,6 +187,7 @@ void Import::make_room() {
     const std::string table = to_utf8(plan_.table);
     drop_leftover(connection_, "EXT_" + plan_.table);
     if (!plan_.table_exists) return;
+    Progress::clear();
     if (!options_.yes &&
         !confirm(fmt::format("Drop the table {} with its {} records?", table,
                              connection_.call("counttablerecords", plan_.table).integer()))) {
@@ -213,6 +224,7 @@ void Import::bring(const std::string& path) {
     reports_.send("data " + begun_.data_file);
     reports_.send("external " + begun_.external);
     reports_.send("table " + begun_.table);
+    reports_.send(fmt::format("size {}", data_record_size(dbf_)));
     reports_.send(fmt::format("phase copy {}", found_.records));
     const std::size_t raised_before = session_.raised().size();
     if (!connection_.call("bringdbf", path).logical()) {
@@ -225,6 +237,8 @@ void Import::bring(const std::string& path) {
                          found_.records),
              "");
     }
+    reports_.send("phase none 0");
+    Progress::clear();
     if (options_.keep_data_file) {
         fmt::print("data file: {}\n", begun_.data_file);
     } else {
@@ -243,7 +257,12 @@ void Import::summarize() const {
 
 Exit import_file(Session& session, const Reports& reports, const ImportOptions& options,
                  const std::string& file) {
-    return Import(session, reports, options, file).run();
+    try {
+        return Import(session, reports, options, file).run();
+    } catch (const Failure&) {
+        Progress::clear();
+        throw;
+    }
 }
 
 }  // namespace zmfb::tool

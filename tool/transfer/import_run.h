@@ -21,7 +21,8 @@ struct ImportOptions {
 
 /// Imports a file after it was looked through, or with dry_run says only what would come of it. Reports what
 /// it begins: "folder", "data", "external", "table" and "replaces" with a value each; and how far it is:
-/// "phase" with "check", "write" or "copy" and the total, "at" with the records. Throws Failure.
+/// "phase" with "check", "copy" or "none" and the number of records, "at" with the records checked, "size"
+/// with the bytes that one takes in the data file. Throws Failure.
 Exit import_file(Session& session, const Reports& reports, const ImportOptions& options,
                  const std::string& file);
 

@@ -17,6 +17,7 @@ namespace zmfb::tool {
 namespace {
 
 constexpr int tick_milliseconds = 100;
+constexpr std::array signals{SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t caught = 0;
 volatile std::sig_atomic_t passed_on_to = 0;
@@ -26,7 +27,7 @@ void note(int signal) {
     if (passed_on_to != 0) kill(passed_on_to, signal);
 }
 
-// Notes SIGINT and SIGTERM while it lives, and passes them on to a process if there is one.
+// Notes these signals while it lives, and passes them on to a process if there is one.
 class Signals {
   public:
     Signals() {
@@ -34,20 +35,17 @@ class Signals {
         struct sigaction action {};
         action.sa_handler = note;
         sigemptyset(&action.sa_mask);
-        sigaction(SIGINT, &action, &interrupt_);
-        sigaction(SIGTERM, &action, &terminate_);
+        for (std::size_t i = 0; i < signals.size(); ++i) sigaction(signals[i], &action, &before_[i]);
     }
     ~Signals() {
         passed_on_to = 0;
-        sigaction(SIGINT, &interrupt_, nullptr);
-        sigaction(SIGTERM, &terminate_, nullptr);
+        for (std::size_t i = 0; i < signals.size(); ++i) sigaction(signals[i], &before_[i], nullptr);
     }
     Signals(const Signals&) = delete;
     Signals& operator=(const Signals&) = delete;
 
   private:
-    struct sigaction interrupt_ {};
-    struct sigaction terminate_ {};
+    std::array<struct sigaction, signals.size()> before_{};
 };
 
 pid_t fork_or_fail() {
@@ -62,10 +60,11 @@ pid_t fork_or_fail() {
     _exit(status);
 }
 
-// The terminal's Ctrl-C reaches the child too, but only its watcher acts on it.
+// The terminal's signals reach the child too, but only its watcher acts on it.
 [[noreturn]] void be_child(const Options& options, const std::function<Exit(Session&, const Reports&)>& work,
                            int descriptor, pid_t watcher) {
     std::signal(SIGINT, SIG_IGN);
+    std::signal(SIGHUP, SIG_IGN);
     std::signal(SIGTERM, SIG_DFL);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != watcher) _exit(static_cast<int>(Exit::failed));

@@ -28,7 +28,7 @@ class Reports {
 /// How supervised work ended.
 struct Ended {
     Exit status = Exit::failed;
-    int signal = 0;  ///< the one that interrupted it: SIGINT or SIGTERM; 0 when it came to its end
+    int signal = 0;  ///< the one that interrupted it: SIGINT, SIGTERM or SIGHUP; 0 when it came to its end
 };
 
 struct Supervision {
