@@ -133,7 +133,7 @@ TEST_F(ExportCommand, TheDataFileIsRemovedUnlessItIsToBeKept) {
     exec("insert into shop (name) values ('Ana')");
     EXPECT_EQ(export_to_folder("shop").status, 0);
     const Finished kept = on(path, {"export", "shop", "-y", "-o", folder_out, "--keep-data-file"});
-    const std::string said = lines(kept.out).back();
+    const std::string said = lines(kept.out).at(1);
     ASSERT_TRUE(said.starts_with("data file: /tmp/zmrdd")) << kept.out;
     const std::string data_file = said.substr(11);
     EXPECT_EQ(read_file(data_file), "Ana       \n");

@@ -43,7 +43,7 @@ TEST_F(ImportOptionsTest, SkipDeletedLeavesThemOutThroughACopyThatIsRemoved) {
     const Finished run = import(dbf, {"--skip-deleted"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.out.find(" -> PEOPLE: 2 records, 1 fields, "), std::string::npos) << run.out;
-    EXPECT_EQ(lines(run.out)[1], "1 deleted record left out");
+    EXPECT_EQ(lines(run.out).at(1), "1 deleted record left out");
     EXPECT_EQ(exported("people"), (DbfRecords{{"Ana"}, {"Eva"}}));
     EXPECT_EQ(read_file(dbf), bytes);
     EXPECT_TRUE(std::filesystem::is_empty(file("tmp")));
@@ -51,7 +51,7 @@ TEST_F(ImportOptionsTest, SkipDeletedLeavesThemOutThroughACopyThatIsRemoved) {
 
 TEST_F(ImportOptionsTest, DeletedRecordsComeAlongAndAreCounted) {
     const Finished run = import(made("people.dbf", people()));
-    EXPECT_EQ(lines(run.out)[1], "1 deleted record came along; --skip-deleted leaves them out");
+    EXPECT_EQ(lines(run.out).at(1), "1 deleted record came along; --skip-deleted leaves them out");
     EXPECT_EQ(exported("people"), (DbfRecords{{"Ana"}, {"Bob"}, {"Eva"}}));
 }
 
@@ -111,7 +111,7 @@ TEST_F(ImportOptionsTest, EachFileIsAskedForInItsTurn) {
 
 TEST_F(ImportOptionsTest, TheDataFileIsRemovedUnlessItIsToBeKept) {
     const Finished run = import(made("people.dbf", people()), {"--keep-data-file"});
-    const std::string said = lines(run.out)[0];
+    const std::string said = lines(run.out).at(0);
     ASSERT_TRUE(said.starts_with("data file: /tmp/zmrdd")) << run.out;
     EXPECT_EQ(read_file(said.substr(11)), "Ana     Bob     Eva     ");
     std::filesystem::remove(said.substr(11));
