@@ -20,6 +20,7 @@ struct Encoding {
 };
 
 std::unique_ptr<Encoding> chosen;  // null for ISO-8859-1
+std::string chosen_name = "ISO-8859-1";
 
 std::string utf8_of_latin1(unsigned char byte) {
     if (byte < 0x80) return {static_cast<char>(byte)};
@@ -82,8 +83,11 @@ bool set_encoding(const std::string& name) {
     constexpr std::size_t fewest = 64;  // the upper halves of sets with longer characters have hardly any
     if (!letters_stay || known < fewest) return false;
     chosen = std::move(made);
+    chosen_name = name;
     return true;
 }
+
+const std::string& encoding_name() { return chosen_name; }
 
 std::string to_utf8(std::string_view latin1) {
     std::string out;

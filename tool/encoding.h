@@ -11,6 +11,9 @@ namespace zmfb::tool {
 /// changes nothing, when the name is not known, or a character of the set takes more than a byte.
 bool set_encoding(const std::string& name);
 
+/// The name of the set in force.
+const std::string& encoding_name();
+
 /// Bytes of the object to UTF-8. A byte without a character becomes U+FFFD; ISO-8859-1 has none of them.
 std::string to_utf8(std::string_view latin1);
 

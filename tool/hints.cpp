@@ -22,8 +22,10 @@ constexpr std::array hints{
     Hint{"Database already opened with engine instance",
          "another program has the file open with other engine settings; end it, or put the database on a "
          "server"},
-    Hint{"lock folder",
-         "another user of this host has the database open; a server lets several users share it"},
+    Hint{
+        "cannot make the folder of lock files",
+        "the engine keeps its locks beside the database: this user must be able to write that folder, or the "
+        "database goes to a server"},
     Hint{"Can't access lock files' directory",
          "another user made the lock folder; a server lets several users share a database"},
     Hint{"Use of external file at location",
@@ -40,8 +42,8 @@ constexpr std::array hints{
          "docs/deployment.md says how"},
     Hint{"is in use", "another program uses the table; zmfb opens shows which work areas have it open"},
     Hint{"is not a valid database", "the file is no Firebird database; \"zmfb create\" makes one"},
-    Hint{"No such file or directory", "\"zmfb create\" makes a new database"},
     Hint{"Permission denied", "this user may not read and write the file, or enter its folder"},
+    Hint{"Error while trying to open file", "\"zmfb create\" makes a new database"},
     Hint{"unsupported on-disk structure", "the file was made by another version of the engine"},
 };
 

@@ -76,7 +76,7 @@ class Reader {
         const std::size_t end = rest_.find(quote, 1);
         if (end == std::string_view::npos) fail("a text without its closing quote");
         const auto latin1 = to_latin1(rest_.substr(1, end - 1));
-        if (!latin1) fail("a text with a character outside ISO-8859-1");
+        if (!latin1) fail("a text with a character outside " + encoding_name());
         rest_.remove_prefix(end + 1);
         return *latin1;
     }

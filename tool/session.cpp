@@ -17,7 +17,8 @@ namespace {
 
 std::string latin1_option(const std::string& text, std::string_view option) {
     auto latin1 = to_latin1(text);
-    if (!latin1) throw Failure{Exit::usage, fmt::format("{} has a character outside ISO-8859-1", option)};
+    if (!latin1)
+        throw Failure{Exit::usage, fmt::format("{} has a character outside {}", option, encoding_name())};
     return *latin1;
 }
 

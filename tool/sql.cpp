@@ -9,7 +9,7 @@ namespace {
 
 std::string statement_bytes(const std::string& statement) {
     const auto latin1 = to_latin1(statement);
-    if (!latin1) throw Failure{Exit::usage, "the statement has a character outside ISO-8859-1"};
+    if (!latin1) throw Failure{Exit::usage, "the statement has a character outside " + encoding_name()};
     return *latin1;
 }
 

@@ -3,6 +3,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/support/environment.h"
+#include "tests/support/server.h"
 #include "tests/tool/tool.h"
 #include "zmfbconn/database.h"
 
@@ -123,6 +125,21 @@ TEST_F(DoctorCommand, AnUnwritableLogIsANoteOnly) {
     EXPECT_EQ(run.status, 0);
     EXPECT_NE(run.out.find("[note] log: /nowhere/log is not there and cannot be made"), std::string::npos)
         << run.out;
+}
+
+TEST_F(DoctorCommand, ADatabaseOnAServerIsLookedAtInTheSameWay) {
+    const std::string name = Server::shared().name_of(file("on_server.fdb"));
+    const std::vector<std::string> secret{std::string("ISC_PASSWORD=") + sysdba_password};
+    EXPECT_EQ(zmfb({"--db", name, "--user", "SYSDBA", "create"}, "", secret).status, 0);
+    const Finished run = zmfb({"--db", name, "--user", "SYSDBA", "doctor"}, "", secret);
+    EXPECT_EQ(run.status, 0) << run.out;
+    EXPECT_EQ(run.err, "");
+    EXPECT_NE(run.out.find("[ok] external tables: a row was written and read\n"), std::string::npos)
+        << run.out;
+    const Finished refused = zmfb({"--db", name, "--user", "SYSDBA", "doctor"}, "", {"ISC_PASSWORD=wrong"});
+    EXPECT_EQ(refused.status, 3);
+    EXPECT_NE(refused.out.find("[bad] attach: "), std::string::npos) << refused.out;
+    EXPECT_NE(refused.out.find("       check --user and the password"), std::string::npos) << refused.out;
 }
 
 // An engine whose settings let no external file be used, and no function be loaded.

@@ -103,6 +103,17 @@ TEST_F(Usage, ErrorsOfTheEngineHaveAHint) {
         std::string::npos);
 }
 
+TEST_F(Usage, AFolderWithoutRoomForLockFilesGetsAHintToo) {
+    write_file(".zmfb-locks", "");
+    const Finished run = on(new_database(), {"tables"});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_TRUE(run.err.starts_with(
+        "error: cannot prepare the embedded engine\n  cannot make the folder of lock files "))
+        << run.err;
+    EXPECT_NE(run.err.find("\nhint: the engine keeps its locks beside the database"), std::string::npos)
+        << run.err;
+}
+
 TEST_F(Usage, TextsOfAnotherSingleByteSetAreShownAndFound) {
     const std::string path = database();
     on(path, {"call", "createtable('T', {{'NAME', 'C', 10, 0}})"});
@@ -114,7 +125,11 @@ TEST_F(Usage, TextsOfAnotherSingleByteSetAreShownAndFound) {
         on(path, {"--encoding", "CP1253", "call", "getrow('T', \"NAME = 'αβγ'\", 'RECNO', '', 0)"}).status,
         0);
     EXPECT_EQ(on(path, {"query", "--mode", "csv", "select name from t"}).out, "NAME\r\náâã\r\n");
-    EXPECT_EQ(on(path, {"exec", "insert into t (name) values ('αβγ')"}).status, 2);
+    const Finished refused = on(path, {"exec", "insert into t (name) values ('αβγ')"});
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.err, "error: the statement has a character outside ISO-8859-1\n");
+    EXPECT_EQ(on(path, {"--encoding", "CP1253", "exec", "insert into t (name) values ('ã')"}).err,
+              "error: the statement has a character outside CP1253\n");
 }
 
 TEST_F(Usage, AnEncodingThatIsNoSingleByteSetIsRefused) {

@@ -40,7 +40,8 @@ bool has_actions(const Value& log) {
 
 std::string latin1_argument(const std::string& text, std::string_view what) {
     const auto latin1 = to_latin1(text);
-    if (!latin1) throw Failure{Exit::usage, fmt::format("{} has a character outside ISO-8859-1", what)};
+    if (!latin1)
+        throw Failure{Exit::usage, fmt::format("{} has a character outside {}", what, encoding_name())};
     return *latin1;
 }
 
