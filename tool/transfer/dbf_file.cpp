@@ -77,7 +77,7 @@ std::string read_dbf_file(const std::string& path, DbfFile& file) {
     file.start = number_at(file.header, 8, 2);
     file.record_length = number_at(file.header, 10, 2);
     if (file.start <= descriptor_size) return "has no fields";
-    file.header += read_bytes(stream, file.start - descriptor_size);
+    file.header += read_bytes(stream, static_cast<std::size_t>(file.start) - descriptor_size);
     if (file.header.size() < file.start) return "is a DBF file that ends within its header";
     std::size_t offset = 1;
     for (std::size_t at = descriptor_size; at + descriptor_size <= file.start - 1; at += descriptor_size) {
