@@ -34,7 +34,7 @@ Value gettablereccount(Self& self, Args args) {
     const Value& tbl = args[0];
     const Value result = select_about(self, live_count, tbl);
     if (has_row(result)) return first_number(result);
-    const Value iret = call(self, "counttablerecords", tbl);
+    Value iret = call(self, "counttablerecords", tbl);
     call(self, "writelog", "[FORCED] Hard Count. Table: " + tbl, 5);
     return iret;
 }

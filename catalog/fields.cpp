@@ -23,7 +23,7 @@ bool is_driver_field(const Value& name) {
 
 template <class Predicate>
 Value fields_where(const Value& tblstru, Predicate keep) {
-    const Value aret = host::array_of();
+    Value aret = host::array_of();
     for (const Value& field : tblstru.items()) {
         if (keep(field[1])) aadd(aret, host::array_of(field[1], field[2], field[3], field[4]));
     }

@@ -11,7 +11,7 @@ constexpr std::string_view user_tables =
 }  // namespace
 
 Value gettablesname(Self& self, Args) {
-    const Value aret = data_rows(call(self, "internalselect", user_tables));
+    Value aret = data_rows(call(self, "internalselect", user_tables));
     for (Value& row : aret.items()) row = alltrim(row[1]);
     return aret;
 }

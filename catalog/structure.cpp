@@ -69,7 +69,7 @@ Value getinternaltablestruct(Self& self, Args args) {
 
 Value gettablestruct(Self& self, Args args) {
     const Value& tbl = args[0];
-    const Value astru = host::array_of();
+    Value astru = host::array_of();
     const Value arealstru = call(self, "getinternaltablestruct", tbl);
     for (const Value& row : arealstru.items()) {
         const Value sfieldname = alltrim(upper(row[field_name]));

@@ -139,7 +139,7 @@ Value aclone(const Value& a) {
         }
         return place->second;
     };
-    const Value made = copy_of(a);
+    Value made = copy_of(a);
     while (!work.empty()) {
         const Pair now = std::move(work.back());
         work.pop_back();

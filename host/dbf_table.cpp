@@ -10,7 +10,7 @@
 namespace zmfb::host {
 namespace {
 
-constexpr std::int64_t block_size = 256 * 1024;
+constexpr std::int64_t block_size = std::int64_t{256} * 1024;
 constexpr ByteRange append_lock{dbf_use.size, 1};
 
 /// What a transfer that fell short reports when the system gave no reason.

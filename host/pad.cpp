@@ -28,7 +28,7 @@ Value padded_text(const Value& value) {
 
 Value pad(Side side, std::string_view operation, const Value& value, const Value& length, const Value& fill) {
     if (!length.is(Kind::numeric) || length.number() < 1) return "";
-    const Value source = padded_text(value);
+    Value source = padded_text(value);
     if (!source.is(Kind::character)) return "";
     const std::string_view text = source.text();
     if (length.number() > static_cast<double>(max_filled_size)) return string_overflow(operation);

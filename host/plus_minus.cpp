@@ -62,8 +62,9 @@ Value operator+(const Value& a, const Value& b) {
 
 Value operator+(Value&& a, const Value& b) {
     if (!both(Kind::character, a, b) || overflows(a, b)) return static_cast<const Value&>(a) + b;
+    const bool itself = &a == &b;
     Value made = std::move(a);
-    made.append(&a == &b ? made.text() : b.text());
+    made.append(itself ? made.text() : b.text());
     return made;
 }
 

@@ -23,7 +23,7 @@ constexpr char end_of_text = 0x1A;
 class Lines {
   public:
     Lines(Descriptor&& file, std::size_t width) : file_(std::move(file)), width_(width) {
-        buffer_.resize(std::max<std::size_t>(256 * 1024, 2 * (width + 2)));
+        buffer_.resize(std::max<std::size_t>(std::size_t{256} * 1024, 2 * (width + 2)));
         fill();
         find_full_lines();
     }
@@ -65,7 +65,7 @@ class Lines {
         const auto size = static_cast<std::uint64_t>(std::max<std::int64_t>(file_.size(), 0));
         char last = 0;
         if (size > 0) file_.read_at(static_cast<std::int64_t>(size) - 1, {&last, 1});
-        for (const std::size_t line_end : {1, 2}) {
+        for (const std::size_t line_end : {1U, 2U}) {
             const std::uint64_t line = width_ + line_end;
             const auto fits = [&](std::uint64_t bytes) {
                 return bytes % line == 0 || bytes % line == width_;

@@ -65,7 +65,7 @@ Value getlockedrecords(Self& self, Args args) {
     const Value result = select(self, records_of_area,
                                 {table_of_rlocks, rck_col_tablerecno, rck_col_tablename, rck_col_areaid,
                                  tablename(tbl), areaid(area)});
-    const Value aret = Value::array_of_size(0);
+    Value aret = Value::array_of_size(0);
     for (std::size_t i = 2; i <= result.size(); ++i) host::aadd(aret, host::val(result[i][1]));
     return aret;
 }

@@ -7,7 +7,7 @@
 namespace zmfb::schema {
 
 Value parameter_array(std::initializer_list<Parameter> parameters) {
-    const Value aparam = host::array_of();
+    Value aparam = host::array_of();
     for (const Parameter& parameter : parameters)
         add_parameter(aparam, parameter.placeholder, parameter.value);
     return aparam;

@@ -81,11 +81,10 @@ std::string prepare_client(std::string_view database) {
     }
     const fs::path folder = environment_folder(functions);
     if (folder.empty()) return "there is no folder to make a private Firebird environment in";
-    const std::string problem =
-        make_environment({.folder = folder.string(),
-                          .udf_folder = functions,
-                          .external_file_folders = {std::string(external_file_folder)},
-                          .extra_settings = {}});
+    std::string problem = make_environment({.folder = folder.string(),
+                                            .udf_folder = functions,
+                                            .external_file_folders = {std::string(external_file_folder)},
+                                            .extra_settings = {}});
     if (!problem.empty()) return problem;
     use_environment(folder.string());
     return use_lock_folder(lock_folder(database));
