@@ -5,17 +5,21 @@
 
 namespace zmfb::tool {
 
-/// While it lives, the first Ctrl-C is only noted, for whoever asks; a second one ends the program as
-/// usual. System calls are not restarted.
+/// While it lives, Ctrl-C is only noted, for whoever asks. System calls are not restarted.
 class InterruptWatch {
   public:
-    InterruptWatch();
+    /// What becomes of one more Ctrl-C.
+    enum class Second { ends_the_program, is_noted };
+
+    explicit InterruptWatch(Second second = Second::ends_the_program);
     ~InterruptWatch();
     InterruptWatch(const InterruptWatch&) = delete;
     InterruptWatch& operator=(const InterruptWatch&) = delete;
 
     /// Whether Ctrl-C came since the last watch began.
     static bool interrupted();
+    /// A descriptor that has something to read from then on, for those who wait for other things as well.
+    static int descriptor();
 
   private:
     struct sigaction before_ {};

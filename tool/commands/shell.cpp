@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "tool/commands.h"
+#include "tool/interrupt.h"
 #include "tool/shell/line_reader.h"
 #include "tool/terminal.h"
 
@@ -21,6 +22,7 @@ void add_to_input(std::string& input, const std::string& line) {
 void talk(Session& session) {
     fmt::print("zmfb {}, {}\n.help shows what can be typed, .quit or Ctrl-D ends.\n", library_version(),
                session.options().database);
+    const InterruptWatch watch(InterruptWatch::Second::is_noted);  // between the lines, too
     Shell shell(session, true);
     LineReader reader(
         [&](std::string_view line, std::size_t start) { return shell.candidates(line, start); });

@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "tool/commands.h"
+#include "tool/encoding.h"
 #include "tool/shell/names.h"
 #include "tool/shell/shell.h"
 #include "tool/suggest.h"
@@ -13,8 +14,8 @@ namespace zmfb::tool {
 namespace {
 
 // Commands of the command line that are of use in an open session as well.
-constexpr std::string_view shared_commands[] = {"tables", "struct", "locks", "opens",  "unlock", "import",
-                                                "export", "drop",   "log",   "doctor", "methods"};
+constexpr std::string_view shared_commands[] = {"tables", "struct", "drop",   "locks",  "opens",
+                                                "unlock", "log",    "doctor", "methods"};
 constexpr int deepest_read = 10;
 
 /// The shared commands that there are, with their help.
@@ -29,6 +30,12 @@ std::vector<std::pair<std::string, std::string>> shared_with_help() {
         }
     }
     return found;
+}
+
+bool is_command_of_the_tool(const std::string& name) {
+    CommandLine line;
+    add_all(line);
+    return !line.app()->get_subcommands([&](const CLI::App* one) { return one->get_name() == name; }).empty();
 }
 
 /// Words parted by blanks; quotes of either kind hold a word together.
@@ -85,6 +92,10 @@ void Shell::run_dot_command(const std::string& line) {
     std::vector<std::string> names;
     for (const DotCommand& one : dot_commands) names.emplace_back(one.name);
     for (const auto& one : shared) names.push_back(one.first);
+    if (is_command_of_the_tool(words[0])) {
+        return fail(fmt::format("there is no command .{}", words[0]),
+                    fmt::format("It is one of the command line: zmfb {}", words[0]));
+    }
     const std::string nearest = nearest_name(words[0], names);
     fail(fmt::format("there is no command .{}{}", words[0],
                      nearest.empty() ? "" : fmt::format("; did you mean \".{}\"?", nearest)),
@@ -96,7 +107,7 @@ void Shell::run_command(const std::vector<std::string>& words) {
     CommandLine line;
     add_all(line);
     if (line.run_within(session_, words) != Exit::ok) failed_ = true;
-    forget_tables();
+    tables_.reset();
 }
 
 void Shell::help(const std::vector<std::string>& words) {
@@ -160,6 +171,15 @@ void Shell::read(const std::vector<std::string>& words) {
 
 void Shell::quit(const std::vector<std::string>&) { done_ = true; }
 
+const std::vector<std::string>& Shell::table_names() {
+    if (!tables_) {
+        tables_.emplace();
+        const Value tables = session_.connection().call("gettablesname");
+        for (const Value& table : tables.items()) tables_->push_back(to_utf8(table.text()));
+    }
+    return *tables_;
+}
+
 std::vector<std::string> Shell::candidates(std::string_view line, std::size_t start) {
     const bool command = line.starts_with('.');
     std::vector<std::string> all;
@@ -174,11 +194,11 @@ std::vector<std::string> Shell::candidates(std::string_view line, std::size_t st
     } else if (line.starts_with(".help ")) {
         add(method_names());
     } else if (command) {
-        add(table_names(session_));
+        add(table_names());
     } else if (start == 0 && !waiting()) {
         add(beginnings());
     } else {
-        add(table_names(session_));
+        add(table_names());
         add(sql_words());
     }
     return all;

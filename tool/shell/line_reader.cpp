@@ -2,10 +2,14 @@
 
 #include <editline/readline.h>
 #include <langinfo.h>
+#include <poll.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cctype>
+#include <cerrno>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -66,6 +70,38 @@ char** complete(const char* text, int start, int) {
     return rl_completion_matches(text, next_match);
 }
 
+// One byte of the input, -1 at its end or when Ctrl-C came.
+int next_byte(std::FILE* in) {
+    std::array<pollfd, 2> waits{{{fileno(in), POLLIN, 0}, {InterruptWatch::descriptor(), POLLIN, 0}}};
+    while (::poll(waits.data(), waits.size(), -1) < 0) {
+        if (errno != EINTR) return -1;
+    }
+    unsigned char byte = 0;
+    return waits[1].revents == 0 && ::read(waits[0].fd, &byte, 1) == 1 ? byte : -1;
+}
+
+// A character: the editor wants it whole.
+int next_character(std::FILE* in) {
+    int character = next_byte(in);
+    int more = 0;
+    if (character >= 0xF0) {
+        character &= 0x07;
+        more = 3;
+    } else if (character >= 0xE0) {
+        character &= 0x0F;
+        more = 2;
+    } else if (character >= 0xC0) {
+        character &= 0x1F;
+        more = 1;
+    }
+    for (; more > 0; --more) {
+        const int byte = next_byte(in);
+        if (byte < 0) return -1;
+        character = character << 6 | (byte & 0x3F);
+    }
+    return character;
+}
+
 // Letters beyond ASCII are edited as one only in a UTF-8 locale, and UTF-8 is what the tool reads.
 void use_utf8() {
     std::setlocale(LC_CTYPE, "");
@@ -101,6 +137,7 @@ LineReader::LineReader(Candidates candidates) : history_file_(path_of_history())
     candidates_in_use() = std::move(candidates);
     rl_readline_name = "zmfb";
     rl_catch_signals = 0;
+    rl_getc_function = next_character;
     rl_initialize();
     using_history();
     stifle_history(longest_history);
@@ -114,7 +151,7 @@ LineReader::~LineReader() { candidates_in_use() = nullptr; }
 
 std::optional<std::string> LineReader::read(const std::string& prompt) {
     std::fflush(stdout);
-    const InterruptWatch watch;
+    const InterruptWatch watch(InterruptWatch::Second::is_noted);
     const std::unique_ptr<char, decltype(&std::free)> line(readline(prompt.c_str()), &std::free);
     interrupted_ = InterruptWatch::interrupted();
     if (!line || interrupted_) {

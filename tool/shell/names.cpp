@@ -1,11 +1,10 @@
 #include "tool/shell/names.h"
 
 #include <algorithm>
-#include <optional>
 #include <sstream>
 
-#include "tool/encoding.h"
 #include "tool/shell/statement.h"
+#include "zmfbconn/connection.h"
 
 namespace zmfb::tool {
 namespace {
@@ -14,11 +13,6 @@ constexpr std::string_view inner_words =
     "and as asc between by case cast coalesce count delete desc distinct end exists extract first from full "
     "group having in inner insert into is join left like max min not null on or order outer plan returning "
     "right rows select set skip starting sum table then union update upper values view when where with";
-
-std::optional<std::vector<std::string>>& known_tables() {
-    static std::optional<std::vector<std::string>> tables;
-    return tables;
-}
 
 std::vector<std::string> words_of(std::string_view text) {
     std::istringstream in{std::string(text)};
@@ -47,17 +41,5 @@ std::vector<std::string> beginnings() {
 }
 
 std::vector<std::string> sql_words() { return words_of(inner_words); }
-
-const std::vector<std::string>& table_names(Session& session) {
-    if (!known_tables()) {
-        std::vector<std::string> names;
-        const Value tables = session.connection().call("gettablesname");
-        for (const Value& table : tables.items()) names.push_back(to_utf8(table.text()));
-        known_tables() = std::move(names);
-    }
-    return *known_tables();
-}
-
-void forget_tables() { known_tables().reset(); }
 
 }  // namespace zmfb::tool

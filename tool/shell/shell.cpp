@@ -109,7 +109,7 @@ void Shell::run_one(std::string_view statement) {
     }
     const Clock::time_point start = Clock::now();
     run_statement(session_, std::string(statement));
-    forget_tables();
+    tables_.reset();
     fmt::print("done: {}", action_of(statement));
     if (interactive_) fmt::print(", {:.3f} s", seconds_since(start));
     fmt::print("\n");
@@ -122,7 +122,7 @@ void Shell::call_method(const std::string& line) {
         return;
     }
     const Value result = session_.connection().call_with(call.method, host::Args(call.arguments));
-    forget_tables();
+    tables_.reset();
     fmt::print("{}\n", mode_ == Mode::json ? to_json(result).dump() : to_literal(result));
 }
 

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <istream>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -50,6 +51,7 @@ class Shell {
     void call_method(const std::string& line);
     void run_dot_command(const std::string& line);
     void run_command(const std::vector<std::string>& words);
+    const std::vector<std::string>& table_names();
     void guarded(const std::function<void()>& run);
     void fail(std::string_view message, std::string_view detail = {});
 
@@ -67,6 +69,7 @@ class Shell {
     std::string begun_place_;  ///< the same of the statement that has begun
     Mode mode_ = Mode::table;
     bool timer_ = false;
+    std::optional<std::vector<std::string>> tables_;  ///< their names, until something may have changed them
     bool done_ = false;
     bool failed_ = false;
     int depth_ = 0;  ///< of .read within .read

@@ -1,0 +1,163 @@
+// The shell as a person meets it: on a terminal.
+#include <sys/stat.h>
+
+#include "tests/support/dialogue.h"
+#include "tests/support/environment.h"
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+constexpr const char* prompt = "zmfb> ";
+constexpr const char* control_c = "\x03";
+constexpr const char* control_d = "\x04";
+constexpr const char* up = "\x10";
+
+class ShellOnATerminal : public Tool {
+  protected:
+    ShellOnATerminal() {
+        on(path, {"exec", "create table customers (a integer, b varchar(10))"});
+        on(path, {"exec", "insert into customers values (1, 'ação')"});
+    }
+    [[nodiscard]] std::vector<std::string> command() const {
+        return {"env",
+                "-u",
+                "FIREBIRD",
+                "-u",
+                "FIREBIRD_LOCK",
+                "-u",
+                "NO_COLOR",
+                "LC_ALL=C",
+                "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
+                "XDG_STATE_HOME=" + file("state"),
+                ZMFB_TOOL,
+                "--db",
+                path,
+                "shell"};
+    }
+    [[nodiscard]] std::string history() const { return file("state/zmfbconn/history"); }
+    const std::string path = database();
+};
+
+TEST_F(ShellOnATerminal, GreetsRunsWhatIsTypedAndEndsWithControlD) {
+    Dialogue talk(command());
+    EXPECT_NE(talk.expect_prompt(prompt).find(".help shows what can be typed"), std::string::npos);
+    talk.type("select b, cast(null as integer) as n\n");
+    talk.expect_prompt("  ...> ");
+    talk.type("from customers;\n");
+    EXPECT_NE(talk.expect("(1 row)").find("B        N\r\n----  ----\r\nação  \x1b[2mNULL\x1b[0m\r\n"),
+              std::string::npos);
+    talk.expect_prompt(prompt);
+    talk.type("update customers set a = 2;\n");
+    talk.expect("done: update, 0.");
+    talk.expect_prompt(prompt);
+    talk.type("selct 1;\n");
+    talk.expect("error: \"selct\" begins neither SQL nor a call; did you mean \"select\"?");
+    talk.expect_prompt(prompt);
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+}
+
+TEST_F(ShellOnATerminal, QuitEndsItWithNothingOnceMoreRaised) {
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    talk.type("looptest(\"X\")\n");
+    talk.expect("raised: ");
+    talk.expect_prompt(prompt);
+    talk.type(".quit\n");
+    EXPECT_EQ(talk.end(), 0);
+}
+
+TEST_F(ShellOnATerminal, ControlCForgetsTheLineAndTheStatementBegun) {
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    talk.type("select nosuch");
+    talk.expect("nosuch");
+    talk.type(control_c);
+    talk.expect("^C");
+    talk.expect_prompt(prompt);
+    talk.type("select\n");
+    talk.expect_prompt("  ...> ");
+    talk.type(control_c);
+    talk.expect_prompt(prompt);
+    talk.type("select 7 as n from rdb$database;\n");
+    EXPECT_EQ(talk.expect("(1 row)").find("error"), std::string::npos);
+    talk.expect_prompt(prompt);
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+}
+
+TEST_F(ShellOnATerminal, ControlCEndsTheRowsOfAQueryAndNotTheShell) {
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    talk.type(
+        "with recursive r as (select 1 as n from rdb$database union all select n + 1 from r where n < 1000) "
+        "select a.n from r a, r b, r c;\n");
+    talk.expect("\r\n1\r\n");
+    talk.type(control_c);
+    talk.expect("rows, interrupted)");
+    talk.expect_prompt(prompt);
+    talk.type("select 7 as n from rdb$database;\n");
+    talk.expect("(1 row)\r\n");
+    talk.expect_prompt(prompt);
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+}
+
+TEST_F(ShellOnATerminal, TabCompletesMethodsTablesWordsAndCommands) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"istab\t(\"cust\t\")\n", "istable(\"customers\")"},
+        {"select a from CUST\t;\n", "select a from CUSTOMERS;"},
+        {"sel\t 1 as n from rdb$database;\n", "select 1 as n"},
+        {".str\t cust\t\n", ".struct customers"},
+        {".mode cs\t\n", ".mode csv"},
+        {".help gettablerecc\t\n", ".help gettablereccount"},
+    };
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    for (const auto& [keys, line] : cases) {
+        talk.type(keys);
+        std::string shown = talk.expect_prompt(prompt);
+        for (std::size_t i; (i = shown.find('\a')) != std::string::npos;) shown.erase(i, 1);
+        EXPECT_EQ(shown.find("error"), std::string::npos) << shown;
+    }
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+    const std::string remembered = read_file(history());
+    for (const auto& [keys, line] : cases) {
+        std::string written = line;
+        for (std::size_t i; (i = written.find(' ')) != std::string::npos;) written.replace(i, 1, "\\040");
+        EXPECT_NE(remembered.find(written), std::string::npos) << remembered;
+    }
+}
+
+TEST_F(ShellOnATerminal, HistoryIsKeptForItsOwnerWithoutPasswords) {
+    {
+        Dialogue talk(command());
+        talk.expect_prompt(prompt);
+        talk.type("select 41 + 1 as n\n");
+        talk.expect_prompt("  ...> ");
+        talk.type("from rdb$database;\n");
+        talk.expect_prompt(prompt);
+        talk.type("create user u Password 'secret';\n");
+        talk.expect_prompt(prompt);
+        talk.type(control_d);
+        EXPECT_EQ(talk.end(), 0);
+    }
+    struct stat about {};
+    ASSERT_EQ(::stat(history().c_str(), &about), 0);
+    EXPECT_EQ(about.st_mode & 0777, 0600u);
+    EXPECT_EQ(read_file(history()).find("secret"), std::string::npos);
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    talk.type(up);
+    talk.expect("select 41 + 1 as n from rdb$database;");
+    talk.type("\n");
+    talk.expect("42\r\n");
+    talk.expect_prompt(prompt);
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+}
+
+}  // namespace
+}  // namespace zmfb::test
