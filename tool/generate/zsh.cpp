@@ -5,7 +5,7 @@
 namespace zmfb::tool {
 namespace {
 
-/// A text within single quotes, without the characters that part a specification.
+/// A text within single quotes, without the characters that part its words.
 std::string plain(std::string_view text) {
     std::string out;
     for (const char c : text) {
