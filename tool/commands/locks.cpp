@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "host/text.h"
 #include "tool/area_id.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
@@ -13,10 +14,7 @@
 namespace zmfb::tool {
 namespace {
 
-std::string trimmed(const Value& value) {
-    const std::string_view text = value.text();
-    return std::string(text.substr(0, text.find_last_not_of(' ') + 1));
-}
+std::string trimmed(const Value& value) { return std::string(host::trim(value).text()); }
 
 /// The rows of a question to the system tables, without the header. Throws Failure.
 Value system_rows(zmFBConn& connection, std::string_view query) {
