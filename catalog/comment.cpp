@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <map>
 
-#include "catalog/result.h"
 #include "conn/log.h"
+#include "conn/statement.h"
 #include "host/number.h"
 #include "host/text.h"
 

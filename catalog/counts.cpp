@@ -1,5 +1,5 @@
 #include "catalog/methods.h"
-#include "catalog/result.h"
+#include "conn/statement.h"
 #include "host/number.h"
 #include "host/text.h"
 
@@ -7,8 +7,7 @@ namespace zmfb::catalog {
 namespace {
 
 Value select_about(Self& self, std::string_view sstmt, const Value& tbl) {
-    const Value aparam = host::array_of(host::array_of("@@TABLENAME", upper(tbl)));
-    return call(self, "internalselect", call(self, "assemblestatement", sstmt, aparam));
+    return select(self, sstmt, parameter_array({{"@@TABLENAME", upper(tbl)}}));
 }
 
 Value first_number(const Value& result) { return has_row(result) ? val(result[2][1]) : Value(0); }

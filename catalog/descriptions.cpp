@@ -2,7 +2,7 @@
 
 #include "catalog/comment.h"
 #include "catalog/methods.h"
-#include "catalog/result.h"
+#include "conn/statement.h"
 #include "host/text.h"
 
 namespace zmfb::catalog {

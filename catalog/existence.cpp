@@ -1,5 +1,5 @@
 #include "catalog/methods.h"
-#include "catalog/result.h"
+#include "conn/statement.h"
 #include "host/number.h"
 #include "host/text.h"
 

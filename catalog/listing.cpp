@@ -33,8 +33,8 @@ constexpr std::string_view trigger_fields =
 
 Value getfieldsontrigger(Self& self, Args args) {
     const Value& trigname = args[0];
-    const Value aparam = host::array_of(host::array_of("@@TRIGGERNAME", alltrim(upper(trigname))));
-    return data_rows(call(self, "internalselect", call(self, "assemblestatement", trigger_fields, aparam)));
+    const Value aparam = parameter_array({{"@@TRIGGERNAME", alltrim(upper(trigname))}});
+    return data_rows(select(self, trigger_fields, aparam));
 }
 
 }  // namespace zmfb::catalog

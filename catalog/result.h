@@ -1,13 +1,11 @@
 /// Reading the answers of internalselect: a header, then the data rows.
 #pragma once
 
+#include "conn/statement.h"
 #include "host/array.h"
 #include "host/value.h"
 
 namespace zmfb::catalog {
-
-/// Whether a query result has a data row. A failed query has none.
-inline bool has_row(const host::Value& result) { return result.size() >= 2; }
 
 /// The data rows, without the header; an empty array when there is none.
 inline host::Value data_rows(const host::Value& result) {

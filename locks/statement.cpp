@@ -7,12 +7,12 @@
 namespace zmfb::locks {
 namespace {
 
-Value assemble(Self& self, std::string_view sstmt, Parameters parameters) {
-    const Value aparam = Value::array_of_size(0);
+Value array_of_pairs(Parameters parameters) {
+    Value aparam = host::array_of();
     for (const Parameter& parameter : parameters) {
-        host::aadd(aparam, host::array_of(parameter.placeholder, parameter.value));
+        add_parameter(aparam, parameter.placeholder, parameter.value);
     }
-    return call(self, "assemblestatement", sstmt, aparam);
+    return aparam;
 }
 
 }  // namespace
@@ -23,14 +23,12 @@ Parameter areaid(const Value& area) { return {"@@AREAID", area}; }
 Parameter shared(bool is_shared) { return {"@@SHARED", is_shared ? "T" : "F"}; }
 
 Value select(Self& self, std::string_view sstmt, Parameters parameters) {
-    return call(self, "internalselect", assemble(self, sstmt, parameters));
+    return zmfb::select(self, sstmt, array_of_pairs(parameters));
 }
 
 bool update(Self& self, std::string_view sstmt, Parameters parameters) {
-    return host::empty(call(self, "executeupdate", assemble(self, sstmt, parameters)));
+    return host::empty(zmfb::update(self, sstmt, array_of_pairs(parameters)));
 }
-
-bool has_row(const Value& result) { return result.size() >= 2; }
 
 bool counts_some(const Value& result) { return has_row(result) && host::val(result[2][1]).number() > 0; }
 

@@ -4,7 +4,7 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "conn/self.h"
+#include "conn/statement.h"
 #include "locks/names.h"
 
 namespace zmfb::locks {
@@ -33,8 +33,6 @@ Value select(Self& self, std::string_view sstmt, Parameters parameters);
 /// Whether the filled statement ran: executeupdate gave an empty text.
 bool update(Self& self, std::string_view sstmt, Parameters parameters);
 
-/// Whether a query result has a data row. A failed query has none.
-bool has_row(const Value& result);
 /// Whether the first value of the first data row is a number above 0.
 bool counts_some(const Value& result);
 

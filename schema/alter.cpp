@@ -1,10 +1,10 @@
 #include "conn/raise.h"
+#include "conn/statement.h"
 #include "host/array.h"
 #include "host/number.h"
 #include "host/text.h"
 #include "schema/column.h"
 #include "schema/methods.h"
-#include "schema/statement.h"
 
 namespace zmfb::schema {
 namespace {

@@ -1,11 +1,11 @@
 #include "schema/column.h"
 
 #include "conn/raise.h"
+#include "conn/statement.h"
 #include "host/array.h"
 #include "host/compare.h"
 #include "host/number.h"
 #include "host/text.h"
-#include "schema/statement.h"
 
 namespace zmfb::schema {
 namespace {

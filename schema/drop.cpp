@@ -1,6 +1,6 @@
+#include "conn/statement.h"
 #include "host/text.h"
 #include "schema/methods.h"
-#include "schema/statement.h"
 
 namespace zmfb::schema {
 namespace {

@@ -1,7 +1,7 @@
 #include "conn/raise.h"
+#include "conn/statement.h"
 #include "host/text.h"
 #include "schema/methods.h"
-#include "schema/statement.h"
 
 namespace zmfb::schema {
 namespace {

@@ -9,6 +9,7 @@
 
 #include "conn/log.h"
 #include "conn/raise.h"
+#include "conn/statement.h"
 #include "host/file.h"
 #include "host/text.h"
 #include "transfer/data_file.h"
@@ -165,34 +166,30 @@ bool Import::has_dates() const {
 
 bool Import::make_null_dates_trigger() {
     if (!has_dates()) return true;
-    const Value pairs =
-        array_of(array_of("@@TRIGGERNAME", null_dates_name()), array_of("@@TABLENAME", table));
+    const Value aparam = parameter_array({{"@@TRIGGERNAME", null_dates_name()}, {"@@TABLENAME", table}});
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (fields[i].type != 'D') continue;
-        pairs.push(array_of("@@IFS", null_date));
-        pairs.push(array_of("@@DATEFIELD", structure[i + 1][1]));
+        add_parameter(aparam, "@@IFS", null_date);
+        add_parameter(aparam, "@@DATEFIELD", structure[i + 1][1]);
     }
-    pairs.push(array_of("@@IFS", ""));
-    return empty(call(self, "executeupdate", call(self, "assemblestatement", null_dates_trigger, pairs)));
+    add_parameter(aparam, "@@IFS", "");
+    return empty(update(self, null_dates_trigger, aparam));
 }
 
 bool Import::copy() {
-    const Value pairs = array_of(array_of("@@TABLENAME", table), array_of("@@EXTTABLE", external_table()));
-    for (const Value& field : structure.items()) pairs.push(array_of("@@COLUMNS", field[1] + ",@@COLUMNS"));
+    const Value aparam = parameter_array({{"@@TABLENAME", table}, {"@@EXTTABLE", external_table()}});
+    for (const Value& field : structure.items()) add_parameter(aparam, "@@COLUMNS", field[1] + ",@@COLUMNS");
     // The two driver columns behind the user's: the area's, and the record number that the table's own
     // trigger sets.
-    pairs.push(array_of("@@COLUMNS", "null,@@COLUMNS"));
-    pairs.push(array_of("@@COLUMNS", "0"));
-    const Value failure = call(self, "executeupdate", call(self, "assemblestatement", copy_rows, pairs));
-    if (!empty(failure)) {
-        raiseerror(
-            "Erro durante a transferência dos dados da tabela externa para tabela oficial; FB Error: "_l1 +
-            failure);
-    }
+    add_parameter(aparam, "@@COLUMNS", "null,@@COLUMNS");
+    add_parameter(aparam, "@@COLUMNS", "0");
+    const bool copied = update_or_raise(
+        self, copy_rows, aparam,
+        "Erro durante a transferência dos dados da tabela externa para tabela oficial; FB Error: "_l1);
     if (has_dates()) call(self, "droptrigger", "T_" + null_dates_name());
     call(self, "droponlytable", external_table());
     host::fclose(dbf);
-    return empty(failure);
+    return copied;
 }
 
 }  // namespace

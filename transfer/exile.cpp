@@ -1,6 +1,7 @@
 #include <string_view>
 
 #include "conn/raise.h"
+#include "conn/statement.h"
 #include "host/error.h"
 #include "host/file.h"
 #include "host/sdf.h"
@@ -63,18 +64,16 @@ bool make_external_table(Self& self, const Value& ext_table, const Value& struct
 
 bool copy_to_external_table(Self& self, const Value& tblname, const Value& ext_table,
                             const Value& structure) {
-    const Value pairs = array_of(array_of("@@TABLENAME", tblname), array_of("@@EXTTABLE", ext_table));
+    const Value aparam = parameter_array({{"@@TABLENAME", tblname}, {"@@EXTTABLE", ext_table}});
     for (const Value& field : structure.items()) {
         const bool is_date = field[2].text() == "D";
         const Value column = is_date ? "SkipPad('{{D}}'||" + field[1] + ")" : field[1];
-        pairs.push(array_of("@@COLUMNS", column + ",@@COLUMNS"));
+        add_parameter(aparam, "@@COLUMNS", column + ",@@COLUMNS");
     }
-    pairs.push(array_of("@@COLUMNS", "'\n'"));
-    const Value failure = call(self, "executeupdate", call(self, "assemblestatement", copy_rows, pairs));
-    if (empty(failure)) return true;
-    raiseerror("Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: "_l1 +
-               failure);
-    return false;
+    add_parameter(aparam, "@@COLUMNS", "'\n'");
+    return update_or_raise(
+        self, copy_rows, aparam,
+        "Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: "_l1);
 }
 
 bool append_data_file(Self& self, const Value& tblname) {

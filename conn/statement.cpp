@@ -1,10 +1,10 @@
-#include "schema/statement.h"
+#include "conn/statement.h"
 
 #include "conn/raise.h"
 #include "host/array.h"
 #include "host/text.h"
 
-namespace zmfb::schema {
+namespace zmfb {
 
 Value parameter_array(std::initializer_list<Parameter> parameters) {
     Value aparam = host::array_of();
@@ -21,6 +21,8 @@ Value select(Self& self, std::string_view sstmt, const Value& aparam) {
     return call(self, "internalselect", call(self, "assemblestatement", sstmt, aparam));
 }
 
+bool has_row(const Value& result) { return result.size() >= 2; }
+
 Value update(Self& self, std::string_view sstmt, const Value& aparam) {
     return call(self, "executeupdate", call(self, "assemblestatement", sstmt, aparam));
 }
@@ -32,4 +34,4 @@ bool update_or_raise(Self& self, std::string_view sstmt, const Value& aparam, co
     return false;
 }
 
-}  // namespace zmfb::schema
+}  // namespace zmfb

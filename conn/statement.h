@@ -1,4 +1,4 @@
-/// Filling statement templates and running them.
+/// Filling statement templates and running them, as the methods of several folders do.
 #pragma once
 
 #include <initializer_list>
@@ -6,7 +6,7 @@
 
 #include "conn/self.h"
 
-namespace zmfb::schema {
+namespace zmfb {
 
 /// One pair of a parameter array.
 struct Parameter {
@@ -19,8 +19,11 @@ Value parameter_array(std::initializer_list<Parameter> parameters);
 /// Appends a pair to a parameter array.
 void add_parameter(const Value& aparam, std::string_view placeholder, const Value& value);
 
-/// The rows of the filled query as internalselect gives them.
+/// The result of the filled query as internalselect gives it: a header, then the data rows; empty when it
+/// failed.
 Value select(Self& self, std::string_view sstmt, const Value& aparam);
+/// Whether a query result has a data row. A failed query has none.
+bool has_row(const Value& result);
 
 /// Runs the filled statement; "" or the SQLCODE error text.
 Value update(Self& self, std::string_view sstmt, const Value& aparam);
@@ -29,4 +32,4 @@ Value update(Self& self, std::string_view sstmt, const Value& aparam);
 /// ran.
 bool update_or_raise(Self& self, std::string_view sstmt, const Value& aparam, const Value& message);
 
-}  // namespace zmfb::schema
+}  // namespace zmfb
