@@ -3,6 +3,7 @@
 #include "conn/class.h"
 #include "conn/log.h"
 #include "conn/self.h"
+#include "zmfbconn/version.h"
 
 namespace zmfb {
 

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -28,3 +30,5 @@ Value acopy(const Value& source, const Value& target, const Value& start = {}, c
 Value aclone(const Value& a);
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

@@ -7,7 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -93,3 +95,5 @@ class Instance final : public Object {
 };
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

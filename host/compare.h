@@ -5,7 +5,9 @@
 /// error.
 #pragma once
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -27,3 +29,5 @@ bool set_exact();
 void set_exact(bool on);
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

@@ -1,7 +1,9 @@
 /// Dates and times of day.
 #pragma once
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -41,3 +43,5 @@ Value set_date_format();
 void set_date_format(const Value& format);
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

@@ -11,7 +11,9 @@
 #include <string>
 #include <string_view>
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -101,3 +103,5 @@ void register_driver(std::string_view name, std::shared_ptr<Driver> driver);
 std::shared_ptr<Driver> find_driver(std::string_view name);
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

@@ -10,7 +10,9 @@
 #include <span>
 #include <string_view>
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -132,3 +134,5 @@ Value runtime_error(GenCode code, Subcode subcode, std::string_view description)
 std::string_view kind_name(Kind kind);
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

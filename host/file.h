@@ -4,7 +4,9 @@
 /// (6), so no descriptor of another library can be closed or written through them.
 #pragma once
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -47,3 +49,5 @@ Value ferase(const Value& name);
 Value tempfilename(const Value& directory = {}, const Value& prefix = {});
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

@@ -1,7 +1,9 @@
 /// Operations on numbers, their texts and their byte forms.
 #pragma once
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -43,3 +45,5 @@ Value bin2i(const Value& s);
 Value bin2l(const Value& s);
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

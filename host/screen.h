@@ -6,7 +6,9 @@
 /// accented letters show without their accents.
 #pragma once
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -40,3 +42,5 @@ void qout(Args values);
 Value inkey(const Value& seconds = {});
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

@@ -1,7 +1,9 @@
 /// SET(number [, value]): runtime settings by number.
 #pragma once
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -19,3 +21,5 @@ int set_epoch();
 void set_epoch(int year);
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

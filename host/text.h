@@ -8,7 +8,9 @@
 #include <cstddef>
 #include <string_view>
 
-#include "host/value.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -84,3 +86,5 @@ bool empty(const T& text) {
 }
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <limits>
 #include <new>
-#include <vector>
 
 #include "host/error.h"
 
@@ -31,8 +30,8 @@ struct TextBlock {
 // rows of a result are such. One that grows moves its elements to storage of their own.
 struct ArrayBlock {
     std::uint32_t references;
-    std::uint32_t size;
     std::uint32_t capacity;
+    std::uint32_t size;
     std::uint32_t own_storage;
     Value* elements;
 
@@ -65,12 +64,13 @@ struct ArrayBlock {
     }
 
     // Nested arrays are freed one after another instead of one inside another, so that depth costs no stack.
+    // Those that wait are chained through themselves, so that freeing needs no memory.
     static void destroy(ArrayBlock* block) {
-        // Never destroyed: arrays of static duration go through here at the program's end.
-        static auto& waiting = *new std::vector<ArrayBlock*>;
+        static ArrayBlock* waiting = nullptr;
         static bool draining = false;
         if (draining) {
-            waiting.push_back(block);
+            block->wait_before(waiting);
+            waiting = block;
             return;
         }
         draining = true;
@@ -78,11 +78,22 @@ struct ArrayBlock {
             for (std::uint32_t i = 0; i < block->size; ++i) block->elements[i].~Value();
             if (block->own_storage != 0) std::free(static_cast<void*>(block->elements));
             std::free(static_cast<void*>(block));
-            if (waiting.empty()) break;
-            block = waiting.back();
-            waiting.pop_back();
+            if (waiting == nullptr) break;
+            block = waiting;
+            waiting = block->next_waiting();
         }
         draining = false;
+    }
+
+    // Nobody asks for the references and the capacity of an array that waits: the next one stands there.
+    void wait_before(ArrayBlock* next) {
+        static_assert(sizeof next <= sizeof references + sizeof capacity);
+        std::memcpy(static_cast<void*>(this), static_cast<const void*>(&next), sizeof next);
+    }
+    [[nodiscard]] ArrayBlock* next_waiting() const {
+        ArrayBlock* next = nullptr;
+        std::memcpy(static_cast<void*>(&next), static_cast<const void*>(this), sizeof next);
+        return next;
     }
 };
 

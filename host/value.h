@@ -20,7 +20,9 @@
 #include <type_traits>
 #include <utility>
 
-#include "host/latin1.h"
+#include "latin1.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -273,3 +275,5 @@ class Object {
 };
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

@@ -3,8 +3,10 @@
 /// One area is the current one. Aliases are compared without regard to letter case and outer blanks.
 #pragma once
 
-#include "host/driver.h"
-#include "host/value.h"
+#include "driver.h"
+#include "value.h"
+
+#pragma GCC visibility push(default)
 
 namespace zmfb::host {
 
@@ -54,3 +56,5 @@ Table* table_of(const Value& alias = {});
 void dbclosearea(const Value& alias = {});
 
 }  // namespace zmfb::host
+
+#pragma GCC visibility pop

@@ -1,3 +1,5 @@
+#include <dlfcn.h>
+#include <link.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,12 +25,30 @@ std::string environment_variable(const char* name) {
     return value == nullptr ? "" : value;
 }
 
-// Where the module lies: where the user says, where it is installed, where it was built.
+// The folder of the file that this code was loaded from: the shared library, or a program.
+fs::path own_folder() {
+    Dl_info info{};
+    void* map = nullptr;
+    if (dladdr1(reinterpret_cast<const void*>(&environment_variable), &info, &map, RTLD_DL_LINKMAP) == 0)
+        return {};
+    // A program's own name in there is how it was called, wherever that was.
+    const char* const library = static_cast<const link_map*>(map)->l_name;
+    std::error_code error;
+    const fs::path file = fs::canonical(*library == '\0' ? "/proc/self/exe" : library, error);
+    return error ? fs::path() : file.parent_path();
+}
+
+// Where the module lies: where the user says; beside the shared library, or where it is from a program that
+// is installed with it, so that an installation can be moved; where it was to be installed.
 std::string udf_folder() {
+    constexpr std::string_view folder_name = "zmfbconn";
+    const fs::path own = own_folder();
     std::error_code ignored;
-    for (const std::string& folder : {environment_variable("ZMFB_UDF_DIR"),
-                                      std::string(ZMFB_INSTALLED_UDF_DIR), std::string(ZMFB_BUILT_UDF_DIR)}) {
-        if (!folder.empty() && fs::exists(fs::path(folder) / module_file, ignored)) return folder;
+    for (const fs::path& folder :
+         {fs::path(environment_variable("ZMFB_UDF_DIR")), own.empty() ? own : own / folder_name,
+          own.empty() ? own : own / ZMFB_LIB_FROM_BIN / folder_name, fs::path(ZMFB_FULL_LIB) / folder_name}) {
+        if (!folder.empty() && fs::exists(folder / module_file, ignored))
+            return fs::canonical(folder, ignored).string();
     }
     return "";
 }

@@ -6,6 +6,8 @@
 
 #include "host/value.h"
 
+#pragma GCC visibility push(default)
+
 namespace zmfb {
 
 using host::Args;
@@ -73,10 +75,12 @@ struct MethodRow {
 std::size_t method_count();
 MethodRow method_row(std::size_t index);
 
-/// The version of this library, such as "0.1.0".
+/// The version of this library, such as "1.0.0"; ZMFB_VERSION (zmfbconn/version.h) is that of the headers.
 std::string_view library_version();
 
 /// The file that every program writes its log entries to, when it can.
 std::string_view log_file_path();
 
 }  // namespace zmfb
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#pragma GCC visibility push(default)
+
 namespace zmfb {
 
 /// What a private environment of the Firebird client is made with. Paths are absolute.
@@ -14,6 +16,9 @@ struct EnvironmentOptions {
     std::string udf_folder;  ///< the one folder that external functions are loaded from
     std::vector<std::string> external_file_folders;  ///< where external tables may have their files
     std::vector<std::string> extra_settings;         ///< further lines of firebird.conf
+    /// That of Firebird's plugins and character sets, when they are not beside the client library: a server's
+    /// environment may be made by a program of another architecture.
+    std::string firebird_folder = {};
 };
 
 /// Makes the folder of a private environment: firebird.conf, plugins.conf, the link to the client's plugins
@@ -28,10 +33,11 @@ void use_environment(const std::string& folder);
 
 /// Makes this process ready to attach to `database`. Nothing is done for a server, or where FIREBIRD is set
 /// already; else the user's own private environment is made, when it is absent, and used. It loads the
-/// driver's functions from the folder of the environment variable ZMFB_UDF_DIR, or where they were installed
-/// or built, and lets external tables have their files under /tmp. The engine's lock files lie in the folder
-/// ".zmfb-locks" beside the database, so that all programs that go through here can have it open at once.
-/// Must come before the first call of the client library. Returns "" or what went wrong.
+/// driver's functions from the folder of the environment variable ZMFB_UDF_DIR, or from where they are
+/// installed beside the shared library or the program, and lets external tables have their files under /tmp.
+/// The engine's lock files lie in the folder ".zmfb-locks" beside the database, so that all programs that go
+/// through here can have it open at once. Must come before the first call of the client library. Returns ""
+/// or what went wrong.
 std::string prepare_client(std::string_view database);
 
 /// Whether a database name has a host part ("server:/path", "server/port:/path") and so means a server.
@@ -58,3 +64,5 @@ std::string client_version();
 std::string last_engine_message();
 
 }  // namespace zmfb
+
+#pragma GCC visibility pop

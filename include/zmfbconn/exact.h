@@ -21,6 +21,8 @@
 
 #include "host/value.h"
 
+#pragma GCC visibility push(default)
+
 namespace zmfb {
 
 /// Takes in the rows of a query one after another. It must not use an object while it does.
@@ -63,3 +65,5 @@ class ExactQueries {
 };
 
 }  // namespace zmfb
+
+#pragma GCC visibility pop

@@ -1,0 +1,117 @@
+#include "c/guard.h"
+
+#include <zmfbconn/host/error.h>
+
+#include <cstddef>
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <string>
+
+namespace zmfb::c {
+namespace {
+
+struct State {
+    Value error_block;
+    Value last_error;
+    std::string text;
+    const char* message = "";
+    unsigned long failures = 0;
+};
+
+// Never destroyed: an error block of a script language must not be told of its end after the interpreter's.
+State& state() noexcept {
+    alignas(State) static std::byte room[sizeof(State)];
+    static State& the_state = *new (room) State;
+    return the_state;
+}
+
+std::string description(const Value& error) {
+    if (error.object() == nullptr) return "unknown error";
+    const Value text = error.object()->get("description");
+    return text.is(Kind::character) ? std::string(text.text()) : "unknown error";
+}
+
+// The runtime's error block while a function of the interface runs.
+Value on_error(Args args) {
+    const Value error = args[0];
+    const std::string text = description(error);
+    const Value handler = error_block_of_c();
+    zmfb_status status = ZMFB_RAISED;
+    if (handler.is(Kind::block)) {
+        try {
+            return handler.eval(args);
+        } catch (const CallEnded& ended) {
+            status = ended.status;
+        }
+    }
+    if (status == ZMFB_RAISED) {
+        last_error() = error;
+        fail(ZMFB_RAISED, text);
+    }
+    throw CallEnded{status};
+}
+
+const Value& error_block_of_the_interface() {
+    static const Value block = Value::block(on_error);
+    return block;
+}
+
+}  // namespace
+
+Value& error_block_of_c() noexcept { return state().error_block; }
+Value& last_error() noexcept { return state().last_error; }
+const char* message() noexcept { return state().message; }
+unsigned long failures() noexcept { return state().failures; }
+
+zmfb_status fail(zmfb_status status, std::string_view text) noexcept {
+    State& noted = state();
+    ++noted.failures;
+    try {
+        noted.text.assign(text);
+        noted.message = noted.text.c_str();
+    } catch (...) {
+        noted.message = "out of memory";
+    }
+    return status;
+}
+
+zmfb_status fail_null() noexcept { return fail(ZMFB_WRONG_ARGUMENT, "NULL is not allowed here"); }
+
+zmfb_status fail_kind(Kind wanted, const Value& value) noexcept {
+    try {
+        return fail(ZMFB_WRONG_KIND, "wanted " + std::string(host::kind_name(wanted)) + ", got " +
+                                         std::string(host::kind_name(value.kind())));
+    } catch (...) {
+        return fail_with_current_exception();
+    }
+}
+
+zmfb_status fail_with_current_exception() noexcept {
+    try {
+        throw;
+    } catch (const CallEnded& ended) {
+        return ended.status;
+    } catch (const std::bad_alloc&) {
+        return fail(ZMFB_NO_MEMORY, "out of memory");
+    } catch (const std::length_error&) {
+        return fail(ZMFB_OUT_OF_RANGE, "too long");
+    } catch (const std::exception& problem) {
+        return fail(ZMFB_FAILED, problem.what());
+    } catch (...) {
+        return fail(ZMFB_FAILED, "an exception of an unknown type");
+    }
+}
+
+ErrorsToC::ErrorsToC() : before_(host::error_block(error_block_of_the_interface())) {}
+ErrorsToC::~ErrorsToC() { host::error_block(before_); }
+
+std::vector<Value> copies(const zmfb_value* const* arguments, std::size_t count) {
+    std::vector<Value> values(count);
+    for (std::size_t k = 0; k < count; ++k) {
+        if (arguments[k] != nullptr) values[k] = arguments[k]->value;
+    }
+    return values;
+}
+
+}  // namespace zmfb::c
