@@ -3,9 +3,30 @@
 //     import_and_query customers.fdb customers.dbf
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
+#include <zmfbconn/exact.h>
 
 #include <iostream>
 #include <string>
+#include <string_view>
+
+namespace {
+
+// Texts are ISO-8859-1.
+std::string utf8(std::string_view text) {
+    std::string out;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) {
+            out += c;
+        } else {
+            out += static_cast<char>(0xC0 | byte >> 6);
+            out += static_cast<char>(0x80 | (byte & 0x3F));
+        }
+    }
+    return out;
+}
+
+}  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 3) {
@@ -29,9 +50,10 @@ int main(int argc, char** argv) {
         std::cout << table.text() << ": " << connection.call("gettablereccount", table).integer()
                   << " records\n";
     }
+    const zmfb::ExactQueries as_stored;  // numbers with one sign, texts without blanks at their end
     const zmfb::Value result =
         connection.call("executequery", "select name, credit from customers order by recno");
     for (std::size_t row = 2; row <= result.size(); ++row) {  // element 1 is the header
-        std::cout << result[row][1].text() << ' ' << result[row][2].text() << '\n';
+        std::cout << utf8(result[row][1].text()) << ' ' << result[row][2].text() << '\n';
     }
 }

@@ -1,0 +1,149 @@
+// Two processes share a table: they register that they have it open, and take locks in turns.
+//
+//     two_processes shop.fdb
+//
+// The database is made. The processes speak through pipes only to take turns; what one of them is granted or
+// refused comes from the database.
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zmfbconn/connection.h>
+#include <zmfbconn/database.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+namespace {
+
+using zmfb::Value;
+
+// One of the two: its connection, its work area, and the pipe that gives it its turn.
+class Till {
+  public:
+    Till(std::string name, const std::string& database, int turn, int other)
+        : name_(std::move(name)), turn_(turn), other_(other), connection_(database, "SYSDBA") {
+        if (!connection_.isconnected()) std::exit(1);
+        area_ = connection_.call("getuniqueareaid", "CUSTOMERS", name_);
+        connection_.call("settableusedbyarea", true, "CUSTOMERS", area_, true);
+    }
+
+    // Leaves the word to the other process.
+    void pass_on() { [[maybe_unused]] const auto done = write(other_, "x", 1); }
+
+    void wait_for_turn() {
+        char turn = 0;
+        if (read(turn_, &turn, 1) != 1) std::exit(1);
+    }
+
+    void lock_record(const char* recno) {
+        say(std::string("locks record ") + recno,
+            connection_.call("setrecordaslocked", "CUSTOMERS", area_, recno));
+    }
+
+    void unlock_record(const char* recno) {
+        say(std::string("unlocks record ") + recno,
+            connection_.call("setrecordasunlocked", "CUSTOMERS", area_, recno));
+    }
+
+    void lock_table() { say("locks the table", connection_.call("settableaslocked", "CUSTOMERS", area_)); }
+
+    // A work area that closes takes back its locks and its registration.
+    void close() {
+        connection_.call("unlockallrecords", "CUSTOMERS", area_);
+        connection_.call("settableasunlocked", "CUSTOMERS", area_);
+        connection_.call("settableusedbyarea", false, "CUSTOMERS", area_, true);
+        say("closes the table; is it in use?", connection_.call("istableinuse", "CUSTOMERS"));
+    }
+
+  private:
+    void say(const std::string& what, const Value& answer) {
+        std::cout << name_ << ' ' << what << ": " << (answer.logical() ? ".T." : ".F.") << std::endl;
+    }
+
+    std::string name_;
+    int turn_, other_;
+    zmfb::zmFBConn connection_;
+    Value area_;
+};
+
+void first(Till& desk) {
+    desk.lock_record("3");
+    desk.pass_on();
+    desk.wait_for_turn();
+    desk.unlock_record("3");
+    desk.pass_on();
+    desk.wait_for_turn();
+    desk.lock_table();
+    desk.close();
+    desk.pass_on();
+}
+
+void second(Till& till) {
+    till.wait_for_turn();
+    till.lock_record("3");  // the desk has it
+    till.lock_record("4");
+    till.pass_on();
+    till.wait_for_turn();
+    till.lock_record("3");
+    till.pass_on();
+    till.wait_for_turn();
+    till.lock_table();
+    till.close();
+}
+
+bool make_database(const std::string& database) {
+    const auto fine = [](const std::string& problem) {
+        if (!problem.empty()) std::cerr << problem << '\n';
+        return problem.empty();
+    };
+    if (!fine(zmfb::create_database(database, "SYSDBA", "")) ||
+        !fine(zmfb::declare_functions(database, "SYSDBA", ""))) {
+        return false;
+    }
+    zmfb::zmFBConn connection(database, "SYSDBA");
+    using zmfb::host::array_of;
+    return connection.call("createtable", "customers", array_of(array_of("NAME", "C", 24, 0))).logical();
+}
+
+// Runs `work` in a process of its own: the client library must not be taken through a fork.
+template <class Work>
+bool in_a_process(const Work& work) {
+    const pid_t child = fork();
+    if (child == 0) std::exit(work() ? 0 : 1);
+    int status = 0;
+    return child > 0 && waitpid(child, &status, 0) == child && status == 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::cerr << "usage: two_processes DATABASE\n";
+        return 2;
+    }
+    const std::string database = argv[1];
+    const std::string problem = zmfb::prepare_client(database);
+    if (!problem.empty()) {
+        std::cerr << problem << '\n';
+        return 1;
+    }
+    if (!in_a_process([&] { return make_database(database); })) return 1;
+
+    int to_desk[2], to_till[2];
+    if (pipe(to_desk) != 0 || pipe(to_till) != 0) return 1;
+    const pid_t child = fork();
+    if (child == 0) {
+        close(to_desk[0]);
+        close(to_till[1]);
+        Till till("till", database, to_till[0], to_desk[1]);
+        second(till);
+        return 0;
+    }
+    close(to_desk[1]);
+    close(to_till[0]);
+    Till desk("desk", database, to_desk[0], to_till[1]);
+    first(desk);
+    int status = 0;
+    waitpid(child, &status, 0);
+    return status == 0 ? 0 : 1;
+}

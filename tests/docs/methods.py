@@ -1,0 +1,202 @@
+"""Checks the reference of the methods against the method table and the sources.
+
+    methods.py TOP TOOL
+
+The tool lists the table (`zmfb methods --json`). Each row has one entry in docs/methods/ and each entry a row:
+
+    ### name
+
+    `name(first, second)` · kind
+
+    The help text of the row, with a full stop.
+    ...
+    - **Parameters:** ...
+    - **Result:** ...
+    - **Logs:** ...
+    - **Raises:** ...
+
+An entry stands on the page of the folder that has its routine, names every parameter in backticks, and what it quotes
+as logged or raised is in the sources; every text that the sources log or raise is quoted by some entry of its page.
+The two rows of a property that can be assigned are "### name" and "### name :=", `name` and `name := value`.
+"""
+
+import json
+import re
+import subprocess
+import sys
+from dataclasses import dataclass, field
+from pathlib import Path
+
+from pages import Page
+
+FIELDS = ("Parameters", "Result", "Logs", "Raises")
+SIGNATURE = re.compile(r"^`([a-z]+)(?:\((.*)\)| := (\w+))?` · (\w+)$")
+ITEM = re.compile(r"^- \*\*(\w+):\*\*\s*(.*)$")
+QUOTED = re.compile(r"`([^`]+)`")
+LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"(_l1)?')
+RAISED = re.compile(r'raiseerror\(((?:"(?:[^"\\]|\\.)*"|[^";])*)\);')
+FOLDERS = {"connection": "conn", "sql": "sql", "catalog": "catalog", "locks": "locks", "schema": "schema",
+           "transfer": "transfer", "matrix": "matrix"}
+
+
+@dataclass
+class Entry:
+    page: str
+    line: int
+    title: str
+    signature: str = ""
+    help: str = ""
+    fields: dict = field(default_factory=dict)
+
+    @property
+    def where(self):
+        return f"{self.page}.md:{self.line}"
+
+
+def entries_of(page, name):
+    """The entries of a page: its headings of the third level."""
+    entries, current, item = [], None, None
+    for number, line in page.prose:
+        if line.startswith(("# ", "## ")):
+            current = None
+        if line.startswith("### "):
+            current, item = Entry(name, number, line[4:].strip()), None
+            entries.append(current)
+        elif current is None or not line.strip():
+            item = None
+        elif not current.signature:
+            current.signature = line
+        elif ITEM.match(line):
+            item, text = ITEM.match(line).groups()
+            if item in current.fields:
+                current.fields[item] = None
+            else:
+                current.fields[item] = text
+        elif item and current.fields[item] is not None and line.startswith("  "):
+            current.fields[item] += " " + line.strip()
+        elif not current.fields:
+            current.help = (current.help + " " + line).strip()
+    return entries
+
+
+def check_entry(entry, row):
+    """What is wrong with an entry; `row` is {"name", "parameters", "kind", "help"}."""
+    found = SIGNATURE.match(entry.signature)
+    if not found:
+        return [f"{entry.where}: the line under the heading is no signature"]
+    name, parameters, assigned, kind = found.groups()
+    names = [word.strip() for word in (parameters or assigned or "").split(",") if word.strip()]
+    problems = []
+    if name != row["name"]:
+        problems.append(f"the signature is of {name}")
+    if kind != row["kind"]:
+        problems.append(f"the table says {row['kind']}")
+    if len(names) != row["parameters"]:
+        problems.append(f"the table has {row['parameters']} parameters, the signature {len(names)}")
+    if not entry.help.startswith(row["help"] + "."):
+        problems.append(f"does not begin with the help text \"{row['help']}.\"")
+    if tuple(entry.fields) != FIELDS:
+        problems.append(f"has not exactly the fields {', '.join(FIELDS)}")
+    for title, text in entry.fields.items():
+        if not text:
+            problems.append(f"{title} is empty or there twice")
+    described = QUOTED.findall(entry.fields.get("Parameters") or "")
+    problems += [f"does not tell of the parameter {name}" for name in names if name not in described]
+    return [f"{entry.where}: {entry.title}: {problem}" for problem in problems]
+
+
+def title_of(row):
+    """The title of a row's entry."""
+    return row["name"] + (" :=" if row["kind"] == "assign" else "")
+
+
+def check_table(entries, rows):
+    """Rows without entry, entries without row, and what is wrong with the others."""
+    titles = {}
+    problems = []
+    for entry in entries:
+        if entry.title in titles:
+            problems.append(f"{entry.where}: {entry.title} is there twice")
+        titles[entry.title] = entry
+    wanted = {title_of(row): row for row in rows}
+    problems += [f"{title} has no entry" for title in wanted if title not in titles]
+    for title, entry in titles.items():
+        if title not in wanted:
+            problems.append(f"{entry.where}: the table has no {title}")
+        else:
+            problems += check_entry(entry, wanted[title])
+    return problems
+
+
+def pieces_of(text):
+    """What is fixed of a message: the pieces between the places that a method fills in."""
+    pieces = (piece.strip() for piece in re.split(r"\.\.\.|\{[^}]*\}", text.replace('\\"', '"')))
+    return [piece for piece in pieces if len(piece) > 1]
+
+
+def joined(source):
+    """The source with its string literals as one where they stand behind each other."""
+    return re.sub(r'"(?:_l1)?\s*\+?\s*"', "", source).replace('\\"', '"')
+
+
+def messages_of(source):
+    """The texts that a source file logs or raises: log tags, accented texts, errors, what is raised."""
+    source = re.sub(r"^\s*//.*$", "", source, flags=re.M)
+    source = re.sub(r'"\s+"', "", source)
+    found = {text for text, accented in LITERAL.findall(source)
+             if re.match(r"\[[A-Z#]+\] ", text) or accented or "Erro" in text or ";" in text and text.endswith(": ")}
+    for arguments in RAISED.findall(source):
+        found |= {text for text, _ in LITERAL.findall(arguments)}
+    return sorted(found)
+
+
+def check_messages(entries, sources, common=""):
+    """Compares the quoted messages with the sources: {page: {file: text}}. `common` is quoted for all pages."""
+    problems = []
+    texts = {page: joined("\n".join(files.values())) for page, files in sources.items()}
+    for entry in entries:
+        everything = texts[entry.page] + texts["connection"]
+        for title in ("Logs", "Raises"):
+            for quoted in QUOTED.findall(entry.fields.get(title) or ""):
+                if " " not in quoted:
+                    continue
+                for piece in pieces_of(quoted):
+                    if piece not in everything:
+                        problems.append(f"{entry.where}: {entry.title}: no source says \"{piece}\"")
+    for page, files in sources.items():
+        quoted = common + "\n".join(" ".join(filter(None, (entry.fields.get("Logs"), entry.fields.get("Raises"))))
+                           for entry in entries if entry.page == page)
+        for name, text in files.items():
+            problems += [f"{name}: no entry of {page}.md tells of \"{piece}\"" for message in messages_of(text)
+                         for piece in pieces_of(message) if piece not in quoted]
+    return problems
+
+
+def check_folders(entries, headers):
+    """Entries on another page than that of their folder; `headers` is {page: text of methods.h}."""
+    return [f"{entry.where}: {entry.title} is no method of {FOLDERS[entry.page]}/" for entry in entries
+            if f'.name = "{entry.title.split()[0]}"' not in headers[entry.page]]
+
+
+def main():
+    top, tool = Path(sys.argv[1]), sys.argv[2]
+    rows = json.loads(subprocess.run([tool, "methods", "--json"], check=True, capture_output=True).stdout)
+    pages = {path.stem: Page(path) for path in sorted((top / "docs" / "methods").glob("*.md"))
+             if path.stem != "README"}
+    problems = [f"docs/methods/{name}.md belongs to no folder" for name in pages if name not in FOLDERS]
+    entries = [entry for name, page in pages.items() if name in FOLDERS for entry in entries_of(page, name)]
+    problems += check_table(entries, rows)
+    problems += check_folders(entries, {page: (top / folder / "methods.h").read_text() for page, folder in
+                                        FOLDERS.items()})
+    problems += check_messages(entries, {
+        page: {str(path.relative_to(top)): path.read_text(encoding="utf-8")
+               for path in sorted((top / folder).glob("*.cpp"))} for page, folder in FOLDERS.items()},
+        (top / "docs" / "methods" / "README.md").read_text(encoding="utf-8"))
+    for problem in problems:
+        print(problem)
+    print(f"{len(rows)} rows, {len(entries)} entries, {len(problems)} problems")
+    return 1 if problems else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
