@@ -286,8 +286,8 @@ int DbfTable::append_shared() {
 }
 
 bool DbfTable::take_back() {
-    const bool in_memory_only =
-        !shared() && count_ > committed_ && record_ == count_ && behind_block() == record_ + 1;
+    const bool in_memory_only = !shared() && count_ > committed_ && record_ == count_ &&
+                                record_ >= block_first_ && behind_block() == record_ + 1;
     if (!in_memory_only) return set_deleted(true);
     block_.resize(block_.size() - layout_.record_size);
     --count_;

@@ -281,6 +281,20 @@ TEST_F(DbfRecord, WhatWasAppendedLastCanBeTakenBack) {
     EXPECT_TRUE(again.deleted()) << "a record of an earlier use is only marked";
 }
 
+TEST_F(DbfRecord, ARecordThatLeftTheMemoryIsOnlyMarkedWhenItIsTakenBack) {
+    // Records of 60 KB: four of them fill a block, and the fifth begins another.
+    Table& table = create(array_of(field("TEXT", "C", 60000)));
+    for (int record = 1; record <= 5; ++record) add(table, array_of(std::to_string(record)));
+    EXPECT_TRUE(table.take_back());
+    table.go_to(4);
+    EXPECT_TRUE(table.take_back());
+    EXPECT_EQ(table.record_count(), 4);
+    EXPECT_TRUE(table.deleted());
+    EXPECT_EQ(table.get(0).text().substr(0, 2), "4 ");
+    close();
+    EXPECT_EQ(counted(path("t.dbf")), 4U);
+}
+
 TEST_F(DbfRecord, CommittingMakesTheFileWhole) {
     Table& table = create(all_types);
     add(table, array_of("a", 1, Date{}, true));
