@@ -26,6 +26,14 @@ struct TextBlock {
     }
 };
 
+namespace {
+
+// Arrays that are to be freed while another one is.
+ArrayBlock* waiting = nullptr;
+bool draining = false;
+
+}  // namespace
+
 // An array of a size known when it is made holds its elements right behind its header, in one allocation: the
 // rows of a result are such. One that grows moves its elements to storage of their own.
 struct ArrayBlock {
@@ -66,8 +74,6 @@ struct ArrayBlock {
     // Nested arrays are freed one after another instead of one inside another, so that depth costs no stack.
     // Those that wait are chained through themselves, so that freeing needs no memory.
     static void destroy(ArrayBlock* block) {
-        static ArrayBlock* waiting = nullptr;
-        static bool draining = false;
         if (draining) {
             block->wait_before(waiting);
             waiting = block;

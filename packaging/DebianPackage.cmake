@@ -12,9 +12,9 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION database)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-    "zmFBConn, the connection object: tables of xBase applications in a Firebird database
- instead of in DBF files. The library with its C++ and C interface, the
- command-line tool zmfb, and the module of SQL functions that databases need.")
+"zmFBConn, the connection object: tables of xBase applications in a Firebird
+database instead of in DBF files. The library with its C++ and C interface,
+the command-line tool zmfb, and the module of SQL functions that databases need.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The embedded engine is loaded by name, which no list of linked libraries shows.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS firebird3.0-server-core)

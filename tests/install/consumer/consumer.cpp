@@ -1,0 +1,59 @@
+// A program of somebody else: values, an error that it throws through the library, and, with the name of a
+// database, an attached object.
+#include <zmfbconn/connection.h>
+#include <zmfbconn/database.h>
+#include <zmfbconn/exact.h>
+#include <zmfbconn/host/array.h>
+#include <zmfbconn/host/class.h>
+#include <zmfbconn/host/compare.h>
+#include <zmfbconn/host/date.h>
+#include <zmfbconn/host/driver.h>
+#include <zmfbconn/host/error.h>
+#include <zmfbconn/host/file.h>
+#include <zmfbconn/host/number.h>
+#include <zmfbconn/host/screen.h>
+#include <zmfbconn/host/settings.h>
+#include <zmfbconn/host/text.h>
+#include <zmfbconn/host/workarea.h>
+#include <zmfbconn/version.h>
+
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+int attach(const std::string& database) {
+    std::string problem = zmfb::prepare_client(database);
+    if (problem.empty()) problem = zmfb::create_database(database, "SYSDBA", "");
+    if (problem.empty()) problem = zmfb::declare_functions(database, "SYSDBA", "");
+    if (!problem.empty()) {
+        std::cerr << problem << '\n';
+        return 1;
+    }
+    zmfb::zmFBConn connection(database, "SYSDBA");
+    const zmfb::Value rows = connection.call("executequery", "select rdb$function_name from rdb$functions");
+    std::cout << "attached: " << connection.isconnected() << ", " << rows.size() - 1 << " functions\n";
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    zmfb::zmFBConn unattached;
+    unattached.call("setloglevel", -1);
+    if (zmfb::library_version() != ZMFB_VERSION) return 1;
+    std::cout << "zmfbconn " << ZMFB_VERSION << "\ntrimmed: " << zmfb::host::alltrim("  text ").text()
+              << '\n';
+
+    zmfb::host::error_block(zmfb::Value::block([](zmfb::Args args) -> zmfb::Value {
+        throw std::runtime_error(std::string(args[0].object()->get("description").text()));
+    }));
+    try {
+        unattached.call("nosuch");
+        return 1;
+    } catch (const std::runtime_error& error) {
+        std::cout << "thrown: " << error.what() << '\n';
+    }
+    return argc > 1 ? attach(argv[1]) : 0;
+}

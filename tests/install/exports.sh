@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# The shared library exports what the public headers declare, and nothing else.
+. "${0%/*}/common.sh"
+
+library=$ZMFB_BUILD/$ZMFB_LIBDIR/libzmfbconn.so
+headers=$ZMFB_BUILD/include/public
+nm -D --defined-only "$library" | awk '$2 != "A" {print $3}' | sed 's/@.*//' | sort -u >symbols
+
+# C: the very functions that the header declares.
+"$CC" -E -P -I "$headers" "$headers/zmfbconn.h" | grep -oE '\bzmfb_[a-z_]+\(' | tr -d '(' | sort -u >declared
+grep '^zmfb_' symbols >exported_c
+diff declared exported_c || fail "the C interface and its header differ"
+[ "$(wc -l <declared)" -ge 30 ] || fail "only $(wc -l <declared) functions are declared"
+
+# C++: names of the public headers, whatever class they are in.
+grep -v '^zmfb_' symbols | c++filt | sed -E 's/\[abi:cxx11\]//g' >exported_cpp
+[ "$(wc -l <exported_cpp)" -ge 150 ] || fail "only $(wc -l <exported_cpp) C++ symbols are exported"
+grep -q '^zmfb::zmFBConn::call_with(' exported_cpp || fail "the connection object is not exported"
+if grep -vE '^((vtable|typeinfo|typeinfo name) for )?zmfb::(host::)?[A-Za-z~]' exported_cpp; then
+    fail "these symbols are exported and are none of the public namespaces'"
+fi
+cat "$headers"/zmfbconn/*.h "$headers"/zmfbconn/host/*.h | grep -oE '[A-Za-z_0-9]+' | sort -u >words
+sed -E 's/^(vtable|typeinfo|typeinfo name) for //; s/<.*//; s/ ?\(.*//; s/operator[^a-z].*/operator/; s/.*:://; s/^~//' \
+    exported_cpp | sort -u >names
+comm -23 names words >unknown
+[ ! -s unknown ] || fail "exported, but in no public header: $(tr '\n' ' ' <unknown)"
+
+# The name that programs are linked to.
+same soname "libzmfbconn.so.${ZMFB_VERSION%%.*}" \
+    "$(readelf -d "$library" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
+same file "libzmfbconn.so.$ZMFB_VERSION" "$(basename "$(readlink -f "$library")")"
