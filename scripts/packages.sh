@@ -6,11 +6,13 @@ build_packages=(
     libfmt-dev libcli11-dev nlohmann-json3-dev libncurses-dev libedit-dev
 )
 
-# The server package brings a server program that tests start themselves; the readers check our DBF files.
+# The server package brings a server program that tests start themselves; the readers check our DBF files; the last
+# line makes packages, looks at them, and calls the C interface.
 test_packages=(
     libgtest-dev librapidcheck-dev clang-format
     firebird3.0-server
     python3 python3-dbfread python3-dbf shapelib gdal-bin dbview
+    dpkg-dev pkg-config file man-db groff-base libffi-platypus-perl
 )
 
 # missing_packages NAME... prints those that are not installed.
