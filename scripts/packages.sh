@@ -6,13 +6,20 @@ build_packages=(
     libfmt-dev libcli11-dev nlohmann-json3-dev libncurses-dev libedit-dev
 )
 
+# What the benchmarks measure with, and what they measure against.
+bench_packages=(
+    libbenchmark-dev firebird3.0-server python3
+    libsoci-dev libsoci-firebird4.0 libdbd-firebird-perl qtbase5-dev libqt5sql5-ibase
+)
+
 # The server package brings a server program that tests start themselves; the readers check our DBF files; the last
 # line makes packages, looks at them, and calls the C interface.
 test_packages=(
-    libgtest-dev librapidcheck-dev clang-format
+    libgtest-dev librapidcheck-dev clang-format doxygen
     firebird3.0-server
     python3 python3-dbfread python3-dbf shapelib gdal-bin dbview
     dpkg-dev pkg-config file man-db groff-base libffi-platypus-perl
+    "${bench_packages[@]}"
 )
 
 # missing_packages NAME... prints those that are not installed.

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Measures how fast the driver is, side by side with the bare Firebird client and with what one would take instead.
+#
+#   ./bench.sh                              everything, with nine runs of each
+#   ./bench.sh --quick                      the same table in under eight minutes
+#   ./bench.sh --only select --runs 5       one benchmark (--help lists them), another number of runs
+#   ./bench.sh --json FILE                  the figures of every run as well
+#   ./bench.sh --doc docs/performance.md    the table into the document
+set -euo pipefail
+cd "$(dirname "$0")"
+. scripts/packages.sh
+
+packages=("${build_packages[@]}" "${bench_packages[@]}")
+command -v npm >/dev/null || packages+=(nodejs npm)
+ensure_packages "${packages[@]}"
+if [ ! -d bench/peers/node/node_modules/node-firebird ]; then
+    npm --prefix bench/peers/node ci --no-audit --no-fund --loglevel=error
+fi
+cmake --preset bench >/dev/null
+cmake --build --preset bench --parallel "$(nproc)" --target bench_programs -- --quiet
+exec python3 bench/run.py --programs build/bench/bench "$@"

@@ -1,0 +1,119 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks: each piece of work in turn with what it is measured against, answers checked before and
+while they are timed. bench.sh builds what this needs and calls it."""
+import argparse
+import os
+import subprocess
+import sys
+import time
+
+sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+
+from bench.conn import calls  # noqa: E402
+from bench.locks import record_locks  # noqa: E402
+from bench.matrix import extraction  # noqa: E402
+from bench.sql import growth, reading  # noqa: E402
+from bench.support import report  # noqa: E402
+from bench.support.processes import Failure  # noqa: E402
+from bench.support.stage import NODE_MODULE, Stage  # noqa: E402
+from bench.transfer import exporting, importing  # noqa: E402
+
+SKIPPED = 77
+
+# Name, function, whether it needs the server.
+BENCHMARKS = {
+    "select": (reading.select, True),
+    "memory": (reading.memory, True),
+    "import": (importing.bring, True),
+    "convert": (importing.convert, False),
+    "export": (exporting.exile, True),
+    "locks": (record_locks.lock, True),
+    "call": (calls.by_name, False),
+    "matrix": (extraction.extract, True),
+    "growth": (growth.select, False),
+}
+
+# How much of everything: full, quick, smoke.
+SIZES = {
+    "rows": (500_000, 500_000, 300),
+    "runs": (9, 5, 1),
+    "memory_runs": (3, 1, 1),
+    "short_runs": (15, 9, 1),
+    "records": (1_000_000, 1_000_000, 200),
+    "peer_records": (1_000_000, 100_000, 200),
+    "lock_pairs": (500, 200, 2),
+    "tables": (1_000, 1_000, 3),
+    "growth": ([10_000, 100_000, 1_000_000, 5_000_000], [10_000, 100_000, 1_000_000], [50, 200]),
+}
+
+
+def arguments():
+    parser = argparse.ArgumentParser(prog="bench.sh", description=__doc__)
+    parser.add_argument("--programs", required=True, help=argparse.SUPPRESS)
+    parser.add_argument("--quick", action="store_true", help="fewer runs and smaller growth, under 8 minutes")
+    parser.add_argument("--only", metavar="NAME", action="append", choices=BENCHMARKS,
+                        help="one of " + ", ".join(BENCHMARKS) + "; may be given several times")
+    parser.add_argument("--runs", type=int, help="paired runs of each (full 9, quick 5)")
+    parser.add_argument("--json", metavar="FILE", help="write the figures of every run there")
+    parser.add_argument("--doc", metavar="FILE", help="put the table between the marks in that document")
+    parser.add_argument("--smoke", action="store_true", help=argparse.SUPPRESS)
+    parser.add_argument("--peers", default="SOCI,DBD::Firebird,Qt QIBASE,node-firebird", help="which of the peers")
+    options = parser.parse_args()
+    size = 2 if options.smoke else 1 if options.quick else 0
+    for name, choices in SIZES.items():
+        if getattr(options, name, None) is None:
+            setattr(options, name, choices[size])
+    options.peers = options.peers.split(",")
+    return options
+
+
+def check_build(options):
+    """The programs refuse to be timed when they were built for debugging."""
+    worker = os.path.join(options.programs, "zmfb_bench_worker")
+    if options.smoke:
+        return
+    if subprocess.run([worker], stdin=subprocess.DEVNULL, check=False).returncode != 0:
+        sys.exit("the benchmarks were not built to be timed")
+
+
+def run(options):
+    names = options.only or list(BENCHMARKS)
+    stage = Stage(options.programs, options, server=any(BENCHMARKS[name][1] for name in names))
+    rows = []
+    try:
+        for name in names:
+            stage.progress(name)
+            rows += BENCHMARKS[name][0](stage)
+        return rows, stage.client_version
+    finally:
+        stage.close()
+
+
+def main():
+    options = arguments()
+    if "node-firebird" in options.peers and not os.path.isdir(NODE_MODULE):
+        print("node-firebird is not installed in bench/peers/node", file=sys.stderr)
+        return SKIPPED
+    check_build(options)
+    start = time.monotonic()
+    try:
+        rows, client = run(options)
+    except Failure as failure:
+        print(failure, file=sys.stderr)
+        return 1
+    if options.smoke:
+        print(f"{len(rows)} comparisons ran and their answers agree")
+        return 0
+    around = report.circumstances(options, client, time.monotonic() - start)
+    print(report.text_table(rows))
+    print("; ".join(f"{name}: {value}" for name, value in around.items()))
+    if options.json:
+        with open(options.json, "w", encoding="utf-8") as file:
+            file.write(report.as_json(rows, around) + "\n")
+    if options.doc:
+        report.write_into(options.doc, rows, around, "./bench.sh" + (" --quick" if options.quick else ""))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

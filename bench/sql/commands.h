@@ -1,0 +1,14 @@
+/// Reading all rows of a query: through internalselect, with the bare client, and into plain C++ strings.
+#pragma once
+
+#include <span>
+
+#include "bench/support/worker.h"
+
+namespace zmfb::bench {
+
+/// select.ours, select.bare, select.strings: time one query over the columns of the table PEOPLE.
+/// sample.ours: the first rows, as texts. hold.ours, hold.strings: keep the rows of one query.
+std::span<const Command> select_commands();
+
+}  // namespace zmfb::bench

@@ -1,0 +1,69 @@
+"""The processes that do the work: started, pinned to a processor, asked over their standard input and output."""
+import json
+import os
+import subprocess
+import tempfile
+
+
+def processors():
+    """The processor of the clients and that of the server; one and the same where there is only one."""
+    usable = sorted(os.sched_getaffinity(0))
+    return usable[0], usable[1 if len(usable) > 1 else 0]
+
+
+CLIENT_CPU, SERVER_CPU = processors()
+
+
+class Failure(Exception):
+    """Something that ends the benchmarks: an answer that is wrong, a process that fails."""
+
+
+class Process:
+    """One process that answers requests, each a JSON object on a line."""
+
+    def __init__(self, command, environment, cpu=CLIENT_CPU):
+        self.name = " ".join(os.path.basename(word) for word in command[:2])
+        self.errors = tempfile.TemporaryFile()
+        self.process = subprocess.Popen(
+            command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=self.errors, text=True,
+            env={**os.environ, **environment}, preexec_fn=lambda: os.sched_setaffinity(0, {cpu}))
+
+    def ask(self, what, **fields):
+        try:
+            self.process.stdin.write(json.dumps({"do": what, **fields}) + "\n")
+            self.process.stdin.flush()
+        except BrokenPipeError:
+            pass
+        line = self.process.stdout.readline()
+        if not line:
+            self.errors.seek(0)
+            raise Failure(f"{self.name} ended during {what}: {self.errors.read().decode(errors='replace').strip()}")
+        reply = json.loads(line)
+        if "error" in reply:
+            raise Failure(f"{self.name}: {what}: {reply['error']}")
+        return reply
+
+    def memory(self):
+        """Resident memory, now and at its peak, in bytes."""
+        kilobytes = {}
+        with open(f"/proc/{self.process.pid}/status", encoding="ascii") as status:
+            for line in status:
+                if line.startswith(("VmRSS", "VmHWM")):
+                    kilobytes[line[:5]] = int(line.split()[1])
+        return kilobytes["VmRSS"] * 1024, kilobytes["VmHWM"] * 1024
+
+    def close(self):
+        self.process.stdin.close()
+        try:
+            self.process.wait(60)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
+        self.process.stdout.close()
+        self.errors.close()
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()

@@ -1,0 +1,92 @@
+"""A table into a DBF file."""
+import hashlib
+import os
+
+from bench.support import isql
+from bench.support.measure import Row, Target, paired
+from bench.support.processes import Failure
+from bench.support.stage import EMBEDDED
+from bench.transfer import dbf
+
+PEER = "DBD::Firebird"
+# A record as the DBF file has it.
+FORMAT = " %8s%-30s%-12s%10s%8s"
+QUERY = "select ID, NAME, CITY, CREDIT, BORN from PEOPLE"
+
+
+def _digest(data):
+    return hashlib.sha256(data).hexdigest()
+
+
+def _content(file):
+    with open(file, "rb") as data:
+        return data.read()
+
+
+class _Export:
+    """The ways to write one table out. What they write has to agree."""
+
+    def __init__(self, stage, where, imported):
+        self.stage, self.where = stage, where
+        self.folder = stage.folder_of("export")
+        self.data_file = stage.file("export.dat")
+        self.source = stage.copy(imported)
+        self.prepared = stage.copy(imported)
+        kept_back = self._ask("export.prepare", self.prepared)["statements"]
+        self.statement = next(text for text in kept_back if text.startswith("INSERT"))
+        self.data = self.records = None
+
+    def _ask(self, what, file):
+        dbf_file = os.path.join(self.folder, dbf.TABLE + ".dbf")
+        if os.path.exists(dbf_file):
+            os.remove(dbf_file)
+        with self.stage.worker() as worker:
+            return worker.ask(what, database=self.stage.name(file, self.where), data_file=self.data_file,
+                              folder=self.folder, table=dbf.TABLE)
+
+    def ours(self):
+        seconds = self._ask("export.ours", self.source)["seconds"]
+        self.data = _digest(_content(self.data_file))
+        self.records = _digest(dbf.records_of(os.path.join(self.folder, dbf.TABLE + ".dbf")))
+        return seconds
+
+    def isql(self):
+        os.truncate(self.data_file, 0)
+        seconds = isql.seconds_of(self.stage, self.stage.name(self.prepared, self.where), self.statement)
+        if self.data and _digest(_content(self.data_file)) != self.data:
+            raise Failure("isql writes another data file than exiletable")
+        return seconds
+
+    def peer(self):
+        file = self.stage.file("peer.dbf")
+        with self.stage.peer(PEER) as peer:
+            peer.ask("attach", database=self.stage.name(self.source, self.where))
+            seconds = peer.ask("export", sql=QUERY, file=file, format=FORMAT)["seconds"]
+        if self.records and _digest(_content(file).removesuffix(b"\x1a")) != self.records:
+            raise Failure(f"{PEER} writes other records than exiletable")
+        return seconds
+
+
+def exile(stage):
+    """exiletable against isql, and against a loop that prints the records."""
+    rows = []
+    options = stage.options
+    file = dbf.make(stage, options.records)
+    imported = stage.copy()
+    with stage.worker() as worker:
+        worker.ask("import.ours", database=stage.name(imported, EMBEDDED), dbf=file,
+                   data_file=stage.file("import.dat"))
+    for where in stage.wheres():
+        way = _Export(stage, where, imported)
+        way.ours()
+        contestants = {"isql": way.isql, "ours": way.ours}
+        if PEER in stage.options.peers:
+            contestants[PEER] = way.peer
+        seconds = paired(options.runs, contestants, stage.progress)
+        what = f"exiletable of {options.records:,} rows x 5 fields"
+        rows.append(Row(what, where, "isql: INSERT ... SELECT alone", seconds["ours"], seconds["isql"],
+                        Target(at_most=1.20)))
+        if PEER in stage.options.peers:
+            rows.append(Row(what, where, f"{PEER}: fetch and print", seconds["ours"], seconds[PEER],
+                            Target(times_faster=1)))
+    return rows

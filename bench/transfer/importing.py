@@ -1,0 +1,100 @@
+"""A DBF file into a table: the whole way, and the conversion of the file alone."""
+import os
+
+from bench.support import isql
+from bench.support.measure import Row, Target, paired
+from bench.support.processes import Failure
+from bench.support.stage import EMBEDDED, TCP
+from bench.transfer import dbf
+
+PEERS = ["SOCI", "DBD::Firebird"]
+PEER_TARGETS = {EMBEDDED: Target(times_faster=1.4), TCP: Target(times_faster=5)}
+
+
+class _Import:
+    """The ways to bring one DBF file in. Each works on a new database, and its sums have to agree."""
+
+    def __init__(self, stage, where, file):
+        self.stage, self.where, self.file = stage, where, file
+        self.data_file = stage.file("import.dat")
+        self.prepared, self.statement = self._prepare()
+        self.sums = None
+
+    def _prepare(self):
+        """A database as bringdbf has it just before it copies the rows, and the statement that copies them."""
+        database = self.stage.copy()
+        with self.stage.worker() as worker:
+            kept_back = worker.ask("import.prepare", database=self.stage.name(database, self.where), dbf=self.file,
+                                   data_file=self.data_file)["statements"]
+        return database, next(text for text in kept_back if text.startswith("INSERT"))
+
+    def _check(self, who, database):
+        sums = self.stage.host.ask("rows", database=database, sql=dbf.SUMS)["rows"]
+        self.sums = self.sums or sums
+        if sums != self.sums:
+            raise Failure(f"{who} brings in {sums} instead of {self.sums}")
+
+    def _timed(self, who, source, work):
+        copy = self.stage.copy(source)
+        database = self.stage.name(copy, self.where)
+        seconds = work(database)
+        self._check(who, database)
+        os.remove(copy)
+        return seconds
+
+    def ours(self):
+        def work(database):
+            with self.stage.worker() as worker:
+                return worker.ask("import.ours", database=database, dbf=self.file, data_file=self.data_file)["seconds"]
+        return self._timed("bringdbf", None, work)
+
+    def isql(self):
+        return self._timed("isql", self.prepared,
+                           lambda database: isql.seconds_of(self.stage, database, self.statement))
+
+    def peer(self, name):
+        def work(database):
+            self.stage.host.ask("execute", database=database, statements=["drop trigger T_PEOPLE_NULLDATES"])
+            with self.stage.peer(name) as peer:
+                peer.ask("attach", database=database)
+                return peer.ask("insert", dbf=self.file, start=dbf.header_size(self.file), sql=dbf.INSERT,
+                                fields=list(dbf.FIELDS.values()))["seconds"]
+        return self._timed(name, self.prepared, work)
+
+
+def bring(stage):
+    """bringdbf against isql, and against the insertion of record by record."""
+    rows = []
+    options = stage.options
+    for where in stage.wheres():
+        way = _Import(stage, where, dbf.make(stage, options.records))
+        seconds = paired(options.runs, {"isql": way.isql, "ours": way.ours}, stage.progress)
+        rows.append(Row(f"bringdbf of {options.records:,} records x 5 fields", where, "isql: INSERT ... SELECT alone",
+                        seconds["ours"], seconds["isql"], Target(at_most=1.10)))
+        way = _Import(stage, where, dbf.make(stage, options.peer_records))
+        contestants = {"ours": way.ours}
+        for name in stage.peers(PEERS):
+            contestants[name] = lambda name=name, way=way: way.peer(name)
+        seconds = paired(options.runs, contestants, stage.progress)
+        for name in stage.peers(PEERS):
+            rows.append(Row(f"bringdbf of {options.peer_records:,} records x 5 fields", where,
+                            f"{name}: prepared INSERT a record", seconds["ours"], seconds[name], PEER_TARGETS[where]))
+    return rows
+
+
+def convert(stage):
+    """The conversion of a DBF file to its data file, against cp of the same file."""
+    file = dbf.make(stage, stage.options.records)
+    with stage.worker() as worker:
+        def run(what, to):
+            return worker.ask(what, dbf=file, to=stage.file(to))["seconds"]
+        for what in ["convert.ours", "convert.cp"]:  # warms the cache
+            run(what, "warm")
+        seconds = paired(max(stage.options.runs, stage.options.short_runs),
+                         {"cp": lambda: run("convert.cp", "copy.dbf"),
+                          "ours": lambda: run("convert.ours", "convert.dat")}, stage.progress)
+    expected = stage.options.records * (sum(dbf.FIELDS.values()) + 2)
+    if os.path.getsize(stage.file("convert.dat")) != expected:
+        raise Failure("the data file has another size than its records")
+    return [Row(f"DBF to data file, {stage.options.records:,} records", "", "cp", seconds["ours"], seconds["cp"],
+                Target(at_most=2.0))]
