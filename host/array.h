@@ -15,6 +15,7 @@ inline constexpr std::size_t max_array_size = std::size_t{1} << 26;
 /// ARRAY(n [, m...]): nested arrays of NIL; NIL when a dimension is no number or there is none; a negative
 /// one, or more than max_array_size elements in all, raises a bound error (1131).
 Value array(const Value& size);
+/// ARRAY of several dimensions.
 Value array(Args dimensions);
 /// AADD(a, x): appends and returns `x`; raises an argument error (1123) when `a` is no array.
 Value aadd(const Value& a, const Value& x);

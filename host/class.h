@@ -18,6 +18,7 @@ class Instance;
 /// The one shape of every method: the object, then the arguments; a missing one reads as NIL.
 using Routine = Value (*)(Instance& self, Args args);
 
+/// What a row of a method table is for.
 enum class MethodKind : std::uint8_t { exported, protected_, access, assign };
 
 /// "exported", "protected", "access" or "assign".
@@ -28,17 +29,18 @@ struct Method {
     std::string_view name;  ///< lower case
     int parameters;         ///< after the object
     MethodKind kind;        ///< recorded and shown; a protected method is not refused to an outside caller
-    Routine routine;
+    Routine routine;        ///< what it does
     std::string_view help;  ///< one line for users
 };
 
+/// Who may use a variable by name: everybody, its class, nobody, everybody through its property.
 enum class Visibility : std::uint8_t { exported, protected_, hidden, property };
 
 /// One row of a class's variables.
 struct Variable {
-    std::string_view name;
-    Visibility visibility;
-    Value (*initial)();  ///< makes the default
+    std::string_view name;  ///< lower case
+    Visibility visibility;  ///< who may use it
+    Value (*initial)();     ///< makes the default
 };
 
 /// A class: its name, variables and methods, all of which must outlive it.
@@ -48,10 +50,14 @@ class Class {
     Class(std::string_view name, std::span<const Variable> variables, std::span<const Method> methods)
         : name_(name), variables_(variables), methods_(methods) {}
 
+    /// Its name.
     [[nodiscard]] std::string_view name() const { return name_; }
+    /// Its variables, in the order of the rows given.
     [[nodiscard]] std::span<const Variable> variables() const { return variables_; }
+    /// Its methods, ordered by name.
     [[nodiscard]] std::span<const Method> methods() const { return methods_; }
 
+    /// What the searches answer when there is nothing of that name.
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
     /// The row of the first method of that name, or none.
     [[nodiscard]] std::size_t find_method(std::string_view name) const;
@@ -74,8 +80,10 @@ class Class {
 /// is called when the last reference goes away.
 class Instance final : public Object {
   public:
+    /// An object of `type`, which must outlive it, its variables at their defaults.
     explicit Instance(const Class& type);
 
+    /// Its class.
     [[nodiscard]] const Class& type() const { return type_; }
     /// The variable of row `index` of the class; unchecked.
     Value& variable(std::size_t index) { return variables_[index]; }
@@ -83,10 +91,15 @@ class Instance final : public Object {
     /// Calls the method in row `index` of the class's table; unchecked.
     Value call(std::size_t index, Args args) { return type_.methods()[index].routine(*this, args); }
 
+    /// The name of its class.
     [[nodiscard]] std::string_view class_name() const override { return type_.name(); }
+    /// Calls a method by its name.
     Value send(std::string_view name, Args args) override;
+    /// Reads an exported variable or a property by its name.
     Value get(std::string_view name) override;
+    /// Assigns an exported variable or a property by its name.
     void set(std::string_view name, const Value& value) override;
+    /// Calls the method `axit`, if there is one.
     void last_release() noexcept override;
 
   private:

@@ -17,15 +17,19 @@ bool exactly_equal(const Value& a, const Value& b);
 bool equal(const Value& a, const Value& b);
 /// `a` != `b`: NOT (`a` = `b`).
 bool unequal(const Value& a, const Value& b);
-/// `a` < `b`, `a` <= `b`, `a` > `b`, `a` >= `b`: texts in byte order, equal where = says so; .F. < .T.; the
-/// empty date comes first. NIL has no order: it raises.
+/// `a` < `b`: texts in byte order, equal where = says so; .F. < .T.; the empty date comes first. NIL has no
+/// order: it raises.
 bool less(const Value& a, const Value& b);
+/// `a` <= `b`, in the same order.
 bool less_or_equal(const Value& a, const Value& b);
+/// `a` > `b`, in the same order.
 bool greater(const Value& a, const Value& b);
+/// `a` >= `b`, in the same order.
 bool greater_or_equal(const Value& a, const Value& b);
 
-/// SET EXACT.
+/// Whether SET EXACT is on; off at first.
 bool set_exact();
+/// SET EXACT ON or OFF.
 void set_exact(bool on);
 
 }  // namespace zmfb::host

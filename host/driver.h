@@ -19,10 +19,11 @@ namespace zmfb::host {
 
 /// A column of a table: type "C", "N", "D", "L", or what the driver knows besides.
 struct Field {
-    std::string name;
-    char type = 'C';
-    int length = 0;
-    int decimals = 0;
+    std::string name;  ///< upper case
+    char type = 'C';   ///< one letter
+    int length = 0;    ///< columns
+    int decimals = 0;  ///< of those behind the point
+    /// Whether all four are the same.
     bool operator==(const Field&) const = default;
 };
 
@@ -38,24 +39,31 @@ class Table {
     /// Closes without a report what close() has not closed.
     virtual ~Table() = default;
 
+    /// Its columns, in order; the span lives as long as the table.
     [[nodiscard]] virtual std::span<const Field> fields() const = 0;
     /// RECCOUNT().
     [[nodiscard]] virtual std::int64_t record_count() = 0;
     /// RECNO(): from 1; at the end of the table the number of records and one more.
     [[nodiscard]] virtual std::int64_t record_number() const = 0;
+    /// BOF(): whether a skip went to before the first record; also in an empty table.
     [[nodiscard]] virtual bool bof() const = 0;
+    /// EOF(): whether there is no current record, behind the last one.
     [[nodiscard]] virtual bool eof() const = 0;
 
+    /// To the first record; to the end of an empty table.
     virtual bool go_top() = 0;
     /// To a record by its number; to the end of the table when there is none of that number.
     virtual bool go_to(std::int64_t record) = 0;
     /// Forward by `count` records, or back when it is negative; not beyond the ends.
     virtual bool skip(std::int64_t count) = 0;
 
+    /// DELETED(): whether the current record is marked as deleted.
     [[nodiscard]] virtual bool deleted() = 0;
+    /// Marks the current record as deleted, or takes the mark away.
     virtual bool set_deleted(bool deleted) = 0;
     /// The value of field `index`, counted from 0; NIL when there is none.
     [[nodiscard]] virtual Value get(std::size_t index) = 0;
+    /// Stores a value in field `index`, counted from 0; false, and raised, when it does not fit there.
     virtual bool put(std::size_t index, const Value& value) = 0;
     /// Stores the columns of a text file in a field: C as they are, N their leading number, D as YYYYMMDD, L
     /// .T. for T, t, Y and y. The digits of a number are kept as written, as far as the field holds them, if
@@ -74,12 +82,13 @@ class Table {
 
 /// What DBUSEAREA asks a driver for.
 struct OpenRequest {
-    std::string_view file;
+    std::string_view file;   ///< the name as it was given
     std::string_view alias;  ///< upper case
-    bool shared = false;
-    bool readonly = false;
+    bool shared = false;     ///< whether others may open it meanwhile
+    bool readonly = false;   ///< whether nothing will be written
 };
 
+/// Opens and creates tables of one kind; known to the runtime by the name that register_driver() gave it.
 class Driver {
   public:
     Driver() = default;

@@ -120,6 +120,7 @@ Value raise(const Value& error);
 /// Raises "Argument error: <operation>" (gencode 1, severity 2, subsystem BASE, cansubstitute), with `args`
 /// as the operation's arguments. Returns what the handler returns, which is the operation's result then.
 Value argument_error(Subcode subcode, std::string_view operation, std::span<const Value> args);
+/// The same, with the arguments one by one.
 inline Value argument_error(Subcode subcode, std::string_view operation, std::initializer_list<Value> args) {
     return argument_error(subcode, operation, std::span<const Value>(args.begin(), args.size()));
 }

@@ -24,12 +24,13 @@ Value fopen(const Value& name, const Value& mode = {});
 Value fcreate(const Value& name, const Value& attribute = {});
 /// FCLOSE(h): whether it was open.
 Value fclose(const Value& handle);
-/// FREAD(h, @buffer, n): reads up to n bytes into the front of `buffer`, a text of at least n bytes; the rest
+/// FREAD(h, buffer, n): reads up to n bytes into the front of `buffer`, a text of at least n bytes; the rest
 /// of it keeps. Returns the number of bytes read; 0 and nothing read when `buffer` is shorter or no text.
 Value fread(const Value& handle, Value& buffer, const Value& n);
 /// FWRITE(h, s [, n]): writes s, or its first n bytes, and returns the number of bytes written, fewer when
 /// the disk is full; "" cuts the file off at the current position.
 Value fwrite(const Value& handle, const Value& s);
+/// FWRITE(h, s, n).
 Value fwrite(const Value& handle, const Value& s, const Value& n);
 /// FSEEK(h, offset [, origin]): 0 from the start, 1 from here, 2 from the end; returns the new position,
 /// which may lie beyond the end. One before the start is refused (25): the position stays and is returned.

@@ -13,9 +13,10 @@ namespace zmfb::host {
 /// A UTF-8 literal and its ISO-8859-1 form.
 template <std::size_t N>
 struct Latin1Literal {
-    std::array<char, N> bytes{};
-    std::size_t size = 0;
+    std::array<char, N> bytes{};  ///< ISO-8859-1, as many as `size` says
+    std::size_t size = 0;         ///< number of letters
 
+    /// Converts the literal when it is compiled.
     consteval Latin1Literal(const char (&utf8)[N]) {  // NOLINT(google-explicit-constructor)
         for (std::size_t i = 0; i + 1 < N; ++i) {
             const auto lead = static_cast<unsigned char>(utf8[i]);
@@ -31,6 +32,7 @@ struct Latin1Literal {
     }
 };
 
+/// What the views of literals point into.
 template <Latin1Literal Text>
 inline constexpr auto latin1_storage = Text;
 

@@ -20,8 +20,9 @@ void screen_end();
 /// The curses standard screen pointer, null when the application does not use the full screen.
 void* standard_screen();
 
-/// MAXROW(), MAXCOL(): last row and column, from 0; 24 and 79 without a full screen.
+/// MAXROW(): the last row, from 0; 24 without a full screen.
 Value maxrow();
+/// MAXCOL(): the last column, from 0; 79 without a full screen.
 Value maxcol();
 /// SAVESCREEN(top, left, bottom, right): the region's characters with their colours and attributes, as an
 /// object; clipped at the edges; NIL without a full screen.
@@ -30,9 +31,10 @@ Value savescreen(const Value& top, const Value& left, const Value& bottom, const
 /// any other value restores nothing.
 void restscreen(const Value& top, const Value& left, const Value& bottom, const Value& right,
                 const Value& saved);
-/// DEVPOS(row, col) and DEVOUT(value, colour): where and what to write, clipped at the edges; colours in the
-/// notation "foreground/background" such as "BG/N".
+/// DEVPOS(row, col): where the next devout() writes.
 void devpos(const Value& row, const Value& col);
+/// DEVOUT(value, colour): writes a value, clipped at the edges; colours in the notation
+/// "foreground/background" such as "BG/N".
 void devout(const Value& value, const Value& colour = {});
 /// QOUT(values...): a line end and the values on the standard output.
 void qout(Args values);

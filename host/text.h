@@ -14,38 +14,44 @@
 
 namespace zmfb::host {
 
-/// The greatest number of bytes that a text grows to, and that one is filled to by a length asked for. Beyond
-/// these an operation raises "String overflow" (1234) and allocates nothing.
+/// The greatest number of bytes that a text grows to. Beyond it an operation raises "String overflow" (1234)
+/// and allocates nothing.
 inline constexpr std::size_t max_text_size = 0x7FFF'FFFF;
+/// The greatest number of bytes that a text is filled to by a length asked for; likewise.
 inline constexpr std::size_t max_filled_size = std::size_t{256} << 20;
 
 /// `a` + `b`: joins two texts; adds two numbers (decimals: the larger of both); adds days to a date. Other
 /// pairs raise an argument error (1081). A date that leaves the calendar becomes the empty date.
 Value operator+(const Value& a, const Value& b);
+/// The same, appending to the text of `a` where nobody shares it.
 Value operator+(Value&& a, const Value& b);
 /// `a` - `b`: for texts the trailing blanks of `a` move to the end; numbers; date minus days; date minus date
 /// in days.
 Value operator-(const Value& a, const Value& b);
 
-/// UPPER(s), LOWER(s): ASCII letters only; other bytes are kept.
+/// UPPER(s): ASCII letters only; other bytes are kept.
 Value upper(const Value& s);
+/// LOWER(s): ASCII letters only; other bytes are kept.
 Value lower(const Value& s);
-/// LTRIM(s) removes leading blanks, tabs and line ends; TRIM(s) trailing blanks only; ALLTRIM(s) is
-/// LTRIM(TRIM(s)).
+/// LTRIM(s): without leading blanks, tabs and line ends.
 Value ltrim(const Value& s);
+/// TRIM(s): without trailing blanks, and blanks only.
 Value trim(const Value& s);
+/// ALLTRIM(s): LTRIM(TRIM(s)).
 Value alltrim(const Value& s);
 
-/// SUBSTR(s, start [, count]): `start` 0 counts as 1, a negative one from the end; a NIL `count` is all the
-/// rest. LEFT, RIGHT: RIGHT of a wrong kind is "" without an error.
+/// SUBSTR(s, start): all the rest. `start` 0 counts as 1, a negative one from the end.
 Value substr(const Value& s, const Value& start);
+/// SUBSTR(s, start, count): a NIL `count` is all the rest.
 Value substr(const Value& s, const Value& start, const Value& count);
+/// LEFT(s, count): the first bytes.
 Value left(const Value& s, const Value& count);
+/// RIGHT(s, count): the last bytes; of a wrong kind "" without an error.
 Value right(const Value& s, const Value& count);
 
-/// AT(search, s), RAT(search, s): position of the first or last occurrence, 0 when there is none or `search`
-/// is empty.
+/// AT(search, s): position of the first occurrence, 0 when there is none or `search` is empty.
 Value at(const Value& search, const Value& s);
+/// RAT(search, s): position of the last occurrence; likewise.
 Value rat(const Value& search, const Value& s);
 /// `sub` $ `s`: whether `sub` occurs in `s`; an empty `sub` never does.
 bool contained(const Value& sub, const Value& s);
@@ -57,17 +63,19 @@ bool contained(const Value& sub, const Value& s);
 Value strtran(const Value& s, const Value& search, const Value& replace = {}, const Value& start = {},
               const Value& count = {});
 
-/// PADR, PADL(value, length [, fill]): exactly `length` bytes, cut at the right or padded with the first byte
+/// PADR(value, length [, fill]): exactly `length` bytes, cut at the right or padded there with the first byte
 /// of `fill` (blank). Numbers and dates become their texts first; any other kind gives "".
 Value padr(const Value& value, const Value& length, const Value& fill = {});
+/// PADL(value, length [, fill]): the same, padded at the left.
 Value padl(const Value& value, const Value& length, const Value& fill = {});
-/// SPACE(n), REPLICATE(s, n): nothing for n below 1. As with PADR and PADL, a size beyond max_filled_size
-/// overflows.
+/// SPACE(n): blanks, nothing for n below 1. As with PADR and PADL, a size beyond max_filled_size overflows.
 Value space(const Value& n);
+/// REPLICATE(s, n): the text n times; likewise.
 Value replicate(const Value& s, const Value& n);
 
-/// CHR(n): the one-byte text of the low eight bits; ASC(s): the first byte, 0 for "".
+/// CHR(n): the one-byte text of the low eight bits.
 Value chr(const Value& n);
+/// ASC(s): the first byte, 0 for "".
 Value asc(const Value& s);
 /// STRPEEK(s, n): the byte at position n, 0 outside the text.
 Value strpeek(const Value& s, const Value& n);

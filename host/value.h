@@ -33,68 +33,84 @@ struct TextBlock;
 struct ArrayBlock;
 struct CodeBlock;
 
+/// What a value can be. NIL is "no value".
 enum class Kind : std::uint8_t { nil, character, numeric, logical, date, array, object, block };
 
 /// A calendar date as a Julian day number; 0 is the empty date.
 struct Date {
-    std::int32_t day = 0;
+    std::int32_t day = 0;  ///< Julian day number, 0 for the empty date
+    /// In the order of the calendar, the empty date first.
     auto operator<=>(const Date&) const = default;
 };
 
 /// How a number shows when no length is given: columns in all, and decimals. 0 columns: the default of ten.
 struct Picture {
-    std::uint8_t width = 0;
-    std::uint8_t decimals = 0;
+    std::uint8_t width = 0;     ///< columns in all, 0 for the default of ten
+    std::uint8_t decimals = 0;  ///< of those behind the point
+    /// Whether both show alike.
     bool operator==(const Picture&) const = default;
 };
 
 /// The body of a code block: receives the arguments it is evaluated with.
 using BlockFunction = std::function<Value(Args)>;
 
+/// What a numeric value is made of.
 template <class T>
 concept Number = (std::integral<T> || std::floating_point<T>)&&!std::same_as<T, bool> &&
                  !std::same_as<T, char>;
 
+/// One value of the runtime; see the top of this file for what it costs and who owns what.
 class Value {
   public:
+    /// NIL.
     Value() noexcept : kind_(Kind::nil) { payload_.number = 0; }
+    /// The same value once more: a reference for arrays, objects and blocks.
     Value(const Value& other) noexcept {
         std::memcpy(static_cast<void*>(this), &other, sizeof *this);
         if (counted()) retain();
     }
+    /// Takes the value over and leaves NIL.
     Value(Value&& other) noexcept {
         std::memcpy(static_cast<void*>(this), &other, sizeof *this);
         other.kind_ = Kind::nil;
     }
+    /// The same value once more; what was here is released.
     Value& operator=(const Value& other) noexcept {
         Value copy(other);
         swap(copy);
         return *this;
     }
+    /// Takes the value over and leaves NIL; what was here is released.
     Value& operator=(Value&& other) noexcept {
         Value moved(std::move(other));
         swap(moved);
         return *this;
     }
+    /// Gives its reference back; the last one ends what it referred to.
     ~Value() {
         if (counted()) release();
     }
 
+    /// A text: a copy of the bytes.
     template <class T>
     requires std::convertible_to<const T&, std::string_view> Value(const T& text)
         : Value(std::string_view(text), TextTag{}) {}  // NOLINT(google-explicit-constructor)
+    /// .T. or .F.
     template <std::same_as<bool> T>
     Value(T logical) noexcept : kind_(Kind::logical) {  // NOLINT(google-explicit-constructor)
         payload_.number = 0;
         payload_.logical = logical;
     }
+    /// A number; integers beyond 2^53 lose digits.
     template <Number T>
     Value(T number) noexcept : Value(static_cast<double>(number), Picture{}) {}  // NOLINT
+    /// A number that shows as `picture` says.
     Value(double number, Picture picture) noexcept : kind_(Kind::numeric) {
         inline_[0] = static_cast<char>(picture.width);
         inline_[1] = static_cast<char>(picture.decimals);
         payload_.number = number;
     }
+    /// A date.
     Value(Date date) noexcept : kind_(Kind::date) {  // NOLINT(google-explicit-constructor)
         payload_.number = 0;
         payload_.day = date.day;
@@ -106,10 +122,14 @@ class Value {
     static Value text_of_size(std::size_t size);
     /// An array of `size` NIL elements.
     static Value array_of_size(std::size_t size);
+    /// A code block with that body.
     static Value block(BlockFunction body);
 
+    /// What it is.
     [[nodiscard]] Kind kind() const noexcept { return kind_; }
+    /// Whether it is of that kind.
     [[nodiscard]] bool is(Kind kind) const noexcept { return kind_ == kind; }
+    /// Whether it is NIL.
     [[nodiscard]] bool is_nil() const noexcept { return kind_ == Kind::nil; }
 
     /// The bytes of a character value; the view lives until the value is changed, moved or destroyed.
@@ -117,20 +137,24 @@ class Value {
         if (kind_ != Kind::character) return wrong_kind(Kind::character), std::string_view{};
         return raw_text();
     }
+    /// The number of a numeric value; 0 for another kind (raised).
     [[nodiscard]] double number() const {
         if (kind_ != Kind::numeric) return wrong_kind(Kind::numeric), 0.0;
         return payload_.number;
     }
+    /// Whether a logical value is .T.; false for another kind (raised).
     [[nodiscard]] bool logical() const {
         if (kind_ != Kind::logical) return wrong_kind(Kind::logical), false;
         return payload_.logical;
     }
+    /// The date of a date value; the empty date for another kind (raised).
     [[nodiscard]] Date date() const {
         if (kind_ != Kind::date) return wrong_kind(Kind::date), Date{};
         return Date{payload_.day};
     }
     /// The number cut toward zero and held within the range of 64-bit integers; NaN gives 0.
     [[nodiscard]] std::int64_t integer() const;
+    /// How a numeric value shows; means nothing for another kind.
     [[nodiscard]] Picture picture() const noexcept {
         return {static_cast<std::uint8_t>(inline_[0]), static_cast<std::uint8_t>(inline_[1])};
     }
@@ -165,6 +189,7 @@ class Value {
     /// or date of one kind. NIL is the same as NIL. Raises nothing; no rule of SET EXACT.
     [[nodiscard]] bool same(const Value& other) const noexcept;
 
+    /// Exchanges two values.
     void swap(Value& other) noexcept {
         char hold[sizeof(Value)];
         std::memcpy(hold, static_cast<const void*>(this), sizeof hold);
@@ -172,6 +197,7 @@ class Value {
         std::memcpy(static_cast<void*>(&other), hold, sizeof hold);
     }
 
+    /// Texts up to that many bytes need no block of their own.
     static constexpr std::size_t inline_text_size = 14;
 
   private:
@@ -222,14 +248,20 @@ static_assert(sizeof(Value) == 16);
 class Args {
   public:
     Args() = default;
+    /// A view of `values`, which must outlive it.
     Args(std::span<const Value> values) : values_(values) {}  // NOLINT(google-explicit-constructor)
+    /// A view of an array of values, which must outlive it.
     template <std::size_t N>
     Args(const Value (&values)[N]) : values_(values, N) {}  // NOLINT(google-explicit-constructor)
+    /// A view of one value, which must outlive it.
     explicit Args(const Value& only) : values_(&only, 1) {}
+    /// Argument `index`, counted from 0; NIL for one that was left out.
     const Value& operator[](std::size_t index) const noexcept {
         return index < values_.size() ? values_[index] : nil();
     }
+    /// How many were given.
     [[nodiscard]] std::size_t size() const noexcept { return values_.size(); }
+    /// All that were given.
     [[nodiscard]] std::span<const Value> all() const noexcept { return values_; }
 
   private:
@@ -260,11 +292,13 @@ class Object {
     Object& operator=(const Object&) = delete;
     virtual ~Object() = default;
 
+    /// The name of its class; the view lives as long as the object.
     [[nodiscard]] virtual std::string_view class_name() const = 0;
     /// Calls the method `name` (lower case); an unknown one is the class's affair.
     virtual Value send(std::string_view name, Args args) = 0;
-    /// Reads, or assigns, the member `name`.
+    /// Reads the member `name`; an unknown one is the class's affair.
     virtual Value get(std::string_view name) = 0;
+    /// Assigns the member `name`; an unknown one is the class's affair.
     virtual void set(std::string_view name, const Value& value) = 0;
     /// The end-of-life handler; whatever it raises or throws stays in here.
     virtual void last_release() noexcept {}

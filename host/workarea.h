@@ -10,10 +10,10 @@
 
 namespace zmfb::host {
 
-/// RDDSETDEFAULT([name]): the default driver's name before the call; a name given becomes the default,
-/// upper-cased. Any name is taken; one that no driver is registered under fails when a table is opened
-/// through it. At the start the default is "DBFIDX".
+/// RDDSETDEFAULT(): the default driver's name; "DBFIDX" at the start.
 Value rddsetdefault();
+/// RDDSETDEFAULT(name): makes `name`, upper-cased, the default and returns the one before it. Any name is
+/// taken; one that no driver is registered under fails when a table is opened through it.
 Value rddsetdefault(const Value& name);
 
 /// DBCREATE(file, structure [, driver]): creates an empty table of the descriptors {name, type, len, dec} and
@@ -39,6 +39,7 @@ void dbgotop();
 Value used();
 /// NETERR(): whether the last DBUSEAREA failed because of another use of the table.
 Value neterr();
+/// Sets what NETERR() answers; for drivers.
 void neterr(bool failed);
 
 /// ALIAS(): the current area's alias, upper case; "" when no table is open in it.

@@ -156,10 +156,11 @@ zmfb_status zmfb_call(const zmfb_value* object, const char* method, const zmfb_v
                       size_t count, zmfb_value* result);
 
 /**
- * Reads or assigns a member of an object: properties of a connection ("sdbname"), fields of an error
- * ("description", "gencode", "subcode", "operation", "args", ...). A name that is none is raised.
+ * Reads a member of an object: properties of a connection ("sdbname"), fields of an error ("description",
+ * "gencode", "subcode", "operation", "args", ...). A name that is none is raised.
  */
 zmfb_status zmfb_get_member(const zmfb_value* object, const char* name, zmfb_value* value);
+/** Assigns a member of an object; a name that is none, or one that can only be read, is raised. */
 zmfb_status zmfb_set_member(const zmfb_value* object, const char* name, const zmfb_value* value);
 
 /** How many rows the method table has. */
@@ -204,8 +205,9 @@ zmfb_kind zmfb_kind_of(const zmfb_value* value);
 /** Puts into `to` what is in `from`. */
 zmfb_status zmfb_copy(zmfb_value* to, const zmfb_value* from);
 
-/** Puts NIL, or a logical: .F. for 0, .T. for anything else. */
+/** Puts NIL. */
 zmfb_status zmfb_set_nil(zmfb_value* value);
+/** Puts a logical: .F. for 0, .T. for anything else. */
 zmfb_status zmfb_set_logical(zmfb_value* value, int logical);
 
 /**

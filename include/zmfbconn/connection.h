@@ -33,8 +33,8 @@ class zmFBConn {
     static zmFBConn of(const Value& object);
 
     /// Calls a method by its lower-case name; arguments left out arrive as NIL. A name that is no method is
-    /// logged
-    /// ("[ERROR] Meth: ... does not exist inside zmFBConn", level 0) and raised; the answer is NIL then.
+    /// logged ("[ERROR] Meth: ... does not exist inside zmFBConn", level 0) and raised; the answer is NIL
+    /// then.
     template <class... Arguments>
     Value call(std::string_view method, Arguments&&... arguments) {
         if constexpr (sizeof...(Arguments) == 0) {
@@ -44,8 +44,10 @@ class zmFBConn {
             return call_with(method, Args(values));
         }
     }
+    /// The same with the arguments as a view of values.
     Value call_with(std::string_view method, Args args);
 
+    /// Whether a database is attached.
     [[nodiscard]] bool isconnected();
     /// Reads a property: bconn, dbhndl, sdbname, srolename or susername.
     Value get(std::string_view property);
@@ -65,14 +67,15 @@ class zmFBConn {
 
 /// One row of the method table, for tools that list it.
 struct MethodRow {
-    std::string_view name;
+    std::string_view name;  ///< lower case
     int parameters;         ///< after the object
     std::string_view kind;  ///< "exported", "protected", "access" or "assign"
-    std::string_view help;
+    std::string_view help;  ///< one line for users
 };
 
-/// How many rows the method table has, and row `index` of it; ordered by name.
+/// How many rows the method table has.
 std::size_t method_count();
+/// Row `index` of the method table, counted from 0, ordered by name; unchecked. Its texts live for ever.
 MethodRow method_row(std::size_t index);
 
 /// The version of this library, such as "1.0.0"; ZMFB_VERSION (zmfbconn/version.h) is that of the headers.

@@ -55,7 +55,9 @@ class ExactQueries {
 
     /// The one in force; null for none.
     static ExactQueries* current();
+    /// What takes in the rows; null for none.
     [[nodiscard]] RowReader* reader() const { return reader_; }
+    /// For the queries made meanwhile: notes how the last one ended.
     void set_sqlcode(int sqlcode) { sqlcode_ = sqlcode; }
 
   private:
