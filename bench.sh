@@ -18,4 +18,4 @@ if [ ! -d bench/peers/node/node_modules/node-firebird ]; then
 fi
 cmake --preset bench >/dev/null
 cmake --build --preset bench --parallel "$(nproc)" --target bench_programs -- --quiet
-exec python3 bench/run.py --programs build/bench/bench "$@"
+exec python3 -B bench/run.py --programs build/bench/bench "$@"

@@ -45,7 +45,7 @@ sub sums_of {
 sub export_records {
     my ($request) = @_;
     my $start = time;
-    my $statement = $database->prepare($request->{sql}, {ib_dateformat => '%Y%m%d'});
+    my $statement = $database->prepare($request->{sql}, {ib_timestampformat => '%Y%m%d', ib_dateformat => '%Y%m%d'});
     $statement->execute;
     open my $file, '>:raw', $request->{file} or die $!;
     my $count = 0;

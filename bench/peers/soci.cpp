@@ -40,61 +40,106 @@ struct Person {
     soci::indicator has_credit = soci::i_ok;
 };
 
-std::vector<Person> read_people(const std::string& query) {
-    std::vector<Person> people;
+// Fetches into one record and hands it over, row by row.
+template <class Take>
+void read_people(const std::string& query, const Take& take) {
+    soci::transaction transaction(*session);
     Person person;
     soci::statement statement =
         (session->prepare << query, soci::into(person.id), soci::into(person.name), soci::into(person.city),
          soci::into(person.credit, person.has_credit), soci::into(person.rate), soci::into(person.changed),
          soci::into(person.kind));
     statement.execute();
-    while (statement.fetch()) people.push_back(person);
-    return people;
+    while (statement.fetch()) take(person);
 }
 
 std::string timestamp_text(const std::tm& stamp) {
     char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &stamp);
-    return text;
+    return {text, std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &stamp)};
+}
+
+std::string double_text(double number) {
+    char text[400];
+    return {text, std::to_chars(text, text + sizeof text, number, std::chars_format::fixed, 6).ptr};
+}
+
+// What a program keeps that does not know the columns beforehand: a text for each value.
+using Texts = std::vector<std::vector<std::string>>;
+
+Texts read_texts(const std::string& query) {
+    Texts texts;
+    read_people(query, [&texts](const Person& person) {
+        texts.push_back({std::to_string(person.id), person.name, person.city,
+                         person.has_credit == soci::i_ok ? person.credit : "NULL", double_text(person.rate),
+                         timestamp_text(person.changed), std::to_string(person.kind)});
+    });
+    return texts;
+}
+
+// What a program keeps that was written for these columns.
+std::vector<Person> read_structs(const std::string& query) {
+    std::vector<Person> people;
+    read_people(query, [&people](const Person& person) { people.push_back(person); });
+    return people;
 }
 
 double seconds_since(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-json sums_of(const std::vector<Person>& people, double seconds) {
-    std::int64_t id = 0, credit = 0;
-    for (const Person& person : people) {
-        id += person.id;
-        if (person.has_credit == soci::i_ok) credit += std::llround(std::stod(person.credit) * 100);
+struct Sums {
+    std::int64_t rows = 0;
+    std::int64_t id = 0;
+    std::int64_t credit = 0;
+
+    void add(int person, const std::string& owed) {
+        ++rows;
+        id += person;
+        if (owed != "NULL") credit += std::llround(std::stod(owed) * 100);
     }
-    return {{"seconds", seconds}, {"rows", people.size()}, {"id", id}, {"credit", credit}};
+    [[nodiscard]] json reply(double seconds) const {
+        return {{"seconds", seconds}, {"rows", rows}, {"id", id}, {"credit", credit}};
+    }
+};
+
+Sums sums_of(const Texts& texts) {
+    Sums sums;
+    for (const auto& row : texts) sums.add(std::stoi(row[0]), row[3]);
+    return sums;
 }
 
-json select(const json& request) {
-    soci::transaction transaction(*session);
+Sums sums_of(const std::vector<Person>& people) {
+    Sums sums;
+    for (const Person& person : people)
+        sums.add(person.id, person.has_credit == soci::i_ok ? person.credit : "NULL");
+    return sums;
+}
+
+// Reads the rows, into what is asked for, and keeps them in `held`.
+template <class Rows>
+json read_timed(const json& request, Rows (*read)(const std::string&), Rows& held) {
+    const std::string query = request.at("sql");
+    held.clear();
+    held.shrink_to_fit();
     const auto start = Clock::now();
-    const std::vector<Person> people = read_people(request.at("sql"));
-    return sums_of(people, seconds_since(start));
+    held = read(query);
+    const double seconds = seconds_since(start);
+    return sums_of(held).reply(seconds);
 }
 
-json hold(const json& request) {
-    static std::vector<Person> held;
-    soci::transaction transaction(*session);
-    held = read_people(request.at("sql"));
-    return sums_of(held, 0);
-}
-
-json sample(const json& request) {
-    soci::transaction transaction(*session);
-    json rows = json::array();
-    for (const Person& person : read_people(request.at("sql"))) {
-        const json credit = person.has_credit == soci::i_ok ? json(person.credit) : json();
-        rows.push_back({person.id, person.name, person.city, credit, person.rate,
-                        timestamp_text(person.changed), person.kind});
+json select(const json& request, bool keep) {
+    static Texts texts;
+    static std::vector<Person> people;
+    const bool structs = request.value("into", "texts") == "structs";
+    json reply = structs ? read_timed(request, read_structs, people) : read_timed(request, read_texts, texts);
+    if (!keep) {
+        Texts().swap(texts);
+        std::vector<Person>().swap(people);
     }
-    return {{"rows", rows}};
+    return reply;
 }
+
+json sample(const json& request) { return {{"rows", read_texts(request.at("sql"))}}; }
 
 // One prepared statement, one execution for each record, one transaction.
 json insert(const json& request) {
@@ -133,9 +178,9 @@ json answer(const json& request) {
         session.reset();
         return json::object();
     }
-    if (what == "select") return select(request);
+    if (what == "select") return select(request, false);
     if (what == "sample") return sample(request);
-    if (what == "hold") return hold(request);
+    if (what == "hold") return select(request, true);
     if (what == "insert") return insert(request);
     throw std::runtime_error("no such request: " + what);
 }

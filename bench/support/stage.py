@@ -37,6 +37,7 @@ class Stage:
     def peer(self, name):
         commands = {
             "SOCI": [os.path.join(self.programs, "zmfb_bench_soci")],
+            "SOCI into structs": [os.path.join(self.programs, "zmfb_bench_soci")],
             "Qt QIBASE": [os.path.join(self.programs, "zmfb_bench_qt")],
             "DBD::Firebird": ["perl", os.path.join(HERE, "peers", "dbd.pl")],
             "node-firebird": ["node", os.path.join(HERE, "peers", "node", "peer.js")],

@@ -26,15 +26,16 @@ def _content(file):
 class _Export:
     """The ways to write one table out. What they write has to agree."""
 
-    def __init__(self, stage, where, imported):
+    def __init__(self, stage, where, imported, source):
         self.stage, self.where = stage, where
+        self.records = _digest(dbf.records_of(source))
         self.folder = stage.folder_of("export")
         self.data_file = stage.file("export.dat")
         self.source = stage.copy(imported)
         self.prepared = stage.copy(imported)
         kept_back = self._ask("export.prepare", self.prepared)["statements"]
         self.statement = next(text for text in kept_back if text.startswith("INSERT"))
-        self.data = self.records = None
+        self.data = None
 
     def _ask(self, what, file):
         dbf_file = os.path.join(self.folder, dbf.TABLE + ".dbf")
@@ -44,10 +45,14 @@ class _Export:
             return worker.ask(what, database=self.stage.name(file, self.where), data_file=self.data_file,
                               folder=self.folder, table=dbf.TABLE)
 
+    def _check(self, who, records):
+        if _digest(records) != self.records:
+            raise Failure(f"{who} writes other records than were brought in")
+
     def ours(self):
         seconds = self._ask("export.ours", self.source)["seconds"]
         self.data = _digest(_content(self.data_file))
-        self.records = _digest(dbf.records_of(os.path.join(self.folder, dbf.TABLE + ".dbf")))
+        self._check("exiletable", dbf.records_of(os.path.join(self.folder, dbf.TABLE + ".dbf")))
         return seconds
 
     def isql(self):
@@ -62,8 +67,7 @@ class _Export:
         with self.stage.peer(PEER) as peer:
             peer.ask("attach", database=self.stage.name(self.source, self.where))
             seconds = peer.ask("export", sql=QUERY, file=file, format=FORMAT)["seconds"]
-        if self.records and _digest(_content(file).removesuffix(b"\x1a")) != self.records:
-            raise Failure(f"{PEER} writes other records than exiletable")
+        self._check(PEER, _content(file).removesuffix(b"\x1a"))
         return seconds
 
 
@@ -77,7 +81,7 @@ def exile(stage):
         worker.ask("import.ours", database=stage.name(imported, EMBEDDED), dbf=file,
                    data_file=stage.file("import.dat"))
     for where in stage.wheres():
-        way = _Export(stage, where, imported)
+        way = _Export(stage, where, imported, file)
         way.ours()
         contestants = {"isql": way.isql, "ours": way.ours}
         if PEER in stage.options.peers:
