@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# prints.sh FILE COMMAND... runs a program and compares what it prints with the file. ZMFB_PRELOAD names a library to
+# prints.sh FILE COMMAND... runs a program and compares what it prints with the file. ZMFB_PRELOAD names libraries to
 # preload into it.
 set -euo pipefail
 expected=$1

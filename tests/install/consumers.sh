@@ -50,3 +50,7 @@ same "C, static" "$c_says" "$(env -u LD_LIBRARY_PATH ./c_static)"
 needs ./cpp yes
 needs ./c yes
 needs ./c_static no
+
+echo "the first program of docs/c-interface.md"
+sed -n '/^```c$/,/^```$/p' "$ZMFB_SOURCE/docs/c-interface.md" | sed '1d;$d' >first.c
+"$CC" -std=c11 -Wall -Wextra -Wpedantic -Werror first.c -o first "${flags[@]}" "${shared[@]}"
