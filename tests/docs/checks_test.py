@@ -93,7 +93,7 @@ class Output(unittest.TestCase):
 
 class Commands(unittest.TestCase):
     def walk(self, text):
-        walk = commands.Walk(Page("x.md", text), ".", ".")
+        walk = commands.Walk(Page("x.md", text), ".", ".", "zmfb")
         return walk.run()
 
     def test_good_page(self):

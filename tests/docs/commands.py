@@ -1,6 +1,6 @@
 """Runs the commands that pages show, and compares what they write.
 
-    commands.py TOP BUILD PAGE...
+    commands.py TOP EXAMPLES TOOL PAGE...
 
 A code block marked `console` is run line by line: "$ command" by a shell, "> more" continues it, "zmfb> line" is typed
 into the `zmfb shell` that the terminal is running. The lines below are what it wrote (output.py tells how they are
@@ -56,10 +56,10 @@ def steps_of(block):
 class Walk:
     """The commands of one page, run in a folder of their own."""
 
-    def __init__(self, page, top, build):
+    def __init__(self, page, top, examples, tool):
         self.page, self.problems, self.count, self.bound = page, [], 0, {}
         self.varying = [word for _, line in page.prose for found in VARIES.findall(line) for word in found.split()]
-        self.top, self.build = Path(top).resolve(), Path(build).resolve()
+        self.links = {"zmfbconn": top, "build": examples, "bin/zmfb": tool}
         self.terminals, self.in_shell = {}, set()
 
     def problem(self, line, text):
@@ -68,9 +68,9 @@ class Walk:
     def run(self):
         with tempfile.TemporaryDirectory(prefix="zmfb-docs-", dir=memory_folder()) as folder:
             self.home = Path(folder) / "home"
-            self.home.mkdir()
-            (self.home / "zmfbconn").symlink_to(self.top)
-            (self.home / "build").symlink_to(self.build / "examples")
+            (self.home / "bin").mkdir(parents=True)
+            for name, target in self.links.items():
+                (self.home / name).symlink_to(Path(target).resolve())
             try:
                 for block in self.page.blocks:
                     self.block(block)
@@ -92,7 +92,7 @@ class Walk:
 
     def terminal(self, name):
         if name not in self.terminals:
-            self.terminals[name] = Terminal(self.home, environment(self.home, self.build / "bin"))
+            self.terminals[name] = Terminal(self.home, environment(self.home))
         return self.terminals[name]
 
     def step(self, step):
@@ -120,7 +120,7 @@ class Walk:
     def screen(self, step):
         self.count += 1
         answers = [line.partition("[y/N] ")[2] for line in step.shown if "[y/N] " in line]
-        written, status = on_screen(step.command, answers, self.home, environment(self.home, self.build / "bin"))
+        written, status = on_screen(step.command, answers, self.home, environment(self.home))
         return self.compare(step, written, status)
 
     def compare(self, step, written, status):
@@ -135,8 +135,8 @@ class Walk:
 
 
 def main():
-    top, build, *pages = sys.argv[1:]
-    walks = [Walk(Page(Path(top) / name), top, build) for name in pages]
+    top, examples, tool, *pages = sys.argv[1:]
+    walks = [Walk(Page(Path(top) / name), top, examples, tool) for name in pages]
     with ThreadPoolExecutor(max_workers=2) as pool:
         problems = [problem for found in pool.map(Walk.run, walks) for problem in found]
     problems += [f"{walk.page.path.name}: no command was found" for walk in walks if walk.count == 0]

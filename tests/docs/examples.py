@@ -1,8 +1,8 @@
 """Runs the C++ examples, and compares what they print with examples/expected/.
 
-    examples.py TOP FOLDER
+    examples.py TOP FOLDER TOOL
 
-FOLDER has the programs. Each runs in an empty folder of its own with the arguments below; "..." in the expected output
+FOLDER has the programs, TOOL is zmfb. Each runs in an empty folder of its own with the arguments below; "..." in the expected output
 stands as in pages. Programs that pages show whole are examples as they are.
 """
 
@@ -28,7 +28,7 @@ BEFORE = {"hello": ["{tool}", "--db", "shop.fdb", "create"]}
 
 
 def run(command, folder):
-    made = subprocess.run(command, cwd=folder, env=environment(folder, folder), stdin=subprocess.DEVNULL,
+    made = subprocess.run(command, cwd=folder, env=environment(folder), stdin=subprocess.DEVNULL,
                           stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=60)
     return made.stdout.decode("utf-8", "replace").splitlines(), made.returncode
 
@@ -56,10 +56,10 @@ def shown_programs(top):
 
 
 def main():
-    top, programs = Path(sys.argv[1]).resolve(), Path(sys.argv[2]).resolve()
+    top, programs, tool = (Path(word).resolve() for word in sys.argv[1:])
     examples = top / "examples"
     names = sorted(path.stem for path in examples.glob("*.cpp"))
-    words = {"data": str(examples / "data"), "tool": str(programs.parent / "bin" / "zmfb")}
+    words = {"data": str(examples / "data"), "tool": str(tool)}
     told = (examples / "README.md").read_text(encoding="utf-8")
     problems = [f"{name}: has no arguments here" for name in names if name not in ARGUMENTS]
     problems += [f"{name}: examples/README.md does not tell of it" for name in names if f"{name}.cpp" not in told]

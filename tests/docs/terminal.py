@@ -77,13 +77,13 @@ class Terminal:
         self.bash.stdout.close()
 
 
-def environment(home, programs):
-    """That of a user with an empty home folder, for whom `programs` are installed."""
+def environment(home):
+    """That of a user with that home folder, and programs in its folder `bin`; log and temporary files go there."""
     kept = {name: value for name, value in os.environ.items() if name not in (
         "FIREBIRD", "FIREBIRD_LOCK", "ISC_USER", "ISC_PASSWORD", "ZMFB_DB", "XDG_CACHE_HOME", "XDG_STATE_HOME",
         "ENV", "BASH_ENV")}
-    return {**kept, "HOME": str(home), "PATH": f"{programs}:{kept.get('PATH', '/usr/bin:/bin')}", "LC_ALL": "C.UTF-8",
-            "NO_COLOR": "1", "TMPDIR": str(home)}
+    return {**kept, "HOME": str(home), "PATH": f"{home}/bin:{kept.get('PATH', '/usr/bin:/bin')}", "LC_ALL": "C.UTF-8",
+            "NO_COLOR": "1", "TMPDIR": str(home), "ZMFB_TEST_LOG": f"{home}/zmrddfire.log"}
 
 
 def memory_folder():
