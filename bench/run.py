@@ -40,6 +40,7 @@ SIZES = {
     "memory_runs": (3, 1, 1),
     "short_runs": (15, 9, 1),
     "records": (1_000_000, 1_000_000, 200),
+    "extras": (True, False, True),  # comparisons that no target asks for
     "peer_records": (1_000_000, 100_000, 200),
     "lock_pairs": (500, 200, 2),
     "tables": (1_000, 1_000, 3),

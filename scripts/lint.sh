@@ -5,7 +5,7 @@
 #   scripts/lint.sh --full     clang-tidy as well, over build/dev
 set -euo pipefail
 cd "$(dirname "$0")/.."
-folders=(host conn sql catalog locks schema transfer matrix c udf tool include examples tests)
+folders=(host conn sql catalog locks schema transfer matrix c udf tool include examples tests bench)
 mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' -o -name '*.c' | sort)
 clang-format --dry-run --Werror "${sources[@]}"
 echo "clang-format: ${#sources[@]} files are laid out"
@@ -21,6 +21,6 @@ if grep -rlE '#include <(ibase|firebird/)' host conn catalog locks schema transf
 fi
 
 [ "${1:-}" = --full ] || exit 0
-mapfile -t units < <(find "${folders[@]}" -name '*.cpp' -not -path 'tests/*' | sort)
+mapfile -t units < <(find "${folders[@]}" -name '*.cpp' -not -path 'tests/*' -not -path 'bench/*' | sort)
 clang-tidy -p build/dev --quiet --extra-arg=-Wno-unknown-warning-option "${units[@]}"
 echo "clang-tidy: ${#units[@]} files"

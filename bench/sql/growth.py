@@ -8,7 +8,7 @@ from bench.support.stage import EMBEDDED
 
 def _repeats(rows, largest):
     """Small results are read more often: their differences drown in the noise of one reading."""
-    return max(1, min(30, largest // rows))
+    return max(1, min(30, largest // rows // 2))
 
 
 def _own_part(stage, worker, rows, largest):

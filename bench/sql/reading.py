@@ -6,13 +6,15 @@ from bench.sql import people
 from bench.support.faithful import losses
 from bench.support.measure import Row, Target, paired
 from bench.support.processes import Failure
-from bench.support.stage import EMBEDDED, TCP
+from bench.support.stage import TCP
 
 SAMPLE = 200
 PEERS = ["SOCI", "DBD::Firebird", "Qt QIBASE", "node-firebird"]
 # A program that is written for these columns and keeps a C++ struct a row, no texts: not what an interpreter's
 # result can be, but good to know.
 STRUCTS = "SOCI into structs"
+# The plainest C++ program that keeps texts.
+STRINGS = "vectors of std::string"
 MEGABYTE = 1e6
 
 
@@ -53,10 +55,11 @@ def _contestants(stage, worker, where, database, sql):
     _check_sample(stage, database, "internalselect", lambda text: worker.ask("sample.ours", sql=text))
     expected = _sums(worker.ask("select.bare", sql=sql))
     runs = {name: _Checked(name, expected, lambda what=what: worker.ask(what, sql=sql))
-            for name, what in [("bare client", "select.bare"), ("ours", "select.ours"), ("strings", "select.strings")]}
+            for name, what in [("bare client", "select.bare"), ("ours", "select.ours"), (STRINGS, "select.strings")]
+            if name != STRINGS or stage.options.extras}
     processes = []
     names = _peers(stage, where)
-    for name in names + [STRUCTS] * ("SOCI" in names):
+    for name in names + [STRUCTS] * (stage.options.extras and "SOCI" in names):
         peer = stage.peer(name)
         processes.append(peer)
         peer.ask("attach", database=database)
@@ -69,7 +72,8 @@ def _rows(stage, where, seconds, lost):
     what = f"internalselect of {stage.options.rows:,} rows x 7 columns"
     ours = seconds["ours"]
     yield Row(what, where, "bare client, touching", ours, seconds["bare client"], Target(at_most=1.15))
-    yield Row(what, where, "vectors of std::string", ours, seconds["strings"])
+    if STRINGS in seconds:
+        yield Row(what, where, STRINGS, ours, seconds[STRINGS])
     for name in lost:
         row = Row(what, where, name, ours, seconds[name], None if name == STRUCTS else Target(times_faster=1))
         row.notes += sorted(lost[name])
@@ -107,7 +111,7 @@ def _growth(process, attach, warm_up, hold):
 
 def _held(stage, database, name):
     sql, few = people.query(), people.query(SAMPLE)
-    of_ours = {"ours": "ours", "vectors of std::string": "strings"}
+    of_ours = {"ours": "ours", STRINGS: "strings"}
     with stage.worker() if name in of_ours else stage.peer(name) as process:
         suffix = "." + of_ours[name] if name in of_ours else ""
         return _growth(process, lambda: process.ask("attach", database=database),
@@ -119,7 +123,7 @@ def memory(stage):
     """Memory that the held rows take."""
     database = stage.name(people.make(stage, stage.options.rows), TCP)
     values = stage.options.rows * len(people.KINDS)
-    names = ["ours", "vectors of std::string"] + _peers(stage, TCP)
+    names = ["ours", STRINGS] + _peers(stage, TCP)
     names += [STRUCTS] * ("SOCI" in names)
     held = {name: [] for name in names}
     notes = {}
