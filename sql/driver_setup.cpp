@@ -53,6 +53,17 @@ std::string udf_folder() {
     return "";
 }
 
+// Makes a folder that nobody else can look into or write to, or makes one of this user so: the engine loads
+// code from where the settings in it say. One that is somebody else's, or reached through a link, is none.
+bool make_own_folder(const fs::path& folder) {
+    mkdir(folder.c_str(), S_IRWXU);
+    struct stat status {};
+    if (lstat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid())
+        return false;
+    if ((status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return access(folder.c_str(), W_OK) == 0;
+    return chmod(folder.c_str(), S_IRWXU) == 0;
+}
+
 // One environment for each folder of functions, so that two installations do not rewrite each other's
 // settings.
 fs::path environment_folder(const std::string& functions) {
@@ -62,15 +73,12 @@ fs::path environment_folder(const std::string& functions) {
     const std::string name = "firebird-" + std::to_string(std::hash<std::string>()(functions));
     std::error_code error;
     if (base.is_absolute()) {
-        fs::create_directories(base / "zmfbconn", error);
-        if (!error && access((base / "zmfbconn").c_str(), W_OK) == 0) return base / "zmfbconn" / name;
+        fs::create_directories(base, error);
+        if (make_own_folder(base / "zmfbconn")) return base / "zmfbconn" / name;
     }
-    // A user without a home of its own: a folder that nobody else can write.
+    // A user without a home of its own.
     const fs::path own = fs::temp_directory_path(error) / ("zmfbconn-" + std::to_string(geteuid()));
-    mkdir(own.c_str(), S_IRWXU);
-    struct stat status {};
-    if (lstat(own.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) || status.st_uid != geteuid()) return {};
-    return own / name;
+    return make_own_folder(own) ? own / name : fs::path();
 }
 
 // The engine keeps its locks in files; processes whose lock files differ would not see each other's locks and
