@@ -1,5 +1,6 @@
 
 #include <filesystem>
+#include <nlohmann/json.hpp>
 
 #include "tests/support/dbf_readers.h"
 #include "tests/tool/tool.h"
@@ -28,6 +29,19 @@ class ExportCommand : public Tool {
     std::string path;
     std::string folder_out;
 };
+
+TEST_F(ExportCommand, PrintsAnObjectPerTableAsJson) {
+    on(path, {"import", "--skip-deleted", ZMFB_EXAMPLE_DBF});
+    const Finished run = on(path, {"--json", "export", "customers", "--keep-data-file", "-o", folder_out});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const auto said = nlohmann::json::parse(run.out);
+    EXPECT_EQ(said.at("table"), "CUSTOMERS");
+    EXPECT_EQ(said.at("file"), folder_out + "/customers.dbf");
+    EXPECT_EQ(said.at("records"), 9);
+    EXPECT_EQ(said.at("fields"), 6);
+    EXPECT_GT(said.at("seconds").get<double>(), 0);
+    EXPECT_TRUE(std::filesystem::remove(said.at("data_file").get<std::string>()));
+}
 
 TEST_F(ExportCommand, WritesAFileThatAnotherReaderUnderstands) {
     on(path, {"import", "--skip-deleted", ZMFB_EXAMPLE_DBF});

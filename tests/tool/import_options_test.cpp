@@ -1,5 +1,6 @@
 // Imports of converted copies, over tables that are there, and what is left behind.
 #include <filesystem>
+#include <nlohmann/json.hpp>
 
 #include "tests/support/dbf_builder.h"
 #include "tests/support/dbf_readers.h"
@@ -47,6 +48,41 @@ TEST_F(ImportOptionsTest, SkipDeletedLeavesThemOutThroughACopyThatIsRemoved) {
     EXPECT_EQ(exported("people"), (DbfRecords{{"Ana"}, {"Eva"}}));
     EXPECT_EQ(read_file(dbf), bytes);
     EXPECT_TRUE(std::filesystem::is_empty(file("tmp")));
+}
+
+TEST_F(ImportOptionsTest, JsonPrintsAnObjectPerFile) {
+    const std::string dbf = made("people.dbf", people());
+    const std::string other = made("others.dbf", people());
+    const Finished run = on(path, {"--json", "import", dbf, other, "--skip-deleted", "--keep-data-file"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    ASSERT_EQ(lines(run.out).size(), 2U) << run.out;
+    auto said = nlohmann::json::parse(lines(run.out).at(0));
+    EXPECT_GT(said.at("seconds").get<double>(), 0);
+    EXPECT_TRUE(std::filesystem::remove(said.at("data_file").get<std::string>()));
+    said.erase("seconds");
+    said.erase("data_file");
+    EXPECT_EQ(said, (nlohmann::json{{"file", dbf},
+                                    {"table", "PEOPLE"},
+                                    {"records", 2},
+                                    {"fields", 1},
+                                    {"deleted", 1},
+                                    {"impossible_dates", 0},
+                                    {"texts_with_zero_bytes", 0}}));
+    EXPECT_EQ(nlohmann::json::parse(lines(run.out).at(1)).at("table"), "OTHERS");
+}
+
+TEST_F(ImportOptionsTest, JsonTellsOfAPlanAndItsRefusalStaysOnStandardError) {
+    const std::string dbf = made("people.dbf", people());
+    auto plan = nlohmann::json::parse(on(path, {"--json", "import", dbf, "--dry-run"}).out);
+    EXPECT_EQ(plan.at("columns"), (nlohmann::json{{{"column", "NAME"}, {"type", "CHAR(8)"}}}));
+    EXPECT_EQ(plan.at("possible"), true);
+    EXPECT_EQ(plan.at("drops_existing"), false);
+    import(dbf);
+    const Finished refused = on(path, {"--json", "import", dbf, "--dry-run"});
+    EXPECT_EQ(refused.status, 1);
+    plan = nlohmann::json::parse(refused.out);
+    EXPECT_EQ(plan.at("possible"), false);
+    EXPECT_NE(refused.err.find("the table PEOPLE is there already"), std::string::npos) << refused.err;
 }
 
 TEST_F(ImportOptionsTest, DeletedRecordsComeAlongAndAreCounted) {

@@ -11,6 +11,7 @@
 #include "tool/commands.h"
 #include "tool/confirm.h"
 #include "tool/encoding.h"
+#include "tool/json.h"
 #include "tool/transfer/export_check.h"
 #include "tool/transfer/supervised.h"
 #include "tool/transfer/undo.h"
@@ -111,7 +112,8 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
     drop_leftover(connection, "EXT_" + upper);
     const fs::path folder = make_private_folder(given.folder);
     reports.send("folder " + folder.string());
-    reports.send("data " + std::string(connection.call("getfullpathdatfile").text()));
+    const std::string data_file(connection.call("getfullpathdatfile").text());
+    reports.send("data " + data_file);
     reports.send("external EXT_" + upper);
     const double seconds = write_file(session, name, folder);
     const auto rows = connection.call("counttablerecords", name).integer();
@@ -121,8 +123,19 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
                                                 table, records, rows)};
     }
     fs::rename(folder / (name + ".dbf"), target);
-    fmt::print("{} -> {}: {} records, {} fields, {:.2f} s\n", to_utf8(upper),
-               target.lexically_normal().string(), records, structure.size(), seconds);
+    const std::string written = target.lexically_normal().string();
+    if (session.options().json) {
+        Json json{{"table", to_utf8(upper)},
+                  {"file", written},
+                  {"records", records},
+                  {"fields", structure.size()},
+                  {"seconds", seconds}};
+        if (given.keep_data_file) json["data_file"] = data_file;
+        fmt::print("{}\n", json.dump());
+    } else {
+        fmt::print("{} -> {}: {} records, {} fields, {:.2f} s\n", to_utf8(upper), written, records,
+                   structure.size(), seconds);
+    }
     return Exit::ok;
 }
 
@@ -142,7 +155,7 @@ Exit export_one(const Options& options, const Given& given, const std::string& t
                                   },
                                   {[&](std::string_view line) { note_begun(line, begun); }, {}});
     if (given.keep_data_file && ended.signal == 0 && !begun.data_file.empty()) {
-        fmt::print("data file: {}\n", begun.data_file);
+        if (!options.json) fmt::print("data file: {}\n", begun.data_file);
         begun.data_file.clear();
     }
     if (ended.signal == 0) {

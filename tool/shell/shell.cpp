@@ -41,11 +41,11 @@ std::string_view advice_on(std::string_view word) {
 
 }  // namespace
 
-void Shell::fail(std::string_view message, std::string_view detail) {
+void Shell::fail(std::string_view message, std::string_view detail, std::string_view hint) {
     failed_ = true;
     std::fflush(stdout);
     const std::string& place = begun_place_.empty() ? place_ : begun_place_;
-    print_error(place.empty() ? std::string(message) : fmt::format("{}: {}", place, message), detail);
+    print_error(place.empty() ? std::string(message) : fmt::format("{}: {}", place, message), detail, hint);
 }
 
 // Runs one input and prints how it failed, if it did.
@@ -55,7 +55,7 @@ void Shell::guarded(const std::function<void()>& run) {
     try {
         run();
     } catch (const Failure& failure) {
-        fail(failure.message, failure.detail);
+        fail(failure.message, failure.detail, failure.hint);
     } catch (const std::exception& problem) {
         fail(problem.what());
     }

@@ -53,7 +53,7 @@ class Shell {
     void run_command(const std::vector<std::string>& words);
     const std::vector<std::string>& table_names();
     void guarded(const std::function<void()>& run);
-    void fail(std::string_view message, std::string_view detail = {});
+    void fail(std::string_view message, std::string_view detail = {}, std::string_view hint = {});
 
     void help(const std::vector<std::string>& words);
     void help_on(const std::string& name);

@@ -9,6 +9,7 @@
 
 #include "tool/confirm.h"
 #include "tool/encoding.h"
+#include "tool/json.h"
 #include "tool/text_table.h"
 #include "tool/transfer/converted_copy.h"
 #include "tool/transfer/dbf_check.h"
@@ -81,6 +82,7 @@ class Import {
   private:
     void check();
     Exit tell() const;
+    void print_plan(bool possible) const;
     void refuse() const;
     [[nodiscard]] std::string source(std::optional<PrivateFolder>& folder);
     void make_room();
@@ -88,6 +90,7 @@ class Import {
     void summarize() const;
 
     [[nodiscard]] std::string notes(bool made) const;
+    [[nodiscard]] Json as_json() const;
     [[noreturn]] void fail(const std::string& why, const std::string& detail);
 
     Session& session_;
@@ -149,24 +152,46 @@ std::string Import::notes(bool made) const {
     return lines;
 }
 
-Exit Import::tell() const {
-    Progress::clear();
+Json Import::as_json() const {
+    return {{"file", file_},
+            {"table", shown_bytes(plan_.table)},
+            {"records", found_.records},
+            {"fields", plan_.columns.size()},
+            {"deleted", found_.deleted},
+            {"impossible_dates", found_.lost_dates},
+            {"texts_with_zero_bytes", found_.zero_texts}};
+}
+
+void Import::print_plan(bool possible) const {
+    if (session_.options().json) {
+        Json json = as_json();
+        json["columns"] = Json::array();
+        for (const PlannedColumn& column : plan_.columns) {
+            json["columns"].push_back({{"column", column.name}, {"type", column.sql_type}});
+        }
+        json["drops_existing"] = plan_.table_exists;
+        json["possible"] = possible;
+        fmt::print("{}\n", json.dump());
+        return;
+    }
     TextTable columns({{"column"}, {"type"}});
     for (const PlannedColumn& column : plan_.columns) {
         columns.add({column.name, column.sql_type.empty() ? "?" : column.sql_type});
     }
-    const bool possible = plan_.refusals.empty() && rejects_.count() == 0;
     fmt::print("{} -> {}: {}, {}\n{}{}", file_, shown_bytes(plan_.table),
                counted(found_.records, "record", "records"), counted(plan_.columns.size(), "field", "fields"),
                columns.text(), notes(false));
     if (plan_.table_exists) fmt::print("the table {} would be dropped first\n", shown_bytes(plan_.table));
-    if (possible) {
-        fmt::print("nothing was changed; the import would work\n");
-        return Exit::ok;
-    }
+    if (possible) fmt::print("nothing was changed; the import would work\n");
+}
+
+Exit Import::tell() const {
+    Progress::clear();
+    const bool possible = plan_.refusals.empty() && rejects_.count() == 0;
+    print_plan(possible);
     std::fflush(stdout);
     refuse();
-    return Exit::failed;
+    return possible ? Exit::ok : Exit::failed;
 }
 
 void Import::refuse() const {
@@ -239,17 +264,24 @@ void Import::bring(const std::string& path) {
     }
     reports_.send("phase none 0");
     Progress::clear();
-    if (options_.keep_data_file) {
-        fmt::print("data file: {}\n", begun_.data_file);
-    } else {
+    if (!options_.keep_data_file) {
         remove_files(begun_);
+    } else if (!session_.options().json) {
+        fmt::print("data file: {}\n", begun_.data_file);
     }
 }
 
 void Import::summarize() const {
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start_;
-    fmt::print("{} -> {}: {} records, {} fields, {:.2f} s\n{}", file_, to_utf8(plan_.table), found_.records,
-               plan_.columns.size(), took.count(), notes(true));
+    if (session_.options().json) {
+        Json json = as_json();
+        json["seconds"] = took.count();
+        if (options_.keep_data_file) json["data_file"] = begun_.data_file;
+        fmt::print("{}\n", json.dump());
+    } else {
+        fmt::print("{} -> {}: {} records, {} fields, {:.2f} s\n{}", file_, to_utf8(plan_.table),
+                   found_.records, plan_.columns.size(), took.count(), notes(true));
+    }
     std::fflush(stdout);
 }
 

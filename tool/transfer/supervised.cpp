@@ -74,7 +74,7 @@ pid_t fork_or_fail() {
         status = work(session, Reports(descriptor));
         if (status == Exit::ok && !session.raised().empty()) status = Exit::failed;
     } catch (const Failure& failure) {
-        print_error(failure.message, failure.detail);
+        print_error(failure.message, failure.detail, failure.hint);
         status = failure.status;
     } catch (const std::exception& problem) {
         print_error(problem.what());
@@ -116,7 +116,7 @@ int run_apart(const std::function<Exit()>& work) {
         try {
             status = static_cast<int>(work());
         } catch (const Failure& failure) {
-            print_error(failure.message, failure.detail);
+            print_error(failure.message, failure.detail, failure.hint);
             status = static_cast<int>(failure.status);
         } catch (const std::exception& problem) {
             print_error(problem.what());
