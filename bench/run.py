@@ -43,7 +43,7 @@ SIZES = {
     "extras": (True, False, True),  # comparisons that no target asks for
     "peer_records": (1_000_000, 100_000, 200),
     "lock_pairs": (500, 200, 2),
-    "tables": (1_000, 1_000, 3),
+    "tables": (1_000, 200, 3),
     "growth": ([10_000, 100_000, 1_000_000, 5_000_000], [10_000, 100_000, 1_000_000], [50, 200]),
 }
 

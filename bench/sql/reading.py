@@ -79,6 +79,8 @@ def _rows(stage, where, seconds, lost):
         row.notes += sorted(lost[name])
         yield row
     names = [name for name in lost if name != STRUCTS]
+    if not names:
+        return
     middle = [statistics.median(seconds[name][run] for name in names) for run in range(len(ours))]
     yield Row(what, where, "median of the peers", ours, middle, Target(times_faster=1.5))
 

@@ -29,8 +29,9 @@ struct Sums {
         if (credit_text != "NULL")
             credit += std::llround(std::strtod(std::string(credit_text).c_str(), nullptr) * 100);
     }
-    [[nodiscard]] json reply(double seconds) const {
-        return {{"seconds", seconds}, {"rows", rows}, {"id", id}, {"credit", credit}};
+    [[nodiscard]] json reply(double seconds, double processor = 0) const {
+        return {
+            {"seconds", seconds}, {"processor", processor}, {"rows", rows}, {"id", id}, {"credit", credit}};
     }
 };
 
@@ -51,14 +52,17 @@ Sums sums_of(const StringRows& rows) {
 json select_ours(Worker& worker, const json& request) {
     const std::string sql = request.at("sql");
     Value result;
+    const double before = processor_seconds();
     const double seconds = seconds_of([&] { result = worker.ours->call("internalselect", sql); });
-    return sums_of(result).reply(seconds);
+    const double processor = processor_seconds() - before;
+    return sums_of(result).reply(seconds, processor);
 }
 
 json select_bare(Worker& worker, const json& request) {
     const std::string sql = request.at("sql");
     Sums sums;
     std::uint64_t touched = 0;
+    const double before = processor_seconds();
     const double seconds = seconds_of([&] {
         worker.bare->query(sql, read_block, [&](std::span<const XSQLVAR> row) {
             touched += touch(row);
@@ -67,7 +71,7 @@ json select_bare(Worker& worker, const json& request) {
             if (!is_null(row[credit_column])) sums.credit += value_at<std::int32_t>(row[credit_column]);
         });
     });
-    json reply = sums.reply(seconds);
+    json reply = sums.reply(seconds, processor_seconds() - before);
     reply["touched"] = touched;
     return reply;
 }

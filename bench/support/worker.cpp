@@ -1,5 +1,6 @@
 #include "bench/support/worker.h"
 
+#include <ctime>
 #include <iostream>
 #include <stdexcept>
 
@@ -65,6 +66,12 @@ void Worker::detach() {
     held = {};
     bare.reset();
     ours.reset();
+}
+
+double processor_seconds() {
+    std::timespec now{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
 }
 
 int serve(std::span<const std::span<const Command>> commands) {

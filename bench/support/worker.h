@@ -54,4 +54,8 @@ double seconds_of(const Work& work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+/// The processor time that this process has used so far, in seconds: unlike the clock's, it leaves out what
+/// other processes take.
+double processor_seconds();
+
 }  // namespace zmfb::bench
