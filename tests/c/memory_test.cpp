@@ -1,7 +1,8 @@
-// The interface without memory: whichever allocation fails, the answer is a status and nothing is lost.
-// Compiled as C++, so the header is tested as C++ too.
+// The interface without memory: whichever allocation fails, the answer is a status and nothing is lost. And
+// what a body throws stays inside. Compiled as C++, so the header is tested as C++ too.
 #include <cstdlib>
 #include <new>
+#include <stdexcept>
 
 #include "check.h"
 
@@ -34,6 +35,19 @@ zmfb_status scenario(zmfb_value* place, zmfb_value* other, zmfb_value* connectio
     return status;
 }
 
+void what_a_body_throws_becomes_a_status() {
+    const auto body = [](void* context, const zmfb_value* const*, std::size_t, zmfb_value*) -> zmfb_status {
+        if (context == nullptr) throw std::runtime_error("thrown by the body");
+        throw 42;
+    };
+    zmfb_value* const block = zmfb_new();
+    CHECK(zmfb_set_block(block, body, nullptr, nullptr) == ZMFB_OK);
+    CHECK(zmfb_eval(block, nullptr, 0, nullptr) == ZMFB_FAILED && said("thrown by the body"));
+    CHECK(zmfb_set_block(block, body, block, nullptr) == ZMFB_OK);
+    CHECK(zmfb_eval(block, nullptr, 0, nullptr) == ZMFB_FAILED && said("an exception of an unknown type"));
+    zmfb_free(block);
+}
+
 }  // namespace
 
 extern "C" void* __real_malloc(std::size_t size);
@@ -51,6 +65,7 @@ void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 int main() {
+    what_a_body_throws_becomes_a_status();
     int failures = 0;
     for (long allowed = 0;; ++allowed) {
         zmfb_value* const place = zmfb_new();
