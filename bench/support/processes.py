@@ -53,6 +53,7 @@ class Process:
         return kilobytes["VmRSS"] * 1024, kilobytes["VmHWM"] * 1024
 
     def close(self):
+        """Ends it. Returns what it said, unless it ended well."""
         self.process.stdin.close()
         try:
             self.process.wait(60)
@@ -60,10 +61,15 @@ class Process:
             self.process.kill()
             self.process.wait()
         self.process.stdout.close()
+        self.errors.seek(0)
+        said = self.errors.read().decode(errors="replace").strip()
         self.errors.close()
+        return "" if self.process.returncode == 0 else f"{self.name} ends with {self.process.returncode}: {said}"
 
     def __enter__(self):
         return self
 
-    def __exit__(self, *_):
-        self.close()
+    def __exit__(self, failure, *_):
+        said = self.close()
+        if said and failure is None:
+            raise Failure(said)
