@@ -92,14 +92,18 @@ struct ArrayBlock {
     }
 
     // Nobody asks for the references and the capacity of an array that waits: the next one stands there.
+    struct Waiting {
+        ArrayBlock* next;
+    };
     void wait_before(ArrayBlock* next) {
-        static_assert(sizeof next <= sizeof references + sizeof capacity);
-        std::memcpy(static_cast<void*>(this), static_cast<const void*>(&next), sizeof next);
+        const Waiting place{next};
+        static_assert(sizeof place <= sizeof references + sizeof capacity);
+        std::memcpy(static_cast<void*>(this), &place, sizeof place);
     }
     [[nodiscard]] ArrayBlock* next_waiting() const {
-        ArrayBlock* next = nullptr;
-        std::memcpy(static_cast<void*>(&next), static_cast<const void*>(this), sizeof next);
-        return next;
+        Waiting place{};
+        std::memcpy(&place, static_cast<const void*>(this), sizeof place);
+        return place.next;
     }
 };
 
