@@ -55,6 +55,8 @@ def arguments():
     parser.add_argument("--only", metavar="NAME", action="append", choices=BENCHMARKS,
                         help="one of " + ", ".join(BENCHMARKS) + "; may be given several times")
     parser.add_argument("--runs", type=int, help="paired runs of each (full 9, quick 5)")
+    parser.add_argument("--rows", type=int, help="rows that are read (500,000)")
+    parser.add_argument("--records", type=int, help="records that are imported and exported (1,000,000)")
     parser.add_argument("--json", metavar="FILE", help="write the figures of every run there")
     parser.add_argument("--doc", metavar="FILE", help="put the table between the marks in that document")
     parser.add_argument("--smoke", action="store_true", help=argparse.SUPPRESS)

@@ -200,4 +200,5 @@ int main(int argc, char** argv) {
         }
         std::cout << reply.dump() << std::endl;
     }
+    session.reset();  // while the client library is still there
 }
