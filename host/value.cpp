@@ -9,20 +9,42 @@
 
 namespace zmfb::host {
 
+// A text that was appended to has room for more and its capacity in front of it. The others, which a result
+// has millions of, have room for their size and no field for it.
 struct TextBlock {
-    std::uint32_t references;
+    std::uint32_t references : 31;
+    std::uint32_t can_grow : 1;
     std::uint32_t size;
-    std::uint32_t capacity;
 
     char* bytes() { return reinterpret_cast<char*>(this + 1); }
+    [[nodiscard]] std::size_t capacity() const { return can_grow != 0 ? capacity_in_front() : size; }
 
-    static TextBlock* make(std::size_t size, std::size_t capacity) {
-        constexpr std::size_t largest = std::numeric_limits<std::uint32_t>::max() - sizeof(TextBlock) - 1;
-        if (capacity > largest) throw std::bad_alloc();
-        void* memory = std::malloc(sizeof(TextBlock) + capacity);
+    static TextBlock* make(std::size_t size) {
+        return new (allocate(size)) TextBlock{1, 0, static_cast<std::uint32_t>(size)};
+    }
+    static TextBlock* make_growing(std::size_t size) {
+        const std::size_t capacity = size + size / 2;
+        char* const memory = static_cast<char*>(allocate(front + capacity));
+        std::memcpy(memory, &capacity, sizeof capacity);
+        return new (memory + front) TextBlock{1, 1, static_cast<std::uint32_t>(size)};
+    }
+    static void destroy(TextBlock* block) {
+        std::free(reinterpret_cast<char*>(block) - (block->can_grow != 0 ? front : 0));
+    }
+
+  private:
+    static constexpr std::size_t front = sizeof(std::size_t);
+
+    static void* allocate(std::size_t size) {
+        constexpr std::size_t largest = std::numeric_limits<std::uint32_t>::max() - sizeof(TextBlock) - front;
+        void* const memory = size > largest ? nullptr : std::malloc(sizeof(TextBlock) + size);
         if (memory == nullptr) throw std::bad_alloc();
-        return new (memory)
-            TextBlock{1, static_cast<std::uint32_t>(size), static_cast<std::uint32_t>(capacity)};
+        return memory;
+    }
+    [[nodiscard]] std::size_t capacity_in_front() const {
+        std::size_t capacity = 0;
+        std::memcpy(&capacity, reinterpret_cast<const char*>(this) - front, sizeof capacity);
+        return capacity;
     }
 };
 
@@ -124,7 +146,7 @@ Value Value::text_of_size(std::size_t size) {
     if (size <= inline_text_size) {
         made.small_ = static_cast<std::uint8_t>(size);
     } else {
-        made.payload_.text = TextBlock::make(size, size);
+        made.payload_.text = TextBlock::make(size);
         made.small_ = long_text;
         std::memset(made.payload_.text->bytes(), 0, size);
     }
@@ -212,13 +234,13 @@ void Value::append(std::string_view more) {
         small_ = static_cast<std::uint8_t>(size);
         return;
     }
-    if (small_ == long_text && payload_.text->references == 1 && size <= payload_.text->capacity) {
+    if (small_ == long_text && payload_.text->references == 1 && size <= payload_.text->capacity()) {
         std::memmove(payload_.text->bytes() + now.size(), more.data(), more.size());
         payload_.text->size = static_cast<std::uint32_t>(size);
         return;
     }
     // `more` may be a part of this very text, so the old text is let go of last.
-    TextBlock* block = TextBlock::make(size, size + size / 2);
+    TextBlock* block = TextBlock::make_growing(size);
     std::memcpy(block->bytes(), now.data(), now.size());
     std::memcpy(block->bytes() + now.size(), more.data(), more.size());
     Value grown;
@@ -254,7 +276,7 @@ bool Value::same(const Value& other) const noexcept {
 std::string_view Value::long_view() const noexcept { return {payload_.text->bytes(), payload_.text->size}; }
 
 void Value::set_long_text(std::string_view text) {
-    TextBlock* block = TextBlock::make(text.size(), text.size());
+    TextBlock* block = TextBlock::make(text.size());
     std::memcpy(block->bytes(), text.data(), text.size());
     if (counted()) release();
     payload_.text = block;
@@ -284,7 +306,7 @@ void Value::retain() const noexcept {
 void Value::release() noexcept {
     switch (kind_) {
         case Kind::character:
-            if (--payload_.text->references == 0) std::free(payload_.text);
+            if (--payload_.text->references == 0) TextBlock::destroy(payload_.text);
             break;
         case Kind::array:
             if (--payload_.array->references == 0) ArrayBlock::destroy(payload_.array);
