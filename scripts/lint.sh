@@ -5,7 +5,7 @@
 #   scripts/lint.sh --full     clang-tidy as well, over build/dev
 set -euo pipefail
 cd "$(dirname "$0")/.."
-folders=(host conn sql catalog locks schema transfer matrix c udf tool include examples tests bench)
+folders=(host conn sql catalog locks schema transfer matrix c udf tool include examples tests bench fuzz)
 mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' -o -name '*.c' | sort)
 clang-format --dry-run --Werror "${sources[@]}"
 echo "clang-format: ${#sources[@]} files are laid out"

@@ -22,6 +22,9 @@ test_packages=(
     "${bench_packages[@]}"
 )
 
+# What fuzz/run.sh builds with; the tests run the kept inputs without it.
+fuzz_packages=(clang libclang-rt-14-dev)
+
 # missing_packages NAME... prints those that are not installed.
 missing_packages() {
     local name
