@@ -10,6 +10,7 @@
 #include "tool/encoding.h"
 #include "tool/hints.h"
 #include "tool/password.h"
+#include "tool/rows/shown_text.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::tool {
@@ -26,7 +27,7 @@ void print_indented(std::string_view detail) {
     while (!detail.empty()) {
         const std::string_view line = detail.substr(0, detail.find('\n'));
         const std::size_t blanks = std::min(line.find_first_not_of(' '), line.size());
-        fmt::print(stderr, "  {}\n", line.substr(blanks));
+        fmt::print(stderr, "  {}\n", without_controls(line.substr(blanks)));
         detail.remove_prefix(std::min(detail.size(), line.size() + 1));
     }
 }
@@ -35,11 +36,11 @@ void print_raised(std::string text, Raised how) {
     if (how == Raised::silent) return;
     std::fflush(stdout);
     if (how == Raised::one_line) {
-        fmt::print(stderr, "raised: {}\n", text);
+        fmt::print(stderr, "raised: {}\n", without_controls(text));
         return;
     }
     const std::size_t first = std::min(text.find(';'), text.size());
-    fmt::print(stderr, "raised: {}\n", std::string_view(text).substr(0, first));
+    fmt::print(stderr, "raised: {}\n", without_controls(std::string_view(text).substr(0, first)));
     std::ranges::replace(text, ';', '\n');
     print_indented(std::string_view(text).substr(std::min(first + 1, text.size())));
 }
@@ -47,7 +48,7 @@ void print_raised(std::string text, Raised how) {
 }  // namespace
 
 void print_error(std::string_view message, std::string_view detail, std::string_view hint) {
-    fmt::print(stderr, "error: {}\n", message);
+    fmt::print(stderr, "error: {}\n", lines_without_controls(message));
     print_indented(detail);
     if (hint.empty()) hint = hint_for(detail);
     if (!hint.empty()) fmt::print(stderr, "hint: {}\n", hint);

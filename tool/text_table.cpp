@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "tool/rows/shown_text.h"
+
 namespace zmfb::tool {
 namespace {
 
@@ -11,6 +13,11 @@ std::size_t characters(const std::string& utf8) {
 }
 
 }  // namespace
+
+void TextTable::add(std::vector<std::string> cells) {
+    for (std::string& cell : cells) cell = without_controls(cell);
+    rows_.push_back(std::move(cells));
+}
 
 std::string TextTable::text() const {
     std::vector<std::size_t> widths;

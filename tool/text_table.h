@@ -16,8 +16,8 @@ class TextTable {
 
     explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
-    /// A row with one cell per column.
-    void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
+    /// A row with one cell per column. Control characters are shown as \n, \t, \r or \xHH.
+    void add(std::vector<std::string> cells);
     /// The heads, a rule, and the rows, each line ended; without blanks at the end of a line.
     [[nodiscard]] std::string text() const;
 

@@ -34,6 +34,11 @@ TEST_F(LogCommand, ShowsTheLastEntriesInUtf8) {
     EXPECT_EQ(log({"-n", "0"}).out, "");
 }
 
+TEST_F(LogCommand, ControlsOfATextDoNotReachTheTerminal) {
+    write(1, "[ERROR] a\x1b[2Jb\nset y = 1\x07");
+    EXPECT_EQ(log({}).out, "Sat Nov 21 06:45:33 2026 [1] ana: [ERROR] a\\x1b[2Jb\nset y = 1\\x07\n");
+}
+
 TEST_F(LogCommand, FiltersByLevelAndTag) {
     write(0, "[CONN] one");
     write(1, "[ERROR] two");

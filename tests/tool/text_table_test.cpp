@@ -18,6 +18,15 @@ TEST(TextTableShape, ColumnsAreAsWideAsTheirWidestCellCountedInCharacters) {
               "x          12345\n");
 }
 
+TEST(TextTableShape, NothingInACellReachesTheTerminalAsAControl) {
+    TextTable table({{"a"}, {"b"}});
+    table.add({"x\x1b[2J", "\n\t\r\x7f\xc2\x9b"});
+    EXPECT_EQ(table.text(),
+              "a         b\n"
+              "--------  --------------\n"
+              "x\\x1b[2J  \\n\\t\\r\\x7f\\x9b\n");
+}
+
 TEST(TextTableShape, NoLineEndsInBlanks) {
     TextTable table({{"a"}, {"b"}});
     table.add({"1", ""});

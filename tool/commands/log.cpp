@@ -16,6 +16,7 @@
 #include "tool/interrupt.h"
 #include "tool/json.h"
 #include "tool/log_file.h"
+#include "tool/rows/shown_text.h"
 #include "tool/terminal.h"
 
 namespace zmfb::tool {
@@ -79,8 +80,9 @@ void print_entry(const LogEntry& entry) {
     const std::string_view tag = tag_of(entry.text);
     const bool bad = tag == "ERROR" || tag == "FATAL";
     const bool coloured = bad && output_has_colours();
-    fmt::print("{} [{}] {}: {}{}{}\n", entry.date, entry.level, to_utf8(entry.user),
-               coloured ? "\x1b[31m" : "", to_utf8(entry.text), coloured ? "\x1b[0m" : "");
+    fmt::print("{} [{}] {}: {}{}{}\n", entry.date, entry.level, without_controls(to_utf8(entry.user)),
+               coloured ? "\x1b[31m" : "", lines_without_controls(to_utf8(entry.text)),
+               coloured ? "\x1b[0m" : "");
 }
 
 /// Prints entries as they are written, until Ctrl-C. As JSON each is one line.

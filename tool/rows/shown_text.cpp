@@ -47,6 +47,17 @@ std::string without_controls(std::string_view utf8) {
     return out;
 }
 
+std::string lines_without_controls(std::string_view utf8) {
+    std::string out;
+    for (;;) {
+        const std::size_t end = utf8.find('\n');
+        out += without_controls(utf8.substr(0, end));
+        if (end == std::string_view::npos) return out;
+        out += '\n';
+        utf8.remove_prefix(end + 1);
+    }
+}
+
 std::size_t count_characters(std::string_view utf8) {
     return static_cast<std::size_t>(std::ranges::count_if(utf8, starts_character));
 }

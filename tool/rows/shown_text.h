@@ -8,6 +8,8 @@ namespace zmfb::tool {
 
 /// Replaces control characters, which could do anything to a terminal, with \n, \t, \r or \xHH. UTF-8.
 std::string without_controls(std::string_view utf8);
+/// The same line by line: line ends stay.
+std::string lines_without_controls(std::string_view utf8);
 /// How many characters there are in a UTF-8 text.
 std::size_t count_characters(std::string_view utf8);
 /// A text of more than `width` characters cut to that many, the last of them "…".
