@@ -62,7 +62,7 @@ TEST_F(ExportCommand, TheFileIsNamedAsTheTableIsGivenAndLiesInTheCurrentFolderWi
     const Finished run = zmfb_in(folder_out, {"--db", path, "export", "SHOP", "shop"});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(written(), (std::vector<std::string>{"SHOP.dbf", "shop.dbf"}));
-    EXPECT_TRUE(run.out.starts_with("SHOP -> SHOP.dbf: 1 records, 1 fields, ")) << run.out;
+    EXPECT_TRUE(run.out.starts_with("SHOP -> SHOP.dbf: 1 record, 1 field, ")) << run.out;
     EXPECT_EQ(read_with_dbfread(folder_out + "/shop.dbf"), (DbfRecords{{"Ana"}}));
 }
 
@@ -119,7 +119,7 @@ TEST_F(ExportCommand, ValuesThatDoNotFitAreCountedAndNothingIsWritten) {
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err,
               "error: PRICES cannot be exported\n"
-              "  2 values of PRICE need more than its 6 characters\n");
+              "  values of PRICE that need more than its 6 characters: 2\n");
     EXPECT_TRUE(written().empty());
 }
 
@@ -133,12 +133,12 @@ TEST_F(ExportCommand, WhatADbfFileCannotHoldIsNamed) {
     exec("insert into foreign2 values (null, '2007-03-01')");
     EXPECT_EQ(export_to_folder("foreign2").err,
               "error: FOREIGN2 cannot be exported\n"
-              "  1 values of NAME are NULL, which a DBF file does not have\n");
+              "  values of NAME that are NULL, which a DBF file does not have: 1\n");
     exec("delete from foreign2");
     exec("insert into foreign2 values ('Ana', '2007-03-01 12:30')");
     const Finished run = export_to_folder("foreign2");
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(run.err, "warning: FOREIGN2: 1 values of SEEN lose their time of day\n");
+    EXPECT_EQ(run.err, "warning: FOREIGN2: values of SEEN that lose their time of day: 1\n");
     EXPECT_EQ(read_with_dbfread(folder_out + "/foreign2.dbf"), (DbfRecords{{"Ana", "2007-03-01"}}));
 }
 

@@ -160,7 +160,7 @@ TEST_F(ImportCheck, AFileThatIsCutOffIsImportedOnlyWhenToldSo) {
     EXPECT_EQ(import(dbf).status, 1);
     const Finished run = import(dbf, {"--incomplete"});
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_NE(run.out.find("P: 1 records"), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("P: 1 record,"), std::string::npos) << run.out;
 }
 
 TEST_F(ImportCheck, ATableNameTooLongForItsTriggersIsRefused) {

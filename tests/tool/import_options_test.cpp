@@ -43,7 +43,7 @@ TEST_F(ImportOptionsTest, SkipDeletedLeavesThemOutThroughACopyThatIsRemoved) {
     const std::string bytes = read_file(dbf);
     const Finished run = import(dbf, {"--skip-deleted"});
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_NE(run.out.find(" -> PEOPLE: 2 records, 1 fields, "), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find(" -> PEOPLE: 2 records, 1 field, "), std::string::npos) << run.out;
     EXPECT_EQ(lines(run.out).at(1), "1 deleted record left out");
     EXPECT_EQ(exported("people"), (DbfRecords{{"Ana"}, {"Eva"}}));
     EXPECT_EQ(read_file(dbf), bytes);

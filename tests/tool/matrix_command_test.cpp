@@ -28,7 +28,7 @@ class MatrixCommand : public Tool {
 TEST_F(MatrixCommand, ExtractWritesTheFileAndPrintsTheSameBytesWithoutOne) {
     const Finished written = on(path, {"matrix", "extract", "CLIENT", "-o", file("m")});
     EXPECT_EQ(written.status, 0) << written.err;
-    EXPECT_EQ(written.out, file("m.tf") + ": 1 tables\n");
+    EXPECT_EQ(written.out, file("m.tf") + ": 1 table\n");
     const std::string text = read_file(file("m.tf"));
     EXPECT_NE(text.find(" CLIENT>>001::NAME::C::10::0"), std::string::npos);
     const std::string printed = on(path, {"matrix", "extract", "client"}).out;

@@ -21,7 +21,7 @@ TEST_F(StructCommand, ShowsFieldsIndexesTriggersAndGenerators) {
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out,
-              "CLIENT: driver table, 1 records\n"
+              "CLIENT: driver table, 1 record\n"
               "\n"
               "field       type  length  decimals  in the database            kept by the driver\n"
               "----------  ----  ------  --------  -------------------------  ------------------\n"
@@ -106,7 +106,7 @@ TEST_F(DropCommand, AsksAndNamesTheViewsThatGoAlong) {
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.out, "");
     EXPECT_EQ(refused.err,
-              "Drop CLIENT with its 1 records and the views built on it (NAMES)? [y/N] error: nothing was "
+              "Drop CLIENT with its 1 record and the views built on it (NAMES)? [y/N] error: nothing was "
               "dropped\n");
     EXPECT_EQ(on(path, {"call", "istable('CLIENT')"}).out, ".T.\n");
     const Finished done = on(path, {"drop", "client"}, "y\n");

@@ -10,6 +10,7 @@
 #include "host/text.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
+#include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
 #include "tool/transfer/export_check.h"
@@ -133,8 +134,9 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
         if (given.keep_data_file) json["data_file"] = data_file;
         fmt::print("{}\n", json.dump());
     } else {
-        fmt::print("{} -> {}: {} records, {} fields, {:.2f} s\n", to_utf8(upper), written, records,
-                   structure.size(), seconds);
+        fmt::print("{} -> {}: {}, {}, {:.2f} s\n", to_utf8(upper), written,
+                   counted(records, "record", "records"), counted(structure.size(), "field", "fields"),
+                   seconds);
     }
     return Exit::ok;
 }

@@ -7,6 +7,7 @@
 #include "host/file.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
+#include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
 #include "tool/terminal.h"
@@ -99,7 +100,7 @@ Exit matrix_extract_command(Session& session, const std::vector<std::string>& ta
     if (session.raised().size() != raised_before || !host::file(written).logical()) {
         throw Failure{Exit::failed, fmt::format("cannot write {}", to_utf8(written))};
     }
-    fmt::print("{}: {} tables\n", to_utf8(written), matrix.size() - 1);
+    fmt::print("{}: {}\n", to_utf8(written), counted(matrix.size() - 1, "table", "tables"));
     return Exit::ok;
 }
 

@@ -6,6 +6,7 @@
 #include "tool/catalog.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
+#include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
 #include "tool/text_table.h"
@@ -92,8 +93,8 @@ void print_fields(const Structure& all) {
 }
 
 void print_structure(const Structure& all) {
-    fmt::print("{}: {} table, {} records\n\n", to_utf8(all.table), kind_name(all.kind),
-               all.records.integer());
+    fmt::print("{}: {} table, {}\n\n", to_utf8(all.table), kind_name(all.kind),
+               counted(static_cast<std::uint64_t>(all.records.integer()), "record", "records"));
     print_fields(all);
     if (!all.indexes.empty()) {
         TextTable shown({{"index"}, {"fields"}, {"kind"}});
@@ -183,10 +184,11 @@ Exit drop_command(Session& session, const std::string& table, bool yes) {
     const std::string name = existing_table(connection, table);
     require_droppable(connection, name);
     const std::vector<std::string> views = views_on(connection, name);
-    const std::int64_t records = connection.call("gettablereccount", name).integer();
+    const std::string records = counted(
+        static_cast<std::uint64_t>(connection.call("gettablereccount", name).integer()), "record", "records");
     const std::string going =
         views.empty() ? "" : fmt::format(" and the views built on it ({})", joined(views));
-    const std::string question = fmt::format("Drop {} with its {} records{}?", to_utf8(name), records, going);
+    const std::string question = fmt::format("Drop {} with its {}{}?", to_utf8(name), records, going);
     if (!yes && !confirm(question)) throw Failure{Exit::failed, "nothing was dropped"};
     if (!connection.call("droptable", name).logical()) {
         const bool stands = connection.call("istable", name).logical();

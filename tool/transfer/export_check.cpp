@@ -55,15 +55,16 @@ std::vector<Question> questions(const std::vector<host::Field>& fields) {
         const std::string name = to_utf8(field.name);
         if (field.type == 'D') {
             asked.push_back({fmt::format("cast({} as time) <> '00:00'", field.name),
-                             fmt::format("values of {} lose their time of day", name), false});
+                             fmt::format("values of {} that lose their time of day", name), false});
             continue;
         }
         asked.push_back({fmt::format("{} is null", field.name),
-                         fmt::format("values of {} are NULL, which a DBF file does not have", name), true});
-        if (field.type != 'N') continue;
-        asked.push_back({fmt::format("char_length(cast({} as varchar(64))) > {}", field.name, field.length),
-                         fmt::format("values of {} need more than its {} characters", name, field.length),
+                         fmt::format("values of {} that are NULL, which a DBF file does not have", name),
                          true});
+        if (field.type != 'N') continue;
+        asked.push_back(
+            {fmt::format("char_length(cast({} as varchar(64))) > {}", field.name, field.length),
+             fmt::format("values of {} that need more than its {} characters", name, field.length), true});
     }
     return asked;
 }
@@ -82,7 +83,7 @@ void check_values(zmFBConn& connection, const std::string& table, const std::vec
         const auto count = host::val(answer[2][i + 1]).integer();
         if (count == 0) continue;
         auto& lines = asked[i].refuses ? check.refusals : check.warnings;
-        lines.push_back(fmt::format("{} {}", count, asked[i].meaning));
+        lines.push_back(fmt::format("{}: {}", asked[i].meaning, count));
     }
 }
 

@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "tool/confirm.h"
+#include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
 #include "tool/text_table.h"
@@ -23,10 +24,6 @@ namespace zmfb::tool {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string counted(std::uint64_t count, std::string_view one, std::string_view many) {
-    return fmt::format("{} {}", count, count == 1 ? one : many);
-}
 
 // A date takes two characters more in the file that the engine reads.
 std::size_t data_record_size(const DbfFile& file) {
@@ -214,8 +211,10 @@ void Import::make_room() {
     if (!plan_.table_exists) return;
     Progress::clear();
     if (!options_.yes &&
-        !confirm(fmt::format("Drop the table {} with its {} records?", table,
-                             connection_.call("counttablerecords", plan_.table).integer()))) {
+        !confirm(fmt::format(
+            "Drop the table {} with its {}?", table,
+            counted(static_cast<std::uint64_t>(connection_.call("counttablerecords", plan_.table).integer()),
+                    "record", "records")))) {
         throw Failure{Exit::failed, fmt::format("{} was not imported", file_), "Nothing was changed."};
     }
     reports_.send("replaces " + plan_.table);
@@ -279,8 +278,9 @@ void Import::summarize() const {
         if (options_.keep_data_file) json["data_file"] = begun_.data_file;
         fmt::print("{}\n", json.dump());
     } else {
-        fmt::print("{} -> {}: {} records, {} fields, {:.2f} s\n{}", file_, to_utf8(plan_.table),
-                   found_.records, plan_.columns.size(), took.count(), notes(true));
+        fmt::print("{} -> {}: {}, {}, {:.2f} s\n{}", file_, to_utf8(plan_.table),
+                   counted(found_.records, "record", "records"),
+                   counted(plan_.columns.size(), "field", "fields"), took.count(), notes(true));
     }
     std::fflush(stdout);
 }
