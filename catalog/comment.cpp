@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 
 #include "conn/log.h"
 #include "conn/statement.h"
@@ -14,9 +15,11 @@ namespace {
 constexpr std::string_view engine_version =
     "select rdb$get_context('SYSTEM','ENGINE_VERSION') from rdb$database";
 
-bool ask_whether_comments_only(Self& self) {
+/// The version of the engine; nothing when it cannot be answered.
+std::optional<double> ask_version(Self& self) {
     const Value result = call(self, "internalselect", engine_version);
-    return has_row(result) && val(result[2][1]).number() >= 3;
+    if (!has_row(result)) return std::nullopt;
+    return val(result[2][1]).number();
 }
 
 bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
@@ -57,7 +60,10 @@ bool takes_comments_only(Self& self) {
     const Value& database = var(self, Var::sdbname);
     const auto known = engines.find(handle);
     if (known != engines.end() && known->second.database.same(database)) return known->second.comments_only;
-    const bool comments_only = ask_whether_comments_only(self);
+    const std::optional<double> version = ask_version(self);
+    // A question that failed says nothing about the next time.
+    if (!version) return false;
+    const bool comments_only = *version >= 3;
     engines.insert_or_assign(handle, Engine{database, comments_only});
     return comments_only;
 }

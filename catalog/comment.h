@@ -9,8 +9,8 @@
 namespace zmfb::catalog {
 
 /// Whether the attached engine takes descriptions by COMMENT ON alone: Firebird 3 and later. It is asked for
-/// its version once per attached handle; one that cannot answer, or no engine at all, is taken for an older
-/// one.
+/// its version until it has answered once per attached handle; one that cannot answer, or no engine at all,
+/// is taken for an older one that time.
 bool takes_comments_only(Self& self);
 
 /// `name` in double quotes, those inside it doubled.

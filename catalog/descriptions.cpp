@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "catalog/comment.h"
+#include "catalog/existence.h"
 #include "catalog/methods.h"
 #include "conn/statement.h"
 #include "host/text.h"
@@ -40,7 +41,7 @@ Value settabledescription(Self& self, Args args) {
                     "update rdb$relations set rdb$description = '" + escaped(descr) + "' " +
                         "where rdb$relation_name = '" + tbl + "' ");
     }
-    if (padded(tbl) || !ask(self, "istable", tbl)) return "";
+    if (padded(tbl) || surely_absent(self, table_question(tbl))) return "";
     const Value kind = ask(self, "isview", tbl) ? "VIEW " : "TABLE ";
     return comment_on(self, kind + quoted(tbl), descr);
 }
@@ -53,7 +54,7 @@ Value setindexdescription(Self& self, Args args) {
                     "update rdb$indices set rdb$description = '" + escaped(descr) + "' " +
                         "where rdb$index_name = '" + ind + "' ");
     }
-    if (padded(ind) || !ask(self, "isindex", ind)) return "";
+    if (padded(ind) || surely_absent(self, index_question(ind))) return "";
     return comment_on(self, "INDEX " + quoted(ind), descr);
 }
 
@@ -66,7 +67,7 @@ Value setfielddescription(Self& self, Args args) {
                         "where rdb$field_name = '" + fldname + "' and " + "      rdb$relation_name = '" +
                         tbl + "' ");
     }
-    if (padded(tbl) || padded(fldname) || !ask(self, "isfieldoftable", tbl, fldname)) return "";
+    if (padded(tbl) || padded(fldname) || surely_absent(self, field_question(tbl, fldname))) return "";
     return comment_on(self, "COLUMN " + quoted(tbl) + "." + quoted(fldname), descr);
 }
 

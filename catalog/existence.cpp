@@ -1,3 +1,5 @@
+#include "catalog/existence.h"
+
 #include "catalog/methods.h"
 #include "conn/statement.h"
 #include "host/number.h"
@@ -19,10 +21,25 @@ constexpr std::string_view needed_udfs[] = {"ZMBLOBSUBSTR", "ZMTRIM", "ZMLOWER",
 
 }  // namespace
 
-Value istable(Self& self, Args args) {
-    return counts_some(
-        self, "select count(*) from rdb$relations where rdb$relation_name = '" + upper(args[0]) + "' ");
+Value table_question(const Value& tbl) {
+    return "select count(*) from rdb$relations where rdb$relation_name = '" + upper(tbl) + "' ";
 }
+
+Value field_question(const Value& tbl, const Value& fldname) {
+    return "SELECT COUNT(*) FROM RDB$RELATION_FIELDS WHERE RDB$FIELD_NAME = '" + upper(fldname) + "' AND " +
+           "RDB$RELATION_NAME = '" + upper(tbl) + "' ";
+}
+
+Value index_question(const Value& ind) {
+    return "select count(*) from rdb$indices where rdb$index_name = '" + upper(ind) + "' ";
+}
+
+bool surely_absent(Self& self, const Value& question) {
+    const Value result = call(self, "internalselect", question);
+    return has_row(result) && val(result[2][1]).number() < 1;
+}
+
+Value istable(Self& self, Args args) { return counts_some(self, table_question(args[0])); }
 
 Value isview(Self& self, Args args) {
     const Value viewname = upper(args[0]);
@@ -30,16 +47,9 @@ Value isview(Self& self, Args args) {
                        "SELECT COUNT(*) FROM RDB$VIEW_RELATIONS WHERE RDB$VIEW_NAME = '" + viewname + "' ");
 }
 
-Value isfieldoftable(Self& self, Args args) {
-    const Value &tbl = args[0], &fldname = args[1];
-    return counts_some(self, "SELECT COUNT(*) FROM RDB$RELATION_FIELDS WHERE RDB$FIELD_NAME = '" +
-                                 upper(fldname) + "' AND " + "RDB$RELATION_NAME = '" + upper(tbl) + "' ");
-}
+Value isfieldoftable(Self& self, Args args) { return counts_some(self, field_question(args[0], args[1])); }
 
-Value isindex(Self& self, Args args) {
-    return counts_some(self,
-                       "select count(*) from rdb$indices where rdb$index_name = '" + upper(args[0]) + "' ");
-}
+Value isindex(Self& self, Args args) { return counts_some(self, index_question(args[0])); }
 
 Value istrigger(Self& self, Args args) {
     return counts_some(

@@ -72,9 +72,22 @@ TEST_F(Engine, OneThatCannotTellItsVersionIsSentTheUpdateAndItsRefusalIsTheAnswe
     EXPECT_TRUE(refused.starts_with("[ERROR] SQLCODE=")) << refused;
     EXPECT_EQ(describe_table("y"), refused);
     EXPECT_EQ(engine.updates.size(), 2U);
+    EXPECT_EQ(engine.questions, 2);
+    ASSERT_EQ(log_lines().size(), 4U);
+    EXPECT_EQ(log_lines()[3], (LogEntry{1, refused}));
+}
+
+TEST_F(Engine, OneThatCouldNotTellItsVersionOnceIsAskedAgain) {
+    connection();
+    {
+        OtherEngine engine("");
+        EXPECT_NE(describe_table("x"), "");
+    }
+    OtherEngine engine("3.0");
+    EXPECT_EQ(describe_table("y"), "");
+    EXPECT_EQ(describe_table("z"), "");
     EXPECT_EQ(engine.questions, 1);
-    ASSERT_EQ(log_lines().size(), 3U);
-    EXPECT_EQ(log_lines()[2], (LogEntry{1, refused}));
+    EXPECT_EQ(engine.updates.size(), 0U);
 }
 
 TEST_F(Engine, AnotherDatabaseNameWithTheSameHandleIsAskedAnew) {
