@@ -223,7 +223,13 @@ Value freadtxt(const Value& handle) {
         if (read == 0) break;
     }
     std::string_view line = file->rest();
-    if (line.empty()) return finish(end_of_file, "");
+    if (line.empty()) {
+        // A file may stay open for good once it is read to its end.
+        file->ahead.clear();
+        file->ahead.shrink_to_fit();
+        file->used = 0;
+        return finish(end_of_file, "");
+    }
     file->used += end == std::string_view::npos ? line.size() : end + 1;
     if (end != std::string_view::npos) {
         line = line.substr(0, end);

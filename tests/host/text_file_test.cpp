@@ -1,6 +1,7 @@
 // FREADTXT, alone and between the other operations on the same handle.
 #include "folder.h"
 #include "host/file.h"
+#include "tests/support/heap.h"
 #include "values.h"
 
 namespace zmfb::host {
@@ -51,6 +52,15 @@ TEST_F(TextFile, LinesMayBeLongerThanAnyBlock) {
         const std::string line(size, 'y');
         EXPECT_EQ(lines_of(line + "\r\nend\n"), (std::vector<std::string>{line, "end"})) << size;
     }
+}
+
+TEST_F(TextFile, AFileThatStaysOpenBehindItsEndKeepsNoMemoryForIt) {
+    const std::string path = write_file("many", std::string(200000, '\n'));
+    const Value handle = fopen(path);
+    const std::size_t before = test::heap_in_use();
+    while (ferror().same(0)) freadtxt(handle);
+    EXPECT_LT(test::heap_in_use(), before + 4096);
+    fclose(handle);
 }
 
 TEST_F(TextFile, ThePositionIsBehindTheLineThatWasRead) {
