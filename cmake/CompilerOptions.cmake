@@ -4,6 +4,18 @@ target_compile_options(zmfb_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconver
 # g++ 12 finds overlaps in std::string's assignment of a literal that are not there.
 target_compile_options(zmfb_warnings INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
 
+# On 32-bit x86 the compiler's default arithmetic holds more digits than a double has until a value is stored, and
+# rounds twice then. This way numbers come out as they do on 64 bits.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86")
+    add_compile_options(-msse2 -mfpmath=sse)
+endif()
+
+# The product's own code; tests/ takes it back for the code of the tests.
+if(ZMFB_COVERAGE)
+    add_compile_options(--coverage -O0 -fprofile-update=atomic)
+    add_link_options(--coverage)
+endif()
+
 if(ZMFB_SANITIZE)
     add_compile_options(-fsanitize=${ZMFB_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${ZMFB_SANITIZE})

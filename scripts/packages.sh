@@ -25,11 +25,20 @@ test_packages=(
 # What fuzz/run.sh builds with; the tests run the kept inputs without it.
 fuzz_packages=(clang libclang-rt-14-dev)
 
+# What the programs of `./test.sh --arch i386` are built with and link, besides the packages above.
+i386_packages=(
+    g++-multilib
+    libfbclient2:i386 libfmt-dev:i386 libgtest-dev:i386 librapidcheck-dev:i386 libedit2:i386 libncurses6:i386
+)
+
+# What scripts/analyse.sh and scripts/coverage.sh run.
+analysis_packages=(valgrind clang-tidy cppcheck gcovr)
+
 # missing_packages NAME... prints those that are not installed.
 missing_packages() {
     local name
     for name in "$@"; do
-        dpkg-query -W -f='${db:Status-Status}' "$name" 2>/dev/null | grep -qx installed || echo "$name"
+        dpkg-query -W -f='${db:Status-Status}\n' "$name" 2>/dev/null | grep -qx installed || echo "$name"
     done
 }
 
@@ -48,20 +57,31 @@ install_packages() {
     return "$status"
 }
 
+# become_root sets as_root to what makes a command run as root; fails when there is no way.
+become_root() {
+    as_root=
+    [ "$(id -u)" -eq 0 ] && return 0
+    command -v sudo >/dev/null && { sudo -n true 2>/dev/null || { [ -t 0 ] && sudo true; }; } || return 1
+    as_root=sudo
+}
+
+# ensure_architecture NAME lets packages of another architecture be installed; otherwise says what to run and stops.
+ensure_architecture() {
+    dpkg --print-foreign-architectures | grep -qx "$1" && return 0
+    become_root || { echo "As root, run: dpkg --add-architecture $1" >&2; exit 1; }
+    $as_root dpkg --add-architecture "$1"
+}
+
 # ensure_packages NAME... installs what is missing, as root or with sudo; otherwise says what to run and stops.
 ensure_packages() {
     local missing
     mapfile -t missing < <(missing_packages "$@")
     [ "${#missing[@]}" -eq 0 ] && return 0
     echo "Installing: ${missing[*]}"
-    as_root=
-    if [ "$(id -u)" -ne 0 ]; then
-        if ! command -v sudo >/dev/null || ! sudo -n true 2>/dev/null && ! { [ -t 0 ] && sudo true; }; then
-            echo "These Debian packages are missing. As root, run:" >&2
-            echo "  apt-get install -y --no-install-recommends ${missing[*]}" >&2
-            exit 1
-        fi
-        as_root=sudo
+    if ! become_root; then
+        echo "These Debian packages are missing. As root, run:" >&2
+        echo "  apt-get install -y --no-install-recommends ${missing[*]}" >&2
+        exit 1
     fi
     local log
     log=$(mktemp)

@@ -100,8 +100,8 @@ std::string copy_character_sets(const fs::path& folder, const fs::path& firebird
     return error ? "cannot copy " + source.string() + ": " + error.message() : "";
 }
 
-std::string take_from_firebird(const fs::path& folder) {
-    const std::optional<fs::path> firebird = firebird_folder();
+std::string take_from_firebird(const fs::path& folder, const std::string& named) {
+    const std::optional<fs::path> firebird = named.empty() ? firebird_folder() : fs::path(named);
     if (!firebird) return "cannot find the plugin folder of the Firebird client library";
     const std::string failure = link_folder(folder / "plugins", *firebird / "plugins");
     return failure.empty() ? copy_character_sets(folder, *firebird) : failure;
@@ -123,7 +123,7 @@ std::string make_environment(const EnvironmentOptions& options) {
     if (error) return "cannot make the folder " + (folder / "lock").string() + ": " + error.message();
     std::string failure = write_when_different(folder / "firebird.conf", configuration(options));
     if (failure.empty()) failure = write_when_different(folder / "plugins.conf", plugin_configuration);
-    if (failure.empty()) failure = take_from_firebird(folder);
+    if (failure.empty()) failure = take_from_firebird(folder, options.firebird_folder);
     return failure;
 }
 

@@ -42,12 +42,15 @@ const fs::path& process_folder() {
 
 std::string udf_folder() { return ZMFB_UDF_FOLDER; }
 
+std::string firebird_folder() { return ZMFB_ENGINE_FOLDER; }
+
 void set_up_environment() {
     const std::string folder = process_folder() / "environment";
     const std::string failure = make_environment({.folder = folder,
                                                   .udf_folder = udf_folder(),
                                                   .external_file_folders = {process_folder(), "/tmp"},
-                                                  .extra_settings = {}});
+                                                  .extra_settings = {},
+                                                  .firebird_folder = firebird_folder()});
     if (!failure.empty()) throw std::runtime_error(failure);
     use_environment(folder);
     setenv("ZMFB_TEST_LOG", (process_folder() / "zmrddfire.log").c_str(), 0);
@@ -65,6 +68,7 @@ void tear_down_environment(bool keep) {
 }
 
 bool on_server() {
+    if (!firebird_folder().empty()) return true;
     const char* where = std::getenv("ZMFB_TEST_WHERE");
     return where != nullptr && std::string_view(where) == "server";
 }

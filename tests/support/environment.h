@@ -13,8 +13,11 @@ inline constexpr const char* sysdba_password = "masterkey";
 /// The folder of this process; made at the first call.
 const std::filesystem::path& process_folder();
 
-/// The folder that holds the UDF module of this build.
+/// The folder that holds the UDF module of this build, as the engine of the tests loads it.
 std::string udf_folder();
+
+/// The folder of the engine's plugins; "" when they are those of the client library.
+std::string firebird_folder();
 
 /// Makes the private environment and turns the client library to it. Must come before the library's first
 /// call.
@@ -23,8 +26,8 @@ void set_up_environment();
 /// Removes the folder of this process, or says where it is kept.
 void tear_down_environment(bool keep);
 
-/// Whether this run has its databases on a private server (ZMFB_TEST_WHERE=server) and not on the embedded
-/// engine.
+/// Whether this run has its databases on a private server (ZMFB_TEST_WHERE=server, or there is no engine to
+/// embed) and not on the embedded engine.
 bool on_server();
 
 }  // namespace zmfb::test

@@ -107,7 +107,8 @@ Server::Server() {
          .udf_folder = udf_folder(),
          .external_file_folders = {process_folder(), "/tmp"},
          .extra_settings = {"RemoteServicePort = " + std::to_string(port_), "RemoteBindAddress = 127.0.0.1",
-                            "SecurityDatabase = " + (folder_ / "security3.fdb").string()}});
+                            "SecurityDatabase = " + (folder_ / "security3.fdb").string()},
+         .firebird_folder = firebird_folder()});
     if (!failure.empty()) throw std::runtime_error(failure);
     make_security_database();
     start();

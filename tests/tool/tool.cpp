@@ -1,19 +1,34 @@
 #include "tests/tool/tool.h"
 
+#include <cstdlib>
 #include <stdexcept>
 
 #include "tests/support/environment.h"
+#include "tests/support/server.h"
 
 namespace zmfb::test {
 
 namespace {
 
 std::vector<std::string> clean_environment() {
-    return {"env",      "-u", "FIREBIRD",     "-u", "FIREBIRD_LOCK", "-u",
-            "ISC_USER", "-u", "ISC_PASSWORD", "-u", "ZMFB_DB"};
+    std::vector<std::string> command{"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "-u", "ZMFB_DB"};
+    if (!on_server()) command.insert(command.end(), {"-u", "ISC_USER", "-u", "ISC_PASSWORD"});
+    return command;
 }
 
 }  // namespace
+
+Tool::Tool() {
+    if (!on_server()) return;
+    Server::shared();
+    setenv("ISC_USER", sysdba, 1);
+    setenv("ISC_PASSWORD", sysdba_password, 1);
+}
+
+std::string Tool::new_database() const {
+    const std::string path = file("test.fdb");
+    return on_server() ? Server::shared().name_of(path) : path;
+}
 
 Finished Tool::zmfb(std::vector<std::string> words, const std::string& input,
                     const std::vector<std::string>& environment) const {

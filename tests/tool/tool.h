@@ -10,16 +10,18 @@
 namespace zmfb::test {
 
 /// Runs zmfb in an environment that has nothing of Firebird's: no FIREBIRD, no user, no password; the private
-/// environment that it makes lies in the folder of this test process.
+/// environment that it makes lies in the folder of this test process. In a run on a server the databases are
+/// there, and the environment has the user and the password.
 class Tool : public Runtime {
   protected:
+    Tool();
     /// Runs zmfb with these words.
     Finished zmfb(std::vector<std::string> words, const std::string& input = "",
                   const std::vector<std::string>& environment = {}) const;
     /// The same in another current folder.
     Finished zmfb_in(const std::string& folder, std::vector<std::string> words) const;
     /// The path of a database of this test, not made yet.
-    [[nodiscard]] std::string new_database() const { return file("test.fdb"); }
+    [[nodiscard]] std::string new_database() const;
     /// The same, made with "zmfb create".
     std::string database() const;
     /// zmfb --db <database> and these words.

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Which lines the tests reach: a table by folder, and every line that none reaches.
+#
+#   scripts/coverage.sh             the tests without the slow ones
+#   scripts/coverage.sh -L unit     any further words go to ctest
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/packages.sh
+ensure_packages "${build_packages[@]}" "${test_packages[@]}" "${analysis_packages[@]}"
+
+cmake --preset coverage >/dev/null
+cmake --build --preset coverage --parallel "$(nproc)" -- --quiet
+find build/coverage -name '*.gcda' -delete
+ctest --test-dir build/coverage --parallel "$(nproc)" -LE 'slow|install|docs' "$@" || failed=yes
+gcovr --root . --exclude tests --exclude build --exclude bench --exclude examples --exclude fuzz \
+    --exclude-throw-branches --json build/coverage/coverage.json build/coverage
+python3 scripts/coverage_table.py build/coverage/coverage.json
+[ -z "${failed:-}" ] || { echo "some tests failed: the figures are not those of a good run" >&2; exit 1; }
