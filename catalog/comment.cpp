@@ -8,6 +8,7 @@
 #include "conn/statement.h"
 #include "host/number.h"
 #include "host/text.h"
+#include "host/utf8.h"
 
 namespace zmfb::catalog {
 namespace {
@@ -24,25 +25,12 @@ std::optional<double> ask_version(Self& self) {
 
 bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 
-std::string to_utf8(std::string_view latin1) {
-    std::string utf8;
-    for (const char c : latin1) {
-        if (is_ascii(c)) {
-            utf8 += c;
-        } else {
-            utf8 += static_cast<char>(0xC0 | (static_cast<unsigned char>(c) >> 6));
-            utf8 += static_cast<char>(0x80 | (static_cast<unsigned char>(c) & 0x3F));
-        }
-    }
-    return utf8;
-}
-
 // Without a character set of the connection the engine takes a plain literal for ASCII: every other byte
 // would become a question mark.
 Value literal(const Value& descr) {
     const Value escaped = "'" + strtran(descr, "'", "''") + "'";
     const std::string_view text = escaped.text();
-    return std::all_of(text.begin(), text.end(), is_ascii) ? escaped : Value("_UTF8" + to_utf8(text));
+    return std::all_of(text.begin(), text.end(), is_ascii) ? escaped : Value("_UTF8" + host::to_utf8(text));
 }
 
 }  // namespace

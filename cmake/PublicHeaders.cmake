@@ -7,7 +7,7 @@
 # The headers of host/ that are listed here include each other by their bare names, so that they work in both
 # places, and mark what they declare as exported (#pragma GCC visibility).
 set(zmfb_public_host_headers
-    array class compare date driver error file latin1 number screen settings text value workarea)
+    array class compare date driver error file latin1 number screen settings text utf8 value workarea)
 list(TRANSFORM zmfb_public_host_headers REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/host/\\1.h")
 set(zmfb_generated_headers "${PROJECT_BINARY_DIR}/include/generated")
 set(zmfb_public_headers

@@ -4,29 +4,10 @@
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
 #include <zmfbconn/exact.h>
+#include <zmfbconn/host/utf8.h>
 
 #include <iostream>
 #include <string>
-#include <string_view>
-
-namespace {
-
-// Texts are ISO-8859-1.
-std::string utf8(std::string_view text) {
-    std::string out;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) {
-            out += c;
-        } else {
-            out += static_cast<char>(0xC0 | byte >> 6);
-            out += static_cast<char>(0x80 | (byte & 0x3F));
-        }
-    }
-    return out;
-}
-
-}  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 3) {
@@ -54,6 +35,6 @@ int main(int argc, char** argv) {
     const zmfb::Value result =
         connection.call("executequery", "select name, credit from customers order by recno");
     for (std::size_t row = 2; row <= result.size(); ++row) {  // element 1 is the header
-        std::cout << utf8(result[row][1].text()) << ' ' << result[row][2].text() << '\n';
+        std::cout << zmfb::host::to_utf8(result[row][1].text()) << ' ' << result[row][2].text() << '\n';
     }
 }

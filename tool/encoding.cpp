@@ -6,6 +6,8 @@
 #include <map>
 #include <memory>
 
+#include "host/utf8.h"
+
 namespace zmfb::tool {
 namespace {
 
@@ -21,11 +23,6 @@ struct Encoding {
 
 std::unique_ptr<Encoding> chosen;  // null for ISO-8859-1
 std::string chosen_name = "ISO-8859-1";
-
-std::string utf8_of_latin1(unsigned char byte) {
-    if (byte < 0x80) return {static_cast<char>(byte)};
-    return {static_cast<char>(0xC0 | (byte >> 6)), static_cast<char>(0x80 | (byte & 0x3F))};
-}
 
 /// The UTF-8 of one byte; "" when the set has no character for it, or the byte only begins one.
 std::string utf8_of(iconv_t converter, char byte) {
@@ -90,6 +87,7 @@ bool set_encoding(const std::string& name) {
 const std::string& encoding_name() { return chosen_name; }
 
 std::string to_utf8(std::string_view latin1) {
+    if (!chosen) return host::to_utf8(latin1);
     std::string out;
     out.reserve(latin1.size());
     for (const char c : latin1) {
@@ -97,7 +95,7 @@ std::string to_utf8(std::string_view latin1) {
         if (byte < 0x80) {
             out += c;
         } else {
-            out += chosen ? chosen->characters.at(byte) : utf8_of_latin1(byte);
+            out += chosen->characters.at(byte);
         }
     }
     return out;

@@ -6,6 +6,7 @@
 
 #include "host/date.h"
 #include "host/error.h"
+#include "host/utf8.h"
 #include "values.h"
 
 namespace zmfb::host {
@@ -23,6 +24,12 @@ TEST(Upper, ChangesAsciiLettersOnly) {
                  {upper("a text longer than fourteen"), "A TEXT LONGER THAN FOURTEEN"},
                  {lower("aAzZ[@2"), "aazz[@2"},
                  {lower("DESCRIÇÃO"_l1), "descriÇÃo"_l1}});
+}
+
+TEST(Utf8, HasTwoBytesForEachLetterBeyondAscii) {
+    EXPECT_EQ(to_utf8("descrição"_l1), "descrição");
+    EXPECT_EQ(to_utf8("\x7F\x80\xBF\xC0\xFF\0z"sv), "\x7F\xC2\x80\xC2\xBF\xC3\x80\xC3\xBF\0z"sv);
+    EXPECT_EQ(to_utf8(""), "");
 }
 
 TEST(Upper, LeavesItsArgumentAsItWas) {
