@@ -41,7 +41,8 @@ SIZES = {
     "short_runs": (15, 9, 1),
     "records": (1_000_000, 1_000_000, 200),
     "extras": (True, False, True),  # comparisons that no target asks for
-    "peer_records": (1_000_000, 100_000, 200),
+    "peer_records": (1_000_000, 200_000, 200),
+    "peer_records_over_tcp": (200_000, 50_000, 200),  # record by record, each is a way there and back
     "lock_pairs": (500, 200, 2),
     "tables": (1_000, 200, 3),
     "growth": ([10_000, 100_000, 1_000_000, 5_000_000], [10_000, 100_000, 1_000_000], [50, 200]),
@@ -114,7 +115,8 @@ def main():
         with open(options.json, "w", encoding="utf-8") as file:
             file.write(report.as_json(rows, around) + "\n")
     if options.doc:
-        report.write_into(options.doc, rows, around, "./bench.sh" + (" --quick" if options.quick else ""))
+        asked = sys.argv[sys.argv.index("--programs") + 2:]
+        report.write_into(options.doc, rows, around, " ".join(["./bench.sh", *asked]))
     return 0
 
 

@@ -71,13 +71,14 @@ def bring(stage):
         seconds = paired(options.runs, {"isql": way.isql, "ours": way.ours}, stage.progress)
         rows.append(Row(f"bringdbf of {options.records:,} records x 5 fields", where, "isql: INSERT ... SELECT alone",
                         seconds["ours"], seconds["isql"], Target(at_most=1.10)))
-        way = _Import(stage, where, dbf.make(stage, options.peer_records))
+        records = options.peer_records_over_tcp if where == TCP else options.peer_records
+        way = _Import(stage, where, dbf.make(stage, records))
         contestants = {"ours": way.ours}
         for name in stage.peers(PEERS):
             contestants[name] = lambda name=name, way=way: way.peer(name)
         seconds = paired(options.runs, contestants, stage.progress)
         for name in stage.peers(PEERS):
-            rows.append(Row(f"bringdbf of {options.peer_records:,} records x 5 fields", where,
+            rows.append(Row(f"bringdbf of {records:,} records x 5 fields", where,
                             f"{name}: prepared INSERT a record", seconds["ours"], seconds[name], PEER_TARGETS[where]))
     return rows
 
