@@ -76,7 +76,8 @@ static_assert(variables.size() == static_cast<std::size_t>(Var::susername) + 1);
 }  // namespace
 
 const host::Class& zmfbconn_class() {
-    static const host::Class the_class("ZMFBCONN", variables, table);
+    // Never destroyed: objects of static duration may end after it would.
+    static const auto& the_class = *new host::Class("ZMFBCONN", variables, table);
     return the_class;
 }
 

@@ -1,6 +1,6 @@
 #include "host/class.h"
 
-#include <algorithm>
+#include <bit>
 #include <string>
 
 #include "host/error.h"
@@ -21,12 +21,34 @@ std::string_view kind_name(MethodKind kind) {
     return "";
 }
 
+// Letters at three places and the length tell names apart well enough; looking at all of them takes longer
+// than the search it saves.
+std::size_t Class::first_place(std::string_view name) const {
+    if (name.empty()) return 0;
+    const auto letter = [&](std::size_t at) { return static_cast<unsigned char>(name[at]); };
+    const std::size_t mixed =
+        ((letter(0) * 31U + letter(name.size() / 2)) * 31U + letter(name.size() - 1)) * 31U + name.size();
+    return mixed & (places_.size() - 1);
+}
+
+Class::Class(std::string_view name, std::span<const Variable> variables, std::span<const Method> methods)
+    : name_(name),
+      variables_(variables),
+      methods_(methods),
+      places_(std::bit_ceil(4 * methods.size() + 1), none) {
+    for (std::size_t row = 0; row < methods.size(); ++row) {
+        if (row > 0 && methods[row].name == methods[row - 1].name) continue;
+        std::size_t place = first_place(methods[row].name);
+        while (places_[place] != none) place = (place + 1) & (places_.size() - 1);
+        places_[place] = row;
+    }
+}
+
 std::size_t Class::find_method(std::string_view name) const {
-    const auto found =
-        std::lower_bound(methods_.begin(), methods_.end(), name,
-                         [](const Method& row, std::string_view key) { return row.name < key; });
-    if (found == methods_.end() || found->name != name) return none;
-    return static_cast<std::size_t>(found - methods_.begin());
+    for (std::size_t place = first_place(name);; place = (place + 1) & (places_.size() - 1)) {
+        const std::size_t row = places_[place];
+        if (row == none || methods_[row].name == name) return row;
+    }
 }
 
 std::size_t Class::find_assign(std::string_view name) const {

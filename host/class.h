@@ -47,8 +47,7 @@ struct Variable {
 class Class {
   public:
     /// `methods` must be ordered by name in byte order, a property's access row before its assign row.
-    Class(std::string_view name, std::span<const Variable> variables, std::span<const Method> methods)
-        : name_(name), variables_(variables), methods_(methods) {}
+    Class(std::string_view name, std::span<const Variable> variables, std::span<const Method> methods);
 
     /// Its name.
     [[nodiscard]] std::string_view name() const { return name_; }
@@ -67,9 +66,13 @@ class Class {
     [[nodiscard]] std::size_t find_variable(std::string_view name) const;
 
   private:
+    [[nodiscard]] std::size_t first_place(std::string_view name) const;
+
     std::string_view name_;
     std::span<const Variable> variables_;
     std::span<const Method> methods_;
+    std::vector<std::size_t> places_;  // rows by what their names are mixed to; one whose place is taken
+                                       // stands in the next that is free
 };
 
 /// An object of a class.

@@ -164,6 +164,21 @@ TEST_F(Things, TableFindsTheFirstRowOfAName) {
     EXPECT_EQ(kind_name(MethodKind::access), "access");
 }
 
+// What tells names apart in the table is the same for these: the length, and the letters at the beginning, in
+// the middle and at the end.
+TEST_F(Things, TableFindsNamesThatAreMuchAlike) {
+    constexpr std::array rows{
+        row("abc_de_f", MethodKind::exported, count_args),
+        row("axc_dy_f", MethodKind::exported, count_args),
+        row("axx_dy_f", MethodKind::exported, count_args),
+    };
+    const Class alike("ALIKE", {}, rows);
+    for (std::size_t i = 0; i < rows.size(); ++i) EXPECT_EQ(alike.find_method(rows[i].name), i);
+    EXPECT_EQ(alike.find_method("ayc_dz_f"), Class::none);
+    EXPECT_EQ(alike.find_method(""), Class::none);
+    EXPECT_EQ(Class("EMPTY", {}, {}).find_method("abc_de_f"), Class::none);
+}
+
 TEST_F(Things, AxitRunsOnceWhenTheLastReferenceGoes) {
     Value object = make();
     Value list = array_of(object, object);
