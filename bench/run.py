@@ -71,6 +71,17 @@ def arguments():
     return options
 
 
+def asked(words):
+    """The call of bench.sh that these words came from, without what does not change the figures."""
+    kept, words = ["./bench.sh"], iter(words)
+    for word in words:
+        if word in ("--programs", "--json", "--doc"):
+            next(words)
+        else:
+            kept.append(word)
+    return " ".join(kept)
+
+
 def check_build(options):
     """The programs refuse to be timed when they were built for debugging."""
     worker = os.path.join(options.programs, "zmfb_bench_worker")
@@ -115,8 +126,7 @@ def main():
         with open(options.json, "w", encoding="utf-8") as file:
             file.write(report.as_json(rows, around) + "\n")
     if options.doc:
-        asked = sys.argv[sys.argv.index("--programs") + 2:]
-        report.write_into(options.doc, rows, around, " ".join(["./bench.sh", *asked]))
+        report.write_into(options.doc, rows, around, asked(sys.argv[1:]))
     return 0
 
 
