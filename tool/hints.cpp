@@ -40,6 +40,10 @@ constexpr std::array hints{
     Hint{"module name or entrypoint could not be found",
          "zmrddudfs.so must lie in the folder that UdfAccess in the engine's firebird.conf names; "
          "docs/deployment.md says how"},
+    Hint{
+        "cannot create index RDB$PRIMARY",
+        "a process was killed while it made a table; zmfb exec \"create table ZZ (A integer)\" and zmfb exec "
+        "\"drop table ZZ\" put that right; docs/recovery.md says more"},
     Hint{"is in use", "another program uses the table; zmfb opens shows which work areas have it open"},
     Hint{"is not a valid database", "the file is no Firebird database; \"zmfb create\" makes one"},
     Hint{"Permission denied", "this user may not read and write the file, or enter its folder"},

@@ -36,8 +36,9 @@ TEST_F(DoctorCommand, AFreshDatabaseIsWell) {
     for (const char* part :
          {"[ok] client library: ", "[ok] log: ", "[ok] attach: ", "[ok] engine: Firebird ",
           "[ok] functions declared: all 11\n", "[ok] functions callable: ", "[ok] data-file folder: /tmp: ",
-          "[ok] external tables: a row was written and read\n", "[ok] system tables: ",
-          "[ok] dead processes: ", "[ok] leftovers: ", "[note] validity: ", "gfix -v -full -user SYSDBA "}) {
+          "[ok] external tables: a row was written and read\n",
+          "[ok] system tables: ", "[ok] dead processes: ", "[ok] tables: none of the driver's is half made\n",
+          "[ok] leftovers: ", "[note] validity: ", "gfix -v -full -user SYSDBA "}) {
         EXPECT_NE(run.out.find(part), std::string::npos) << part << " is not in\n" << run.out;
     }
 }
@@ -102,19 +103,31 @@ TEST_F(DoctorCommand, LocksOfDeadProcessesOfThisHostAreCounted) {
     EXPECT_EQ(check("dead processes")["state"], "ok");
 }
 
+TEST_F(DoctorCommand, AHalfMadeTableIsNamedWithWhatItLacks) {
+    on(path, {"call", "createtable('C', {{'NAME', 'C', 10, 0}})", "droptrigger('T_C_DELETES')"});
+    const auto found = check("tables");
+    EXPECT_EQ(found["state"], "bad");
+    EXPECT_EQ(found["text"], "C lacks a trigger");
+    EXPECT_EQ(found["advice"], "when a table has no rows: zmfb call 'droptable(\"C\")', and make it anew");
+    on(path, {"call", "droptable('C')"});
+    EXPECT_EQ(check("tables")["state"], "ok");
+    on(path, {"exec", "create table D (RDD_AREAID varchar(50), RECNO double precision)"});
+    EXPECT_EQ(check("tables")["text"], "D lacks its description, its index, a generator, a trigger");
+}
+
 TEST_F(DoctorCommand, HalfMadeThingsAreListedWithWhatDropsThem) {
     on(path, {"call", "createtable('C', {{'NAME', 'C', 10, 0}})",
               "createtableexternal('EXT_C', {{'NAME', 'C', 10, 0}}, '/tmp/nosuch.dat')"});
-    on(path, {"exec", "alter table c add rddaux_name char(10)"});
+    on(path, {"exec", "alter table c add rddaux_name char(10), add rddaux_born char(10)"});
     on(path, {"exec", "create trigger c_nulldates for c before insert as begin end"});
     const auto found = check("leftovers");
     EXPECT_EQ(found["state"], "bad");
     EXPECT_EQ(found["advice"],
               "when nobody is at work: zmfb exec \"drop table EXT_C\", \"drop trigger C_NULLDATES\", \"alter "
-              "table C "
-              "drop RDDAUX_NAME\"");
+              "table C alter RDDAUX_BORN to BORN\", \"alter table C drop RDDAUX_NAME\"");
     for (const char* statement :
-         {"drop table EXT_C", "drop trigger C_NULLDATES", "alter table C drop RDDAUX_NAME"}) {
+         {"drop table EXT_C", "drop trigger C_NULLDATES", "alter table C alter RDDAUX_BORN to BORN",
+          "alter table C drop RDDAUX_NAME"}) {
         EXPECT_EQ(on(path, {"exec", statement}).status, 0);
     }
     EXPECT_EQ(check("leftovers")["state"], "ok");

@@ -42,13 +42,15 @@ Finding check_external_tables(Session& session);
 // Of the database; these may throw Failure.
 Finding check_system_tables(Session& session);
 Finding check_dead_processes(Session& session);
+Finding check_tables(Session& session);
 Finding check_leftovers(Session& session);
 Finding check_validity(Session& session);
 
 inline constexpr std::array<Check, 2> checks_before_attaching{check_client_library, check_log};
-inline constexpr std::array<Check, 9> checks_of_database{
-    check_engine_version,   check_functions_declared, check_functions_callable,
-    check_data_file_folder, check_external_tables,    check_system_tables,
-    check_dead_processes,   check_leftovers,          check_validity};
+inline constexpr std::array<Check, 10> checks_of_database{check_engine_version,     check_functions_declared,
+                                                          check_functions_callable, check_data_file_folder,
+                                                          check_external_tables,    check_system_tables,
+                                                          check_dead_processes,     check_tables,
+                                                          check_leftovers,          check_validity};
 
 }  // namespace zmfb::tool

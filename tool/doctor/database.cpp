@@ -64,8 +64,13 @@ constexpr std::array leftovers{
         "SELECT TRIM(RDB$TRIGGER_NAME) FROM RDB$TRIGGERS WHERE TRIM(RDB$TRIGGER_NAME) LIKE '%\\_NULLDATES' "
         "ESCAPE '\\' AND COALESCE(RDB$SYSTEM_FLAG, 0) = 0 ORDER BY 1",
         "drop trigger {}"},
-    Leftover{"SELECT 'alter table ' || TRIM(RDB$RELATION_NAME) || ' drop ' || TRIM(RDB$FIELD_NAME) FROM "
-             "RDB$RELATION_FIELDS WHERE RDB$FIELD_NAME STARTING WITH 'RDDAUX_' ORDER BY 1",
+    // A changed field's values are copied into one of this name, which takes the field's name when the field
+    // is gone: from then on it is the only one that has them.
+    Leftover{"SELECT 'alter table ' || TRIM(F.RDB$RELATION_NAME) || IIF(EXISTS(SELECT 1 FROM "
+             "RDB$RELATION_FIELDS O WHERE O.RDB$RELATION_NAME = F.RDB$RELATION_NAME AND O.RDB$FIELD_NAME = "
+             "SUBSTRING(F.RDB$FIELD_NAME FROM 8)), ' drop ' || TRIM(F.RDB$FIELD_NAME), ' alter ' || "
+             "TRIM(F.RDB$FIELD_NAME) || ' to ' || TRIM(SUBSTRING(F.RDB$FIELD_NAME FROM 8))) FROM "
+             "RDB$RELATION_FIELDS F WHERE F.RDB$FIELD_NAME STARTING WITH 'RDDAUX_' ORDER BY 1",
              "{}"},
 };
 
