@@ -38,7 +38,7 @@ TEST_F(KilledWorker, RowsStayUntilTheyAreReleasedAndClearedAndTheDatabaseIsSound
         EXPECT_EQ(record_locks(), Rows{});
         EXPECT_EQ(table_locks(), Rows{});
         disconnect();
-        expect_sound();
+        expect_sound(database());
     }
 }
 
@@ -50,7 +50,7 @@ TEST_F(KilledWorker, ClearingAloneRemovesEverything) {
     EXPECT_EQ(record_locks(), Rows{});
     EXPECT_EQ(table_locks(), Rows{});
     disconnect();
-    expect_sound();
+    expect_sound(database());
 }
 
 TEST_F(KilledWorker, DatabaseOfWhichEveryUserWasKilledIsCleanedUp) {
@@ -70,7 +70,7 @@ TEST_F(KilledWorker, DatabaseOfWhichEveryUserWasKilledIsCleanedUp) {
     EXPECT_EQ(record_locks(), Rows{});
     EXPECT_EQ(table_locks(), Rows{});
     disconnect();
-    expect_sound();
+    expect_sound(database());
 }
 
 TEST_F(KilledWorker, ValidationNoticesABrokenDatabase) {

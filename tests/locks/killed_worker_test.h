@@ -3,12 +3,11 @@
 
 #include <chrono>
 #include <random>
-#include <regex>
 #include <string>
 #include <thread>
 
 #include "tests/locks/workers_test.h"
-#include "tests/support/process.h"
+#include "tests/support/validation.h"
 
 namespace zmfb::test {
 
@@ -29,23 +28,6 @@ class KilledWorker : public Workers {
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 60000));
         worker.process.kill();
         return worker.area;
-    }
-
-    /// What gfix says of a database; nothing when all is well.
-    static std::string validation(const std::string& name) {
-        const Finished gfix =
-            run({"gfix", "-v", "-full", "-user", sysdba, "-password", sysdba_password, name});
-        return gfix.out + gfix.err + (gfix.status == 0 ? "" : "status " + std::to_string(gfix.status));
-    }
-
-    void expect_sound() const {
-        // A page that was taken and not yet used when its process died is an orphan: not an error, a warning.
-        // gfix frees it.
-        static const std::regex orphans(
-            "(Summary of validation errors\n\\s+Number of database page warnings\\s+: \\d+\n)?");
-        const std::string found = validation(database());
-        EXPECT_TRUE(std::regex_match(found, orphans)) << found;
-        EXPECT_EQ(validation(database()), "") << "once the orphans are freed";
     }
 };
 

@@ -15,6 +15,7 @@ std::string name_of(ClientCall call) {
                                                                          "open",
                                                                          "fetch",
                                                                          "close",
+                                                                         "release",
                                                                          "execute_immediate",
                                                                          "open_blob",
                                                                          "blob_info",
@@ -135,6 +136,10 @@ ISC_STATUS FaultyClient::fetch(ISC_STATUS* status, const char* cursor, XSQLDA* o
 
 ISC_STATUS FaultyClient::close(ISC_STATUS* status, const char* cursor) {
     return pass(ClientCall::close, status, [&] { return Client::close(status, cursor); });
+}
+
+ISC_STATUS FaultyClient::release(ISC_STATUS* status, const char* statement) {
+    return pass(ClientCall::release, status, [&] { return Client::release(status, statement); });
 }
 
 ISC_STATUS FaultyClient::execute_immediate(ISC_STATUS* status, isc_db_handle* database,

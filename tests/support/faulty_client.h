@@ -23,6 +23,7 @@ enum class ClientCall : std::size_t {
     open,
     fetch,
     close,
+    release,
     execute_immediate,
     open_blob,
     blob_info,
@@ -76,6 +77,7 @@ class FaultyClient : public sql::Client {
     ISC_STATUS open(ISC_STATUS* status, isc_tr_handle* transaction, const char* cursor) override;
     ISC_STATUS fetch(ISC_STATUS* status, const char* cursor, XSQLDA* output) override;
     ISC_STATUS close(ISC_STATUS* status, const char* cursor) override;
+    ISC_STATUS release(ISC_STATUS* status, const char* statement) override;
     ISC_STATUS execute_immediate(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
                                  const char* text) override;
     ISC_STATUS open_blob(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,

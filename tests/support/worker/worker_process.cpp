@@ -80,6 +80,11 @@ Value WorkerProcess::finish(std::chrono::seconds limit) {
     return tool::parse_call("answer(" + line + ")").arguments.at(0);
 }
 
+bool WorkerProcess::has_answered() const {
+    pollfd waiting{.fd = output_, .events = POLLIN, .revents = 0};
+    return unread_.find('\n') != std::string::npos || ::poll(&waiting, 1, 0) == 1;
+}
+
 void WorkerProcess::send(std::string_view method, Args args) {
     std::string line(method);
     line += '(';

@@ -49,6 +49,9 @@ class WorkerProcess {
     }
     Value finish(std::chrono::seconds limit = std::chrono::seconds(120));
 
+    /// Whether an answer has come that was not taken with finish().
+    [[nodiscard]] bool has_answered() const;
+
     /// Ends the process with SIGKILL and waits until it is gone.
     void kill();
 

@@ -1,0 +1,111 @@
+// Import and export.
+#include <filesystem>
+
+#include "host/latin1.h"
+#include "tests/faults/scenario.h"
+#include "tests/faults/walk.h"
+#include "tests/support/dbf_builder.h"
+
+namespace zmfb::test {
+
+namespace {
+
+using host::operator""_l1;
+
+std::string l1(std::string_view latin1) { return std::string(latin1); }
+
+constexpr const char* refused_line = R"(~\[1\] \[ERROR\] SQLCODE=-\d+ \(.*\))";
+
+Value import(Walk& walk) {
+    const std::string path = walk.in_folder("client.dbf");
+    DbfBuilder()
+        .field("NAME", 'C', 10)
+        .field("BORN", 'D', 8)
+        .field("AGE", 'N', 5)
+        .record({"Ana", "20070301", "31"})
+        .record({"Bia", "", "7"})
+        .write(path);
+    return walk.object().call("bringdbf", path);
+}
+
+/// The export writes into the current folder.
+Value export_customers(Walk& walk) {
+    namespace fs = std::filesystem;
+    const fs::path before = fs::current_path();
+    fs::current_path(fs::path(walk.in_folder("walk.fdb")).parent_path());
+    const Value done = walk.object().call("exiletable", "CUSTOMER");
+    fs::current_path(before);
+    return done;
+}
+
+Failure raises(std::string statement, std::string_view message) {
+    return {.statement = std::move(statement), .result = ".F.", .raised = {l1(message)}};
+}
+Failure passes(std::string statement) { return {.statement = std::move(statement)}; }
+/// The answer was decided before.
+Failure only_raises(std::string statement, std::string_view message) {
+    return {.statement = std::move(statement), .raised = {l1(message)}, .other_state = true};
+}
+
+Scenario bring() {
+    return {
+        .method = "bringdbf",
+        .call = "",
+        .uses = Uses::changes,
+        .good = ".T.",
+        .failures =
+            {passes("select count(*) from rdb$relations"),
+             {.statement = "select rdb$get_context",
+              .result = ".F.",
+              .raised = {l1("Erro na descrição da tabela; Tabela: CLIENT"_l1)},
+              .logged = {refused_line}},
+             passes("SELECT COUNT(*)"),
+             raises("CREATE TABLE CLIENT(", "Error on creating Table; FB Error: @E"),
+             raises("COMMENT ON TABLE", "Erro na descrição da tabela; Tabela: CLIENT"_l1),
+             raises("COMMENT ON COLUMN", "Erro na descrição do campo; Tabela: CLIENT Campo: AGE"_l1),
+             raises("CREATE UNIQUE DESC INDEX", "Erro na criação do índice recno; FB Error: @E"_l1),
+             raises("CREATE GENERATOR G_CLIENT_I", "Erro na criação do generator I; FB Error: @E"_l1),
+             raises("CREATE GENERATOR G_CLIENT_D", "Erro na criação do generator D; FB Error: @E"_l1),
+             raises("CREATE TRIGGER T_CLIENT_RECNO", "Erro na criação da trigger Recno; FB Error: @E"_l1),
+             raises("CREATE TRIGGER T_CLIENT_DELETES", "Erro na criação da trigger Deletes; FB Error: @E"_l1),
+             raises("CREATE TABLE EXT_CLIENT", "Error on creating External Table; FB Error: @E"),
+             {.statement = "CREATE TRIGGER T_CLIENT_NULLDATES", .result = ".F."},
+             raises(
+                 "INSERT INTO CLIENT SELECT",
+                 "Erro durante a transferência dos dados da tabela externa para tabela oficial; FB Error: @E"_l1),
+             only_raises("DROP TRIGGER T_CLIENT_NULLDATES",
+                         "Impossível eliminar trigger; Trigger: T_CLIENT_NULLDATES; FB Error: @E"_l1),
+             only_raises("DROP TABLE EXT_CLIENT",
+                         "Impossível eliminar a Tabela: EXT_CLIENT; FB Error: @E"_l1)},
+        .act = import};
+}
+
+Scenario exile() {
+    return {
+        .method = "exiletable",
+        .call = "",
+        .uses = Uses::changes,
+        .good = ".T.",
+        .failures =
+            {{.statement = "select rf.rdb$field_name", .result = ".F.", .partial = "?"},
+             // A logical field is taken for a text.
+             passes("select zmBlobSubstr"),
+             // When it cannot be told whether the external table is there, it stays.
+             {.statement = "select count(*) from rdb$relations where rdb$relation_name = 'EXT_CUSTOMER'",
+              .other_state = true,
+              .nth = 3},
+             passes("select count(*) from rdb$relations"),
+             raises("CREATE TABLE EXT_CUSTOMER", "Error on creating External Table; FB Error: @E"),
+             raises(
+                 "INSERT INTO EXT_CUSTOMER SELECT",
+                 "Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: @E"_l1),
+             only_raises("DROP TABLE EXT_CUSTOMER",
+                         "Impossível eliminar a Tabela: EXT_CUSTOMER; FB Error: @E"_l1)},
+        .act = export_customers};
+}
+
+}  // namespace
+
+std::vector<Scenario> transfer_scenarios() { return {bring(), exile()}; }
+
+}  // namespace zmfb::test
