@@ -39,12 +39,12 @@ SIZES = {
     "runs": (9, 5, 1),
     "memory_runs": (3, 1, 1),
     "short_runs": (15, 9, 1),
-    "records": (1_000_000, 1_000_000, 200),
+    "records": (1_000_000, 300_000, 200),
     "extras": (True, False, True),  # comparisons that no target asks for
     "peer_records": (1_000_000, 200_000, 200),
     "peer_records_over_tcp": (200_000, 50_000, 200),  # record by record, each is a way there and back
     "lock_pairs": (500, 200, 2),
-    "tables": (1_000, 200, 3),
+    "tables": (1_000, 60, 3),
     "growth": ([10_000, 100_000, 1_000_000, 5_000_000], [10_000, 100_000, 1_000_000], [50, 200]),
 }
 

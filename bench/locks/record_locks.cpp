@@ -32,6 +32,7 @@ json lock_bare(Worker& worker, const json& request) {
         lock_and_unlock(*worker.ours);
         sent = recorder.sent();
     }
+    worker.bare->send_by(request.value("calls", "plain") == "plain" ? Calls::plain : Calls::as_ours);
     std::uint64_t touched = 0;
     const double seconds = seconds_of([&] {
         for (int i = 0; i < pairs; ++i) touched += replay(*worker.bare, sent);

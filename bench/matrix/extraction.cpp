@@ -75,13 +75,14 @@ json extract_ours(Worker& worker, const json&) {
     return {{"seconds", seconds}, {"fields", field_lines(matrix)}};
 }
 
-json extract_bare(Worker& worker, const json&) {
+json extract_bare(Worker& worker, const json& request) {
     static std::vector<Sent> sent;
     if (sent.empty()) {
         const Recorder recorder;
         worker.ours->call("extractmatrix");
         sent = recorder.sent();
     }
+    worker.bare->send_by(request.value("calls", "plain") == "plain" ? Calls::plain : Calls::as_ours);
     std::uint64_t touched = 0;
     const double seconds = seconds_of([&] { touched = replay(*worker.bare, sent); });
     return {{"seconds", seconds}, {"statements", sent.size()}, {"touched", touched}};

@@ -1,5 +1,5 @@
 """The structures of many tables as a matrix."""
-from bench.support.measure import Row, Target, paired
+from bench.support.measure import BARE, Row, Target, paired
 from bench.support.processes import Failure
 from bench.support.stage import EMBEDDED
 
@@ -25,9 +25,13 @@ def extract(stage):
                     raise Failure(f"the matrix has {reply['fields']} fields")
                 return reply["seconds"]
 
-            seconds = paired(stage.options.runs, {"bare": lambda: worker.ask("matrix.bare")["seconds"], "ours": ours},
+            def bare(calls):
+                return lambda: worker.ask("matrix.bare", calls=calls)["seconds"]
+
+            seconds = paired(stage.options.runs,
+                             {**{against: bare(calls) for calls, against in BARE.items()}, "ours": ours},
                              stage.progress)
-            rows.append(Row(f"extractmatrix of {tables:,} tables x {FIELDS} fields", where,
-                            "bare client, same queries", seconds["ours"], seconds["bare"], Target(at_most=1.10), "s",
-                            [f"{statements:,} queries"]))
+            rows += [Row(f"extractmatrix of {tables:,} tables x {FIELDS} fields", where, against, seconds["ours"],
+                         seconds[against], Target(at_most=1.10), "s", [f"{statements:,} queries"])
+                     for against in BARE.values()]
     return rows

@@ -10,6 +10,8 @@ namespace {
 
 constexpr short usual_columns = 32;
 constexpr ISC_STATUS end_of_rows = 100;
+constexpr const char* statement_name = "BARE_STATEMENT";
+constexpr const char* cursor_name = "BARE_CURSOR";
 
 void check(const ISC_STATUS* status, std::string_view doing) {
     if (status[0] != isc_arg_gds || status[1] == 0) return;
@@ -77,12 +79,22 @@ void BareSession::execute_together(std::span<const std::string> statements, std:
     transaction.commit();
 }
 
-BareSession::Cursor::Cursor(BareSession& session, const std::string& statement, std::string_view block) {
+BareSession::Cursor::Cursor(BareSession& session, const std::string& statement, std::string_view block)
+    : session_(session) {
     ISC_STATUS_ARRAY status;
     isc_start_transaction(status, &transaction_, 1, &session.database_,
                           static_cast<unsigned short>(block.size()), block.data());
     check(status, "start");
-    isc_dsql_allocate_statement(status, &session.database_, &statement_);
+    if (session.calls_ == Calls::plain) {
+        open_plainly(statement);
+    } else {
+        open_as_ours(statement);
+    }
+}
+
+void BareSession::Cursor::open_plainly(const std::string& statement) {
+    ISC_STATUS_ARRAY status;
+    isc_dsql_allocate_statement(status, &session_.database_, &statement_);
     check(status, "allocate");
     make_area(usual_columns);
     isc_dsql_prepare(status, &transaction_, &statement_, 0, statement.c_str(), SQL_DIALECT_V6, area_);
@@ -94,6 +106,26 @@ BareSession::Cursor::Cursor(BareSession& session, const std::string& statement, 
     }
     lay_out();
     isc_dsql_execute(status, &transaction_, &statement_, SQL_DIALECT_V6, nullptr);
+    check(status, statement);
+}
+
+void BareSession::Cursor::open_as_ours(const std::string& statement) {
+    ISC_STATUS_ARRAY status;
+    make_area(1);
+    isc_embed_dsql_prepare(status, &session_.database_, &transaction_, statement_name, 0, statement.c_str(),
+                           SQL_DIALECT_V6, area_);
+    check(status, statement);
+    isc_embed_dsql_describe(status, statement_name, SQL_DIALECT_V6, area_);
+    check(status, "describe");
+    if (area_->sqld > area_->sqln) {
+        make_area(area_->sqld);
+        isc_embed_dsql_describe(status, statement_name, SQL_DIALECT_V6, area_);
+        check(status, "describe again");
+    }
+    lay_out();
+    isc_embed_dsql_declare(status, statement_name, cursor_name);
+    check(status, "declare");
+    isc_embed_dsql_open(status, &transaction_, cursor_name, SQL_DIALECT_V6, nullptr);
     check(status, statement);
 }
 
@@ -130,7 +162,9 @@ void BareSession::Cursor::lay_out() {
 
 bool BareSession::Cursor::fetch() {
     ISC_STATUS_ARRAY status;
-    const ISC_STATUS outcome = isc_dsql_fetch(status, &statement_, SQL_DIALECT_V6, area_);
+    const ISC_STATUS outcome = session_.calls_ == Calls::plain
+                                   ? isc_dsql_fetch(status, &statement_, SQL_DIALECT_V6, area_)
+                                   : isc_embed_dsql_fetch(status, cursor_name, SQL_DIALECT_V6, area_);
     if (outcome == end_of_rows) return false;
     check(status, "fetch");
     return true;
@@ -138,10 +172,19 @@ bool BareSession::Cursor::fetch() {
 
 void BareSession::Cursor::finish() {
     ISC_STATUS_ARRAY status;
-    isc_dsql_free_statement(status, &statement_, DSQL_drop);
-    check(status, "drop");
+    if (session_.calls_ == Calls::plain) {
+        isc_dsql_free_statement(status, &statement_, DSQL_drop);
+        check(status, "drop");
+    } else {
+        isc_embed_dsql_close(status, cursor_name);
+        check(status, "close");
+    }
     isc_commit_transaction(status, &transaction_);
     check(status, "commit");
+    if (session_.calls_ == Calls::as_ours) {
+        isc_embed_dsql_release(status, statement_name);
+        check(status, "release");
+    }
 }
 
 std::uint64_t touch(std::span<const XSQLVAR> row) {

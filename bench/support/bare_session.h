@@ -12,10 +12,17 @@
 
 namespace zmfb::bench {
 
+/// How a query is sent: by the calls that come first to mind, or by those that the product is bound to, which
+/// name statement and cursor and ask for the columns once more after the prepare, twice where there are
+/// several.
+enum class Calls { plain, as_ours };
+
 /// An attachment as SYSDBA. Every failure throws std::runtime_error with the engine's message.
 class BareSession {
   public:
     explicit BareSession(const std::string& database);
+    /// How queries are sent from here on; at first plain.
+    void send_by(Calls calls) { calls_ = calls; }
     BareSession(BareSession&&) = delete;
     ~BareSession();
 
@@ -49,7 +56,10 @@ class BareSession {
       private:
         void make_area(short columns);
         void lay_out();
+        void open_plainly(const std::string& statement);
+        void open_as_ours(const std::string& statement);
 
+        BareSession& session_;
         isc_tr_handle transaction_{};
         isc_stmt_handle statement_{};
         std::vector<char> area_bytes_;
@@ -58,6 +68,7 @@ class BareSession {
     };
 
     isc_db_handle database_{};
+    Calls calls_ = Calls::plain;
 };
 
 /// The parameter block of a transaction that only reads.

@@ -2,6 +2,12 @@
 import statistics
 from dataclasses import dataclass, field
 
+# How the bare client sends the product's statements, and what that is called in the table.
+BARE = {
+    "as ours": "bare client, same statements, same calls",
+    "plain": "bare client, same statements, calls of its own",
+}
+
 
 @dataclass
 class Target:
