@@ -4,8 +4,10 @@
 #include <malloc.h>
 
 #include <cstddef>
+
 #if defined(__SANITIZE_ADDRESS__)
-#include <sanitizer/allocator_interface.h>
+// Declared here: g++ comes without the header that has it.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace zmfb::test {
