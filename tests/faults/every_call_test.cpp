@@ -22,8 +22,8 @@ void report(const char* what, const Tally& tally, std::size_t methods) {
     fmt::print(
         "{}: {} methods, {} calls of the client, {} pairs that occur, {} occurrences; made to fail: {}"
         ", with the rollback as well: {}; held against the kind of the answer only: {}\n",
-        what, methods, client_call_count, tally.pairs, tally.occurrences, tally.failures, tally.rollbacks,
-        tally.by_kind_only);
+        what, methods, client_call_count, tally.pairs.size(), tally.occurrences, tally.failures,
+        tally.rollbacks, tally.by_kind_only);
 }
 
 class EveryCall : public Walk {
@@ -65,7 +65,7 @@ TEST_F(EveryCall, WithARollbackThatFailsToo) {
 TEST_F(EveryCall, IsMadeByNoneOfTheOtherMethods) {
     Tally tally;
     for (const Scenario& scenario : quiet_scenarios()) walk(scenario, 0, tally);
-    EXPECT_EQ(tally.pairs, 0);
+    EXPECT_TRUE(tally.pairs.empty());
 }
 
 TEST(EveryMethod, HasAScenario) {

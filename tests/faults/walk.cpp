@@ -292,7 +292,7 @@ void Walk::walk(const Scenario& scenario, int limit, Tally& tally) {
     for (std::size_t call = 0; call < counts.size(); ++call) {
         const int count = counts[call];
         if (count == 0) continue;
-        ++tally.pairs;
+        tally.pairs.emplace(scenario.method, call);
         tally.occurrences += count;
         const int runs = std::min(count, limit);
         for (int i = 0; i < runs; ++i) {

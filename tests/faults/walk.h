@@ -3,7 +3,9 @@
 
 #include <iosfwd>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/faults/scenario.h"
@@ -14,10 +16,10 @@ namespace zmfb::test {
 
 /// How far the walk came.
 struct Tally {
-    int pairs = 0;         ///< (method, client call) that occur
-    int occurrences = 0;   ///< all calls of these pairs
-    int failures = 0;      ///< of them, made to fail
-    int rollbacks = 0;     ///< failures in which the rollback failed as well
+    std::set<std::pair<std::string, std::size_t>> pairs;  ///< (method, client call) that occur
+    int occurrences = 0;                                  ///< all calls of these pairs
+    int failures = 0;                                     ///< of them, made to fail
+    int rollbacks = 0;                                    ///< failures in which the rollback failed as well
     int by_kind_only = 0;  ///< failures whose answer was held against the kind of the good one only
 };
 
