@@ -1,11 +1,26 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cstdio>
 #include <exception>
 
 #include "tests/support/environment.h"
 
+namespace {
+
+// Reading a matrix leaves its file open, on purpose; a test program that reads a thousand of them needs more
+// than an ordinary user is given at first.
+void allow_all_files() {
+    rlimit files{};
+    if (getrlimit(RLIMIT_NOFILE, &files) != 0) return;
+    files.rlim_cur = files.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &files);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+    allow_all_files();
     ::testing::InitGoogleTest(&argc, argv);
     if (GTEST_FLAG_GET(list_tests)) return RUN_ALL_TESTS();
     try {

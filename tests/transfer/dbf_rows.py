@@ -6,7 +6,10 @@ without blanks at the end, numbers in at most 15 digits, dates as YYYY-MM-DD, lo
 """
 
 import datetime
+import os
+import shutil
 import sys
+import tempfile
 
 
 def cell(value):
@@ -38,6 +41,14 @@ def read_with_dbfread(path):
 def read_with_dbf(path):
     import dbf
 
+    # It opens a file for writing even to look at its header.
+    with tempfile.TemporaryDirectory() as folder:
+        copy = os.path.join(folder, os.path.basename(path))
+        shutil.copyfile(path, copy)
+        return read_copy_with_dbf(dbf, copy)
+
+
+def read_copy_with_dbf(dbf, path):
     table = dbf.Table(path, codepage="cp1252")
     table.open(dbf.READ_ONLY)
     fields = []
