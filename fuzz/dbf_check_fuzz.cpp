@@ -50,7 +50,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     require(result.deleted <= result.records, "no more are deleted than there are");
     for (const auto& field : file.fields) {
         if (field.type != 'D' || field.length != 8) continue;
-        const std::string_view day = bytes.substr(std::min<std::size_t>(size, file.start + field.offset), 8);
+        const auto begin = std::min<std::uint64_t>(size, file.start + field.offset);
+        const std::string_view day = bytes.substr(static_cast<std::size_t>(begin), 8);
         if (day.size() == 8) {
             require(tool::is_date(day) == transfer::is_calendar_day(day.data()), "both know the same days");
         }

@@ -1,5 +1,7 @@
+#include "sql/state.h"
 #include "tests/support/database.h"
 #include "tests/support/environment.h"
+#include "tests/support/server.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::test {
@@ -38,11 +40,12 @@ TEST_F(Listing, GettablesnameGivesTrimmedNamesOfTablesAndViewsInOrder) {
 }
 
 TEST_F(Listing, GettablesnameOfADatabaseWithoutUserTablesIsEmpty) {
-    const std::string empty_database = file("empty.fdb");
+    const std::string path = file("empty.fdb");
+    const std::string empty_database = on_server() ? Server::shared().name_of(path) : path;
     ASSERT_EQ(create_database(empty_database, sysdba, sysdba_password), "");
     BareClient client(empty_database);
     zmFBConn object;
-    object.set("dbhndl", *client.handle());
+    object.set("dbhndl", sql::number_of(*client.handle()));
     EXPECT_EQ(show(object.call("gettablesname")), "{}");
 }
 

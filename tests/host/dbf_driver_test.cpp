@@ -180,6 +180,7 @@ struct FileOfOthers {
     DbfRecords (*read)(const std::string& path);
     bool shows_deleted;
 };
+void PrintTo(const FileOfOthers& file, std::ostream* out) { *out << file.name; }
 
 class FilesOfOthers : public DbfFile, public ::testing::WithParamInterface<FileOfOthers> {};
 

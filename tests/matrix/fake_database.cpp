@@ -112,7 +112,7 @@ Value setfieldposition(Self&, Args args) {
     const Value moved = *found;
     fields.erase(found);
     const auto target = std::min<std::int64_t>(position - 1, static_cast<std::int64_t>(fields.size()));
-    fields.insert(fields.begin() + target, moved);
+    fields.insert(fields.begin() + static_cast<std::ptrdiff_t>(target), moved);
     return true;
 }
 

@@ -50,9 +50,9 @@ TEST_F(DoctorCommand, ItLeavesNothingBehind) {
 }
 
 TEST_F(DoctorCommand, ADatabaseThatIsNotThereEndsWithThree) {
-    const Finished run = on(file("nosuch.fdb"), {"doctor"});
+    const Finished run = on(as_database("nosuch.fdb"), {"doctor"});
     EXPECT_EQ(run.status, 3);
-    EXPECT_NE(run.out.find("[bad] attach: cannot attach to " + file("nosuch.fdb")), std::string::npos)
+    EXPECT_NE(run.out.find("[bad] attach: cannot attach to " + as_database("nosuch.fdb")), std::string::npos)
         << run.out;
     EXPECT_NE(run.out.find("zmfb create"), std::string::npos);
     EXPECT_EQ(zmfb({"doctor"}).status, 2);

@@ -25,9 +25,8 @@ Tool::Tool() {
     setenv("ISC_PASSWORD", sysdba_password, 1);
 }
 
-std::string Tool::new_database() const {
-    const std::string path = file("test.fdb");
-    return on_server() ? Server::shared().name_of(path) : path;
+std::string Tool::as_database(const std::string& name) const {
+    return on_server() ? Server::shared().name_of(file(name)) : file(name);
 }
 
 Finished Tool::zmfb(std::vector<std::string> words, const std::string& input,

@@ -20,8 +20,10 @@ class Tool : public Runtime {
                   const std::vector<std::string>& environment = {}) const;
     /// The same in another current folder.
     Finished zmfb_in(const std::string& folder, std::vector<std::string> words) const;
-    /// The path of a database of this test, not made yet.
-    [[nodiscard]] std::string new_database() const;
+    /// What names a file of this test as a database: its path, on a server in a run on one.
+    [[nodiscard]] std::string as_database(const std::string& name) const;
+    /// A database of this test, not made yet.
+    [[nodiscard]] std::string new_database() const { return as_database("test.fdb"); }
     /// The same, made with "zmfb create".
     std::string database() const;
     /// zmfb --db <database> and these words.

@@ -78,7 +78,7 @@ TEST_F(Usage, VersionNamesTheClientLibraryAndTheEngineOfAGivenDatabase) {
         EXPECT_TRUE(lines(run.out)[2].starts_with("engine ")) << run.out;
         EXPECT_GT(std::stoi(lines(run.out)[2].substr(7)), 1);
     }
-    EXPECT_NE(zmfb({"--db", file("nosuch.fdb"), "--version"}).out.find("\nengine unknown: cannot attach to "),
+    EXPECT_NE(on(as_database("nosuch.fdb"), {"--version"}).out.find("\nengine unknown: cannot attach to "),
               std::string::npos);
 }
 
@@ -99,9 +99,8 @@ TEST_F(Usage, ErrorsOfTheEngineHaveAHint) {
               std::string::npos);
     EXPECT_NE(on("127.0.0.1/1:/nowhere.fdb", {"tables"}).err.find("\nhint: is the server running"),
               std::string::npos);
-    EXPECT_NE(
-        on(write_file("notes.txt", std::string(20000, 'x')), {"tables"}).err.find("\nhint: the file is no"),
-        std::string::npos);
+    write_file("notes.txt", std::string(20000, 'x'));
+    EXPECT_NE(on(as_database("notes.txt"), {"tables"}).err.find("\nhint: the file is no"), std::string::npos);
 }
 
 TEST_F(Usage, AFolderWithoutRoomForLockFilesGetsAHintToo) {
