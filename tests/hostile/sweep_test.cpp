@@ -23,6 +23,13 @@ bool is_long_run() {
     return wanted != nullptr && std::string_view(wanted) == "long";
 }
 
+// A server of Firebird 3.0 gives no answer at all to some statements of more than 64 KB that it refuses, and
+// its client waits for one: 66,000 quotes are such a statement.
+std::size_t longest_text() {
+    if (on_server()) return 60'000;
+    return is_long_run() ? 4'000'000 : 100'000;
+}
+
 /// Methods that attach and detach have tests of their own below.
 bool is_swept(const MethodRow& row) {
     return row.kind != "assign" && row.name != "init" && row.name != "disconnect" && row.name != "axit";
@@ -71,7 +78,7 @@ class HostileSweep : public Database {
     }
 
     const std::vector<HostileValue> values_ =
-        hostile_values(is_long_run() ? 4'000'000 : 100'000, is_long_run() ? 1'000'000 : 100'000);
+        hostile_values(longest_text(), is_long_run() ? 1'000'000 : 100'000);
     std::size_t calls_ = 0;
 
   private:
