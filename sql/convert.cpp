@@ -20,15 +20,17 @@ namespace {
 // The longest text of a number: a double of 309 digits with its sign, point and six decimals.
 constexpr std::size_t text_size = 336;
 
-// "00" to "99".
-constexpr auto digit_pairs = [] {
+constexpr std::array<char, 200> make_digit_pairs() {
     std::array<char, 200> digits{};
     for (std::size_t i = 0; i < digits.size(); ++i) {
         const std::size_t pair = i / 2;
         digits[i] = static_cast<char>('0' + (i % 2 == 0 ? pair / 10 : pair % 10));
     }
     return digits;
-}();
+}
+
+// "00" to "99".
+constexpr std::array<char, 200> digit_pairs = make_digit_pairs();
 
 // A text being written from its end to its beginning, the order in which a number gives its digits; as printf
 // would write it.
