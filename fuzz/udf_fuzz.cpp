@@ -93,6 +93,7 @@ struct InventedBlob {
 short get_segment(void* handle, ISC_UCHAR* buffer, ISC_USHORT size, ISC_USHORT* got) {
     auto& blob = *static_cast<InventedBlob*>(handle);
     const std::string_view given = blob.input.bytes(std::min<std::size_t>(blob.input.byte(), size));
+    std::memset(buffer, '?', size);  // what a lie lays open
     std::memcpy(buffer, given.data(), given.size());
     const bool lies = blob.input.below(8) == 0;
     *got = lies ? blob.input.number<ISC_USHORT>() : static_cast<ISC_USHORT>(given.size());
