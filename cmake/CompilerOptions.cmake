@@ -14,6 +14,10 @@ endif()
 if(ZMFB_COVERAGE)
     add_compile_options(--coverage -O0 -fprofile-update=atomic)
     add_link_options(--coverage)
+    # A process that leaves by _exit hands over what it counted first.
+    add_library(zmfb_counted_exit OBJECT "${CMAKE_CURRENT_LIST_DIR}/counted_exit.c")
+    add_link_options(LINKER:--wrap=_exit)
+    link_libraries("$<BUILD_INTERFACE:zmfb_counted_exit>")
 endif()
 
 if(ZMFB_SANITIZE)

@@ -12,7 +12,7 @@ cmake --preset coverage >/dev/null
 cmake --build --preset coverage --parallel "$(nproc)" -- --quiet
 find build/coverage -name '*.gcda' -delete
 ctest --test-dir build/coverage --parallel "$(nproc)" -LE 'slow|install|docs' "$@" || failed=yes
-gcovr --root . --exclude tests --exclude build --exclude bench --exclude examples --exclude fuzz \
+gcovr --root . --exclude tests --exclude cmake --exclude bench --exclude examples --exclude fuzz \
     --exclude-throw-branches --json build/coverage/coverage.json build/coverage
 python3 scripts/coverage_table.py build/coverage/coverage.json
 [ -z "${failed:-}" ] || { echo "some tests failed: the figures are not those of a good run" >&2; exit 1; }

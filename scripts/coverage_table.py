@@ -4,6 +4,7 @@ python3 scripts/coverage_table.py REPORT
 """
 import collections
 import json
+import os
 import sys
 
 
@@ -21,21 +22,23 @@ def ranges(lines):
 def main(path):
     with open(path, encoding="utf-8") as report:
         files = json.load(report)["files"]
-    reached = collections.Counter()
-    total = collections.Counter()
-    missed = {}
+    # A line is listed for each function of a template that has it, and for each link to its header.
+    lines = collections.defaultdict(collections.Counter)
     for file in files:
-        # A line that belongs to several functions of templates is listed for each.
-        counts = collections.Counter()
+        counts = lines[os.path.relpath(os.path.realpath(file["file"]))]
         for line in file["lines"]:
             if not line.get("gcovr/noncode"):
                 counts[line["line_number"]] += line["count"]
-        folder = file["file"].split("/")[0]
+    reached = collections.Counter()
+    total = collections.Counter()
+    missed = {}
+    for file, counts in lines.items():
+        folder = file.split("/")[0]
         total[folder] += len(counts)
         reached[folder] += sum(count > 0 for count in counts.values())
         never = sorted(number for number, count in counts.items() if count == 0)
         if never:
-            missed[file["file"]] = never
+            missed[file] = never
     print(f"{'folder':<12}{'lines':>8}{'reached':>9}{'never':>7}{'percent':>9}")
     for folder in sorted(total):
         print(row(folder, total[folder], reached[folder]))
