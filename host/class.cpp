@@ -25,9 +25,9 @@ std::string_view kind_name(MethodKind kind) {
 // than the search it saves.
 std::size_t Class::first_place(std::string_view name) const {
     if (name.empty()) return 0;
-    const auto letter = [&](std::size_t at) { return static_cast<unsigned char>(name[at]); };
+    const auto letter = [&](std::size_t at) -> std::size_t { return static_cast<unsigned char>(name[at]); };
     const std::size_t mixed =
-        ((letter(0) * 31U + letter(name.size() / 2)) * 31U + letter(name.size() - 1)) * 31U + name.size();
+        ((letter(0) * 31 + letter(name.size() / 2)) * 31 + letter(name.size() - 1)) * 31 + name.size();
     return mixed & (places_.size() - 1);
 }
 

@@ -1,8 +1,6 @@
 #!/usr/bin/env bash
-# Checks the layout of the code and runs the static checks.
-#
-#   scripts/lint.sh            clang-format, and that the README shows the examples as they are (the tests run this)
-#   scripts/lint.sh --full     clang-tidy as well, over build/dev
+# Checks the layout of the code, that the README shows the example as it is, and that only sql/ and udf/ see the
+# client's header. The tests run this; scripts/analyse.sh has the static checks that take minutes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 folders=(host conn sql catalog locks schema transfer matrix c udf tool include examples tests bench fuzz)
@@ -19,8 +17,3 @@ if grep -rlE '#include <(ibase|firebird/)' host conn catalog locks schema transf
     echo "these files include the Firebird client's header; only sql/ and udf/ do" >&2
     exit 1
 fi
-
-[ "${1:-}" = --full ] || exit 0
-mapfile -t units < <(find "${folders[@]}" -name '*.cpp' -not -path 'tests/*' -not -path 'bench/*' | sort)
-clang-tidy -p build/dev --quiet --extra-arg=-Wno-unknown-warning-option "${units[@]}"
-echo "clang-tidy: ${#units[@]} files"

@@ -59,7 +59,7 @@ Value exact_rows(zmFBConn& connection, std::string_view query) {
     if (exact.sqlcode() != 0 || result.size() == 0) {
         throw Failure{Exit::failed, "cannot read the engine's tables", last_engine_message()};
     }
-    const Value rows = Value::array_of_size(0);
+    Value rows = Value::array_of_size(0);
     for (const Value& row : result.items().subspan(1)) rows.push(row);
     return rows;
 }

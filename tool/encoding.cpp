@@ -62,6 +62,7 @@ std::optional<char> byte_of(std::string_view character) {
 
 bool set_encoding(const std::string& name) {
     const iconv_t converter = iconv_open("UTF-8", name.c_str());
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says no.
     if (converter == reinterpret_cast<iconv_t>(-1)) return false;
     auto made = std::make_unique<Encoding>();
     bool letters_stay = true;

@@ -110,7 +110,7 @@ class Reader {
             if (std::isdigit(static_cast<unsigned char>(c)) != 0) digits += c;
         }
         const bool blank = body.find_first_not_of(" -/") == std::string_view::npos;
-        const Value made = host::stod(digits);
+        Value made = host::stod(digits);
         const bool shaped = body.size() == 10 && digits.size() == 8;
         if (!blank && (!shaped || made.date() == host::Date{})) fail("expected a date such as {^2007-03-01}");
         rest_.remove_prefix(end + 1);

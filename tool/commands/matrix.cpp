@@ -47,7 +47,7 @@ std::string latin1_argument(const std::string& text, std::string_view what) {
 }
 
 std::string existing_file(const std::string& file) {
-    const std::string path = latin1_argument(file, "the file name");
+    std::string path = latin1_argument(file, "the file name");
     if (access(path.c_str(), R_OK) != 0) throw Failure{Exit::failed, fmt::format("cannot read {}", file)};
     return path;
 }
