@@ -51,12 +51,17 @@ ISC_STATUS FaultyClient::due(ClientCall call) {
 
 template <class Make>
 ISC_STATUS FaultyClient::pass(ClientCall call, ISC_STATUS* status, const Make& make) {
-    const ISC_STATUS code = due(call);
-    if (code == 0) return make();
-    status[0] = isc_arg_gds;
-    status[1] = code;
-    status[2] = isc_arg_end;
-    return code;
+    asked(call);
+    ISC_STATUS outcome = due(call);
+    if (outcome == 0) {
+        outcome = make();
+    } else {
+        status[0] = isc_arg_gds;
+        status[1] = outcome;
+        status[2] = isc_arg_end;
+    }
+    answered(call, outcome);
+    return outcome;
 }
 
 void FaultyClient::expand_dpb(char** block, short* length, const char* user, const char* password,

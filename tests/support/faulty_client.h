@@ -88,6 +88,12 @@ class FaultyClient : public sql::Client {
                            unsigned short size, char* bytes) override;
     ISC_STATUS close_blob(ISC_STATUS* status, isc_blob_handle* blob) override;
 
+  protected:
+    /// Told of each call before it is made or fails, and of its outcome: 0, the code it was made to fail
+    /// with, or the client's own.
+    virtual void asked(ClientCall) {}
+    virtual void answered(ClientCall, ISC_STATUS /*outcome*/) {}
+
   private:
     struct Fault {
         ClientCall call;
