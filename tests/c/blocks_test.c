@@ -1,4 +1,5 @@
 /* Code blocks of C programs, and what they and raised errors do to the call they happen in. */
+#include <stdint.h>
 #include <stdlib.h>
 
 #include "check.h"
@@ -48,6 +49,16 @@ static void evaluating_gives_the_bodys_result(void) {
     CHECK(notes.count == 3 && zmfb_eval(block, NULL, 0, NULL) == ZMFB_OK && notes.count == 0);
     CHECK(zmfb_eval(block, arguments, 1, one) == ZMFB_OK && number_in(one) == 21); /* into its own argument */
     zmfb_free(result), zmfb_free(one), zmfb_free(block);
+}
+
+static void more_arguments_than_memory_can_hold_are_refused(void) {
+    Notes notes = {ZMFB_OK, 0, 0, 0};
+    zmfb_value *block = zmfb_new(), *one = zmfb_new();
+    const zmfb_value* arguments[] = {one};
+    CHECK(zmfb_set_block(block, add_up, &notes, NULL) == ZMFB_OK);
+    CHECK(zmfb_eval(block, arguments, SIZE_MAX / 2, NULL) == ZMFB_OUT_OF_RANGE && said("too long"));
+    CHECK(notes.calls == 0);
+    zmfb_free(one), zmfb_free(block);
 }
 
 static void a_status_of_a_body_ends_the_call(void) {
@@ -157,6 +168,7 @@ static void the_error_block_decides(void) {
 int main(void) {
     a_block_lives_as_long_as_it_is_named();
     evaluating_gives_the_bodys_result();
+    more_arguments_than_memory_can_hold_are_refused();
     a_status_of_a_body_ends_the_call();
     what_a_body_failed_with_is_told();
     a_block_may_take_itself_away();

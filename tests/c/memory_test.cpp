@@ -48,6 +48,17 @@ void what_a_body_throws_becomes_a_status() {
     zmfb_free(block);
 }
 
+/// The first failure of all: nothing holds room for its message yet.
+void failing_needs_no_memory() {
+    zmfb_value* const nothing = zmfb_new();
+    countdown = 0;
+    CHECK(zmfb_append(nullptr, nothing) == ZMFB_WRONG_ARGUMENT && said("out of memory"));
+    CHECK(zmfb_append(nothing, nothing) == ZMFB_NO_MEMORY && said("out of memory"));
+    countdown = -1;
+    CHECK(zmfb_append(nothing, nothing) == ZMFB_WRONG_KIND && said("wanted array, got nil"));
+    zmfb_free(nothing);
+}
+
 }  // namespace
 
 extern "C" void* __real_malloc(std::size_t size);
@@ -65,6 +76,7 @@ void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 int main() {
+    failing_needs_no_memory();
     what_a_body_throws_becomes_a_status();
     int failures = 0;
     for (long allowed = 0;; ++allowed) {

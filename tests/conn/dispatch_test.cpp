@@ -104,6 +104,15 @@ TEST_F(Dispatch, ReleasingTheLastHandleLogsThatTheObjectIsGone) {
     EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{0, "[GONE] Class: zmFBConn no longer exists. DB: "}}));
 }
 
+TEST_F(Dispatch, AHandleOfAnObjectSharesItAndOneOfNoneIsUnattached) {
+    object.set("dbhndl", 7);
+    zmFBConn again = zmFBConn::of(object.value());
+    EXPECT_EQ(show(again.get("dbhndl")), "7");
+    zmFBConn other = zmFBConn::of("no object");
+    EXPECT_FALSE(other.isconnected());
+    EXPECT_EQ(show(other.get("dbhndl")), "0");
+}
+
 TEST_F(Dispatch, AxitMayBeCalledByTheApplicationAndAnswersTrue) {
     EXPECT_EQ(show(object.call("axit")), ".T.");
     EXPECT_EQ(log_lines(), (std::vector<LogEntry>{{0, "[GONE] Class: zmFBConn no longer exists. DB: "}}));

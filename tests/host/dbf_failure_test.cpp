@@ -1,4 +1,6 @@
 // DBF tables when the system refuses: full disks, missing rights, a process killed at its work.
+#include <fcntl.h>
+
 #include "dbf_table_testing.h"
 #include "tests/support/dbf_readers.h"
 
@@ -86,6 +88,31 @@ TEST_F(DbfFailure, AFullDiskTakesBackASharedRecord) {
         CaughtErrors caught;
         const bool refused = !table.append() && caught.number("oscode") == 29;
         return refused && table.record_count() == 1 && table.close() ? 0 : 2;
+    });
+    EXPECT_EQ(outcome, 0);
+    expect_whole(1);
+}
+
+TEST_F(DbfFailure, WhatNeverReachesTheDiskIsNoCommit) {
+    add(create(structure), array_of("before"));
+    close();
+    const int outcome = in_child([&] {
+        // What is written to this device counts as written, but it has no disk to wait for.
+        const int device = ::open("/dev/null", O_RDWR);
+        for (const auto shared : {true, false}) {
+            Table& table = shared ? *open_shared() : *open();
+            if (!(shared ? table.put(0, "after") : add(table, array_of("after")))) return 1;
+            for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+                std::error_code gone;
+                if (std::filesystem::read_symlink(entry, gone) == path("t.dbf"))
+                    ::dup2(device, std::stoi(entry.path().filename()));
+            }
+            CaughtErrors caught;
+            if (table.commit() || caught.take_count() != 1) return 2;
+            if (caught.number("gencode") != 24 || caught.number("oscode") != 29) return 3;
+            close();
+        }
+        return 0;
     });
     EXPECT_EQ(outcome, 0);
     expect_whole(1);

@@ -381,6 +381,10 @@ TEST_F(File, TemporaryNamesAreFreshAndNotCreated) {
     EXPECT_TRUE(std::filesystem::is_empty(path("")));
 }
 
+TEST_F(File, ThereIsNoTemporaryNameUnderWhatIsNoFolder) {
+    EXPECT_TRUE(is_same(tempfilename(write_file("a", "text")), ""));
+}
+
 TEST_F(File, TemporaryNamesStandUnderTheFolderOfTheEnvironment) {
     const char* before = std::getenv("TMPDIR");
     const std::string kept = before == nullptr ? "" : before;

@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -48,21 +49,28 @@ class FolderTest : public ::testing::Test {
     std::string folder_;
 };
 
-/// Runs `body` in a child process and returns what it returned, 0 to 255; 128 + the signal when one ended it.
-inline int in_child(const std::function<int()>& body) {
-    std::fflush(nullptr);  // or the child could write what this process has not written yet
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(body());
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
 /// Lets no file of this process grow beyond `size` bytes: to the program that is a full disk.
 inline void limit_files_to(rlim_t size) {
     std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit limit{size, size};
+    rlimit limit{};
+    ::getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = std::min(size, limit.rlim_max);
     ::setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+/// Runs `body` in a child process, whose files may grow again behind it, and returns what it returned, 0 to
+/// 255; 128 + the signal when one ended it.
+inline int in_child(const std::function<int()>& body) {
+    std::fflush(nullptr);  // or the child could write what this process has not written yet
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int outcome = body();
+        limit_files_to(RLIM_INFINITY);
+        ::_exit(outcome);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 }  // namespace zmfb::host_test

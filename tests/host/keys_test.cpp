@@ -31,7 +31,7 @@ TEST(Keys, HaveTheirCodes) {
         {"\xE9", 0xE9},    {"\x01", 1},       {"\x1BOA", 5},   {"\x1BOB", 24},  {"\x1BOD", 19},
         {"\x1BOC", 4},     {"\x1BOH", 1},     {"\x1BOF", 6},   {"\x1B[5~", 18}, {"\x1B[6~", 3},
         {"\x1B[2~", 22},   {"\x1B[3~", 7},    {"\x1BOP", 28},  {"\x1BOQ", -1},  {"\x1B[21~", -9},
-        {"\x1B[23~", -40}, {"\x1B[24~", -41}, {"\x1B[Z", 271},
+        {"\x1B[23~", -40}, {"\x1B[24~", -41}, {"\x1B[Z", 271}, {"\n", 13},      {"\x1BOM", 13},
     };
     const Performance performance = on_screen([&](const Stage& stage) {
         for (const auto& [typed, code] : cases) {

@@ -28,6 +28,8 @@ class OpenTable final : public host::Table {
     bool skip(std::int64_t count) override { return go_to(record_ + count); }
     bool deleted() override { return deleted_; }
     bool set_deleted(bool deleted) override {
+        if (driver_.keeps_records) return false;
+        if (deleted) driver_.asked.push_back("delete " + std::to_string(record_));
         deleted_ = deleted;
         return true;
     }

@@ -25,6 +25,8 @@ class MemoryDriver final : public host::Driver {
 
     std::map<std::string, MemoryTable, std::less<>> tables;
     std::vector<std::string> asked;
+    /// Whether records cannot be marked as deleted.
+    bool keeps_records = false;
     /// Called with the alias when a table has been opened, and when one is closed.
     std::function<void(std::string_view)> on_open = [](std::string_view) {};
     std::function<void(std::string_view)> on_close = [](std::string_view) {};

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "errors.h"
 #include "folder.h"
 #include "host/date.h"
 #include "on_screen.h"
@@ -134,6 +135,44 @@ TEST(Screen, EveryPairOfColoursCanBeShownAtOnce) {
             EXPECT_EQ(cell.foreground, in_terminal_order[foreground % 8] + foreground / 8 * 8);
         }
     }
+}
+
+TEST(Screen, APairForWhichThereIsNoRoomLeftIsWhiteOnBlack) {
+    // This terminal has 64 pairs, one of which is its own colours.
+    const Performance performance = on_screen([](const Stage& stage) {
+        for (int pair = 0; pair < 64; ++pair)
+            say(pair / 8, pair % 8, "x", std::to_string(pair % 8) + "/" + std::to_string(pair / 8));
+        stage.snapshot("all");
+    });
+    constexpr int in_terminal_order[] = {0, 4, 2, 6, 1, 5, 3, 7};
+    for (int pair = 0; pair < 63; ++pair) {
+        const Cell& cell = performance.snapshot("all").at(pair / 8, pair % 8);
+        EXPECT_EQ(cell.foreground, in_terminal_order[pair % 8]);
+        EXPECT_EQ(cell.background, in_terminal_order[pair / 8]);
+    }
+    EXPECT_EQ(performance.snapshot("all").at(7, 7), (Cell{.byte = 'x', .foreground = 7, .background = 0}));
+}
+
+TEST(Screen, ASavedScreenHasNoMethodsAndNoVariables) {
+    const Performance performance = on_screen([](const Stage& stage) {
+        const Value saved = savescreen(0, 0, 1, 1);
+        host_test::CaughtErrors caught;
+        const auto report = [&](const Value& answer) {
+            stage.report(test::show(array_of(answer, caught.take_count(), caught.field("gencode"),
+                                             caught.field("subcode"), caught.field("description"))));
+        };
+        Object& object = *saved.object();
+        stage.report(test::show(saved));
+        report(object.send("Restore", {}));
+        report(object.get("Top"));
+        object.set("Left", 1);
+        report({});
+    });
+    EXPECT_EQ(performance.report,
+              "<object of SCREEN>\n"
+              "{NIL, 1, 13, 1004, \"No exported method: Restore\"}\n"
+              "{NIL, 1, 16, 1005, \"No exported variable: Top\"}\n"
+              "{NIL, 1, 16, 1005, \"No exported variable: Left\"}\n");
 }
 
 TEST(Screen, WhatLiesOutsideIsClipped) {

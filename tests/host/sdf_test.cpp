@@ -194,6 +194,20 @@ TEST_F(Sdf, OtherDriversTakeTheSameLines) {
     EXPECT_EQ(rows(*table_of("T")), R"({{"Ana ", NIL, {^2007-03-01}}})");
 }
 
+TEST_F(Sdf, ADriverThatCannotTakeARecordBackMarksItDeleted) {
+    auto driver = std::make_shared<host_test::MemoryDriver>();
+    register_driver("MEMORY", driver);
+    dbcreate("m", array_of(field("C", "C", 1)), "MEMORY");
+    dbusearea(true, "MEMORY", "m", "T");
+    const Value not_b = Value::block([](Args) { return table_of()->get(0).text() != "b"; });
+    EXPECT_TRUE(is_same(dbappsdf(write_file("data.txt", "a\nb\nc\n"), {}, not_b), true));
+    EXPECT_EQ(driver->asked.back(), "delete 2");
+    EXPECT_EQ(rows(*table_of("T")), R"({{"a"}, {"b"}, {"c"}})");
+    driver->keeps_records = true;
+    EXPECT_TRUE(is_same(dbappsdf(path("data.txt"), {}, not_b), false));
+    EXPECT_EQ(rows(*table_of("T")), R"({{"a"}, {"b"}, {"c"}, {"a"}, {"b"}})");
+}
+
 TEST_F(Sdf, WhatKeepsItFromReadingIsRaised) {
     CaughtErrors caught;
     EXPECT_TRUE(is_same(dbappsdf(path("data.txt")), false));
