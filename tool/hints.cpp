@@ -47,6 +47,8 @@ constexpr std::array hints{
     Hint{"is in use", "another program uses the table; zmfb opens shows which work areas have it open"},
     Hint{"is not a valid database", "the file is no Firebird database; \"zmfb create\" makes one"},
     Hint{"Permission denied", "this user may not read and write the file, or enter its folder"},
+    Hint{"No space left on device", "the disk is full; data files of imports and exports lie under /tmp"},
+    Hint{"File too large", "a limit of this process or of the disk keeps files from growing that large"},
     Hint{"Error while trying to open file", "\"zmfb create\" makes a new database"},
     Hint{"unsupported on-disk structure", "the file was made by another version of the engine"},
 };

@@ -55,4 +55,6 @@ Json to_json(const Value& value) {
     return out;
 }
 
+std::string json_line(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
+
 }  // namespace zmfb::tool

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <string>
 
 #include "host/value.h"
 
@@ -12,5 +13,8 @@ using Json = nlohmann::ordered_json;
 
 /// Objects and blocks, which JSON has nothing for, become their kind's name in angle brackets.
 Json to_json(const host::Value& value);
+
+/// One line of text. Bytes of a path that are no UTF-8 become U+FFFD.
+std::string json_line(const Json& json);
 
 }  // namespace zmfb::tool

@@ -163,6 +163,30 @@ TEST_F(ImportCheck, AFileThatIsCutOffIsImportedOnlyWhenToldSo) {
     EXPECT_NE(run.out.find("P: 1 record,"), std::string::npos) << run.out;
 }
 
+TEST_F(ImportCheck, WhatTheEngineHasNoRoomOrNoNameForIsRefused) {
+    const auto fields = [](std::initializer_list<int> lengths) {
+        DbfBuilder dbf;
+        char name = 'A';
+        for (const int length : lengths) dbf.field(std::string(1, name++), 'C', length);
+        return dbf;
+    };
+    constexpr const char* bad_name = "\": a name starts with a letter and has letters, digits, _ and $";
+    const std::tuple<std::string, DbfBuilder, std::string> cases[] = {
+        {"2nd.dbf", prices(), std::string("the table's name would be \"2ND") + bad_name},
+        {"my shop.dbf", prices(), std::string("the table's name would be \"MY SHOP") + bad_name},
+        {".dbf", prices(), std::string("the table's name would be \"") + bad_name},
+        {"c.dbf", fields({32768}), "the field A has 32768 characters; 32767 are possible"},
+        {"r.dbf", fields({32767, 32767}), "a row would take more than 65535 bytes"},
+    };
+    const std::string before = objects();
+    for (const auto& [name, dbf, reason] : cases) {
+        const Finished run = import(made(name, dbf));
+        EXPECT_EQ(run.status, 1) << name;
+        EXPECT_EQ(run.err, "error: " + file(name) + " was not imported\n  " + reason + "\n");
+    }
+    EXPECT_EQ(objects(), before);
+}
+
 TEST_F(ImportCheck, ATableNameTooLongForItsTriggersIsRefused) {
     const std::string name = "a_table_with_quite_a_long_name_of_more_characters_than_are_possible";
     const Finished run = import(made(name + ".dbf", prices()));

@@ -16,19 +16,23 @@ class ImportProgress : public Tool {
         for (int i = 0; i < 200000; ++i) dbf.record({std::to_string(i), "name"});
         dbf.write(file("big.dbf"));
     }
+    /// An import on a terminal.
+    Performance performed() const {
+        const std::string cache = process_folder() / "cache";
+        return perform(24, 200, "xterm", [&](const Stage& stage) {
+            unsetenv("FIREBIRD");
+            unsetenv("FIREBIRD_LOCK");
+            setenv("XDG_CACHE_HOME", cache.c_str(), 1);
+            const std::string command =
+                "'" ZMFB_TOOL "' --db '" + path + "' import '" + file("big.dbf") + "'";
+            stage.report("status " + std::to_string(std::system(command.c_str())));
+        });
+    }
     std::string path;
 };
 
 TEST_F(ImportProgress, ShowsRecordsRateAndTimeLeftOnATerminalAndLeavesOnlyTheSummary) {
-    const std::string cache = process_folder() / "cache";
-    const std::string dbf = file("big.dbf");
-    const Performance shown = perform(24, 200, "xterm", [&](const Stage& stage) {
-        unsetenv("FIREBIRD");
-        unsetenv("FIREBIRD_LOCK");
-        setenv("XDG_CACHE_HOME", cache.c_str(), 1);
-        const std::string command = "'" ZMFB_TOOL "' --db '" + path + "' import '" + dbf + "'";
-        stage.report("status " + std::to_string(std::system(command.c_str())));
-    });
+    const Performance shown = performed();
     EXPECT_NE(shown.report.find("status 0"), std::string::npos) << shown.report;
     const std::size_t copying = shown.bytes.find("copying    [");
     ASSERT_NE(copying, std::string::npos) << shown.bytes;
@@ -40,6 +44,18 @@ TEST_F(ImportProgress, ShowsRecordsRateAndTimeLeftOnATerminalAndLeavesOnlyTheSum
     const std::vector<std::string> left = lines(screen.text());
     EXPECT_EQ(left.size(), 1U) << screen.text();
     EXPECT_NE(screen.text().find("BIG: 200000 records, 2 fields, "), std::string::npos) << screen.text();
+}
+
+TEST_F(ImportProgress, GoesOnUnwatchedWhereTheDatabaseTakesNoSecondConnection) {
+    on(path, {"exec", "create exception crowded 'one connection is enough'"});
+    on(path, {"exec",
+              "create trigger alone on connect as begin if ((select count(*) from mon$attachments where "
+              "mon$system_flag = 0) > 1) then exception crowded; end"});
+    const Performance shown = performed();
+    EXPECT_NE(shown.report.find("status 0"), std::string::npos) << shown.report;
+    EXPECT_NE(shown.bytes.find("converting ["), std::string::npos) << shown.bytes;
+    EXPECT_EQ(shown.bytes.find("copying    [#"), std::string::npos) << shown.bytes;
+    EXPECT_EQ(on(path, {"call", "counttablerecords('BIG')"}).out, "200000\n");
 }
 
 TEST_F(ImportProgress, ShowsNothingButTheSummaryWhereTheOutputIsNoTerminal) {

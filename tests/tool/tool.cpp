@@ -46,6 +46,14 @@ Finished Tool::zmfb_in(const std::string& folder, std::vector<std::string> words
     return run(command, "", {"XDG_CACHE_HOME=" + (process_folder() / "cache").string()});
 }
 
+Finished Tool::zmfb_after(const std::string& preparation, std::vector<std::string> words) const {
+    std::vector<std::string> command = clean_environment();
+    command.insert(command.end(), {"sh", "-c", preparation + "; exec \"$@\"", "sh", ZMFB_TOOL});
+    command.insert(command.end(), words.begin(), words.end());
+    return run(command, "",
+               {"XDG_CACHE_HOME=" + (process_folder() / "cache").string(), "TMPDIR=" + file("")});
+}
+
 std::string Tool::database() const {
     const Finished made = zmfb({"--db", new_database(), "create"});
     if (made.status != 0) throw std::runtime_error("zmfb create failed: " + made.err);

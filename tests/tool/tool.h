@@ -20,6 +20,8 @@ class Tool : public Runtime {
                   const std::vector<std::string>& environment = {}) const;
     /// The same in another current folder.
     Finished zmfb_in(const std::string& folder, std::vector<std::string> words) const;
+    /// The same, started by a shell that does this first: sets limits, ignores signals.
+    Finished zmfb_after(const std::string& preparation, std::vector<std::string> words) const;
     /// What names a file of this test as a database: its path, on a server in a run on one.
     [[nodiscard]] std::string as_database(const std::string& name) const;
     /// A database of this test, not made yet.

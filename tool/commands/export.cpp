@@ -13,10 +13,10 @@
 #include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
+#include "tool/transfer/engine_message.h"
 #include "tool/transfer/export_check.h"
 #include "tool/transfer/supervised.h"
 #include "tool/transfer/undo.h"
-#include "zmfbconn/database.h"
 
 namespace zmfb::tool {
 namespace {
@@ -83,11 +83,12 @@ void report_check(const std::string& table, const ExportCheck& check) {
 double write_file(Session& session, const std::string& name, const fs::path& folder) {
     const auto start = std::chrono::steady_clock::now();
     const std::size_t raised_before = session.raised().size();
+    const EngineMessage engine;
     const InFolder here(folder);
     if (!session.connection().call("exiletable", name).logical()) {
-        const bool silent = session.raised().size() == raised_before;
+        const bool silent = session.raised().size() == raised_before && engine.since().empty();
         throw Failure{Exit::failed, fmt::format("{} was not exported", to_utf8(name)),
-                      silent ? "The file could not be written." : last_engine_message()};
+                      silent ? "The file could not be written." : engine.since()};
     }
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
@@ -101,6 +102,10 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
     const Value structure = connection.call("filterrddfields", connection.call("gettablestruct", name));
     if (structure.size() == 0) {
         throw Failure{Exit::failed, fmt::format("{} has no columns of its own", table)};
+    }
+    if (name.find('/') != std::string::npos) {
+        throw Failure{Exit::failed, fmt::format("{} cannot be exported", table),
+                      "a file cannot have this name"};
     }
     const std::string upper(host::upper(name).text());
     report_check(to_utf8(upper), check_export(connection, upper, structure));
@@ -123,8 +128,10 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
         throw Failure{Exit::failed, fmt::format("{} was not exported: the file has {} records, the table {}",
                                                 table, records, rows)};
     }
-    fs::rename(folder / (name + ".dbf"), target);
     const std::string written = target.lexically_normal().string();
+    std::error_code problem;
+    fs::rename(folder / (name + ".dbf"), target, problem);
+    if (problem) throw Failure{Exit::failed, fmt::format("cannot write {}", written), problem.message()};
     if (session.options().json) {
         Json json{{"table", to_utf8(upper)},
                   {"file", written},
@@ -132,7 +139,7 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
                   {"fields", structure.size()},
                   {"seconds", seconds}};
         if (given.keep_data_file) json["data_file"] = data_file;
-        fmt::print("{}\n", json.dump());
+        fmt::print("{}\n", json_line(json));
     } else {
         fmt::print("{} -> {}: {}, {}, {:.2f} s\n", to_utf8(upper), written,
                    counted(records, "record", "records"), counted(structure.size(), "field", "fields"),

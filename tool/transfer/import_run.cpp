@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "tool/catalog.h"
 #include "tool/confirm.h"
 #include "tool/counted.h"
 #include "tool/encoding.h"
@@ -14,6 +15,7 @@
 #include "tool/text_table.h"
 #include "tool/transfer/converted_copy.h"
 #include "tool/transfer/dbf_check.h"
+#include "tool/transfer/engine_message.h"
 #include "tool/transfer/import_plan.h"
 #include "tool/transfer/progress.h"
 #include "tool/transfer/rejects.h"
@@ -78,6 +80,7 @@ class Import {
 
   private:
     void check();
+    void check_existing();
     Exit tell() const;
     void print_plan(bool possible) const;
     void refuse() const;
@@ -97,6 +100,7 @@ class Import {
     const std::string& file_;
     DbfFile dbf_;
     ImportPlan plan_;
+    std::string views_;  // those that go with the table that is there, in words
     CheckResult found_;
     Rejects rejects_;
     Begun begun_;
@@ -110,10 +114,7 @@ void Import::check() {
                       fmt::format("{} {}", fs::path(file_).filename().string(), problem)};
     }
     plan_ = plan_import(connection_, dbf_);
-    if (plan_.table_exists && !options_.drop_existing) {
-        plan_.refusals.push_back(
-            fmt::format("the table {} is there already; --drop-existing replaces it", to_utf8(plan_.table)));
-    }
+    if (plan_.table_exists) check_existing();
     if (dbf_.counted != dbf_.records && !options_.incomplete) {
         plan_.refusals.push_back(
             fmt::format("the header counts {}, the file holds {}; --incomplete imports those",
@@ -125,6 +126,25 @@ void Import::check() {
                              [this](std::uint64_t number) { reports_.send(fmt::format("at {}", number)); }});
     reports_.send("phase none 0");
     rejects_.close();
+}
+
+// What the driver has not made, or needs itself, is nothing to replace.
+void Import::check_existing() {
+    const std::string table = to_utf8(plan_.table);
+    const TableKind kind = kind_of(connection_, plan_.table);
+    if (kind != TableKind::driver) {
+        const std::string_view what = kind == TableKind::view     ? "is a view"
+                                      : kind == TableKind::system ? "is the driver's own"
+                                                                  : "was not made by the driver";
+        plan_.refusals.push_back(fmt::format("{} is there already and {}", table, what));
+    } else if (!options_.drop_existing) {
+        plan_.refusals.push_back(
+            fmt::format("the table {} is there already; --drop-existing replaces it", table));
+    } else {
+        for (const std::string& view : views_on(connection_, plan_.table))
+            views_ += fmt::format("{}{}", views_.empty() ? "" : ", ", to_utf8(view));
+        if (!views_.empty()) views_ = fmt::format(" and the views built on it ({})", views_);
+    }
 }
 
 // What a person should know of the records, a line each.
@@ -168,7 +188,7 @@ void Import::print_plan(bool possible) const {
         }
         json["drops_existing"] = plan_.table_exists;
         json["possible"] = possible;
-        fmt::print("{}\n", json.dump());
+        fmt::print("{}\n", json_line(json));
         return;
     }
     TextTable columns({{"column"}, {"type"}});
@@ -178,7 +198,9 @@ void Import::print_plan(bool possible) const {
     fmt::print("{} -> {}: {}, {}\n{}{}", file_, shown_bytes(plan_.table),
                counted(found_.records, "record", "records"), counted(plan_.columns.size(), "field", "fields"),
                columns.text(), notes(false));
-    if (plan_.table_exists) fmt::print("the table {} would be dropped first\n", shown_bytes(plan_.table));
+    if (plan_.table_exists) {
+        fmt::print("the table {}{} would be dropped first\n", shown_bytes(plan_.table), views_);
+    }
     if (possible) fmt::print("nothing was changed; the import would work\n");
 }
 
@@ -212,14 +234,19 @@ void Import::make_room() {
     Progress::clear();
     if (!options_.yes &&
         !confirm(fmt::format(
-            "Drop the table {} with its {}?", table,
+            "Drop the table {} with its {}{}?", table,
             counted(static_cast<std::uint64_t>(connection_.call("counttablerecords", plan_.table).integer()),
-                    "record", "records")))) {
+                    "record", "records"),
+            views_))) {
         throw Failure{Exit::failed, fmt::format("{} was not imported", file_), "Nothing was changed."};
     }
     reports_.send("replaces " + plan_.table);
     if (!connection_.call("droptable", plan_.table).logical()) {
-        throw Failure{Exit::failed, fmt::format("{} cannot be dropped", table), last_engine_message()};
+        const bool stands = connection_.call("istable", plan_.table).logical();
+        throw Failure{
+            Exit::failed,
+            fmt::format("{} {}", table, stands ? "cannot be dropped" : "was dropped, but not its generators"),
+            last_engine_message()};
     }
 }
 
@@ -235,7 +262,7 @@ std::string Import::source(std::optional<PrivateFolder>& folder) {
     const Conversion conversion{options_.skip_deleted, options_.encoding};
     if (!conversion.needed()) return file_;
     folder.emplace(reports_);
-    const std::string path = (folder->path() / fs::path(file_).filename()).string();
+    std::string path = (folder->path() / fs::path(file_).filename()).string();
     write_converted(dbf_, conversion, path);
     return path;
 }
@@ -250,10 +277,9 @@ void Import::bring(const std::string& path) {
     reports_.send("table " + begun_.table);
     reports_.send(fmt::format("size {}", data_record_size(dbf_)));
     reports_.send(fmt::format("phase copy {}", found_.records));
-    const std::size_t raised_before = session_.raised().size();
+    const EngineMessage engine;
     if (!connection_.call("bringdbf", path).logical()) {
-        const bool silent = session_.raised().size() == raised_before;
-        fail(fmt::format("{} was not imported", file_), silent ? "" : last_engine_message());
+        fail(fmt::format("{} was not imported", file_), engine.since());
     }
     const auto rows = connection_.call("counttablerecords", plan_.table).integer();
     if (static_cast<std::uint64_t>(rows) != found_.records) {
@@ -276,7 +302,7 @@ void Import::summarize() const {
         Json json = as_json();
         json["seconds"] = took.count();
         if (options_.keep_data_file) json["data_file"] = begun_.data_file;
-        fmt::print("{}\n", json.dump());
+        fmt::print("{}\n", json_line(json));
     } else {
         fmt::print("{} -> {}: {}, {}, {:.2f} s\n{}", file_, to_utf8(plan_.table),
                    counted(found_.records, "record", "records"),

@@ -55,9 +55,22 @@ pid_t fork_or_fail() {
     return child;
 }
 
-[[noreturn]] void end(int status) {
+[[noreturn]] void end(Exit status) {
     std::fflush(nullptr);
-    _exit(status);
+    _exit(static_cast<int>(status));
+}
+
+// Does the work of a process, and says what went wrong.
+Exit told(const std::function<Exit()>& work) {
+    try {
+        return work();
+    } catch (const Failure& failure) {
+        print_error(failure.message, failure.detail, failure.hint);
+        return failure.status;
+    } catch (const std::exception& problem) {
+        print_error(problem.what());
+        return Exit::failed;
+    }
 }
 
 // The terminal's signals reach the child too, but only its watcher acts on it.
@@ -68,18 +81,11 @@ pid_t fork_or_fail() {
     std::signal(SIGTERM, SIG_DFL);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != watcher) _exit(static_cast<int>(Exit::failed));
-    Exit status = Exit::failed;
-    try {
+    end(told([&] {
         Session session(options);
-        status = work(session, Reports(descriptor));
-        if (status == Exit::ok && !session.raised().empty()) status = Exit::failed;
-    } catch (const Failure& failure) {
-        print_error(failure.message, failure.detail, failure.hint);
-        status = failure.status;
-    } catch (const std::exception& problem) {
-        print_error(problem.what());
-    }
-    end(static_cast<int>(status));
+        const Exit status = work(session, Reports(descriptor));
+        return status == Exit::ok && !session.raised().empty() ? Exit::failed : status;
+    }));
 }
 
 // Hands over the whole lines in `pending` and keeps the rest there.
@@ -112,16 +118,7 @@ int run_apart(const std::function<Exit()>& work) {
     if (child == 0) {
         caught = 0;
         passed_on_to = 0;
-        int status = static_cast<int>(Exit::failed);
-        try {
-            status = static_cast<int>(work());
-        } catch (const Failure& failure) {
-            print_error(failure.message, failure.detail, failure.hint);
-            status = static_cast<int>(failure.status);
-        } catch (const std::exception& problem) {
-            print_error(problem.what());
-        }
-        end(status);
+        end(told(work));
     }
     passed_on_to = child;
     if (caught != 0) kill(child, caught);
