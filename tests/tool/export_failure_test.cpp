@@ -92,6 +92,28 @@ TEST_F(ExportFailure, AFullDiskLeavesTheFileThatWasThere) {
     EXPECT_EQ(read_file(file("out/many.dbf")), "something dear");
 }
 
+TEST_F(ExportFailure, ADataFileWhoseEndFoundNoRoomIsNoExport) {
+    if (on_server()) GTEST_SKIP() << "the server's /tmp is not that of the tool";
+    const std::string small_tmp = "mount -t tmpfs -o size=64k none /tmp";
+    if (run({"unshare", "-m", "sh", "-c", small_tmp}).status != 0)
+        GTEST_SKIP() << "only root can give a process a small /tmp of its own";
+    // The engine keeps what no longer fits, the half of the last record, to itself.
+    call("createtable('CUT', {{'A', 'C', 1000, 0}})");
+    exec("insert into cut (a) select first 66 rpad('', 1000, 'x') from rdb$fields");
+    const std::string here = process_folder();
+    const Finished run =
+        test::run({"unshare", "-m", "sh", "-c",
+                   "mount --bind '" + here + "' /mnt && " + small_tmp + " && mkdir -p '" + here +
+                       "' && mount --bind /mnt '" + here + "' && exec \"$@\"",
+                   "sh", "env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "XDG_CACHE_HOME=" + here + "/cache",
+                   ZMFB_TOOL, "--db", path, "export", "cut", "-o", folder_out});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(
+        run.err.starts_with("error: cut was not exported: the engine's file has 65536 bytes of 66066\n"))
+        << run.err;
+    EXPECT_TRUE(fs::is_empty(folder_out));
+}
+
 TEST_F(ExportFailure, SaysWhyTheEngineRefused) {
     call("createtable('SHOP', {{'NAME', 'C', 10, 0}})");
     exec("create exception forbidden 'not in this database'");

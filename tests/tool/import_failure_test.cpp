@@ -140,7 +140,7 @@ TEST_F(ImportFailure, ATableWithFewerRowsThanRecordsIsTakenBack) {
     const Finished run = on(path, {"import", made("people.dbf", people())});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(without_data_file(run.err), "error: " + file("people.dbf") +
-                                              " was not imported: the table got 1 rows of 2 records\n"
+                                              " was not imported: the table got 1 row of 2 records\n"
                                               "  table PEOPLE dropped\n"
                                               "  data file DATA removed\n");
     EXPECT_EQ(objects(), before);

@@ -283,8 +283,9 @@ void Import::bring(const std::string& path) {
     }
     const auto rows = connection_.call("counttablerecords", plan_.table).integer();
     if (static_cast<std::uint64_t>(rows) != found_.records) {
-        fail(fmt::format("{} was not imported: the table got {} rows of {} records", file_, rows,
-                         found_.records),
+        fail(fmt::format("{} was not imported: the table got {} of {}", file_,
+                         counted(static_cast<std::uint64_t>(rows), "row", "rows"),
+                         counted(found_.records, "record", "records")),
              "");
     }
     reports_.send("phase none 0");
