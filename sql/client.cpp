@@ -1,5 +1,7 @@
 #include "sql/client.h"
 
+#include <cerrno>
+
 namespace zmfb::sql {
 
 namespace {
@@ -44,7 +46,10 @@ ISC_STATUS Client::create_database(ISC_STATUS* status, const char* name, isc_db_
     return isc_create_database(status, 0, name, database, length, block, 0);
 }
 
+// The embedded engine repeats a call that succeeds for as long as errno is EINTR, which would be for ever:
+// what a signal left behind earlier must not get there.
 ISC_STATUS Client::detach_database(ISC_STATUS* status, isc_db_handle* database) {
+    errno = 0;
     return isc_detach_database(status, database);
 }
 

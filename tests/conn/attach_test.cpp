@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <regex>
 
 #include "tests/support/database.h"
@@ -72,6 +73,14 @@ TEST_F(Attach, DisconnectingTwiceDetachesTheDeadHandleAgainAndLogsAgain) {
     EXPECT_EQ(log_lines(), (std::vector<LogEntry>{exit, exit}));
     EXPECT_FALSE(object.isconnected());
     EXPECT_EQ(show(object.get("dbhndl")), handle);
+}
+
+// The embedded engine would not come back.
+TEST_F(Attach, DisconnectingEndsWhateverASignalLeftBehind) {
+    zmFBConn object = connect();
+    errno = EINTR;
+    object.call("disconnect");
+    EXPECT_FALSE(object.isconnected());
 }
 
 TEST_F(Attach, InitAgainAttachesAnew) {
