@@ -1,6 +1,8 @@
 // The shell as a person meets it: on a terminal.
 #include <sys/stat.h>
 
+#include <algorithm>
+
 #include "tests/support/dialogue.h"
 #include "tests/support/environment.h"
 #include "tests/tool/tool.h"
@@ -87,6 +89,16 @@ TEST_F(ShellOnATerminal, ControlCForgetsTheLineAndTheStatementBegun) {
     EXPECT_EQ(talk.end(), 0);
 }
 
+TEST_F(ShellOnATerminal, ControlDEndsItBehindControlCToo) {
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    talk.type(control_c);
+    talk.expect("^C");
+    talk.expect_prompt(prompt);
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+}
+
 TEST_F(ShellOnATerminal, ControlCEndsTheRowsOfAQueryAndNotTheShell) {
     Dialogue talk(command());
     talk.expect_prompt(prompt);
@@ -157,6 +169,59 @@ TEST_F(ShellOnATerminal, HistoryIsKeptForItsOwnerWithoutPasswords) {
     talk.expect_prompt(prompt);
     talk.type(control_d);
     EXPECT_EQ(talk.end(), 0);
+}
+
+TEST_F(ShellOnATerminal, AccentedLettersAreEditedAsOneEach) {
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    // Two letters are taken back, and the cursor goes back over one.
+    talk.type("select 'aéü\x7f\x7fão\x1b[D\x1b[Dç\x05' as t from rdb$database;\n");
+    talk.expect("\r\n----\r\nação\r\n");
+    talk.expect_prompt(prompt);
+    // Of three and of four bytes: whole characters, though not ones that the database has.
+    for (const char* letters : {"5 €", "5 😀"}) {
+        talk.type("select '" + std::string(letters) + "\x7fx' as t from rdb$database;\n");
+        talk.expect("\r\n5 x\r\n");
+        talk.expect_prompt(prompt);
+    }
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+}
+
+TEST_F(ShellOnATerminal, BytesThatAreNoUtf8TakeNoOtherKeyWithThem) {
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    // From a terminal that speaks ISO-8859-1; then what no character has, and an end too early.
+    for (const char* letters :
+         {"a\xE3", "a\x80", "a\xFF", "a\xC0\xAF", "a\xED\xA0\x80", "a\xF4\x90\x80\x80", "a\xF0\x9F\x98"}) {
+        talk.type("select '" + std::string(letters) + "' as t from rdb$database;\n");
+        const std::string shown = talk.expect("error: the statement has a character outside ISO-8859-1\r\n");
+        EXPECT_NE(shown.find("select 'a\uFFFD' as t from rdb$database;"), std::string::npos) << shown;
+        talk.expect_prompt(prompt);
+    }
+    talk.type("select '\xE3");
+    talk.type(control_c);
+    talk.expect("^C");
+    talk.expect_prompt(prompt);
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+}
+
+TEST_F(ShellOnATerminal, HistoryIsBelowTheHomeWhereNoOtherPlaceIsNamed) {
+    const std::filesystem::path home = file("home");
+    for (const std::string& place : {"HOME=" + home.string(), std::string("HOME=")}) {
+        std::vector<std::string> words = command();
+        std::ranges::replace(words, "XDG_STATE_HOME=" + file("state"), place);
+        words.insert(words.begin() + 1, {"-u", "XDG_STATE_HOME"});
+        Dialogue talk(words);
+        talk.expect_prompt(prompt);
+        talk.type("isconnected()\n");
+        talk.expect(".T.\r\n");
+        talk.expect_prompt(prompt);
+        talk.type(control_d);
+        EXPECT_EQ(talk.end(), 0);
+    }
+    EXPECT_NE(read_file(home / ".local/state/zmfbconn/history").find("isconnected()\n"), std::string::npos);
 }
 
 }  // namespace

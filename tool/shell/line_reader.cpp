@@ -16,6 +16,7 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 #include "tool/interrupt.h"
 
@@ -70,8 +71,15 @@ char** complete(const char* text, int start, int) {
     return rl_completion_matches(text, next_match);
 }
 
+// A byte that was read too early, or -1.
+int& byte_kept() {
+    static int byte = -1;
+    return byte;
+}
+
 // One byte of the input, -1 at its end or when Ctrl-C came.
 int next_byte(std::FILE* in) {
+    if (byte_kept() >= 0) return std::exchange(byte_kept(), -1);
     std::array<pollfd, 2> waits{{{fileno(in), POLLIN, 0}, {InterruptWatch::descriptor(), POLLIN, 0}}};
     while (::poll(waits.data(), waits.size(), -1) < 0) {
         if (errno != EINTR) return -1;
@@ -80,26 +88,37 @@ int next_byte(std::FILE* in) {
     return waits[1].revents == 0 && ::read(waits[0].fd, &byte, 1) == 1 ? byte : -1;
 }
 
-// A character: the editor wants it whole.
+// The characters that begin with bytes from `first` on; what is below `least` would have fitted into fewer.
+struct LeadByte {
+    int first;
+    int bits;
+    int more;
+    int least;
+};
+constexpr std::array lead_bytes{LeadByte{0xF0, 0x07, 3, 0x10000}, LeadByte{0xE0, 0x0F, 2, 0x800},
+                                LeadByte{0xC0, 0x1F, 1, 0x80}};
+
+// A character: the editor wants it whole. What is no UTF-8, such as the letters of a terminal that speaks
+// another set, becomes U+FFFD, and takes none of the keys typed after it with it.
 int next_character(std::FILE* in) {
-    int character = next_byte(in);
-    int more = 0;
-    if (character >= 0xF0) {
-        character &= 0x07;
-        more = 3;
-    } else if (character >= 0xE0) {
-        character &= 0x0F;
-        more = 2;
-    } else if (character >= 0xC0) {
-        character &= 0x1F;
-        more = 1;
-    }
-    for (; more > 0; --more) {
+    constexpr int replacement = 0xFFFD;
+    const int first = next_byte(in);
+    if (first < 0x80) return first;
+    const auto* const lead =
+        std::ranges::find_if(lead_bytes, [&](const LeadByte& one) { return first >= one.first; });
+    if (lead == lead_bytes.end() || first > 0xF4) return replacement;
+    int character = first & lead->bits;
+    for (int more = lead->more; more > 0; --more) {
         const int byte = next_byte(in);
         if (byte < 0) return -1;
+        if ((byte & 0xC0) != 0x80) {
+            byte_kept() = byte;
+            return replacement;
+        }
         character = character << 6 | (byte & 0x3F);
     }
-    return character;
+    const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
+    return character < lead->least || surrogate || character > 0x10FFFF ? replacement : character;
 }
 
 // Letters beyond ASCII are edited as one only in a UTF-8 locale, and UTF-8 is what the tool reads.
@@ -127,7 +146,8 @@ std::string path_of_history() {
 
 bool may_hold_a_password(std::string_view input) {
     constexpr std::string_view word = "password";
-    return !std::ranges::search(input, word, {}, lower, lower).empty();
+    const auto same = [](char typed, char letter) { return lower(typed) == letter; };
+    return std::search(input.begin(), input.end(), word.begin(), word.end(), same) != input.end();
 }
 
 }  // namespace
