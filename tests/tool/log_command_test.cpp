@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "tests/support/dialogue.h"
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -96,6 +97,31 @@ TEST_F(LogCommand, WhatIsNoEntryIsPassedOver) {
     write_file("log", "garbage\n\t[x] no head\n\t[0] half");
     EXPECT_EQ(log({}).out, "");
     EXPECT_EQ(log({}).status, 0);
+}
+
+TEST_F(LogCommand, ADateOfOtherBytesIsNeitherSentToTheTerminalNorTheEndOfJson) {
+    write_file("log", "\t[0] ana Sat Nov 21 06:4\xE3:3\x1b 2026\n [CONN] one\n");
+    EXPECT_EQ(log({}).out, "Sat Nov 21 06:4ã:3\\x1b 2026 [0] ana: [CONN] one\n");
+    const Finished run = zmfb({"--json", "log"}, "", {"ZMFB_TEST_LOG=" + file("log")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(nlohmann::json::parse(run.out)[0]["date"], "Sat Nov 21 06:4ã:3\x1b 2026");
+}
+
+TEST_F(LogCommand, FollowedAsJsonEachEntryIsALineAndALogThatBecameShorterIsReadFromItsStart) {
+    const auto line = [](const std::string& tag, const std::string& text) {
+        return R"({"level":0,"user":"ana","date":"Sat Nov 21 06:45:33 2026","tag":")" + tag +
+               R"(","text":"[)" + tag + "] " + text + "\"}\r\n";
+    };
+    write(0, "[CONN] there before");
+    Dialogue talk({"env", "ZMFB_TEST_LOG=" + file("log"), ZMFB_TOOL, "--json", "log", "--follow"});
+    EXPECT_EQ(talk.expect("\n"), line("CONN", "there before"));
+    write(0, "[GONE] later");
+    EXPECT_EQ(talk.expect("\n"), line("GONE", "later"));
+    content.clear();
+    write(0, "[CONN] new");
+    EXPECT_EQ(talk.expect("\n"), line("CONN", "new"));
+    talk.type("\x03");
+    EXPECT_EQ(talk.end(), 0);
 }
 
 }  // namespace

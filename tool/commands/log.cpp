@@ -71,7 +71,7 @@ class LogFile {
 Json entry_json(const LogEntry& entry) {
     return {{"level", entry.level},
             {"user", to_utf8(entry.user)},
-            {"date", entry.date},
+            {"date", to_utf8(entry.date)},
             {"tag", to_utf8(tag_of(entry.text))},
             {"text", to_utf8(entry.text)}};
 }
@@ -80,9 +80,9 @@ void print_entry(const LogEntry& entry) {
     const std::string_view tag = tag_of(entry.text);
     const bool bad = tag == "ERROR" || tag == "FATAL";
     const bool coloured = bad && output_has_colours();
-    fmt::print("{} [{}] {}: {}{}{}\n", entry.date, entry.level, without_controls(to_utf8(entry.user)),
-               coloured ? "\x1b[31m" : "", lines_without_controls(to_utf8(entry.text)),
-               coloured ? "\x1b[0m" : "");
+    fmt::print("{} [{}] {}: {}{}{}\n", without_controls(to_utf8(entry.date)), entry.level,
+               without_controls(to_utf8(entry.user)), coloured ? "\x1b[31m" : "",
+               lines_without_controls(to_utf8(entry.text)), coloured ? "\x1b[0m" : "");
 }
 
 /// Prints entries as they are written, until Ctrl-C. As JSON each is one line.
