@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -30,6 +32,12 @@ TEST_F(LocksCommand, TellsOfThisHostWhetherTheProcessLives) {
     const std::string id = on(path, {"call", "getuniqueareaid('CLIENT', 'A1')"}).out;
     on(path, {"call", "setrecordaslocked('CLIENT', " + id + ", '4')"});
     EXPECT_NE(on(path, {"locks"}).out.find("dead"), std::string::npos);
+    // And that of this test, which does live.
+    const std::size_t host = id.rfind(':');
+    const std::string mine =
+        id.substr(0, id.rfind(':', host - 1) + 1) + std::to_string(getpid()) + id.substr(host);
+    on(path, {"call", "setrecordaslocked('CLIENT', " + mine + ", '5')"});
+    EXPECT_NE(on(path, {"locks"}).out.find("alive"), std::string::npos);
 }
 
 TEST_F(LocksCommand, JsonHasTheHolderTakenApart) {
@@ -97,6 +105,46 @@ TEST_F(LocksCommand, ClearSaysHowDangerousItIsAndAsksFirst) {
 TEST_F(LocksCommand, YesIsAnsweredInJsonToo) {
     EXPECT_EQ(on(path, {"--json", "unlock", "-y", "CLIENT"}).out, "{\"unlocked\":\"CLIENT\"}\n");
     EXPECT_EQ(on(path, {"--json", "clear", "-y"}).out, "{\"cleared\":true}\n");
+}
+
+TEST_F(LocksCommand, WhatCannotBeReadOrRemovedIsSaidInTheEnginesWords) {
+    struct Case {
+        std::vector<std::string> before;
+        std::vector<std::string> words;
+        std::string error;
+        std::string engine;
+    };
+    const std::string refuses = "before delete as begin exception no_way; end";
+    const std::string not_cleared = "the system tables could not be cleared";
+    lock_from_afar();
+    on(path, {"call", "settableaslocked('OTHER', 'OTHER:B:7:afar')"});
+    on(path, {"exec", "create exception no_way 'not today'"});
+    for (const Case& one : std::vector<Case>{
+             {{"create trigger t_rlk for rddsys_rlk " + refuses},
+              {"unlock", "-y", "client"},
+              "the locks of client could not all be removed",
+              "not today"},
+             // The other tables are empty afterwards.
+             {{}, {"clear", "-y"}, not_cleared, "not today"},
+             {{"drop trigger t_rlk", "create trigger t_opn for rddsys_opn " + refuses,
+               "insert into rddsys_opn (opn_table, opn_areaid, opn_apprecno, opn_shared) values ('C', "
+               "'C:A:7:afar', 0, 'T')"},
+              {"clear", "-y"},
+              not_cleared,
+              "not today"},
+             {{"drop index i_rddsys_flk", "alter table rddsys_flk drop flk_areaid"},
+              {"locks"},
+              "cannot read the system tables",
+              "FLK_AREAID"},
+         }) {
+        for (const std::string& statement : one.before)
+            ASSERT_EQ(on(path, {"exec", statement}).status, 0) << statement;
+        const Finished run = on(path, one.words);
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.out, "");
+        EXPECT_NE(("\n" + run.err).find("\nerror: " + one.error + "\n"), std::string::npos) << run.err;
+        EXPECT_NE(run.err.find("\n  " + one.engine + "\n"), std::string::npos) << run.err;
+    }
 }
 
 }  // namespace
