@@ -1,3 +1,5 @@
+#include "tests/support/environment.h"
+#include "tests/support/server.h"
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -40,6 +42,31 @@ TEST_F(Create, ASecondProcessMayHaveTheDatabaseOpenAtTheSameTime) {
     EXPECT_EQ(run_.status, 2);  // ".T." that the inner one printed is no call
     EXPECT_EQ(run_.out, "\"" + path + "\"\n");
     EXPECT_NE(run_.err.find("line 1"), std::string::npos);
+}
+
+TEST_F(Create, AFileThatTheEngineCannotMakeIsSaidSoInItsWords) {
+    // The last one's folder may be there, but not on the server's disk.
+    std::vector<std::string> names{Server::shared().name_of(file("nowhere/test.fdb"))};
+    if (!on_server()) names.push_back(file(std::string(300, 'x')));
+    for (const std::string& name : names) {
+        const Finished run = zmfb({"--db", name, "--user", sysdba, "create"}, "",
+                                  {std::string("ISC_PASSWORD=") + sysdba_password});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_TRUE(run.err.starts_with("error: cannot create " + name + "\n  ")) << run.err;
+        EXPECT_EQ(run.err.find("filesystem error"), std::string::npos) << run.err;
+    }
+}
+
+TEST_F(Create, AHalfMadeFileGoesAndNothingElseDoes) {
+    if (on_server()) GTEST_SKIP() << "a server's files are not the tool's to remove";
+    const std::string other = write_file("other.fdb", "precious");
+    // The file is there and has its functions by the time the role is looked at.
+    const Finished run = zmfb({"--db", new_database(), "--role", "Łódź", "create"});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "error: the role has a character outside ISO-8859-1\n");
+    EXPECT_FALSE(std::filesystem::exists(new_database()));
+    EXPECT_EQ(read_file(other), "precious");
+    EXPECT_EQ(on(new_database(), {"create"}).status, 0);
 }
 
 }  // namespace

@@ -12,7 +12,8 @@ Exit create_command(Session& session) {
     session.require_database();
     const Options& options = session.options();
     const bool local = !names_a_server(options.database);
-    if (local && std::filesystem::exists(options.database)) {
+    std::error_code ignored;
+    if (local && std::filesystem::exists(options.database, ignored)) {
         throw Failure{Exit::failed, fmt::format("{} exists already and is left alone", options.database)};
     }
     session.prepare_client();
@@ -25,7 +26,6 @@ Exit create_command(Session& session) {
         session.connection();
     } catch (const Failure&) {
         // A half-made file of our own would only stand in the way of the next try.
-        std::error_code ignored;
         if (local) std::filesystem::remove(options.database, ignored);
         throw;
     }
