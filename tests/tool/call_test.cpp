@@ -88,5 +88,11 @@ TEST_F(CallCommand, WithoutADatabaseTheObjectIsNotAttachedAndItIsSaid) {
     EXPECT_EQ(run.err, "note: no database given (--db, ZMFB_DB); the object is not attached\n");
 }
 
+TEST_F(CallCommand, DatesComeBackAsTheyWereGiven) {
+    const std::vector<std::string> words{"call", "setrddactive({{^2007-03-01}, {^}, {}})", "isrddactive()"};
+    EXPECT_EQ(on(path, words).out, "NIL\n{{^2007-03-01}, {^}, {}}\n");
+    EXPECT_EQ(on(path, {"--json", words[0], words[1], words[2]}).out, "null\n[\"2007-03-01\",\"\",[]]\n");
+}
+
 }  // namespace
 }  // namespace zmfb::test

@@ -1,5 +1,7 @@
 #include <nlohmann/json.hpp>
 
+#include "tests/support/dialogue.h"
+#include "tests/support/environment.h"
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -108,6 +110,48 @@ TEST_F(MatrixCommand, JsonNeedsYes) {
 }
 
 TEST_F(MatrixCommand, AGroupWithoutACommandIsWrongUsage) { EXPECT_EQ(on(path, {"matrix"}).status, 2); }
+
+TEST_F(MatrixCommand, ATextOutsideTheCharacterSetIsWrongUsage) {
+    EXPECT_EQ(on(path, {"matrix", "extract", "Łódź"}).err,
+              "error: a table name has a character outside ISO-8859-1\n");
+    EXPECT_EQ(on(path, {"matrix", "check", "Łódź.tf"}).err,
+              "error: the file name has a character outside ISO-8859-1\n");
+    EXPECT_EQ(on(path, {"matrix", "check", "Łódź.tf"}).status, 2);
+}
+
+TEST_F(MatrixCommand, OutcomesHaveColoursOnATerminal) {
+    const std::string matrix = edited("=> 002::PRICE::N::8::2", "=> DROP FIELD");
+    on(path, {"exec", "alter table client add extra integer"});
+    on(path, {"exec", "create view prices as select price from client"});
+    const auto apply = [&](const std::string& setting) {
+        return std::vector<std::string>{"env",
+                                        "-u",
+                                        "FIREBIRD",
+                                        "-u",
+                                        "FIREBIRD_LOCK",
+                                        setting,
+                                        "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
+                                        ZMFB_TOOL,
+                                        "--db",
+                                        path,
+                                        "matrix",
+                                        "apply",
+                                        matrix};
+    };
+    {
+        Dialogue talk(apply("NO_COLOR=1"));
+        EXPECT_EQ(talk.expect("Apply it?").find('\x1b'), std::string::npos);
+        talk.type("n\n");
+        EXPECT_EQ(talk.end(), 1);
+    }
+    Dialogue talk(apply("NO_COLOR="));
+    const std::string plan = talk.expect("Apply it?");
+    EXPECT_NE(plan.find("\x1b[33m[WARN] Add LimboField: EXTRA\x1b[0m\r\n"), std::string::npos) << plan;
+    EXPECT_NE(plan.find("\x1b[32m[OK] Drop Field: PRICE\x1b[0m\r\n"), std::string::npos) << plan;
+    talk.type("y\n");
+    talk.expect("\x1b[31m[ERROR] Drop Field: PRICE\x1b[0m\r\n");
+    EXPECT_EQ(talk.end(), 1);
+}
 
 }  // namespace
 }  // namespace zmfb::test

@@ -185,5 +185,23 @@ TEST_F(Shell, NeedsADatabaseThatIsThere) {
     EXPECT_EQ(on(file("nosuch.fdb"), {"shell"}, "isconnected()\n").status, 3);
 }
 
+TEST_F(Shell, QuotesOfEitherKindHoldAWordOfACommandTogether) {
+    const std::string name = write_file("two words 'n more.sql", "istable(\"T\")\n");
+    const Finished run = shell(".read \"" + name + "\"\n.read '" + file("two words ") + "'\"'n more.sql\"\n");
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out, ".T.\n.T.\n");
+}
+
+TEST_F(Shell, WrongWordsBehindACommandAreSaidAndHelpIsShown) {
+    const Finished wrong = shell(".log --count x\n.struct\nistable(\"T\")\n");
+    EXPECT_EQ(wrong.status, 1);
+    EXPECT_EQ(wrong.out, ".T.\n");
+    EXPECT_NE(wrong.err.find("hint: zmfb log --help says more\n"), std::string::npos) << wrong.err;
+    EXPECT_NE(wrong.err.find("hint: zmfb struct --help says more\n"), std::string::npos) << wrong.err;
+    const Finished help = shell(".struct --help\n");
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("TABLE"), std::string::npos);
+}
+
 }  // namespace
 }  // namespace zmfb::test

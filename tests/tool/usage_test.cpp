@@ -1,3 +1,5 @@
+#include <nlohmann/json.hpp>
+
 #include "tests/conn/expected_methods.h"
 #include "tests/support/environment.h"
 #include "tests/tool/tool.h"
@@ -147,6 +149,29 @@ TEST_F(Usage, TheDatabaseMayComeFromTheEnvironment) {
     const Finished run = zmfb({"call", "isconnected()"}, "", {"ZMFB_DB=" + path});
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(run.out, ".T.\n");
+}
+
+TEST_F(Usage, ADatabaseThatIsNoneOfTheDriversEndsWithThreeAndSaysWhatHelps) {
+    const std::string path = database();
+    on(path, {"exec", "drop external function zmpadl"});
+    const Finished run = on(path, {"tables"});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "raised: [FBCONN Error]\n  The DataBase:\n  " + path +
+                           "\n  Does not have all needed UDFs installed!!\nerror: " + path +
+                           " is no database the driver can use\nhint: \"zmfb create\" makes one that is; "
+                           "\"zmfb doctor\" says what this one misses\n");
+}
+
+TEST_F(Usage, MethodsAsJsonHaveTheirHelp) {
+    const auto methods = nlohmann::json::parse(zmfb({"--json", "methods"}).out);
+    ASSERT_EQ(methods.size(), std::size(expected_methods));
+    for (std::size_t i = 0; i < methods.size(); ++i) {
+        EXPECT_EQ(methods[i]["name"], expected_methods[i].name);
+        EXPECT_EQ(methods[i]["parameters"], expected_methods[i].parameters);
+        EXPECT_EQ(methods[i]["kind"], expected_methods[i].kind);
+        EXPECT_NE(methods[i]["help"], "");
+    }
 }
 
 }  // namespace
