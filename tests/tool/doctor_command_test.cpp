@@ -1,8 +1,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/dialogue.h"
 #include "tests/support/environment.h"
 #include "tests/support/server.h"
 #include "tests/tool/tool.h"
@@ -169,6 +171,61 @@ TEST_F(DoctorCommand, WhatTheEngineDoesNotAllowIsBadWithAHint) {
     EXPECT_NE(run.out.find("ExternalFileAccess"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("[bad] functions callable: "), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("UdfAccess"), std::string::npos) << run.out;
+}
+
+TEST_F(DoctorCommand, ALogThatIsNotThereYetWillBeMade) {
+    const Finished run = zmfb({"--db", path, "doctor"}, "", {"ZMFB_TEST_LOG=" + file("new.log")});
+    EXPECT_NE(run.out.find("[ok] log: " + file("new.log") + " will be made by the first entry\n"),
+              std::string::npos)
+        << run.out;
+}
+
+TEST_F(DoctorCommand, AMissingSystemTableIsNamed) {
+    // Attaching makes them anew; the generators that are left stand in the way of the first, and it gives up.
+    on(path, {"call", "droponlytable('RDDSYS_FLK')", "droponlytable('RDDSYS_RLK')"});
+    const auto found = check("system tables");
+    EXPECT_EQ(found["state"], "bad");
+    EXPECT_EQ(
+        found["text"],
+        "RDDSYS_FLK has no unique index on FLK_TABLE: its locks lock nobody out; RDDSYS_RLK is missing");
+    EXPECT_TRUE(
+        found["advice"].get<std::string>().ends_with("; attaching makes it, as a user who may create tables"))
+        << found;
+}
+
+TEST_F(DoctorCommand, ACheckThatCannotBeMadeIsBadInOneLineAndTheOthersGoOn) {
+    on(path, {"exec", "drop index I_RDDSYS_FLK"});
+    ASSERT_EQ(on(path, {"exec", "alter table RDDSYS_FLK drop FLK_AREAID"}).status, 0);
+    const Finished run = on(path, {"doctor"});
+    EXPECT_EQ(run.status, 1);
+    const auto shown = lines(run.out);
+    const auto failed = std::ranges::find_if(
+        shown, [](const std::string& line) { return line.starts_with("[bad] database: "); });
+    ASSERT_NE(failed, shown.end()) << run.out;
+    EXPECT_TRUE(failed->starts_with("[bad] database: cannot read the engine's tables: ")) << *failed;
+    EXPECT_NE(failed->find("FLK_AREAID"), std::string::npos) << *failed;
+    EXPECT_NE(run.out.find("\n[ok] tables: "), std::string::npos) << run.out;
+}
+
+TEST_F(DoctorCommand, NamesSendNoControlsToTheTerminal) {
+    on(path, {"exec", "create table \"D\x1b[2J\" (RDD_AREAID varchar(50), RECNO double precision)"});
+    const Finished run = on(path, {"doctor"});
+    EXPECT_NE(run.out.find("[bad] tables: D\\x1b[2J lacks "), std::string::npos) << run.out;
+    EXPECT_EQ(run.out.find('\x1b'), std::string::npos);
+}
+
+TEST_F(DoctorCommand, StatesHaveColoursOnATerminal) {
+    on(path, {"exec", "drop external function zmpadl"});
+    for (const std::string setting : {"NO_COLOR=", "NO_COLOR=1"}) {
+        Dialogue talk({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", setting,
+                       "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), ZMFB_TOOL, "--db", path,
+                       "doctor"});
+        const std::string shown = talk.expect("gfix ");
+        EXPECT_EQ(talk.end(), 1);
+        for (const std::string state : {"\x1b[32m[ok]", "\x1b[31m[bad]", "\x1b[33m[note]"}) {
+            EXPECT_EQ(shown.find(state + "\x1b[0m ") != std::string::npos, setting == "NO_COLOR=") << state;
+        }
+    }
 }
 
 }  // namespace

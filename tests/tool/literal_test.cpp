@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "host/error.h"
 #include "tests/support/runtime.h"
 #include "tool/json.h"
 
@@ -115,6 +116,16 @@ TEST_F(Literal, ArraysAreWrittenWithTheirElements) {
 TEST_F(Literal, JsonHasNullForNilDatesAsTextsAndUtf8) {
     const Value value = host::array_of(Value(), true, 7, 1.5, "\xE7", host::Date{2454161}, host::Date{});
     EXPECT_EQ(tool::to_json(value).dump(), "[null,true,7,1.5,\"ç\",\"2007-03-01\",\"\"]");
+}
+
+// No call gives them today; whoever prints a value may meet them.
+TEST_F(Literal, WhatHasNoLiteralIsNamed) {
+    const Value block = Value::block([](host::Args) { return Value(); });
+    const Value object = host::error_new();
+    EXPECT_EQ(to_literal(block), "<block>");
+    EXPECT_EQ(tool::to_json(block), "<block>");
+    EXPECT_EQ(to_literal(object), "<object ERROR>");
+    EXPECT_EQ(tool::to_json(object), "<object ERROR>");
 }
 
 }  // namespace

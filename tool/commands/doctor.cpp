@@ -1,10 +1,12 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 
 #include "tool/commands.h"
 #include "tool/doctor/checks.h"
 #include "tool/json.h"
+#include "tool/rows/shown_text.h"
 #include "tool/terminal.h"
 
 namespace zmfb::tool {
@@ -21,7 +23,8 @@ class Report {
   public:
     explicit Report(bool json) : json_(json) {}
 
-    void add(const Finding& finding) {
+    void add(Finding finding) {
+        std::ranges::replace(finding.text, '\n', ' ');  // the engine's messages have several lines
         if (finding.state == State::bad) well_ = false;
         if (json_) {
             list_.push_back({{"check", finding.check},
@@ -32,8 +35,8 @@ class Report {
         }
         const std::string_view colour = colour_of(finding.state);
         fmt::print("{}[{}]{} {}: {}\n", colour, state_name(finding.state), colour.empty() ? "" : "\x1b[0m",
-                   finding.check, finding.text);
-        if (!finding.advice.empty()) fmt::print("       {}\n", finding.advice);
+                   finding.check, without_controls(finding.text));
+        if (!finding.advice.empty()) fmt::print("       {}\n", without_controls(finding.advice));
         std::fflush(stdout);
     }
     Exit end(Exit status_when_bad) const {

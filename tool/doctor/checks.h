@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -36,6 +37,8 @@ Finding check_engine_version(Session& session);
 Finding check_functions_declared(Session& session);
 Finding check_functions_callable(Session& session);
 Finding check_data_file_folder(Session& session);
+/// The same of a folder: whether this user can make data files there, and who else may change them.
+Finding folder_finding(const std::filesystem::path& folder, bool on_server);
 /// Makes an external table over a fresh data file, puts a row into it and reads it; takes both away again.
 Finding check_external_tables(Session& session);
 

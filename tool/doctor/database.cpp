@@ -84,7 +84,7 @@ Finding check_system_tables(Session& session) {
     for (const SystemTable& table : system_tables()) {
         if (!connection.call("istable", table.name).logical()) {
             add(text, fmt::format("{} is missing", table.name));
-            add(advice, "attaching makes it, once the functions are declared");
+            add(advice, "attaching makes it, as a user who may create tables");
         } else if (!has_unique_index(connection, table)) {
             add(text, fmt::format("{} has no unique index on {}: its locks lock nobody out", table.name,
                                   joined(table.unique)));

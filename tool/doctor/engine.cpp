@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -39,15 +38,6 @@ constexpr std::array functions{
 constexpr std::string_view functions_advice =
     "udf/zmrddudfs.sql declares them: isql-fb -user USER DATABASE -i zmrddudfs.sql";
 
-/// The engine's message in one line.
-std::string engine_line() {
-    std::string line = last_engine_message();
-    for (char& c : line) {
-        if (c == '\n') c = ' ';
-    }
-    return line;
-}
-
 std::string data_file(zmFBConn& connection) {
     return std::string(connection.call("getfullpathdatfile").text());
 }
@@ -77,10 +67,11 @@ class ExternalTable {
         for (const Value& part : {Value("TEXT"), Value("C"), Value(8), Value(0)}) field.push(part);
         const Value structure = Value::array_of_size(0);
         structure.push(field);
-        if (!connection_.call("createtableexternal", name_, structure, path_).logical()) return engine_line();
+        if (!connection_.call("createtableexternal", name_, structure, path_).logical())
+            return last_engine_message();
         const Value failed = connection_.call(
             "executeupdate", fmt::format("INSERT INTO {} (TEXT) VALUES ('readable')", name_));
-        if (failed.size() != 0) return engine_line();
+        if (failed.size() != 0) return last_engine_message();
         const Value rows = exact_rows(connection_, fmt::format("SELECT TEXT FROM {}", name_));
         if (rows.size() != 1 || rows[1][1].text() != "readable") return "the row did not come back";
         std::error_code none;
@@ -123,7 +114,7 @@ Finding check_functions_callable(Session& session) {
             exact_rows(connection, fmt::format("SELECT {} FROM RDB$DATABASE", function.call));
         } catch (const Failure& failure) {
             failed += (failed.empty() ? "" : ", ") + std::string(function.name);
-            said = engine_line();
+            said = last_engine_message();
         }
     }
     if (failed.empty()) return {"functions callable", State::ok, "every one that is declared"};
@@ -135,33 +126,8 @@ Finding check_functions_callable(Session& session) {
 }
 
 Finding check_data_file_folder(Session& session) {
-    const std::string name = "data-file folder";
-    const std::filesystem::path folder =
-        std::filesystem::path(data_file(session.connection_to_any())).parent_path();
-    struct stat state {};
-    if (stat(folder.c_str(), &state) != 0) {
-        return {name, State::bad, fmt::format("{} is not there", folder.string()),
-                fmt::format("mkdir {}", folder.string())};
-    }
-    if (access(folder.c_str(), W_OK | X_OK) != 0) {
-        return {name, State::bad, fmt::format("{} cannot be written by this user", folder.string()),
-                "import and export need it"};
-    }
-    const bool by_all = (state.st_mode & S_IWOTH) != 0;
-    const bool own_files_only = (state.st_mode & S_ISVTX) != 0;
-    const std::string who = !by_all          ? "its owner or group may write"
-                            : own_files_only ? "everybody may write, and remove files of their own"
-                                             : "everybody may write, and remove any file";
-    std::string text = fmt::format("{}: {} (permissions {:o})", folder.string(), who,
-                                   static_cast<unsigned>(state.st_mode & 07777));
-    if (!by_all && names_a_server(session.options().database)) {
-        return {name, State::note, text,
-                "the account of the server must be able to enter it and write there"};
-    }
-    if (by_all && !own_files_only) {
-        return {name, State::note, text, fmt::format("chmod +t {}", folder.string())};
-    }
-    return {name, State::ok, text};
+    const std::filesystem::path file = data_file(session.connection_to_any());
+    return folder_finding(file.parent_path(), names_a_server(session.options().database));
 }
 
 Finding check_external_tables(Session& session) {

@@ -43,10 +43,7 @@ Finding check_attach(Session& session) {
             std::string(name), State::ok,
             fmt::format("{} as {}", session.options().database, to_utf8(connection.get("susername").text()))};
     } catch (const Failure& failure) {
-        std::string text = failure.message;
-        for (const char c : failure.detail.empty() ? std::string() : ": " + failure.detail) {
-            text += c == '\n' ? ' ' : c;
-        }
+        const std::string text = failure.message + (failure.detail.empty() ? "" : ": ") + failure.detail;
         const std::string_view hint = failure.hint.empty() ? hint_for(failure.detail) : failure.hint;
         return {std::string(name), State::bad, text, std::string(hint)};
     }

@@ -1,10 +1,13 @@
 /// Manual page and completions, made from the command line that --help shows.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <string_view>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace zmfb::tool {
 
