@@ -45,7 +45,6 @@ TEST_F(Create, ASecondProcessMayHaveTheDatabaseOpenAtTheSameTime) {
 }
 
 TEST_F(Create, AFileThatTheEngineCannotMakeIsSaidSoInItsWords) {
-    // The last one's folder may be there, but not on the server's disk.
     std::vector<std::string> names{Server::shared().name_of(file("nowhere/test.fdb"))};
     if (!on_server()) names.push_back(file(std::string(300, 'x')));
     for (const std::string& name : names) {
