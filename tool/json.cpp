@@ -57,4 +57,6 @@ Json to_json(const Value& value) {
 
 std::string json_line(const Json& json) { return json.dump(-1, ' ', false, Json::error_handler_t::replace); }
 
+std::string json_lines(const Json& json) { return json.dump(2, ' ', false, Json::error_handler_t::replace); }
+
 }  // namespace zmfb::tool

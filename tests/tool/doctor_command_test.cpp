@@ -124,9 +124,11 @@ TEST_F(DoctorCommand, HalfMadeThingsAreListedWithWhatDropsThem) {
     on(path, {"exec", "create trigger c_nulldates for c before insert as begin end"});
     const auto found = check("leftovers");
     EXPECT_EQ(found["state"], "bad");
-    EXPECT_EQ(found["advice"],
-              "when nobody is at work: zmfb exec \"drop table EXT_C\", \"drop trigger C_NULLDATES\", \"alter "
-              "table C alter RDDAUX_BORN to BORN\", \"alter table C drop RDDAUX_NAME\"");
+    EXPECT_EQ(
+        found["advice"],
+        "when nobody is at work: zmfb exec \"drop table EXT_C\"; zmfb exec \"drop trigger C_NULLDATES\"; "
+        "zmfb "
+        "exec \"alter table C alter RDDAUX_BORN to BORN\"; zmfb exec \"alter table C drop RDDAUX_NAME\"");
     for (const char* statement :
          {"drop table EXT_C", "drop trigger C_NULLDATES", "alter table C alter RDDAUX_BORN to BORN",
           "alter table C drop RDDAUX_NAME"}) {

@@ -158,7 +158,8 @@ TEST_F(ImportFailure, WithoutAFileHandleLeftNothingIsBegun) {
 #if defined(__SANITIZE_ADDRESS__)
     GTEST_SKIP() << "the sanitizers need file handles themselves";
 #endif
-    const Finished run = zmfb_after("ulimit -n 4", {"--db", path, "import", made("people.dbf", people())});
+    const Finished run =
+        zmfb_after("exec 3>&-; ulimit -n 4", {"--db", path, "import", made("people.dbf", people())});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "error: cannot make a pipe\n");
 }

@@ -32,7 +32,7 @@ Exit evaluate(Session& session, const Call& call) {
     const Value result =
         session.connection_or_unattached().call_with(call.method, host::Args(call.arguments));
     suggest_method(call.method);
-    const std::string line = session.options().json ? to_json(result).dump() : to_literal(result);
+    const std::string line = session.options().json ? json_line(to_json(result)) : to_literal(result);
     fmt::print("{}\n", line);
     std::fflush(stdout);
     return is_failure_text(result) ? Exit::failed : Exit::ok;

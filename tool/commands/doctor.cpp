@@ -40,7 +40,7 @@ class Report {
         std::fflush(stdout);
     }
     Exit end(Exit status_when_bad) const {
-        if (json_) fmt::print("{}\n", Json{{"ok", well_}, {"checks", list_}}.dump(2));
+        if (json_) fmt::print("{}\n", json_lines(Json{{"ok", well_}, {"checks", list_}}));
         return well_ ? Exit::ok : status_when_bad;
     }
 

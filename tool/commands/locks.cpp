@@ -63,7 +63,7 @@ class Listing {
     }
     void print(std::string_view when_empty) const {
         if (json_) {
-            fmt::print("{}\n", list_.dump(2));
+            fmt::print("{}\n", json_lines(list_));
         } else if (list_.empty()) {
             fmt::print("{}\n", when_empty);
         } else {
@@ -145,7 +145,7 @@ Exit unlock_command(Session& session, const std::string& table, bool yes) {
                       last_engine_message()};
     }
     if (session.options().json) {
-        fmt::print("{}\n", Json{{"unlocked", table}}.dump());
+        fmt::print("{}\n", json_line(Json{{"unlocked", table}}));
     } else {
         fmt::print("{} has no locks now\n", table);
     }
@@ -168,7 +168,7 @@ Exit clear_command(Session& session, bool yes) {
         throw Failure{Exit::failed, "the system tables could not be cleared", last_engine_message()};
     }
     fmt::print("{}\n",
-               session.options().json ? Json{{"cleared", true}}.dump() : "the system tables are clear");
+               session.options().json ? json_line(Json{{"cleared", true}}) : "the system tables are clear");
     return Exit::ok;
 }
 

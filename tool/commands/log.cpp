@@ -93,7 +93,7 @@ void follow(LogFile& file, const LogFilter& filter, bool json) {
         file.read_on([&](const LogEntry& entry) {
             if (!filter.admits(entry)) return;
             if (json) {
-                fmt::print("{}\n", entry_json(entry).dump());
+                fmt::print("{}\n", json_line(entry_json(entry)));
             } else {
                 print_entry(entry);
             }
@@ -119,12 +119,12 @@ Exit log_command(Session& session, const Given& given) {
         if (!json) {
             print_entry(entry);
         } else if (given.follow) {
-            fmt::print("{}\n", entry_json(entry).dump());
+            fmt::print("{}\n", json_line(entry_json(entry)));
         } else {
             list.push_back(entry_json(entry));
         }
     }
-    if (json && !given.follow) fmt::print("{}\n", list.dump(2));
+    if (json && !given.follow) fmt::print("{}\n", json_lines(list));
     if (given.follow) follow(file, filter, json);
     return Exit::ok;
 }

@@ -58,7 +58,7 @@ Exit report(Session& session, const Value& result) {
         Json lines = Json::array();
         const Value log = result[2];
         for (const Value& entry : log.items()) lines.push_back(to_utf8(entry[1].text()));
-        fmt::print("{}\n", Json{{"ok", ok}, {"log", lines}, {"raised", session.raised()}}.dump(2));
+        fmt::print("{}\n", json_lines(Json{{"ok", ok}, {"log", lines}, {"raised", session.raised()}}));
     } else {
         print_log(result[2]);
     }

@@ -17,7 +17,7 @@ Exit methods_command(Session& session) {
             fmt::print("{}\t{}\t{}\n", row.name, row.parameters, row.kind);
         }
     }
-    if (session.options().json) fmt::print("{}\n", list.dump(2));
+    if (session.options().json) fmt::print("{}\n", json_lines(list));
     return Exit::ok;
 }
 

@@ -33,7 +33,7 @@ Exit tables_command(Session& session) {
         list.push_back(
             {{"table", to_utf8(name.text())}, {"kind", kind_name(kind)}, {"records", to_json(records)}});
     }
-    fmt::print("{}", session.options().json ? list.dump(2) + "\n" : shown.text());
+    fmt::print("{}", session.options().json ? json_lines(list) + "\n" : shown.text());
     return Exit::ok;
 }
 
@@ -155,7 +155,7 @@ Json structure_json(const Structure& all) {
 Exit struct_command(Session& session, const std::string& table) {
     const Structure all = structure_of(session.connection(), table);
     if (session.options().json) {
-        fmt::print("{}\n", structure_json(all).dump(2));
+        fmt::print("{}\n", json_lines(structure_json(all)));
     } else {
         print_structure(all);
     }
@@ -199,7 +199,7 @@ Exit drop_command(Session& session, const std::string& table, bool yes) {
     if (session.options().json) {
         Json gone = Json::array();
         for (const std::string& view : views) gone.push_back(to_utf8(view));
-        fmt::print("{}\n", Json{{"dropped", to_utf8(name)}, {"views", gone}}.dump());
+        fmt::print("{}\n", json_line(Json{{"dropped", to_utf8(name)}, {"views", gone}}));
     } else {
         fmt::print("{}{} dropped\n", to_utf8(name),
                    views.empty() ? "" : fmt::format(" and {}", joined(views)));

@@ -126,12 +126,12 @@ Finding check_leftovers(Session& session) {
     for (const Leftover& kind : leftovers) {
         for (const std::string& name : names(connection, kind.query)) {
             const std::string drop = fmt::format(fmt::runtime(kind.drop), name);
-            text += fmt::format("{}\"{}\"", text.empty() ? "" : ", ", drop);
+            text += fmt::format("{}zmfb exec \"{}\"", text.empty() ? "" : "; ", drop);
         }
     }
     if (text.empty()) return {"leftovers", State::ok, "none of an import, export or change that was cut off"};
     return {"leftovers", State::bad, "an import, export or change was cut off, or is at work right now",
-            "when nobody is at work: zmfb exec " + text};
+            "when nobody is at work: " + text};
 }
 
 Finding check_validity(Session& session) {

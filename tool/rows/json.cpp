@@ -9,9 +9,7 @@
 namespace zmfb::tool {
 namespace {
 
-std::string json_text(const std::string& utf8) {
-    return Json(utf8).dump(-1, ' ', false, Json::error_handler_t::replace);
-}
+std::string json_text(const std::string& utf8) { return json_line(utf8); }
 
 // What a FLOAT may be and a number of JSON may not: infinite, or no number.
 bool is_finite(std::string_view number) {

@@ -1,6 +1,7 @@
 #include "tool/shell/line_reader.h"
 
 #include <editline/readline.h>
+#include <fcntl.h>
 #include <langinfo.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -14,6 +15,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <filesystem>
 #include <memory>
 #include <utility>
@@ -77,48 +79,49 @@ int& byte_kept() {
     return byte;
 }
 
+// The terminal of `in` as a file of our own, on which reading never waits: Ctrl-C throws away what was typed,
+// also between being told that there is something and reading it. Where it cannot be opened, that of `in`
+// itself.
+int keys_of(std::FILE* in) {
+    static const int own = [&] {
+        const char* name = ::ttyname(fileno(in));
+        const int opened = name == nullptr ? -1 : ::open(name, O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+        return opened < 0 ? fileno(in) : opened;
+    }();
+    return own;
+}
+
 // One byte of the input, -1 at its end or when Ctrl-C came.
 int next_byte(std::FILE* in) {
     if (byte_kept() >= 0) return std::exchange(byte_kept(), -1);
-    std::array<pollfd, 2> waits{{{fileno(in), POLLIN, 0}, {InterruptWatch::descriptor(), POLLIN, 0}}};
-    while (::poll(waits.data(), waits.size(), -1) < 0) {
-        if (errno != EINTR) return -1;
+    for (;;) {
+        std::array<pollfd, 2> waits{{{keys_of(in), POLLIN, 0}, {InterruptWatch::descriptor(), POLLIN, 0}}};
+        if (::poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) return -1;
+        if (waits[1].revents != 0) return -1;
+        unsigned char byte = 0;
+        const ssize_t got = ::read(waits[0].fd, &byte, 1);
+        if (got == 1) return byte;
+        if (got == 0 || (errno != EAGAIN && errno != EINTR)) return -1;
     }
-    unsigned char byte = 0;
-    return waits[1].revents == 0 && ::read(waits[0].fd, &byte, 1) == 1 ? byte : -1;
 }
-
-// The characters that begin with bytes from `first` on; what is below `least` would have fitted into fewer.
-struct LeadByte {
-    int first;
-    int bits;
-    int more;
-    int least;
-};
-constexpr std::array lead_bytes{LeadByte{0xF0, 0x07, 3, 0x10000}, LeadByte{0xE0, 0x0F, 2, 0x800},
-                                LeadByte{0xC0, 0x1F, 1, 0x80}};
 
 // A character: the editor wants it whole. What is no UTF-8, such as the letters of a terminal that speaks
 // another set, becomes U+FFFD, and takes none of the keys typed after it with it.
 int next_character(std::FILE* in) {
-    constexpr int replacement = 0xFFFD;
-    const int first = next_byte(in);
-    if (first < 0x80) return first;
-    const auto* const lead =
-        std::ranges::find_if(lead_bytes, [&](const LeadByte& one) { return first >= one.first; });
-    if (lead == lead_bytes.end() || first > 0xF4) return replacement;
-    int character = first & lead->bits;
-    for (int more = lead->more; more > 0; --more) {
+    constexpr wchar_t replacement = 0xFFFD;
+    std::mbstate_t state{};
+    for (bool first = true;; first = false) {
         const int byte = next_byte(in);
         if (byte < 0) return -1;
-        if ((byte & 0xC0) != 0x80) {
-            byte_kept() = byte;
+        const char part = static_cast<char>(byte);
+        wchar_t character = 0;
+        const std::size_t taken = std::mbrtowc(&character, &part, 1, &state);
+        if (taken <= 1) return static_cast<int>(character);
+        if (taken == static_cast<std::size_t>(-1)) {
+            if (!first) byte_kept() = byte;
             return replacement;
         }
-        character = character << 6 | (byte & 0x3F);
     }
-    const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
-    return character < lead->least || surrogate || character > 0x10FFFF ? replacement : character;
 }
 
 // Letters beyond ASCII are edited as one only in a UTF-8 locale, and UTF-8 is what the tool reads.

@@ -123,7 +123,7 @@ void Shell::call_method(const std::string& line) {
     }
     const Value result = session_.connection().call_with(call.method, host::Args(call.arguments));
     tables_.reset();
-    fmt::print("{}\n", mode_ == Mode::json ? to_json(result).dump() : to_literal(result));
+    fmt::print("{}\n", mode_ == Mode::json ? json_line(to_json(result)) : to_literal(result));
 }
 
 void Shell::take_all(std::istream& in, const std::string& name) {
