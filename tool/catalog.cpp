@@ -7,6 +7,7 @@
 
 #include "host/text.h"
 #include "tool/column_type.h"
+#include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/session.h"
 #include "zmfbconn/database.h"
@@ -89,7 +90,24 @@ std::string existing_table(zmFBConn& connection, const std::string& table) {
 TableKind kind_of(zmFBConn& connection, const Value& table) {
     if (table.text().starts_with(system_prefix)) return TableKind::system;
     if (connection.call("isview", table).logical()) return TableKind::view;
-    return connection.call("iszmrddtable", table).logical() ? TableKind::driver : TableKind::foreign;
+    // The object answers .F. for a refused question, too.
+    const ExactQueries exact;
+    const bool driver = connection.call("iszmrddtable", table).logical();
+    if (exact.sqlcode() != 0)
+        throw Failure{Exit::failed, "cannot read the descriptions of tables", last_engine_message()};
+    return driver ? TableKind::driver : TableKind::foreign;
+}
+
+std::optional<std::uint64_t> records_of(zmFBConn& connection, TableKind kind, const Value& table) {
+    const bool counted = kind == TableKind::driver || kind == TableKind::system;
+    const ExactQueries exact;
+    const Value records = connection.call(counted ? "gettablereccount" : "counttablerecords", table);
+    if (exact.sqlcode() != 0) return std::nullopt;
+    return static_cast<std::uint64_t>(records.integer());
+}
+
+std::string records_in_words(std::optional<std::uint64_t> records) {
+    return records ? counted(*records, "record", "records") : "records that this user may not count";
 }
 
 std::vector<ColumnType> columns_of(zmFBConn& connection, const std::string& table) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,6 +58,11 @@ std::string existing_table(zmFBConn& connection, const std::string& table);
 // All of these take the name as existing_table() gives it, and throw Failure when a query fails.
 
 TableKind kind_of(zmFBConn& connection, const Value& table);
+/// How many rows it has: those of the driver's own tables are counted by their generators, any other by
+/// reading it. None when this user may not count them.
+std::optional<std::uint64_t> records_of(zmFBConn& connection, TableKind kind, const Value& table);
+/// "1 record", "10 records", "records that this user may not count".
+std::string records_in_words(std::optional<std::uint64_t> records);
 /// The columns in their order.
 std::vector<ColumnType> columns_of(zmFBConn& connection, const std::string& table);
 /// The indexes in the order of their names.

@@ -44,6 +44,9 @@ constexpr std::array hints{
         "cannot create index RDB$PRIMARY",
         "a process was killed while it made a table; zmfb exec \"create table ZZ (A integer)\" and zmfb exec "
         "\"drop table ZZ\" put that right; docs/recovery.md says more"},
+    Hint{"no permission for", "the owner of the database gives rights; docs/rights.md says which are needed"},
+    Hint{"There is no privilege for this operation",
+         "the owner of the database gives rights; docs/rights.md says which are needed"},
     Hint{"is in use", "another program uses the table; zmfb opens shows which work areas have it open"},
     Hint{"is not a valid database", "the file is no Firebird database; \"zmfb create\" makes one"},
     Hint{"Permission denied", "this user may not read and write the file, or enter its folder"},

@@ -15,11 +15,7 @@
 namespace zmfb::tool {
 namespace {
 
-// The generators of the driver's own tables count their rows; any other is counted by reading it.
-Value records_of(zmFBConn& connection, TableKind kind, const Value& table) {
-    const bool counted = kind == TableKind::driver || kind == TableKind::system;
-    return connection.call(counted ? "gettablereccount" : "counttablerecords", table);
-}
+Json json_of(std::optional<std::uint64_t> records) { return records ? Json(*records) : Json(); }
 
 Exit tables_command(Session& session) {
     zmFBConn& connection = session.connection();
@@ -28,10 +24,11 @@ Exit tables_command(Session& session) {
     const Value names = connection.call("gettablesname");
     for (const Value& name : names.items()) {
         const TableKind kind = kind_of(connection, name);
-        const Value records = records_of(connection, kind, name);
-        shown.add({to_utf8(name.text()), std::string(kind_name(kind)), std::to_string(records.integer())});
+        const auto records = records_of(connection, kind, name);
+        shown.add(
+            {to_utf8(name.text()), std::string(kind_name(kind)), records ? std::to_string(*records) : "?"});
         list.push_back(
-            {{"table", to_utf8(name.text())}, {"kind", kind_name(kind)}, {"records", to_json(records)}});
+            {{"table", to_utf8(name.text())}, {"kind", kind_name(kind)}, {"records", json_of(records)}});
     }
     fmt::print("{}", session.options().json ? json_lines(list) + "\n" : shown.text());
     return Exit::ok;
@@ -47,8 +44,8 @@ std::string joined(const std::vector<std::string>& texts) {
 struct Structure {
     std::string table;
     TableKind kind;
-    Value records;
-    Value fields;  ///< as the object has them
+    std::optional<std::uint64_t> records;  ///< none when this user may not count them
+    Value fields;                          ///< as the object has them
     std::vector<ColumnType> columns;
     std::vector<Index> indexes;
     std::vector<Trigger> triggers;
@@ -94,7 +91,7 @@ void print_fields(const Structure& all) {
 
 void print_structure(const Structure& all) {
     fmt::print("{}: {} table, {}\n\n", to_utf8(all.table), kind_name(all.kind),
-               counted(static_cast<std::uint64_t>(all.records.integer()), "record", "records"));
+               records_in_words(all.records));
     print_fields(all);
     if (!all.indexes.empty()) {
         TextTable shown({{"index"}, {"fields"}, {"kind"}});
@@ -120,7 +117,7 @@ void print_structure(const Structure& all) {
 }
 
 Json structure_json(const Structure& all) {
-    Json json{{"table", to_utf8(all.table)}, {"kind", kind_name(all.kind)}, {"records", to_json(all.records)},
+    Json json{{"table", to_utf8(all.table)}, {"kind", kind_name(all.kind)}, {"records", json_of(all.records)},
               {"fields", Json::array()},     {"indexes", Json::array()},    {"triggers", Json::array()},
               {"generators", Json::array()}};
     for (std::size_t i = 0; i < all.columns.size() && i < all.fields.size(); ++i) {
@@ -184,8 +181,7 @@ Exit drop_command(Session& session, const std::string& table, bool yes) {
     const std::string name = existing_table(connection, table);
     require_droppable(connection, name);
     const std::vector<std::string> views = views_on(connection, name);
-    const std::string records = counted(
-        static_cast<std::uint64_t>(connection.call("gettablereccount", name).integer()), "record", "records");
+    const std::string records = records_in_words(records_of(connection, TableKind::driver, name));
     const std::string going =
         views.empty() ? "" : fmt::format(" and the views built on it ({})", joined(views));
     const std::string question = fmt::format("Drop {} with its {}{}?", to_utf8(name), records, going);
