@@ -9,6 +9,7 @@
 
 #include "host/date.h"
 #include "tool/encoding.h"
+#include "tool/rows/shown_text.h"
 
 namespace zmfb::tool {
 namespace {
@@ -162,6 +163,15 @@ class Reader {
     std::string_view rest_;
 };
 
+// Whether a terminal would take the byte for a command: those from 128 on only where the character set has no
+// letter for them.
+bool is_control(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) return byte < 0x20 || byte == 0x7F;
+    const std::string shown = to_utf8(std::string_view(&c, 1));
+    return without_controls(shown) != shown;
+}
+
 // The pieces of a text that no pair of quotes can hold together: line ends and other control bytes as CHR(n).
 std::string text_literal(std::string_view text) {
     std::string out;
@@ -170,14 +180,12 @@ std::string text_literal(std::string_view text) {
         out += more;
     };
     for (std::size_t i = 0; i < text.size();) {
-        const auto byte = static_cast<unsigned char>(text[i]);
-        if (byte < 0x20 || byte == 0x7F) {
-            piece(fmt::format("CHR({})", byte));
+        if (is_control(text[i])) {
+            piece(fmt::format("CHR({})", static_cast<unsigned char>(text[i])));
             ++i;
             continue;
         }
-        const auto ends = [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; };
-        const auto stop = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(i), text.end(), ends);
+        const auto stop = std::find_if(text.begin() + static_cast<std::ptrdiff_t>(i), text.end(), is_control);
         std::string_view run = text.substr(i, static_cast<std::size_t>(stop - text.begin()) - i);
         const std::size_t quote = run.find('"');
         const bool both = quote != std::string_view::npos && run.find('\'') != std::string_view::npos;

@@ -108,6 +108,13 @@ TEST_F(Literal, EveryValueIsWrittenSoThatItReadsBackTheSame) {
     }
 }
 
+TEST_F(Literal, ControlsAreWrittenByTheirNumbersLettersAsTheyAre) {
+    EXPECT_EQ(to_literal("a\x1b[2Jb"), "\"a\" + CHR(27) + \"[2Jb\"");
+    EXPECT_EQ(to_literal("a\x9b"
+                         "2Jb\xe9"),
+              "\"a\" + CHR(155) + \"2Jb\u00e9\"");
+}
+
 TEST_F(Literal, ArraysAreWrittenWithTheirElements) {
     EXPECT_EQ(to_literal(host::array_of(1, host::array_of("a", Value()), host::array_of())),
               "{1, {\"a\", NIL}, {}}");

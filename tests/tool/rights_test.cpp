@@ -31,7 +31,7 @@ TEST_F(Rights, TablesThatMayNotBeReadHaveNoCount) {
     const Finished refused = as_anna({"tables"});
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.out, "");
-    EXPECT_EQ(refused.err, std::string("error: cannot read the descriptions of tables\n"
+    EXPECT_EQ(refused.err, std::string("error: cannot read the engine's tables\n"
                                        "  no permission for EXECUTE access to FUNCTION ZMBLOBSUBSTR\n") +
                                hint);
     on(path, {"exec", "grant execute on function zmblobsubstr to public"});
