@@ -84,9 +84,10 @@ fs::path environment_folder(const std::string& functions) {
 // The engine keeps its locks in files; processes whose lock files differ would not see each other's locks and
 // could ruin the database. So the lock files lie beside the database: who sees the one sees the other.
 fs::path lock_folder(std::string_view database) {
-    std::error_code ignored;
-    const fs::path file = fs::weakly_canonical(fs::path(database), ignored);
-    return file.parent_path() / ".zmfb-locks";
+    std::error_code error;
+    const fs::path file = fs::weakly_canonical(fs::path(database), error);
+    const fs::path folder = (error ? fs::absolute(fs::path(database), error) : file).parent_path();
+    return folder / ".zmfb-locks";
 }
 
 std::string use_lock_folder(const fs::path& folder) {

@@ -56,6 +56,13 @@ TEST_F(Create, AFileThatTheEngineCannotMakeIsSaidSoInItsWords) {
     }
 }
 
+TEST_F(Create, APathThatLeadsNowhereLeavesNothingInTheCurrentFolder) {
+    if (on_server()) GTEST_SKIP() << "the lock files are the embedded engine's";
+    std::filesystem::create_directory(file("here"));
+    EXPECT_EQ(zmfb_in(file("here"), {"--db", file(std::string(300, 'x')), "create"}).status, 1);
+    EXPECT_TRUE(std::filesystem::is_empty(file("here")));
+}
+
 TEST_F(Create, AHalfMadeFileGoesAndNothingElseDoes) {
     if (on_server()) GTEST_SKIP() << "a server's files are not the tool's to remove";
     const std::string other = write_file("other.fdb", "precious");
