@@ -37,7 +37,9 @@ cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset" --parallel "$(nproc)" -- --quiet
 ctest --test-dir "build/$preset" --output-on-failure --parallel "$(nproc)" "${exclude[@]}" "${more[@]}"
 if [ "$preset" = i386 ]; then
-    skipped=$(grep -E '^\[  SKIPPED \] .*\(' "build/$preset/Testing/Temporary/LastTest.log" | sed 's/^\[  SKIPPED \] //; s/ (.*//' | sort -u)
-    echo "$(wc -l <<<"$skipped") single tests were skipped, each with its reason in the log of the run:"
-    sed 's/^/    /' <<<"$skipped"
+    skipped=$(sed -n 's/^\[  SKIPPED \] \(.*\) (.*/    \1/p' "build/$preset/Testing/Temporary/LastTest.log" | sort -u)
+    if [ -n "$skipped" ]; then
+        echo "$(wc -l <<<"$skipped") single tests were skipped, each with its reason in the log of the run:"
+        echo "$skipped"
+    fi
 fi

@@ -12,7 +12,8 @@ endif()
 
 # The product's own code; tests/ takes it back for the code of the tests.
 if(ZMFB_COVERAGE)
-    add_compile_options(--coverage -O0 -fprofile-update=atomic)
+    set(zmfb_coverage_options --coverage -O0 -fprofile-update=atomic)
+    add_compile_options(${zmfb_coverage_options})
     add_link_options(--coverage)
     # A process that leaves by _exit hands over what it counted first.
     add_library(zmfb_counted_exit OBJECT "${CMAKE_CURRENT_LIST_DIR}/counted_exit.c")

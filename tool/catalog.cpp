@@ -196,4 +196,14 @@ std::vector<std::string> views_on(zmFBConn& connection, const std::string& table
     return views;
 }
 
+std::string joined(const std::vector<std::string>& names) {
+    std::string all;
+    for (const std::string& name : names) all += (all.empty() ? "" : ", ") + to_utf8(name);
+    return all;
+}
+
+std::string views_in_words(const std::vector<std::string>& views) {
+    return views.empty() ? "" : fmt::format(" and the views built on it ({})", joined(views));
+}
+
 }  // namespace zmfb::tool

@@ -74,4 +74,9 @@ std::vector<Generator> generators_of(zmFBConn& connection, const std::string& ta
 /// The views that are built on the table.
 std::vector<std::string> views_on(zmFBConn& connection, const std::string& table);
 
+/// Names as a person reads them: "A, B".
+std::string joined(const std::vector<std::string>& names);
+/// " and the views built on it (A, B)"; "" for none.
+std::string views_in_words(const std::vector<std::string>& views);
+
 }  // namespace zmfb::tool

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <exception>
 #include <utility>
 
 #include "tool/catalog.h"
@@ -16,20 +15,6 @@ namespace {
 
 constexpr const char* exit_statuses =
     "Exit status: 0 done, 1 something failed or was raised, 2 wrong usage, 3 the attach failed.";
-
-Exit run_command(const Options& options, const Command& command) {
-    try {
-        Session session(options);
-        const Exit status = command(session);
-        return status == Exit::ok && !session.raised().empty() ? Exit::failed : status;
-    } catch (const Failure& failure) {
-        print_error(failure.message, failure.detail, failure.hint);
-        return failure.status;
-    } catch (const std::exception& problem) {
-        print_error(problem.what());
-        return Exit::failed;
-    }
-}
 
 // The groups of commands that have commands of their own come with those.
 std::vector<std::string> names_of_commands(const CLI::App& app) {
@@ -117,7 +102,7 @@ int CommandLine::run(int argc, char** argv) {
                           "iconv --list has the names"};
         }
         find_password(options_, password_);
-        status = run_command(options_, chosen_);
+        status = told_in_session(options_, chosen_);
     } catch (const CLI::ParseError& problem) {
         status = answer(problem);
     } catch (const Failure& failure) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <utility>
 
 #include "host/error.h"
@@ -52,6 +53,26 @@ void print_error(std::string_view message, std::string_view detail, std::string_
     print_indented(detail);
     if (hint.empty()) hint = hint_for(detail);
     if (!hint.empty()) fmt::print(stderr, "hint: {}\n", hint);
+}
+
+Exit told(const std::function<Exit()>& work) {
+    try {
+        return work();
+    } catch (const Failure& failure) {
+        print_error(failure.message, failure.detail, failure.hint);
+        return failure.status;
+    } catch (const std::exception& problem) {
+        print_error(problem.what());
+        return Exit::failed;
+    }
+}
+
+Exit told_in_session(const Options& options, const std::function<Exit(Session&)>& work) {
+    return told([&] {
+        Session session(options);
+        const Exit status = work(session);
+        return status == Exit::ok && !session.raised().empty() ? Exit::failed : status;
+    });
 }
 
 Session::Session(Options options) : options_(std::move(options)) {

@@ -1,6 +1,7 @@
 /// One run of the tool: its options, the object it works through, what was raised, and the exit status.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -85,5 +86,10 @@ class Session {
 /// Prints to standard error: "error: " and the message, below it the lines of the detail, and "hint: " and a
 /// hint when there is one: the given one, or the one known for what the engine said in the detail.
 void print_error(std::string_view message, std::string_view detail = {}, std::string_view hint = {});
+
+/// Does the work; prints the error of what it throws. Returns its status, or that of the failure.
+Exit told(const std::function<Exit()>& work);
+/// The same with a session of its own. What was raised makes a status of ok a failed one.
+Exit told_in_session(const Options& options, const std::function<Exit(Session&)>& work);
 
 }  // namespace zmfb::tool

@@ -41,9 +41,7 @@ class KilledProcess : public Recovery {
         void print(const char* what) const {
             fmt::print(
                 "{}: {} killed at work, {} after they had answered, new tables refused {} times, damaged {} "
-                "times; seeds "
-                "{} "
-                "to {}; undisturbed {} ms\n",
+                "times; seeds {} to {}; undisturbed {} ms\n",
                 what, killed, finished, refusals, damaged, first_seed(),
                 first_seed() + static_cast<unsigned>(kills()) - 1, whole.count() / 1000);
         }

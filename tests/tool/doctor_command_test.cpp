@@ -127,8 +127,8 @@ TEST_F(DoctorCommand, HalfMadeThingsAreListedWithWhatDropsThem) {
     EXPECT_EQ(
         found["advice"],
         "when nobody is at work: zmfb exec \"drop table EXT_C\"; zmfb exec \"drop trigger C_NULLDATES\"; "
-        "zmfb "
-        "exec \"alter table C alter RDDAUX_BORN to BORN\"; zmfb exec \"alter table C drop RDDAUX_NAME\"");
+        "zmfb exec \"alter table C alter RDDAUX_BORN to BORN\"; "
+        "zmfb exec \"alter table C drop RDDAUX_NAME\"");
     for (const char* statement :
          {"drop table EXT_C", "drop trigger C_NULLDATES", "alter table C alter RDDAUX_BORN to BORN",
           "alter table C drop RDDAUX_NAME"}) {

@@ -18,17 +18,6 @@ class ImportFailure : public Tool {
         dbf.write(file(name));
         return file(name);
     }
-    void exec(const std::string& statement) const {
-        const Finished run = on(path, {"exec", statement});
-        EXPECT_EQ(run.status, 0) << run.err;
-    }
-    /// Has the database refuse to make whatever has a name with these letters in it.
-    void forbid(const std::string& making, const std::string& letters) const {
-        exec("create exception forbidden 'not in this database'");
-        exec("create trigger forbids before " + making +
-             " as begin if (rdb$get_context('DDL_TRIGGER', 'OBJECT_NAME') containing '" + letters +
-             "') then exception forbidden; end");
-    }
     /// The names of the tables, generators and triggers that users made.
     std::string objects() const {
         return on(path, {"query", "--mode", "csv",
@@ -102,7 +91,7 @@ TEST_F(ImportOnAFullDisk, RemovesAConvertedCopyAndMakesNothing) {
 }
 
 TEST_F(ImportFailure, SaysWhyTheEngineRefusedAndTakesTheTableBack) {
-    forbid("create trigger", "_NULLDATES");
+    forbid(path, "create trigger", "_NULLDATES");
     const std::string before = objects();
     const Finished run = on(path, {"import", made("people.dbf", people())});
     EXPECT_EQ(run.status, 1);
@@ -119,7 +108,7 @@ TEST_F(ImportFailure, SaysWhyTheEngineRefusedAndTakesTheTableBack) {
 
 TEST_F(ImportFailure, SaysThatTheTableItReplacedIsGone) {
     ASSERT_EQ(on(path, {"import", made("people.dbf", people())}).status, 0);
-    forbid("create table", "EXT_");
+    forbid(path, "create table", "EXT_");
     const Finished run = on(path, {"import", file("people.dbf"), "--drop-existing", "--yes"});
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(without_data_file(run.err).find(
@@ -133,9 +122,9 @@ TEST_F(ImportFailure, SaysThatTheTableItReplacedIsGone) {
 }
 
 TEST_F(ImportFailure, ATableWithFewerRowsThanRecordsIsTakenBack) {
-    exec(
-        "create trigger thins on transaction commit as begin "
-        "execute statement 'delete from people where recno > 1'; when any do begin end end");
+    exec(path,
+         "create trigger thins on transaction commit as begin "
+         "execute statement 'delete from people where recno > 1'; when any do begin end end");
     const std::string before = objects();
     const Finished run = on(path, {"import", made("people.dbf", people())});
     EXPECT_EQ(run.status, 1);

@@ -17,10 +17,6 @@ class ImportReplace : public Tool {
         words.insert(words.end(), options.begin(), options.end());
         return on(path, words, input);
     }
-    void exec(const std::string& statement) const {
-        const Finished run = on(path, {"exec", statement});
-        EXPECT_EQ(run.status, 0) << run.err;
-    }
     bool is_there(const std::string& table) const {
         return on(path, {"call", "istable('" + table + "')"}).out == ".T.\n";
     }
@@ -28,8 +24,8 @@ class ImportReplace : public Tool {
 };
 
 TEST_F(ImportReplace, WhatTheDriverDidNotMakeOrNeedsIsKept) {
-    exec("create table ledger (amount integer)");
-    exec("create view sums as select amount from ledger");
+    exec(path, "create table ledger (amount integer)");
+    exec(path, "create view sums as select amount from ledger");
     const std::pair<std::string, std::string> cases[] = {
         {"ledger", "LEDGER is there already and was not made by the driver"},
         {"sums", "SUMS is there already and is a view"},
@@ -45,7 +41,7 @@ TEST_F(ImportReplace, WhatTheDriverDidNotMakeOrNeedsIsKept) {
 
 TEST_F(ImportReplace, TheViewsThatGoWithATableAreNamed) {
     ASSERT_EQ(import("people.dbf").status, 0);
-    exec("create view names as select name from people");
+    exec(path, "create view names as select name from people");
     const std::string with = "and the views built on it (NAMES)";
     EXPECT_NE(import("people.dbf", {"--dry-run"})
                   .out.find("the table PEOPLE " + with + " would be dropped first\n"),
@@ -60,8 +56,7 @@ TEST_F(ImportReplace, TheViewsThatGoWithATableAreNamed) {
 
 TEST_F(ImportReplace, ATableThatCannotBeDroppedStays) {
     ASSERT_EQ(import("people.dbf").status, 0);
-    exec("create exception forbidden 'not in this database'");
-    exec("create trigger forbids before drop table as begin exception forbidden; end");
+    forbid(path, "drop table");
     const Finished run = import("people.dbf");
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.err.find("error: PEOPLE cannot be dropped\n"), std::string::npos) << run.err;
@@ -71,8 +66,7 @@ TEST_F(ImportReplace, ATableThatCannotBeDroppedStays) {
 
 TEST_F(ImportReplace, GeneratorsThatStayAreTold) {
     ASSERT_EQ(import("people.dbf").status, 0);
-    exec("create exception forbidden 'not in this database'");
-    exec("create trigger forbids before drop sequence as begin exception forbidden; end");
+    forbid(path, "drop sequence");
     const Finished run = import("people.dbf");
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.err.find("error: PEOPLE was dropped, but not its generators\n"), std::string::npos)

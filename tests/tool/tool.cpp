@@ -67,6 +67,18 @@ Finished Tool::on(const std::string& database, const std::vector<std::string>& w
     return zmfb(all, input);
 }
 
+void Tool::exec(const std::string& database, const std::string& statement) const {
+    const Finished run = on(database, {"exec", statement});
+    EXPECT_EQ(run.status, 0) << run.err;
+}
+
+void Tool::forbid(const std::string& database, const std::string& change, const std::string& letters) const {
+    exec(database, "create exception forbidden 'not in this database'");
+    exec(database, "create trigger forbids before " + change +
+                       " as begin if (rdb$get_context('DDL_TRIGGER', 'OBJECT_NAME') containing '" + letters +
+                       "') then exception forbidden; end");
+}
+
 std::vector<std::string> lines(const std::string& text) {
     std::vector<std::string> found;
     for (std::size_t start = 0; start < text.size();) {

@@ -31,6 +31,12 @@ class Tool : public Runtime {
     /// zmfb --db <database> and these words.
     Finished on(const std::string& database, const std::vector<std::string>& words,
                 const std::string& input = "") const;
+    /// zmfb exec, which is expected to succeed.
+    void exec(const std::string& database, const std::string& statement) const;
+    /// Has the database refuse to `create table`, `drop sequence` or the like whatever has these letters in
+    /// its name.
+    void forbid(const std::string& database, const std::string& change,
+                const std::string& letters = "") const;
 };
 
 /// The lines of a text, without their ends.

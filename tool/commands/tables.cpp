@@ -6,7 +6,6 @@
 #include "tool/catalog.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
-#include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
 #include "tool/text_table.h"
@@ -32,12 +31,6 @@ Exit tables_command(Session& session) {
     }
     fmt::print("{}", session.options().json ? json_lines(list) + "\n" : shown.text());
     return Exit::ok;
-}
-
-std::string joined(const std::vector<std::string>& texts) {
-    std::string all;
-    for (const std::string& text : texts) all += (all.empty() ? "" : ", ") + to_utf8(text);
-    return all;
 }
 
 /// Everything that "struct" shows of a table.
@@ -182,9 +175,8 @@ Exit drop_command(Session& session, const std::string& table, bool yes) {
     require_droppable(connection, name);
     const std::vector<std::string> views = views_on(connection, name);
     const std::string records = records_in_words(records_of(connection, TableKind::driver, name));
-    const std::string going =
-        views.empty() ? "" : fmt::format(" and the views built on it ({})", joined(views));
-    const std::string question = fmt::format("Drop {} with its {}{}?", to_utf8(name), records, going);
+    const std::string question =
+        fmt::format("Drop {} with its {}{}?", to_utf8(name), records, views_in_words(views));
     if (!yes && !confirm(question)) throw Failure{Exit::failed, "nothing was dropped"};
     if (!connection.call("droptable", name).logical()) {
         const bool stands = connection.call("istable", name).logical();

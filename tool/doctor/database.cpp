@@ -30,12 +30,6 @@ const std::array<SystemTable, 3>& system_tables() {
     return tables;
 }
 
-std::string joined(const std::vector<std::string>& texts) {
-    std::string all;
-    for (const std::string& text : texts) all += (all.empty() ? "" : ", ") + text;
-    return all;
-}
-
 bool has_unique_index(zmFBConn& connection, const SystemTable& table) {
     const std::vector<Index> indexes = indexes_of(connection, std::string(table.name));
     return std::ranges::any_of(indexes, [&](const Index& index) {

@@ -74,10 +74,7 @@ char** complete(const char* text, int start, int) {
 }
 
 // A byte that was read too early, or -1.
-int& byte_kept() {
-    static int byte = -1;
-    return byte;
-}
+int byte_kept = -1;
 
 // The terminal of `in` as a file of our own, on which reading never waits: Ctrl-C throws away what was typed,
 // also between being told that there is something and reading it. Where it cannot be opened, that of `in`
@@ -93,7 +90,7 @@ int keys_of(std::FILE* in) {
 
 // One byte of the input, -1 at its end or when Ctrl-C came.
 int next_byte(std::FILE* in) {
-    if (byte_kept() >= 0) return std::exchange(byte_kept(), -1);
+    if (byte_kept >= 0) return std::exchange(byte_kept, -1);
     for (;;) {
         std::array<pollfd, 2> waits{{{keys_of(in), POLLIN, 0}, {InterruptWatch::descriptor(), POLLIN, 0}}};
         if (::poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) return -1;
@@ -118,7 +115,7 @@ int next_character(std::FILE* in) {
         const std::size_t taken = std::mbrtowc(&character, &part, 1, &state);
         if (taken <= 1) return static_cast<int>(character);
         if (taken == static_cast<std::size_t>(-1)) {
-            if (!first) byte_kept() = byte;
+            if (!first) byte_kept = byte;
             return replacement;
         }
     }

@@ -141,9 +141,7 @@ void Import::check_existing() {
         plan_.refusals.push_back(
             fmt::format("the table {} is there already; --drop-existing replaces it", table));
     } else {
-        for (const std::string& view : views_on(connection_, plan_.table))
-            views_ += fmt::format("{}{}", views_.empty() ? "" : ", ", to_utf8(view));
-        if (!views_.empty()) views_ = fmt::format(" and the views built on it ({})", views_);
+        views_ = views_in_words(views_on(connection_, plan_.table));
     }
 }
 

@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <exception>
 
 namespace zmfb::tool {
 namespace {
@@ -60,19 +59,6 @@ pid_t fork_or_fail() {
     _exit(static_cast<int>(status));
 }
 
-// Does the work of a process, and says what went wrong.
-Exit told(const std::function<Exit()>& work) {
-    try {
-        return work();
-    } catch (const Failure& failure) {
-        print_error(failure.message, failure.detail, failure.hint);
-        return failure.status;
-    } catch (const std::exception& problem) {
-        print_error(problem.what());
-        return Exit::failed;
-    }
-}
-
 // The terminal's signals reach the child too, but only its watcher acts on it.
 [[noreturn]] void be_child(const Options& options, const std::function<Exit(Session&, const Reports&)>& work,
                            int descriptor, pid_t watcher) {
@@ -81,11 +67,7 @@ Exit told(const std::function<Exit()>& work) {
     std::signal(SIGTERM, SIG_DFL);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != watcher) _exit(static_cast<int>(Exit::failed));
-    end(told([&] {
-        Session session(options);
-        const Exit status = work(session, Reports(descriptor));
-        return status == Exit::ok && !session.raised().empty() ? Exit::failed : status;
-    }));
+    end(told_in_session(options, [&](Session& session) { return work(session, Reports(descriptor)); }));
 }
 
 // Hands over the whole lines in `pending` and keeps the rest there.
