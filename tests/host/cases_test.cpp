@@ -1,5 +1,4 @@
-/// Runs case files: our own, and one that the environment variable ZMFB_HOST_CASES names or that lies beside
-/// the sources.
+/// Runs case files: our own, and one that the environment variable ZMFB_HOST_CASES names.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -17,8 +16,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path own_cases = fs::path(ZMFB_TEST_DATA) / "own_cases.tsv";
-const fs::path cases_beside_sources =
-    fs::path(ZMFB_SOURCE_DIR).parent_path() / "shared" / "host" / "cases.tsv";
 
 void run(const fs::path& file) {
     const std::vector<Case> cases = read_cases(file);
@@ -38,15 +35,10 @@ void run(const fs::path& file) {
 TEST(OwnCases, AllHold) { run(own_cases); }
 
 TEST(GivenCases, AllHold) {
-    if (const char* named = std::getenv("ZMFB_HOST_CASES"); named != nullptr && *named != '\0') {
-        ASSERT_TRUE(fs::exists(named)) << "ZMFB_HOST_CASES names no file: " << named;
-        return run(named);
-    }
-    if (!fs::exists(cases_beside_sources)) {
-        GTEST_SKIP()
-            << "no case file: set ZMFB_HOST_CASES, or put one at ../shared/host/cases.tsv beside the sources";
-    }
-    run(cases_beside_sources);
+    const char* named = std::getenv("ZMFB_HOST_CASES");
+    if (named == nullptr || *named == '\0') GTEST_SKIP() << "ZMFB_HOST_CASES names no case file";
+    ASSERT_TRUE(fs::exists(named)) << "ZMFB_HOST_CASES names no file: " << named;
+    run(named);
 }
 
 TEST(CaseRun, TellsWhatDiffers) {

@@ -4,6 +4,7 @@
 #include "dbf_table_testing.h"
 #include "host/date.h"
 #include "tests/support/dbf_readers.h"
+#include "tests/support/samples.h"
 
 namespace zmfb::host {
 namespace {
@@ -210,8 +211,8 @@ std::string ours(const Field& field, const Value& value) {
 }
 
 TEST_P(FilesOfOthers, AreReadAlike) {
-    const std::string file = std::string(ZMFB_SHARED_DATA) + "/dbf/" + GetParam().name;
-    if (!std::filesystem::exists(file)) GTEST_SKIP() << "no " << file;
+    const std::string file = test::sample(GetParam().name);
+    if (file.empty()) GTEST_SKIP() << test::without_sample(GetParam().name);
     const DbfRecords expected = GetParam().read(file);
     dbusearea(true, "DBFIDX", file, "T", true, true);
     ASSERT_NE(table_of("T"), nullptr);
@@ -241,7 +242,12 @@ INSTANTIATE_TEST_SUITE_P(Dbf, FilesOfOthers,
                                            FileOfOthers{"six_counties.dbf", read_with_dbfread, false},
                                            FileOfOthers{"people.dbf", read_with_dbfdump, true},
                                            FileOfOthers{"popctr_state1970.dbf", read_with_dbfdump, true},
-                                           FileOfOthers{"dbase_03.dbf", read_with_dbfdump, true}));
+                                           FileOfOthers{"dbase_03.dbf", read_with_dbfdump, true}),
+                         [](const auto& instance) {
+                             const std::string name = instance.param.name;
+                             return name.substr(0, name.find('.')) +
+                                    (instance.param.shows_deleted ? "_with_deleted" : "");
+                         });
 
 }  // namespace
 }  // namespace zmfb::host

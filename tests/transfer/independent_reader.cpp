@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <sstream>
 
 #include "tests/support/process.h"
@@ -56,11 +55,6 @@ Rows comparable(const DbfContent& content) {
     Rows records = content.records;
     if (content.deleted > 0) std::sort(records.begin(), records.end());
     return records;
-}
-
-std::string real_dbf_folder() {
-    std::error_code not_there;
-    return std::filesystem::is_directory(ZMFB_REAL_DBF_FOLDER, not_there) ? ZMFB_REAL_DBF_FOLDER : "";
 }
 
 }  // namespace zmfb::test

@@ -26,7 +26,4 @@ void expect_no_complaint(const std::string& path, std::size_t records);
 /// The records, in a fixed order when there are deleted ones, which not every reader leaves in their places.
 Rows comparable(const DbfContent& content);
 
-/// The folder of the real files, "" when it is not there.
-std::string real_dbf_folder();
-
 }  // namespace zmfb::test
