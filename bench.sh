@@ -16,6 +16,5 @@ ensure_packages "${packages[@]}"
 if [ ! -d bench/peers/node/node_modules/node-firebird ]; then
     npm --prefix bench/peers/node ci --no-audit --no-fund --loglevel=error
 fi
-cmake --preset bench >/dev/null
-cmake --build --preset bench --parallel "$(nproc)" --target bench_programs -- --quiet
+build bench --target bench_programs
 exec python3 -B bench/run.py --programs build/bench/bench "$@"

@@ -8,8 +8,7 @@ cd "$(dirname "$0")"
 
 ensure_packages "${build_packages[@]}"
 echo "Building (release) ..."
-cmake --preset release >/dev/null
-cmake --build --preset release --parallel "$(nproc)" -- --quiet
+build release
 
 folder=$PWD/build/demo
 rm -rf "$folder"

@@ -33,8 +33,7 @@ if [ "$preset" = i386 ]; then
     ensure_packages "${i386_packages[@]}"
     scripts/i386_libraries.sh build/i386/libraries
 fi
-cmake --preset "$preset" >/dev/null
-cmake --build --preset "$preset" --parallel "$(nproc)" -- --quiet
+build "$preset"
 ctest --test-dir "build/$preset" --output-on-failure --parallel "$(nproc)" "${exclude[@]}" "${more[@]}"
 if [ "$preset" = i386 ]; then
     skipped=$(sed -n 's/^\[  SKIPPED \] \(.*\) (.*/    \1/p' "build/$preset/Testing/Temporary/LastTest.log" | sort -u)

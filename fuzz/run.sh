@@ -28,8 +28,7 @@ for target in "${targets[@]}"; do
 done
 
 ensure_packages "${build_packages[@]}" "${fuzz_packages[@]}"
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz --parallel "$(nproc)" --target "${targets[@]/%/_fuzz}" -- --quiet
+build fuzz --target "${targets[@]/%/_fuzz}"
 
 # Files of the targets go where they cost nothing, and away at the end whatever happened.
 TMPDIR=$(mktemp -d -p "$([ -w /dev/shm ] && echo /dev/shm || echo "${TMPDIR:-/tmp}")" zmfb-fuzz-XXXXXX)

@@ -16,8 +16,7 @@ folders=(host conn sql catalog locks schema transfer matrix udf tool c)
 mapfile -t units < <(find "${folders[@]}" -name '*.cpp' -o -name '*.c' | sort)
 
 run_valgrind() {
-    cmake --preset valgrind >/dev/null
-    cmake --build --preset valgrind --parallel "$(nproc)" -- --quiet
+    build valgrind
     ctest --test-dir build/valgrind --output-on-failure -L unit
 }
 

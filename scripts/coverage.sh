@@ -8,8 +8,7 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 ensure_packages "${build_packages[@]}" "${test_packages[@]}" "${analysis_packages[@]}"
 
-cmake --preset coverage >/dev/null
-cmake --build --preset coverage --parallel "$(nproc)" -- --quiet
+build coverage
 find build/coverage -name '*.gcda' -delete
 ctest --test-dir build/coverage --parallel "$(nproc)" -LE 'slow|install|docs' "$@" || failed=yes
 gcovr --root . --exclude tests --exclude cmake --exclude bench --exclude examples --exclude fuzz \

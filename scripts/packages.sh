@@ -1,4 +1,6 @@
-# What the project needs from Debian, and how it is installed. Sourced by demo.sh and test.sh.
+# What the project needs from Debian, and how it is installed. Sourced from the top folder by
+# the scripts that need any of it.
+. scripts/build.sh
 
 build_packages=(
     g++ cmake ninja-build
@@ -51,10 +53,29 @@ install_packages() {
         made_policy=yes
     fi
     local status=0
-    $as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq &&
-        $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@" || status=$?
+    $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "$@" || status=$?
     [ -z "$made_policy" ] || $as_root rm -f "$policy"
     return "$status"
+}
+
+# package_steps turns what apt-get install writes into lines "[12/345] Unpacking NAME", and leaves out the rest.
+package_steps() {
+    local line kind upgraded new name count='?'
+    local -A done=([Fetching]=0 [Unpacking]=0 ["Setting up"]=0)
+    while IFS= read -r line; do
+        case "$line" in
+            *' upgraded, '*' newly installed, '*)
+                read -r upgraded _ new _ <<<"$line"
+                count=$((upgraded + new))
+                continue ;;
+            Get:*) read -r _ _ _ _ name _ <<<"$line"; kind=Fetching ;;
+            'Unpacking '*) read -r _ name _ <<<"$line"; kind=Unpacking ;;
+            'Setting up '*) read -r _ _ name _ <<<"$line"; kind='Setting up' ;;
+            *) continue ;;
+        esac
+        done[$kind]=$((done[$kind] + 1))
+        echo "[${done[$kind]}/$count] $kind $name"
+    done
 }
 
 # become_root sets as_root to what makes a command run as root; fails when there is no way.
@@ -85,7 +106,9 @@ ensure_packages() {
     fi
     local log
     log=$(mktemp)
-    if ! install_packages "${missing[@]}" >"$log" 2>&1; then
+    # Without one of its lists apt-get may still know all that is wanted.
+    $as_root apt-get update -q >"$log" 2>&1 || echo "Not all lists of packages could be refreshed; going on with what they have."
+    if ! install_packages "${missing[@]}" 2>&1 | tee -a "$log" | package_steps | some_steps 20; then
         tail -n 20 "$log" >&2
         rm -f "$log"
         echo "The packages could not be installed." >&2

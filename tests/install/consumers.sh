@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Programs in C++ and C are built against an installation that was moved after it was made, by find_package and by
 # pkg-config, with the shared and with the static library; and they run.
-. "${0%/*}/common.sh"
+. "${0%/*}/../support/common.sh"
 
 cmake --install "$ZMFB_BUILD" --prefix "$PWD/made" >install.log
 mv made prefix

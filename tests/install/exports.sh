@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The shared library exports what the public headers declare, and nothing else.
-. "${0%/*}/common.sh"
+. "${0%/*}/../support/common.sh"
 
 library=$ZMFB_BUILD/$ZMFB_LIBDIR/libzmfbconn.so
 headers=$ZMFB_BUILD/include/public

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The Debian package: made from the build folder, unpacked by dpkg into a root of its own, and used there.
-. "${0%/*}/common.sh"
+. "${0%/*}/../support/common.sh"
 
 cpack --config "$ZMFB_BUILD/CPackConfig.cmake" -B packages >cpack.log 2>&1 || fail "$(cat cpack.log)"
 package=$(echo packages/*.deb)

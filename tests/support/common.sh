@@ -1,6 +1,4 @@
-# Sourced by the tests of this folder, which run in an empty folder of their own:
-#   ZMFB_SOURCE, ZMFB_BUILD   the source and the build folder
-#   ZMFB_VERSION, ZMFB_LIBDIR  the version, and the folder of libraries under a prefix
+# Sourced by tests that are shell scripts; they run in an empty folder of their own (in_scratch_folder.sh).
 set -euo pipefail
 trap 'echo "failed: ${BASH_SOURCE[0]##*/}, line $LINENO: $BASH_COMMAND" >&2' ERR
 
