@@ -3,14 +3,17 @@
 #
 #   ./test.sh                   all tests but the slow ones
 #   ./test.sh --preset asan     the same under AddressSanitizer and UndefinedBehaviorSanitizer
-#   ./test.sh --arch i386       as 32-bit programs against the 64-bit server; what is left out is listed at the end
+#   ./test.sh --arch i386       as 32-bit programs against the 64-bit server
 #   ./test.sh --all             the slow ones too
 #   ./test.sh -R locks          any further words go to ctest
+#
+# What was skipped is listed at the end, with reasons. ZMFB_SAMPLES names folders of DBF files of others, with ":" between
+# them, and ZMFB_HOST_CASES a file of cases, for the tests that use such.
 set -euo pipefail
 cd "$(dirname "$0")"
 . scripts/packages.sh
 
-usage() { sed -n '2,8s/^# \{0,1\}//p' "$0"; }
+usage() { sed -n '2,11s/^# \{0,1\}//p' "$0"; }
 
 preset=dev
 exclude=(-LE slow)
@@ -34,11 +37,4 @@ if [ "$preset" = i386 ]; then
     scripts/i386_libraries.sh build/i386/libraries
 fi
 build "$preset"
-ctest --test-dir "build/$preset" --output-on-failure --parallel "$(nproc)" "${exclude[@]}" "${more[@]}"
-if [ "$preset" = i386 ]; then
-    skipped=$(sed -n 's/^\[  SKIPPED \] \(.*\) (.*/    \1/p' "build/$preset/Testing/Temporary/LastTest.log" | sort -u)
-    if [ -n "$skipped" ]; then
-        echo "$(wc -l <<<"$skipped") single tests were skipped, each with its reason in the log of the run:"
-        echo "$skipped"
-    fi
-fi
+exec scripts/run_tests.sh "build/$preset" "${exclude[@]}" "${more[@]}"

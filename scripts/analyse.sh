@@ -17,7 +17,7 @@ mapfile -t units < <(find "${folders[@]}" -name '*.cpp' -o -name '*.c' | sort)
 
 run_valgrind() {
     build valgrind
-    ctest --test-dir build/valgrind --output-on-failure -L unit
+    scripts/run_tests.sh build/valgrind -L unit
 }
 
 run_tidy() {

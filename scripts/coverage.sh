@@ -10,7 +10,7 @@ ensure_packages "${build_packages[@]}" "${test_packages[@]}" "${analysis_package
 
 build coverage
 find build/coverage -name '*.gcda' -delete
-ctest --test-dir build/coverage --parallel "$(nproc)" -LE 'slow|install|docs' "$@" || failed=yes
+scripts/run_tests.sh build/coverage -LE 'slow|install|docs' "$@" || failed=yes
 gcovr --root . --exclude tests --exclude cmake --exclude bench --exclude examples --exclude fuzz \
     --exclude-throw-branches --json build/coverage/coverage.json build/coverage
 python3 scripts/coverage_table.py build/coverage/coverage.json
