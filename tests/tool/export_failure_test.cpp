@@ -88,21 +88,51 @@ TEST_F(ExportFailure, AFullDiskLeavesTheFileThatWasThere) {
     EXPECT_EQ(read_file(file("out/many.dbf")), "something dear");
 }
 
+// Words: two folders and a command, which gets a /tmp of 64 KB. The folders are there for it even below /tmp.
+constexpr const char* with_small_tmp = R"(
+    small=$0/small
+    mkdir "$small"
+    mount -t tmpfs -o size=64k none "$small"
+    for folder in "$0" "$1"; do
+        case $folder in
+            /tmp/*)
+                mkdir -p "$small${folder#/tmp}"
+                mount --bind "$folder" "$small${folder#/tmp}" ;;
+        esac
+    done
+    mount --rbind "$small" /tmp
+    shift
+    exec "$@")";
+
 TEST_F(ExportFailure, ADataFileWhoseEndFoundNoRoomIsNoExport) {
     if (on_server()) GTEST_SKIP() << "the server's /tmp is not that of the tool";
-    const std::string small_tmp = "mount -t tmpfs -o size=64k none /tmp";
-    if (run({"unshare", "-m", "sh", "-c", small_tmp}).status != 0)
+    if (run({"unshare", "-m", "mount", "-t", "tmpfs", "none", "/tmp"}).status != 0)
         GTEST_SKIP() << "only root can give a process a small /tmp of its own";
     // The engine keeps what no longer fits, the half of the last record, to itself.
     call("createtable('CUT', {{'A', 'C', 1000, 0}})");
     exec(path, "insert into cut (a) select first 66 rpad('', 1000, 'x') from rdb$fields");
     const std::string here = process_folder();
-    const Finished run =
-        test::run({"unshare", "-m", "sh", "-c",
-                   "mount --bind '" + here + "' /mnt && " + small_tmp + " && mkdir -p '" + here +
-                       "' && mount --bind /mnt '" + here + "' && exec \"$@\"",
-                   "sh", "env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "XDG_CACHE_HOME=" + here + "/cache",
-                   ZMFB_TOOL, "--db", path, "export", "cut", "-o", folder_out});
+    const std::string build_folder = fs::path(ZMFB_TOOL).parent_path().parent_path();
+    const Finished run = test::run({"unshare",
+                                    "-m",
+                                    "sh",
+                                    "-ec",
+                                    with_small_tmp,
+                                    here,
+                                    build_folder,
+                                    "env",
+                                    "-u",
+                                    "FIREBIRD",
+                                    "-u",
+                                    "FIREBIRD_LOCK",
+                                    "XDG_CACHE_HOME=" + here + "/cache",
+                                    ZMFB_TOOL,
+                                    "--db",
+                                    path,
+                                    "export",
+                                    "cut",
+                                    "-o",
+                                    folder_out});
     EXPECT_EQ(run.status, 1);
     EXPECT_TRUE(
         run.err.starts_with("error: cut was not exported: the engine's file has 65536 bytes of 66066\n"))
