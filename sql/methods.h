@@ -7,6 +7,7 @@ namespace zmfb::sql {
 
 /// assemblestatement(stmt, param): the template with each {placeholder, value} pair of `param` applied in
 /// order, every occurrence replaced as plain text. Values are not quoted; a placeholder without a pair stays.
+/// A value that is no text is an argument error, which ends the filling: no statement goes out without it.
 Value assemblestatement(Self& self, Args args);
 /// cachedupdate(stmt): runs a statement in the batch transaction. Returns "" or the SQLCODE error text, which
 /// is also logged at level 1; the batch stays open either way. Without a database: "".

@@ -56,10 +56,10 @@ class Query {
     }
 
     // Appends the header and the rows to `result`, as far as it comes.
-    int run(const std::string& statement, const Value& result) {
+    int run(const Value& stmt, const Value& result) {
         int code = transaction_.start_code();
-        if (code >= 0) code = refuse_zero_byte(statement);
-        if (code >= 0) code = prepare(statement);
+        if (code >= 0) code = refuse_unfit(stmt);
+        if (code >= 0) code = prepare(text_of(stmt));
         if (code >= 0) code = describe();
         if (code < 0) return code;
         ExactQueries* const exact = ExactQueries::current();
@@ -160,7 +160,7 @@ Value internalselect(Self& self, Args args) {
     const isc_db_handle database = handle_of(self);
     if (database == isc_db_handle()) return result;
     Query query(database);
-    const int code = query.run(text_of(stmt), result);
+    const int code = query.run(stmt, result);
     if (ExactQueries* const exact = ExactQueries::current(); exact != nullptr) exact->set_sqlcode(code);
     if (code != 0) log_failure(code);
     return result;

@@ -109,8 +109,9 @@ std::string text_of(const Value& stmt) {
     return std::string(stmt.is(host::Kind::character) ? stmt.text() : std::string_view());
 }
 
-int refuse_zero_byte(std::string_view statement) {
-    if (statement.find('\0') == std::string_view::npos) return 0;
+int refuse_unfit(const Value& stmt) {
+    if (!stmt.is(host::Kind::character)) return refuse(invalid_token, "The statement is no text");
+    if (stmt.text().find('\0') == std::string_view::npos) return 0;
     return refuse(invalid_token, "The statement holds a zero byte");
 }
 

@@ -41,8 +41,8 @@ std::string log_failure(int sqlcode);
 int refuse(int sqlcode, const char* reason);
 /// The bytes of a statement, "" for a value that is no text.
 std::string text_of(const Value& stmt);
-/// Refuses, with the SQLCODE of an invalid token, a statement that could not reach the engine whole because
-/// of a zero byte in it; 0 when there is none.
-int refuse_zero_byte(std::string_view statement);
+/// Refuses, with the SQLCODE of an invalid token, a statement that is no text, and one that could not reach
+/// the engine whole because of a zero byte in it; 0 for any other.
+int refuse_unfit(const Value& stmt);
 
 }  // namespace zmfb::sql

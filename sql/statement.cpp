@@ -22,11 +22,10 @@ Value executeupdate(Self& self, Args args) {
     call(self, "writelog", "[UPDT] Statement: " + stmt, 7);
     const isc_db_handle database = handle_of(self);
     if (database == isc_db_handle()) return "";
-    const std::string statement = text_of(stmt);
     Transaction transaction(database, update_block);
     int code = transaction.start_code();
-    if (code >= 0) code = refuse_zero_byte(statement);
-    if (code >= 0) code = transaction.execute(statement.c_str());
+    if (code >= 0) code = refuse_unfit(stmt);
+    if (code >= 0) code = transaction.execute(text_of(stmt).c_str());
     if (code >= 0) code = transaction.commit();
     if (code == 0) return "";
     return log_failure(code);
@@ -49,7 +48,7 @@ Value cachedupdate(Self& self, Args args) {
     conn::log_event(7, "[CACHE] Statement: " + statement);
     isc_db_handle database = handle_of(self);
     if (database == isc_db_handle()) return "";
-    int code = refuse_zero_byte(statement);
+    int code = refuse_unfit(args[0]);
     if (code == 0) {
         client().execute_immediate(state().status, &database, &state().batch, statement.c_str());
         code = sqlcode();

@@ -111,6 +111,14 @@ TEST_F(Statement, ZeroByteInTheStatementIsRefused) {
 TEST_F(Statement, StatementOfAnotherKindIsRaisedAndRefused) {
     EXPECT_EQ(update(7), "[ERROR] SQLCODE=-104 (Invalid token)");
     EXPECT_EQ(raised().size(), 1u);
+    EXPECT_EQ(last_engine_message(), "SQL error code = -104\nThe statement is no text");
+}
+
+TEST_F(Statement, StatementOfAnotherKindIsRefusedInABatch) {
+    call("starttransaction");
+    EXPECT_EQ(cached(Value()), "[ERROR] SQLCODE=-104 (Invalid token)");
+    EXPECT_EQ(last_engine_message(), "SQL error code = -104\nThe statement is no text");
+    call("commitchanges");
 }
 
 TEST_F(Statement, StatementsThatEndTheirTransactionDoNoHarm) {

@@ -81,8 +81,18 @@ TEST_F(Template, LongTemplateAndValues) {
     EXPECT_EQ(fill("<@@V|@@V>", array_of(array_of("@@V", body))), "<" + body + "|" + body + ">");
 }
 
-TEST_F(Template, ValueThatIsNoTextCountsAsEmpty) {
-    EXPECT_EQ(fill("a@@V b", array_of(array_of("@@V", Value()))), "a b");
+TEST_F(Template, ValueThatIsNoTextIsRaisedAndEndsTheFilling) {
+    for (const Value& value : {Value(), Value(7), Value(true), array_of("x")}) {
+        forget_raised();
+        const Value param = array_of(array_of("@@V", value), array_of("@@W", value));
+        EXPECT_TRUE(object_.call("assemblestatement", "a@@V b@@W", param).is_nil());
+        EXPECT_EQ(raised(), std::vector<std::string>{"Argument error: STRTRAN of @@V"});
+    }
+}
+
+TEST_F(Template, ValueThatIsNoTextIsRaisedWhereItsPlaceholderDoesNotOccurToo) {
+    EXPECT_TRUE(object_.call("assemblestatement", "a", array_of(array_of("@@V", 7))).is_nil());
+    EXPECT_EQ(raised(), std::vector<std::string>{"Argument error: STRTRAN of @@V"});
 }
 
 TEST_F(Template, PlaceholderThatIsNoTextIsRaised) {
