@@ -21,8 +21,9 @@ Value assign_dbhndl(Self& self, Args args);
 /// disconnect(): closes all tables, detaches, logs "[EXIT] ..." at level 0 where there is a handle. NIL. A
 /// detach that fails is passed over; `dbhndl` keeps its dead value.
 Value disconnect(Self& self, Args args);
-/// evalmeth(met, param): calls the method named `met` with exactly five arguments: the elements of the array
-/// `param`, empty texts for those it does not have. Returns what the method returns.
+/// evalmeth(met, param): calls the method named `met`, in any case of letters, with exactly five arguments:
+/// the elements of the array `param`, empty texts for those it does not have. Returns what the method
+/// returns.
 Value evalmeth(Self& self, Args args);
 /// getdatabasename(): the database name as init was given it.
 Value getdatabasename(Self& self, Args args);

@@ -96,7 +96,7 @@ class Instance final : public Object {
 
     /// The name of its class.
     [[nodiscard]] std::string_view class_name() const override { return type_.name(); }
-    /// Calls a method by its name.
+    /// Calls a method by its name, in any case of letters.
     Value send(std::string_view name, Args args) override;
     /// Reads an exported variable or a property by its name.
     Value get(std::string_view name) override;

@@ -148,9 +148,9 @@ zmfb_status zmfb_connect(zmfb_value* connection, const char* database, const cha
                          const char* role);
 
 /**
- * Calls a method of an object by its lower-case name, and puts what it returns into `result`, which may be
- * NULL, and may be one of the arguments. Arguments that are NULL, or left out, arrive as NIL. A method that
- * is none is raised. Arrays are handed over by reference: a method may change them.
+ * Calls a method of an object by its name, in any case of letters, and puts what it returns into `result`,
+ * which may be NULL, and may be one of the arguments. Arguments that are NULL, or left out, arrive as NIL. A
+ * method that is none is raised. Arrays are handed over by reference: a method may change them.
  */
 zmfb_status zmfb_call(const zmfb_value* object, const char* method, const zmfb_value* const* arguments,
                       size_t count, zmfb_value* result);

@@ -32,9 +32,9 @@ class zmFBConn {
     /// one.
     static zmFBConn of(const Value& object);
 
-    /// Calls a method by its lower-case name; arguments left out arrive as NIL. A name that is no method is
-    /// logged ("[ERROR] Meth: ... does not exist inside zmFBConn", level 0) and raised; the answer is NIL
-    /// then.
+    /// Calls a method by its name, in any case of letters; arguments left out arrive as NIL. A name that is
+    /// no method is logged ("[ERROR] Meth: ... does not exist inside zmFBConn", level 0) and raised; the
+    /// answer is NIL then.
     template <class... Arguments>
     Value call(std::string_view method, Arguments&&... arguments) {
         if constexpr (sizeof...(Arguments) == 0) {

@@ -50,6 +50,7 @@ static void a_table_is_made_from_nested_arrays(zmfb_value* connection) {
     CHECK(zmfb_call(connection, "createtable", arguments, 2, result) == ZMFB_OK && is_true(result));
     CHECK(call(connection, "istable", "people", result) == ZMFB_OK && is_true(result));
     CHECK(call(connection, "istable", "nobody", result) == ZMFB_OK && is_false(result));
+    CHECK(call(connection, "IsTable", "people", result) == ZMFB_OK && is_true(result));
     zmfb_free(result), zmfb_free(structure), zmfb_free(name);
 }
 

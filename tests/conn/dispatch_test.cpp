@@ -38,10 +38,17 @@ TEST_F(Dispatch, AnUnknownNameIsLoggedAndThenRaised) {
               (std::vector<std::string>{"[FBCONN Error];zmFBConn has no Method named: frobnicate"}));
 }
 
-TEST_F(Dispatch, NamesAreLowerCaseOnly) {
-    object.call("ISCONNECTED");
-    EXPECT_EQ(raised(),
-              (std::vector<std::string>{"[FBCONN Error];zmFBConn has no Method named: ISCONNECTED"}));
+TEST_F(Dispatch, NamesAreFoundInAnyCaseOfLetters) {
+    EXPECT_EQ(show(object.call("ISCONNECTED")), ".F.");
+    EXPECT_EQ(show(object.call("evalmeth", "IsConnected", Value())), ".F.");
+    EXPECT_EQ(show(object.call("EvalMeth", "TOARRAY", array_of("a::b", "::"))), "{\"a\", \"b\"}");
+}
+
+TEST_F(Dispatch, AnUnknownNameIsToldAsItWasWritten) {
+    object.call("Frobnicate");
+    object.call("évalmeth");
+    EXPECT_EQ(raised(), (std::vector<std::string>{"[FBCONN Error];zmFBConn has no Method named: Frobnicate",
+                                                  "[FBCONN Error];zmFBConn has no Method named: évalmeth"}));
 }
 
 TEST_F(Dispatch, EvalmethWithNilPassesFiveEmptyTexts) {
@@ -65,6 +72,11 @@ TEST_F(Dispatch, EvalmethWithAPlainTextPassesFiveEmptyTexts) {
 TEST_F(Dispatch, EvalmethIgnoresElementsBeyondTheFifth) {
     object.call("evalmeth", "setrddactive", array_of("1", "2", "3", "4", "5", "6", "7"));
     EXPECT_EQ(show(object.call("isrddactive")), "\"1\"");
+}
+
+TEST_F(Dispatch, EvalmethCannotCallAMethodOfSixParameters) {
+    object.call("evalmeth", "getfirstrows", array_of("T", "1 = 1", "RECNO", "", 5, 0));
+    EXPECT_EQ(raised().front(), "Argument error: STR");
 }
 
 TEST_F(Dispatch, EvalmethOfAnUnknownNameReachesNomethod) {

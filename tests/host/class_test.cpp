@@ -103,13 +103,21 @@ TEST_F(Things, MethodsAreCalledByName) {
     EXPECT_TRUE(is_same(object.object()->send("count", {}), 0));
 }
 
+TEST_F(Things, AMethodIsFoundInAnyCaseOfLetters) {
+    const Value args[] = {1, 2};
+    for (const char* name : {"Count", "COUNT", "coUnt"}) {
+        EXPECT_TRUE(is_same(make().object()->send(name, args), 2)) << name;
+    }
+}
+
 TEST_F(Things, AProtectedMethodIsNotRefused) { EXPECT_TRUE(is_same(make().object()->send("inner", {}), 0)); }
 
 TEST_F(Things, AnUnknownNameGoesToNomethod) {
     const Value object = make();
     EXPECT_TRUE(is_same(object.object()->send("frobnicate", {}), "nomethod answered"));
-    EXPECT_TRUE(is_same(object.object()->send("Count", {}), "nomethod answered"));
-    EXPECT_EQ(noted, (std::vector<std::string>{"frobnicate", "Count"}));
+    EXPECT_TRUE(is_same(object.object()->send("Frobnicate", {}), "nomethod answered"));
+    EXPECT_TRUE(is_same(object.object()->send("", {}), "nomethod answered"));
+    EXPECT_EQ(noted, (std::vector<std::string>{"frobnicate", "Frobnicate", ""}));
 }
 
 TEST_F(Things, AClassWithoutNomethodRaises) {
