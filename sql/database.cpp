@@ -8,6 +8,7 @@
 #include "sql/client.h"
 #include "sql/parameter_block.h"
 #include "sql/state.h"
+#include "sql/statement_text.h"
 #include "sql/transaction.h"
 
 namespace zmfb {
@@ -15,10 +16,12 @@ namespace zmfb {
 namespace {
 
 constexpr char dialect_item[] = {isc_dpb_sql_dialect, 1, SQL_DIALECT_V6};
+
 // A statement in a transaction of its own; returns the SQLCODE.
 int run_statement(isc_db_handle database, const std::string& statement) {
     sql::Transaction transaction(database, sql::batch_block);
     int code = transaction.start_code();
+    if (code >= 0) code = sql::refuse_unfit(statement);
     if (code >= 0) code = transaction.execute(statement.c_str());
     if (code >= 0) code = transaction.commit();
     return code;

@@ -9,6 +9,7 @@
 #include "sql/methods.h"
 #include "sql/row_buffer.h"
 #include "sql/state.h"
+#include "sql/statement_text.h"
 #include "sql/transaction.h"
 #include "zmfbconn/exact.h"
 

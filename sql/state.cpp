@@ -34,7 +34,6 @@ namespace sql {
 namespace {
 
 constexpr std::uint32_t no_handle = 0xFFFFFFFF;
-constexpr int invalid_token = -104;
 
 template <class Handle>
 std::uint32_t bits_of(Handle handle) {
@@ -103,16 +102,6 @@ int refuse(int sqlcode, const char* reason) {
     for (const ISC_STATUS part : refusal) *slot++ = part;
     keep_message(state().status);
     return sqlcode;
-}
-
-std::string text_of(const Value& stmt) {
-    return std::string(stmt.is(host::Kind::character) ? stmt.text() : std::string_view());
-}
-
-int refuse_unfit(const Value& stmt) {
-    if (!stmt.is(host::Kind::character)) return refuse(invalid_token, "The statement is no text");
-    if (stmt.text().find('\0') == std::string_view::npos) return 0;
-    return refuse(invalid_token, "The statement holds a zero byte");
 }
 
 }  // namespace sql

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 #include "conn/self.h"
 #include "sql/client.h"
@@ -39,10 +38,5 @@ std::string log_failure(int sqlcode);
 /// Makes the status vector say that a call was not made: `sqlcode`, with `reason` (a literal) as the engine's
 /// message. Returns `sqlcode`.
 int refuse(int sqlcode, const char* reason);
-/// The bytes of a statement, "" for a value that is no text.
-std::string text_of(const Value& stmt);
-/// Refuses, with the SQLCODE of an invalid token, a statement that is no text, and one that could not reach
-/// the engine whole because of a zero byte in it; 0 for any other.
-int refuse_unfit(const Value& stmt);
 
 }  // namespace zmfb::sql

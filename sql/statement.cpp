@@ -3,6 +3,7 @@
 #include "host/text.h"
 #include "sql/methods.h"
 #include "sql/state.h"
+#include "sql/statement_text.h"
 #include "sql/transaction.h"
 
 namespace zmfb::sql {
