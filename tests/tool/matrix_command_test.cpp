@@ -1,31 +1,14 @@
+#include "tests/tool/matrix_command.h"
+
 #include <nlohmann/json.hpp>
 
 #include "tests/support/dialogue.h"
 #include "tests/support/environment.h"
-#include "tests/tool/tool.h"
 
 namespace zmfb::test {
 namespace {
 
 const std::string header_line = "- - - - - - - - - - - - - - - - - - - - - - - - - ";
-
-class MatrixCommand : public Tool {
-  protected:
-    MatrixCommand() : path(database()) {
-        on(path, {"call", "createtable('CLIENT', {{'NAME', 'C', 10, 0}, {'PRICE', 'N', 8, 2}})"});
-        on(path, {"exec", "insert into client (name, price) values ('Ana', 1.5)"});
-    }
-    /// Writes out the matrix of CLIENT and replaces a text in it.
-    std::string edited(const std::string& before, const std::string& after) const {
-        on(path, {"matrix", "extract", "client", "-o", file("m.tf")});
-        std::string text = read_file(file("m.tf"));
-        const std::size_t place = text.find(before);
-        if (place == std::string::npos) ADD_FAILURE() << before << " is not in\n" << text;
-        if (place != std::string::npos) text.replace(place, before.size(), after);
-        return write_file("m.tf", text);
-    }
-    std::string path;
-};
 
 TEST_F(MatrixCommand, ExtractWritesTheFileAndPrintsTheSameBytesWithoutOne) {
     const Finished written = on(path, {"matrix", "extract", "CLIENT", "-o", file("m")});
@@ -42,6 +25,23 @@ TEST_F(MatrixCommand, AnOutputNameThatHasTheExtensionKeepsIt) {
     on(path, {"matrix", "extract", "-o", file("all.tf")});
     EXPECT_TRUE(std::filesystem::exists(file("all.tf")));
     EXPECT_FALSE(std::filesystem::exists(file("all.tf.tf")));
+}
+
+TEST_F(MatrixCommand, ExtractAsksBeforeItReplacesAFile) {
+    const std::string kept = write_file("m.tf", "precious");
+    const Finished refused = on(path, {"matrix", "extract", "client", "-o", file("m")}, "n\n");
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_EQ(refused.err,
+              "Replace " + kept + "? [y/N] error: " + kept +
+                  " is there already\n  Nothing was changed. --yes replaces it without asking.\n");
+    EXPECT_EQ(read_file(kept), "precious");
+    EXPECT_EQ(on(path, {"matrix", "extract", "client", "-o", file("m")}, "y\n").out, kept + ": 1 table\n");
+    EXPECT_NE(read_file(kept), "precious");
+    write_file("m.tf", "precious");
+    const Finished unasked = on(path, {"matrix", "extract", "client", "--yes", "-o", file("m")});
+    EXPECT_EQ(unasked.err, "");
+    EXPECT_NE(read_file(kept), "precious");
 }
 
 TEST_F(MatrixCommand, ExtractRefusesATableThatIsNotThereAndAFileItCannotWrite) {
@@ -96,12 +96,6 @@ TEST_F(MatrixCommand, ADamagedMatrixEndsWithOneAndSaysWhat) {
                                      "002::PRICE::X::8::2;Tabela: CLIENT"}));
 }
 
-TEST_F(MatrixCommand, AFileThatIsNotThereIsSaidSo) {
-    const Finished run = on(path, {"matrix", "apply", file("nosuch.tf")});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "error: cannot read " + file("nosuch.tf") + "\n");
-}
-
 TEST_F(MatrixCommand, JsonNeedsYes) {
     EXPECT_EQ(on(path, {"--json", "matrix", "apply", edited("CLIENT", "CLIENT")}).status, 2);
     const Finished run = on(path, {"--json", "matrix", "apply", "--yes", file("m.tf")});
@@ -114,15 +108,15 @@ TEST_F(MatrixCommand, AGroupWithoutACommandIsWrongUsage) { EXPECT_EQ(on(path, {"
 TEST_F(MatrixCommand, ATextOutsideTheCharacterSetIsWrongUsage) {
     EXPECT_EQ(on(path, {"matrix", "extract", "Łódź"}).err,
               "error: a table name has a character outside ISO-8859-1\n");
-    EXPECT_EQ(on(path, {"matrix", "check", "Łódź.tf"}).err,
+    EXPECT_EQ(on(path, {"matrix", "extract", "-o", "Łódź.tf"}).err,
               "error: the file name has a character outside ISO-8859-1\n");
-    EXPECT_EQ(on(path, {"matrix", "check", "Łódź.tf"}).status, 2);
+    EXPECT_EQ(on(path, {"matrix", "extract", "-o", "Łódź.tf"}).status, 2);
 }
 
 TEST_F(MatrixCommand, OutcomesHaveColoursOnATerminal) {
     const std::string matrix = edited("=> 002::PRICE::N::8::2", "=> DROP FIELD");
-    on(path, {"exec", "alter table client add extra integer"});
-    on(path, {"exec", "create view prices as select price from client"});
+    exec(path, "alter table client add extra integer");
+    forbid(path, "alter table", "CLIENT");
     const auto apply = [&](const std::string& setting) {
         return std::vector<std::string>{"env",
                                         "-u",

@@ -1,5 +1,4 @@
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <memory>
@@ -10,6 +9,7 @@
 #include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
+#include "tool/matrix/matrix_file.h"
 #include "tool/terminal.h"
 
 namespace zmfb::tool {
@@ -46,12 +46,6 @@ std::string latin1_argument(const std::string& text, std::string_view what) {
     return *latin1;
 }
 
-std::string existing_file(const std::string& file) {
-    std::string path = latin1_argument(file, "the file name");
-    if (access(path.c_str(), R_OK) != 0) throw Failure{Exit::failed, fmt::format("cannot read {}", file)};
-    return path;
-}
-
 Exit report(Session& session, const Value& result) {
     const bool ok = result[1].logical();
     if (session.options().json) {
@@ -77,8 +71,8 @@ void print_matrix(const Value& matrix) {
     }
 }
 
-Exit matrix_extract_command(Session& session, const std::vector<std::string>& tables,
-                            const std::string& file) {
+Exit matrix_extract_command(Session& session, const std::vector<std::string>& tables, const std::string& file,
+                            bool yes) {
     zmFBConn& connection = session.connection();
     const Value names = Value::array_of_size(0);
     for (const std::string& table : tables) {
@@ -90,13 +84,18 @@ Exit matrix_extract_command(Session& session, const std::vector<std::string>& ta
     // The method always puts its extension behind the name.
     std::string path = latin1_argument(file, "the file name");
     if (path.ends_with(extension)) path.resize(path.size() - extension.size());
+    const std::string written = path + std::string(extension);
+    if (!path.empty() && !yes && host::file(written).logical() &&
+        !confirm(fmt::format("Replace {}?", to_utf8(written)))) {
+        throw Failure{Exit::failed, fmt::format("{} is there already", to_utf8(written)),
+                      "Nothing was changed. --yes replaces it without asking."};
+    }
     const std::size_t raised_before = session.raised().size();
     const Value matrix = connection.call("extractmatrix", names, path);
     if (path.empty()) {
         print_matrix(matrix);
         return Exit::ok;
     }
-    const std::string written = path + std::string(extension);
     if (session.raised().size() != raised_before || !host::file(written).logical()) {
         throw Failure{Exit::failed, fmt::format("cannot write {}", to_utf8(written))};
     }
@@ -105,15 +104,15 @@ Exit matrix_extract_command(Session& session, const std::vector<std::string>& ta
 }
 
 Exit matrix_check_command(Session& session, const std::string& file) {
-    return report(session, session.connection().call("checkmatrix", existing_file(file)));
+    return report(session, session.connection().call("checkmatrix", read_matrix(file)));
 }
 
 Exit matrix_apply_command(Session& session, const std::string& file, bool yes) {
     if (session.options().json && !yes) throw Failure{Exit::usage, "--json asks nothing: say --yes as well"};
     zmFBConn& connection = session.connection();
-    const std::string path = existing_file(file);
+    const Value matrix = read_matrix(file);
     if (!yes) {
-        const Value plan = connection.call("checkmatrix", path);
+        const Value plan = connection.call("checkmatrix", matrix);
         fmt::print("What would be done:\n");
         print_log(plan[2]);
         if (!has_actions(plan[2])) {
@@ -123,7 +122,7 @@ Exit matrix_apply_command(Session& session, const std::string& file, bool yes) {
         if (!confirm("Apply it?")) throw Failure{Exit::failed, "nothing was changed"};
         fmt::print("What was done:\n");
     }
-    return report(session, connection.call("applymatrix", path, false));
+    return report(session, connection.call("applymatrix", matrix, false));
 }
 
 }  // namespace
@@ -136,12 +135,14 @@ void add_matrix(CommandLine& line) {
     };
     const auto given = std::make_shared<Given>();
     CLI::App* matrix = line.add_group("matrix", "Change table structures through a text file");
-    CLI::App* extract = line.add(
-        matrix, "extract", "Write out the structures of tables, of all without names",
-        "zmfb --db shop.fdb matrix extract customers -o customers.tf",
-        [given](Session& session) { return matrix_extract_command(session, given->tables, given->file); });
+    CLI::App* extract =
+        line.add(matrix, "extract", "Write out the structures of tables, of all without names",
+                 "zmfb --db shop.fdb matrix extract customers -o customers.tf", [given](Session& session) {
+                     return matrix_extract_command(session, given->tables, given->file, given->yes);
+                 });
     extract->add_option("TABLE", given->tables, "Tables");
     extract->add_option("-o,--output", given->file, "File to write (.tf is added when it is not there)");
+    add_yes(extract, given->yes);
     line.add(matrix, "check", "Tell what applying a matrix would do",
              "zmfb --db shop.fdb matrix check customers.tf",
              [given](Session& session) { return matrix_check_command(session, given->file); })

@@ -1,0 +1,82 @@
+#include "tool/matrix/matrix_file.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <optional>
+
+#include "host/array.h"
+#include "tool/session.h"
+
+namespace zmfb::tool {
+namespace {
+
+constexpr std::size_t largest_file = 64U << 20;
+constexpr std::string_view block_opener = "Created by ZMRDDFIRE";
+
+using Sides = std::pair<std::string_view, std::string_view>;
+
+std::optional<Sides> split(std::string_view text, std::string_view separator) {
+    const std::size_t at = text.find(separator);
+    if (at == std::string_view::npos) return std::nullopt;
+    return Sides{text.substr(0, at), text.substr(at + separator.size())};
+}
+
+std::string content_of(const std::string& file) {
+    std::ifstream in(file, std::ios::binary);
+    std::string content;
+    for (std::string block(65536, '\0'); in.read(block.data(), 65536) || in.gcount() > 0;) {
+        content.append(block, 0, static_cast<std::size_t>(in.gcount()));
+        if (content.size() > largest_file) {
+            throw Failure{Exit::failed,
+                          fmt::format("{} is no matrix: it has more than {} bytes", file, largest_file)};
+        }
+    }
+    if (!in.eof()) throw Failure{Exit::failed, fmt::format("cannot read {}", file), std::strerror(errno)};
+    return content;
+}
+
+/// Why bytes are no text in ISO-8859-1; "" when they may be one.
+std::string_view no_latin1_text(std::string_view content) {
+    if (content.starts_with("\xFF\xFE") || content.starts_with("\xFE\xFF")) return "it is written in UTF-16";
+    if (content.starts_with("\xEF\xBB\xBF")) return "it begins with the byte order mark of UTF-8";
+    return content.find('\0') == std::string_view::npos ? "" : "it has zero bytes in it";
+}
+
+bool belongs_to_a_table(std::string_view line) {
+    const auto sides = split(line, "=>");
+    return line.find(block_opener) != std::string_view::npos || (sides && split(sides->first, ">>"));
+}
+
+}  // namespace
+
+host::Value read_matrix(const std::string& file) {
+    const std::string content = content_of(file);
+    if (const std::string_view reason = no_latin1_text(content); !reason.empty()) {
+        throw Failure{Exit::failed, fmt::format("{} is no matrix: {}", file, reason), "",
+                      "a matrix is a text in ISO-8859-1; zmfb matrix extract writes one"};
+    }
+    host::Value matrix = host::Value::array_of_size(0);
+    host::Value group = host::Value::array_of_size(0);
+    bool names_a_table = false;
+    for (std::string_view rest = content; !rest.empty();) {
+        std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(rest.size(), line.size() + 1));
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        names_a_table = names_a_table || belongs_to_a_table(line);
+        if (line.find(block_opener) != std::string_view::npos && group.size() > 0) {
+            matrix.push(host::array_of(std::exchange(group, host::Value::array_of_size(0))));
+        }
+        group.push(host::array_of(line));
+    }
+    if (!names_a_table) {
+        throw Failure{Exit::failed, fmt::format("{} is no matrix: no line of it names a table", file), "",
+                      "zmfb matrix extract writes one"};
+    }
+    matrix.push(host::array_of(group));
+    return matrix;
+}
+
+}  // namespace zmfb::tool
