@@ -1,3 +1,6 @@
+#include <algorithm>
+
+#include "conn/raise.h"
 #include "conn/statement.h"
 #include "host/text.h"
 #include "schema/methods.h"
@@ -5,10 +8,33 @@
 namespace zmfb::schema {
 namespace {
 
+using host::operator""_l1;
+
 /// The data rows of a query result, without its header.
 std::span<Value> data_rows(const Value& aselect) {
     const std::span<Value> all = aselect.items();
     return all.empty() ? all : all.subspan(1);
+}
+
+/// Whether a name of the catalog means the same object when it stands in a statement without quotes.
+bool is_plain(std::string_view name) {
+    const auto letter = [](char c) { return c >= 'A' && c <= 'Z'; };
+    const auto inner = [&](char c) { return letter(c) || (c >= '0' && c <= '9') || c == '_' || c == '$'; };
+    return !name.empty() && letter(name[0]) && std::ranges::all_of(name, inner);
+}
+
+/// Drops what the rows of a query name, one after another, and answers whether all went well. A name that
+/// would mean another object, or none, is raised before the first drop.
+template <class Drop>
+bool drop_each(const Value& aselect, Drop drop) {
+    const std::span<Value> rows = data_rows(aselect);
+    for (const Value& row : rows) {
+        const Value name = trim(row[1]);
+        if (is_plain(name.text())) continue;
+        conn::raiseerror("Impossível eliminar dependente: "_l1 + name + ";O nome exige aspas");
+        return false;
+    }
+    return std::ranges::all_of(rows, [&](const Value& row) { return drop(row[1]); });
 }
 
 constexpr std::string_view views_of_table =
@@ -21,10 +47,7 @@ Value dropviewsfromtable(Self& self, Args args) {
     if (empty(tblname)) return false;
     const Value aselect =
         select(self, views_of_table, parameter_array({{"@@TABLENAME", alltrim(upper(tblname))}}));
-    for (const Value& row : data_rows(aselect)) {
-        if (!ask(self, "dropview", row[1])) return false;
-    }
-    return true;
+    return drop_each(aselect, [&](const Value& view) { return ask(self, "dropview", view); });
 }
 
 Value droptable(Self& self, Args args) {
@@ -53,10 +76,7 @@ constexpr std::string_view indexes_on_column =
 Value dropindexbasedonfield(Self& self, Args args) {
     const Value &tbl = args[0], &fldname = args[1];
     const Value aselect = select(self, indexes_on_column, column_parameters(tbl, fldname));
-    for (const Value& row : data_rows(aselect)) {
-        if (!ask(self, "dropindex", row[1])) return false;
-    }
-    return true;
+    return drop_each(aselect, [&](const Value& index) { return ask(self, "dropindex", index); });
 }
 
 namespace {
@@ -70,12 +90,11 @@ constexpr std::string_view triggers_on_column =
 Value droptriggerbasedonfield(Self& self, Args args) {
     const Value &tbl = args[0], &fldname = args[1];
     const Value aselect = select(self, triggers_on_column, column_parameters(tbl, fldname));
-    for (const Value& row : data_rows(aselect)) {
+    return drop_each(aselect, [&](const Value& trigger) {
         // Asked while the trigger is there; index columns among them are left as they are.
-        call(self, "getfieldsontrigger", row[1]);
-        if (!ask(self, "droptrigger", row[1])) return false;
-    }
-    return true;
+        call(self, "getfieldsontrigger", trigger);
+        return ask(self, "droptrigger", trigger);
+    });
 }
 
 namespace {

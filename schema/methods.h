@@ -39,7 +39,9 @@ Value dropview(Self& self, Args args);       ///< dropview(vwname)
 /// @}
 
 /// \name Drops with what depends
-/// Each stops with .F. at the first drop that fails, which has raised.
+/// Each stops with .F. at the first drop that fails, which has raised. A view, index or trigger whose name
+/// needs quotes is raised before any other is dropped: without them the name would mean another object, or
+/// none.
 /// @{
 /// dropviewsfromtable(tblname): drops the views built on the table; .T. when there are none, .F. without a
 /// name.

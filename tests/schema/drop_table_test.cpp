@@ -60,6 +60,19 @@ TEST_F(DropTable, AViewThatFailsToDropStopsItBeforeTheTable) {
     EXPECT_TRUE(exists("relation", "CLIENT"));
 }
 
+TEST_F(DropTable, AViewThatNamesTheTableTwiceStopsTheFirstCallAndNotTheSecond) {
+    create_client();
+    execute("create view PAIRS (A, B) as select X.NAME, Y.NAME from CLIENT X, CLIENT Y");
+    watch();
+    EXPECT_FALSE(yes("droptable", "CLIENT"));
+    expect_raised_with_error("Impossível eliminar View: PAIRS; FB Error: "_l1);
+    EXPECT_EQ(updates(), (Names{"DROP VIEW PAIRS", "DROP VIEW PAIRS"}));
+    EXPECT_FALSE(exists("relation", "PAIRS"));
+    EXPECT_TRUE(exists("relation", "CLIENT"));
+    EXPECT_TRUE(yes("droptable", "CLIENT"));
+    EXPECT_FALSE(exists("relation", "CLIENT"));
+}
+
 TEST_F(DropTable, ATableThatFailsToDropKeepsItsGenerators) {
     create_client();
     execute("create procedure P as declare N char(30); begin select first 1 NAME from CLIENT into :N; end");
