@@ -9,7 +9,9 @@
 #include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
+#include "tool/matrix/consequences.h"
 #include "tool/matrix/matrix_file.h"
+#include "tool/rows/shown_text.h"
 #include "tool/terminal.h"
 
 namespace zmfb::tool {
@@ -46,13 +48,53 @@ std::string latin1_argument(const std::string& text, std::string_view what) {
     return *latin1;
 }
 
-Exit report(Session& session, const Value& result) {
-    const bool ok = result[1].logical();
+/// What the object says that a matrix would do, and what comes of that.
+struct Plan {
+    Value result;
+    std::vector<Consequence> consequences;
+
+    Plan(Session& session, const Value& matrix)
+        : result(session.connection().call("checkmatrix", matrix)),
+          consequences(consequences_of(session.connection(), matrix, result[2])) {}
+
+    /// How many changes the engine will refuse.
+    [[nodiscard]] std::uint64_t hindered() const {
+        return static_cast<std::uint64_t>(std::ranges::count_if(
+            consequences, [](const Consequence& one) { return !hindrances_of(one).empty(); }));
+    }
+};
+
+void print_notes(const Plan& plan) {
+    for (const Consequence& one : plan.consequences) {
+        for (const std::string& note : notes_of(one)) fmt::print("{}\n", without_controls(note));
+    }
+    std::fflush(stdout);
+}
+
+/// Throws Failure when the engine will refuse some of it.
+void require_possible(const Plan& plan, std::string_view message) {
+    if (plan.hindered() == 0) return;
+    std::string reasons;
+    for (const Consequence& one : plan.consequences) {
+        for (const std::string& hindrance : hindrances_of(one)) reasons += hindrance + "\n";
+    }
+    throw Failure{Exit::failed,
+                  fmt::format("{}{} cannot be made", message, counted(plan.hindered(), "change", "changes")),
+                  reasons, "drop what is in the way, mend the values, or take the change out of the matrix"};
+}
+
+Exit report(Session& session, const Value& result, const Plan& plan) {
+    const bool ok = result[1].logical() && plan.hindered() == 0;
     if (session.options().json) {
         Json lines = Json::array();
         const Value log = result[2];
         for (const Value& entry : log.items()) lines.push_back(to_utf8(entry[1].text()));
-        fmt::print("{}\n", json_lines(Json{{"ok", ok}, {"log", lines}, {"raised", session.raised()}}));
+        Json consequences = Json::array();
+        for (const Consequence& one : plan.consequences) consequences.push_back(json_of(one));
+        fmt::print(
+            "{}\n",
+            json_lines(Json{
+                {"ok", ok}, {"log", lines}, {"consequences", consequences}, {"raised", session.raised()}}));
     } else {
         print_log(result[2]);
     }
@@ -104,25 +146,47 @@ Exit matrix_extract_command(Session& session, const std::vector<std::string>& ta
 }
 
 Exit matrix_check_command(Session& session, const std::string& file) {
-    return report(session, session.connection().call("checkmatrix", read_matrix(file)));
+    const Plan plan(session, read_matrix(file));
+    const Exit status = report(session, plan.result, plan);
+    if (!session.options().json) print_notes(plan);
+    require_possible(plan, "");
+    return status;
+}
+
+Exit apply(Session& session, const Value& matrix, const Plan& plan) {
+    return report(session, session.connection().call("applymatrix", matrix, false), plan);
+}
+
+Exit apply_when_confirmed(Session& session, const Value& matrix) {
+    fmt::print("What would be done:\n");
+    const Plan plan(session, matrix);
+    print_log(plan.result[2]);
+    print_notes(plan);
+    require_possible(plan, "nothing was changed: ");
+    if (!has_actions(plan.result[2])) {
+        fmt::print("Nothing.\n");
+        return plan.result[1].logical() ? Exit::ok : Exit::failed;
+    }
+    if (!confirm("Apply it?")) throw Failure{Exit::failed, "nothing was changed"};
+    fmt::print("What was done:\n");
+    return apply(session, matrix, plan);
+}
+
+Exit apply_unasked(Session& session, const Value& matrix) {
+    // The applying raises again what the look raises.
+    session.show_raised(Raised::silent);
+    const Plan plan(session, matrix);
+    session.show_raised(Raised::lines);
+    session.forget_raised();
+    require_possible(plan, "nothing was changed: ");
+    if (!session.options().json) print_notes(plan);
+    return apply(session, matrix, plan);
 }
 
 Exit matrix_apply_command(Session& session, const std::string& file, bool yes) {
     if (session.options().json && !yes) throw Failure{Exit::usage, "--json asks nothing: say --yes as well"};
-    zmFBConn& connection = session.connection();
     const Value matrix = read_matrix(file);
-    if (!yes) {
-        const Value plan = connection.call("checkmatrix", matrix);
-        fmt::print("What would be done:\n");
-        print_log(plan[2]);
-        if (!has_actions(plan[2])) {
-            fmt::print("Nothing.\n");
-            return plan[1].logical() ? Exit::ok : Exit::failed;
-        }
-        if (!confirm("Apply it?")) throw Failure{Exit::failed, "nothing was changed"};
-        fmt::print("What was done:\n");
-    }
-    return report(session, connection.call("applymatrix", matrix, false));
+    return yes ? apply_unasked(session, matrix) : apply_when_confirmed(session, matrix);
 }
 
 }  // namespace

@@ -8,6 +8,8 @@
 #include <optional>
 
 #include "host/array.h"
+#include "host/number.h"
+#include "host/text.h"
 #include "tool/session.h"
 
 namespace zmfb::tool {
@@ -50,6 +52,36 @@ bool belongs_to_a_table(std::string_view line) {
     return line.find(block_opener) != std::string_view::npos || (sides && split(sides->first, ">>"));
 }
 
+struct Descriptor {
+    std::string name;
+    std::string type;
+    int length = 0;
+    int decimals = 0;
+};
+
+std::optional<Descriptor> descriptor(std::string_view text) {
+    std::vector<std::string_view> pieces;
+    for (auto rest = split(text, "::"); rest; rest = split(text, "::")) {
+        pieces.push_back(rest->first);
+        text = rest->second;
+    }
+    pieces.push_back(text);
+    if (pieces.size() < 5) return std::nullopt;
+    const auto number = [](std::string_view digits) { return static_cast<int>(host::val(digits).integer()); };
+    return Descriptor{std::string(host::alltrim(host::upper(pieces[1])).text()),
+                      std::string(host::upper(pieces[2]).text()), number(pieces[3]), number(pieces[4])};
+}
+
+std::optional<FieldLine> field_line(std::string_view line) {
+    const auto sides = split(line, "=>");
+    const auto left = sides ? split(sides->first, ">>") : std::nullopt;
+    const auto before = left ? descriptor(left->second) : std::nullopt;
+    const auto wanted = left ? descriptor(sides->second) : std::nullopt;
+    if (!before || !wanted) return std::nullopt;
+    return FieldLine{std::string(host::alltrim(host::upper(left->first)).text()), before->name, wanted->type,
+                     wanted->length, wanted->decimals};
+}
+
 }  // namespace
 
 host::Value read_matrix(const std::string& file) {
@@ -77,6 +109,17 @@ host::Value read_matrix(const std::string& file) {
     }
     matrix.push(host::array_of(group));
     return matrix;
+}
+
+std::vector<FieldLine> field_lines(const host::Value& matrix) {
+    std::vector<FieldLine> found;
+    for (const host::Value& group : matrix.items()) {
+        const host::Value lines = group[1];
+        for (const host::Value& line : lines.items()) {
+            if (auto field = field_line(line[1].text())) found.push_back(std::move(*field));
+        }
+    }
+    return found;
 }
 
 }  // namespace zmfb::tool

@@ -1,0 +1,96 @@
+#include "tool/matrix/dependents.h"
+
+#include <fmt/format.h>
+
+#include <map>
+
+#include "host/text.h"
+#include "tool/catalog.h"
+
+namespace zmfb::tool {
+namespace {
+
+std::string text_of(const Value& value) { return std::string(host::trim(value).text()); }
+
+// RDB$DEPENDENT_TYPE.
+constexpr std::string_view view = "1", trigger = "2", computed_field = "3";
+
+std::string kind_of_dependent(const std::string& type) {
+    static const std::map<std::string, std::string, std::less<>> kinds{
+        {"0", "table"},          {"1", "view"},      {"2", "trigger"},
+        {"3", "computed field"}, {"5", "procedure"}, {"6", "index on an expression"},
+        {"15", "function"},      {"18", "package"},  {"19", "package"}};
+    const auto found = kinds.find(type);
+    return found == kinds.end() ? "object" : found->second;
+}
+
+void add_indexes(zmFBConn& connection, const std::string& table, const std::string& field,
+                 Dependents& dependents) {
+    const Value rows = exact_rows(
+        connection,
+        fmt::format("select i.rdb$index_name, c.rdb$constraint_name from rdb$index_segments s join "
+                    "rdb$indices i on i.rdb$index_name = s.rdb$index_name left join "
+                    "rdb$relation_constraints c on c.rdb$index_name = i.rdb$index_name where "
+                    "i.rdb$relation_name = {} and s.rdb$field_name = {} order by 1",
+                    sql_text(table), sql_text(field)));
+    for (const Value& row : rows.items()) {
+        if (row[2].is_nil()) {
+            dependents.taken.push_back({"index", text_of(row[1])});
+        } else {
+            dependents.in_the_way.push_back({"constraint", text_of(row[2])});
+        }
+    }
+}
+
+}  // namespace
+
+Dependents dependents_of_field(zmFBConn& connection, const std::string& table, const std::string& field) {
+    Dependents dependents;
+    add_indexes(connection, table, field, dependents);
+    const Value rows = exact_rows(
+        connection,
+        fmt::format("select distinct d.rdb$dependent_type, coalesce(c.rdb$constraint_name, "
+                    "f.rdb$field_name, d.rdb$dependent_name), iif(c.rdb$constraint_name is null, 0, 1) from "
+                    "rdb$dependencies d left join rdb$check_constraints c on d.rdb$dependent_type = {} and "
+                    "c.rdb$trigger_name = d.rdb$dependent_name left join rdb$relation_fields f on "
+                    "d.rdb$dependent_type = {} and f.rdb$field_source = d.rdb$dependent_name where "
+                    "d.rdb$depended_on_name = {} and d.rdb$depended_on_type = 0 and d.rdb$field_name = {} "
+                    "order by 1, 2",
+                    trigger, computed_field, sql_text(table), sql_text(field)));
+    for (const Value& row : rows.items()) {
+        const std::string type(row[1].text());
+        const bool of_constraint = row[3].text() == "1";
+        auto& list = type == trigger && !of_constraint ? dependents.taken : dependents.in_the_way;
+        list.push_back({of_constraint ? "constraint" : kind_of_dependent(type), text_of(row[2])});
+    }
+    return dependents;
+}
+
+Dependents dependents_of_table(zmFBConn& connection, const std::string& table) {
+    Dependents dependents;
+    std::string dropped = sql_text(table);
+    for (const std::string& name : views_on(connection, table)) {
+        dependents.taken.push_back({"view", name});
+        dropped += ", " + sql_text(name);
+    }
+    const Value rows = exact_rows(
+        connection,
+        fmt::format("select distinct d.rdb$dependent_type, d.rdb$dependent_name from rdb$dependencies d "
+                    "left join rdb$triggers t on t.rdb$trigger_name = d.rdb$dependent_name left join "
+                    "rdb$indices i on i.rdb$index_name = d.rdb$dependent_name left join "
+                    "rdb$relation_fields f on f.rdb$field_source = d.rdb$dependent_name where "
+                    "d.rdb$depended_on_name in ({0}) and d.rdb$depended_on_type in (0, 1) and case "
+                    "d.rdb$dependent_type when 1 then d.rdb$dependent_name when 2 then t.rdb$relation_name "
+                    "when 3 then f.rdb$relation_name when 6 then i.rdb$relation_name else '' end not in "
+                    "({0}) union all select 0, c.rdb$relation_name from rdb$ref_constraints r join "
+                    "rdb$relation_constraints c on c.rdb$constraint_name = r.rdb$constraint_name join "
+                    "rdb$relation_constraints o on o.rdb$constraint_name = r.rdb$const_name_uq where "
+                    "o.rdb$relation_name = {1} and c.rdb$relation_name <> {1} order by 1, 2",
+                    dropped, sql_text(table)));
+    for (const Value& row : rows.items()) {
+        dependents.in_the_way.push_back({kind_of_dependent(std::string(row[1].text())), text_of(row[2])});
+    }
+    return dependents;
+}
+
+}  // namespace zmfb::tool
