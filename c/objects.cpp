@@ -17,7 +17,7 @@ zmfb_status with_object(const zmfb_value* place, Work work) noexcept {
     if (place->value.object() == nullptr) return fail_kind(Kind::object, place->value);
     return guard([&] {
         const Value object = place->value;
-        work(*object.object());
+        work(object);
         return ZMFB_OK;
     });
 }
@@ -38,21 +38,21 @@ zmfb_status zmfb_connect(zmfb_value* connection, const char* database, const cha
 zmfb_status zmfb_call(const zmfb_value* object, const char* method, const zmfb_value* const* arguments,
                       size_t count, zmfb_value* result) {
     if (method == nullptr || (arguments == nullptr && count > 0)) return fail_null();
-    return with_object(object, [=](zmfb::host::Object& callee) {
+    return with_object(object, [=](const Value& callee) {
         const std::vector<Value> values = copies(arguments, count);
-        Value answer = callee.send(method, Args(values));
+        Value answer = zmfb::zmFBConn::of(callee).call_with(method, Args(values));
         if (result != nullptr) result->value = std::move(answer);
     });
 }
 
 zmfb_status zmfb_get_member(const zmfb_value* object, const char* name, zmfb_value* value) {
     if (name == nullptr || value == nullptr) return fail_null();
-    return with_object(object, [=](zmfb::host::Object& owner) { value->value = owner.get(name); });
+    return with_object(object, [=](const Value& owner) { value->value = owner.object()->get(name); });
 }
 
 zmfb_status zmfb_set_member(const zmfb_value* object, const char* name, const zmfb_value* value) {
     if (name == nullptr || value == nullptr) return fail_null();
-    return with_object(object, [=](zmfb::host::Object& owner) { owner.set(name, value->value); });
+    return with_object(object, [=](const Value& owner) { owner.object()->set(name, value->value); });
 }
 
 size_t zmfb_method_count(void) { return zmfb::method_count(); }

@@ -2,12 +2,14 @@
 
 #include "conn/class.h"
 #include "conn/log.h"
+#include "conn/public_call.h"
 #include "conn/self.h"
 #include "zmfbconn/version.h"
 
 namespace zmfb {
 
 zmFBConn::zmFBConn(const Value& db, const Value& user, const Value& pass, const Value& role) {
+    const conn::PublicCall under_way;
     auto* made = new host::Instance(conn::zmfbconn_class());
     object_ = Value(made);
     zmfb::call(*made, "init", db, user, pass, role);
@@ -20,7 +22,10 @@ host::Object& zmFBConn::object() {
     return *object_.object();
 }
 
-Value zmFBConn::call_with(std::string_view method, Args args) { return object().send(method, args); }
+Value zmFBConn::call_with(std::string_view method, Args args) {
+    const conn::PublicCall under_way;
+    return object().send(method, args);
+}
 
 bool zmFBConn::isconnected() { return call_with("isconnected", Args()).logical(); }
 

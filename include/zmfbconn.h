@@ -100,8 +100,10 @@ const char* zmfb_version(void);
 const char* zmfb_message(void);
 
 /**
- * All lines that the engine said about the last call that failed in it; "" when none did yet. The texts that
- * methods return and log are shorter. Lives until this is called again. NULL when memory ran out.
+ * All lines that the engine said about what failed last in it during the last call that reached it; "" when
+ * nothing failed in that call. A query that failed half-way has rows, as one that came to its end has: this
+ * tells them apart. Calls that do not reach the engine, such as that of "isconnected", leave it as it is. The
+ * texts that methods return and log are shorter. Lives until this is called again. NULL when memory ran out.
  */
 const char* zmfb_engine_message(void);
 

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "conn/public_call.h"
 #include "sql/attach.h"
 #include "sql/client.h"
 #include "sql/parameter_block.h"
@@ -61,6 +62,7 @@ bool names_a_server(std::string_view database) {
 }
 
 std::string create_database(std::string_view database, std::string_view user, std::string_view password) {
+    const conn::PublicCall under_way;
     if (const char* reason = sql::objection_to(database, user, password, "")) return reason;
     const sql::ParameterBlock block(user, password, "");
     std::string items = block.bytes();
@@ -76,6 +78,7 @@ std::string create_database(std::string_view database, std::string_view user, st
 
 std::string run_script(std::string_view database, std::string_view user, std::string_view password,
                        std::string_view script) {
+    const conn::PublicCall under_way;
     const sql::Attachment attached = sql::attach(database, user, password, "");
     if (attached.sqlcode != 0) return last_engine_message();
     std::string failure;

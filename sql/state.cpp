@@ -4,15 +4,27 @@
 #include <type_traits>
 
 #include "conn/log.h"
+#include "conn/public_call.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb {
 
 namespace {
 
-std::string& kept_message() {
-    static std::string message;
-    return message;
+// The engine's message, and the call of a program that it is about.
+struct Kept {
+    std::string message;
+    unsigned long call = 0;
+};
+
+Kept& kept() {
+    static Kept the_last;
+    return the_last;
+}
+
+// A call that went well forgets what an earlier one met with, and keeps what it met with itself.
+void forget_earlier_message() {
+    if (kept().call != conn::PublicCall::number()) kept() = {"", conn::PublicCall::number()};
 }
 
 void keep_message(const ISC_STATUS* status) {
@@ -22,12 +34,12 @@ void keep_message(const ISC_STATUS* status) {
         if (!message.empty()) message += '\n';
         message += line;
     }
-    kept_message() = message;
+    kept() = {message, conn::PublicCall::number()};
 }
 
 }  // namespace
 
-std::string last_engine_message() { return kept_message(); }
+std::string last_engine_message() { return kept().message; }
 
 namespace sql {
 
@@ -76,7 +88,11 @@ isc_db_handle handle_of(Self& self) {
 int sqlcode() {
     const ISC_STATUS* const status = state().status;
     const int code = client().sqlcode(status);
-    if (code < 0) keep_message(status);
+    if (code < 0) {
+        keep_message(status);
+    } else {
+        forget_earlier_message();
+    }
     return code;
 }
 

@@ -28,7 +28,7 @@ isc_db_handle handle_of(double number);
 isc_db_handle handle_of(Self& self);
 
 /// The SQLCODE of the status vector. For a failure the engine's whole message is kept for
-/// last_engine_message().
+/// last_engine_message(); a success takes away what an earlier call of the program has left there.
 int sqlcode();
 /// Firebird's text for an SQLCODE, at most 255 bytes.
 std::string sqlcode_message(int sqlcode);

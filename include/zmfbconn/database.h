@@ -59,8 +59,11 @@ std::string declare_functions(std::string_view database, std::string_view user, 
 /// The version of the Firebird client library, such as "LI-V6.3.11.33703 Firebird 3.0".
 std::string client_version();
 
-/// The engine's full message, all its lines, of the last call of this library that failed in the client; ""
-/// when none did yet. Texts returned and logged by methods hold only the SQLCODE's own text.
+/// The engine's full message, all its lines, of what failed last in the client during the last call that
+/// reached it: a method, the attaching of an object, or a function of this header. "" when nothing failed in
+/// that call, so that a query which came to its end is told from one that stopped half-way. Calls that do not
+/// reach the client, such as isconnected(), leave it as it is; those that an error block makes belong to the
+/// call that raised. Texts returned and logged by methods hold only the SQLCODE's own text.
 std::string last_engine_message();
 
 }  // namespace zmfb

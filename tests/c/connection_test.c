@@ -84,6 +84,25 @@ static void failing_sql_is_a_result(zmfb_value* connection) {
     CHECK(call(connection, "executequery", "select nothing from nowhere", result) == ZMFB_OK);
     CHECK(zmfb_get_size(result, &size) == ZMFB_OK && size == 0);
     CHECK(strstr(zmfb_engine_message(), "NOWHERE") != NULL);
+    CHECK(call(connection, "isconnected", "", result) == ZMFB_OK && is_true(result));
+    CHECK(strstr(zmfb_engine_message(), "NOWHERE") != NULL); /* the engine was not asked */
+    CHECK(call(connection, "istable", "people", result) == ZMFB_OK && is_true(result));
+    CHECK(strcmp(zmfb_engine_message(), "") == 0);
+    zmfb_free(result);
+}
+
+/* Credits are -12.5 and 0: the second row cannot be computed. */
+static void half_a_result_is_told_by_the_engines_message(zmfb_value* connection) {
+    zmfb_value* result = zmfb_new();
+    size_t size = 0;
+    CHECK(call(connection, "executequery", "select 1 / credit from people order by recno", result) ==
+          ZMFB_OK);
+    CHECK(zmfb_get_size(result, &size) == ZMFB_OK && size == 2); /* a header and one row of two */
+    CHECK(strlen(zmfb_engine_message()) > 0);
+    CHECK(call(connection, "executequery", "select 1 / credit from people where credit <> 0", result) ==
+          ZMFB_OK);
+    CHECK(zmfb_get_size(result, &size) == ZMFB_OK && size == 2);
+    CHECK(strcmp(zmfb_engine_message(), "") == 0);
     zmfb_free(result);
 }
 
@@ -126,6 +145,7 @@ int main(void) {
     a_table_is_made_from_nested_arrays(connection);
     rows_come_back(connection);
     failing_sql_is_a_result(connection);
+    half_a_result_is_told_by_the_engines_message(connection);
     members_are_read_and_assigned(connection, database);
     what_is_refused_is_told(database);
     zmfb_free(result), zmfb_free(connection);

@@ -164,14 +164,6 @@ TEST_F(Databases, AttachToAnUnreachableServerGivesCodeAndText) {
     EXPECT_NE(last_engine_message().find("127.0.0.1"), std::string::npos) << last_engine_message();
 }
 
-TEST_F(Databases, LastEngineMessageStaysAfterASuccess) {
-    call("executeupdate", "delete from NOWHERE");
-    const std::string message = last_engine_message();
-    EXPECT_NE(message, "");
-    call("executeupdate", "create table T (A integer)");
-    EXPECT_EQ(last_engine_message(), message);
-}
-
 class Environments : public Runtime {
   protected:
     std::string make(EnvironmentOptions options) const {

@@ -13,10 +13,10 @@
 #include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
-#include "tool/transfer/engine_message.h"
 #include "tool/transfer/export_check.h"
 #include "tool/transfer/supervised.h"
 #include "tool/transfer/undo.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::tool {
 namespace {
@@ -83,12 +83,12 @@ void report_check(const std::string& table, const ExportCheck& check) {
 double write_file(Session& session, const std::string& name, const fs::path& folder) {
     const auto start = std::chrono::steady_clock::now();
     const std::size_t raised_before = session.raised().size();
-    const EngineMessage engine;
     const InFolder here(folder);
     if (!session.connection().call("exiletable", name).logical()) {
-        const bool silent = session.raised().size() == raised_before && engine.since().empty();
+        const std::string said = last_engine_message();
+        const bool silent = session.raised().size() == raised_before && said.empty();
         throw Failure{Exit::failed, fmt::format("{} was not exported", to_utf8(name)),
-                      silent ? "The file could not be written." : engine.since()};
+                      silent ? "The file could not be written." : said};
     }
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }

@@ -179,10 +179,11 @@ Exit drop_command(Session& session, const std::string& table, bool yes) {
         fmt::format("Drop {} with its {}{}?", to_utf8(name), records, views_in_words(views));
     if (!yes && !confirm(question)) throw Failure{Exit::failed, "nothing was dropped"};
     if (!connection.call("droptable", name).logical()) {
+        const std::string said = last_engine_message();
         const bool stands = connection.call("istable", name).logical();
         throw Failure{Exit::failed,
                       to_utf8(name) + (stands ? " was not dropped" : " was dropped, but not its generators"),
-                      last_engine_message()};
+                      said};
     }
     if (session.options().json) {
         Json gone = Json::array();

@@ -15,7 +15,6 @@
 #include "tool/text_table.h"
 #include "tool/transfer/converted_copy.h"
 #include "tool/transfer/dbf_check.h"
-#include "tool/transfer/engine_message.h"
 #include "tool/transfer/import_plan.h"
 #include "tool/transfer/progress.h"
 #include "tool/transfer/rejects.h"
@@ -240,11 +239,12 @@ void Import::make_room() {
     }
     reports_.send("replaces " + plan_.table);
     if (!connection_.call("droptable", plan_.table).logical()) {
+        const std::string said = last_engine_message();
         const bool stands = connection_.call("istable", plan_.table).logical();
         throw Failure{
             Exit::failed,
             fmt::format("{} {}", table, stands ? "cannot be dropped" : "was dropped, but not its generators"),
-            last_engine_message()};
+            said};
     }
 }
 
@@ -275,9 +275,8 @@ void Import::bring(const std::string& path) {
     reports_.send("table " + begun_.table);
     reports_.send(fmt::format("size {}", data_record_size(dbf_)));
     reports_.send(fmt::format("phase copy {}", found_.records));
-    const EngineMessage engine;
     if (!connection_.call("bringdbf", path).logical()) {
-        fail(fmt::format("{} was not imported", file_), engine.since());
+        fail(fmt::format("{} was not imported", file_), last_engine_message());
     }
     const auto rows = connection_.call("counttablerecords", plan_.table).integer();
     if (static_cast<std::uint64_t>(rows) != found_.records) {
