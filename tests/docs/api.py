@@ -13,7 +13,7 @@ from pathlib import Path
 
 WANTED = {
     "index.html": "The C++ interface",
-    "classzmfb_1_1zmFBConn.html": "Calls a method by its lower-case name",
+    "classzmfb_1_1zmFBConn.html": "Calls a method by its name, in any case of letters",
     "classzmfb_1_1host_1_1Value.html": "The bytes of a character value",
     "zmfbconn_8h.html": "zmfb_call",
 }
