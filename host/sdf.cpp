@@ -217,10 +217,8 @@ bool append_lines(Table& table, std::span<const Column> columns, Lines& lines, c
     return true;
 }
 
-}  // namespace
-
-Value dbappsdf(const Value& file, const Value& fields, const Value& for_block, const Value& while_block,
-               const Value& next, const Value& record) {
+/// What dbappsdf() does, with the file of exactly the name `file`.
+bool append_file(const Value& file, const Value& fields, const Conditions& conditions) {
     Table* const table = table_of();
     if (table == nullptr) {
         raise_table_error({.gencode = GenCode::no_table,
@@ -235,13 +233,33 @@ Value dbappsdf(const Value& file, const Value& fields, const Value& for_block, c
         return false;
     }
     if (columns.empty()) return true;
-    std::string path(alltrim(file).text());
-    if (path.find('.', path.rfind('/') + 2) == std::string::npos) path += ".txt";
+    const std::string path(file.text());
     Descriptor source(path, O_RDONLY);
     if (!source.is_open()) return fail(GenCode::open, path, errno);
     Lines lines(std::move(source), columns.back().offset + columns.back().width);
-    if (!append_lines(*table, columns, lines, {for_block, while_block, next, record})) return false;
+    if (!append_lines(*table, columns, lines, conditions)) return false;
     return lines.error() == 0 || fail(GenCode::read, path, lines.error());
+}
+
+/// The name of a file without the blanks around it, .txt behind it when it has no extension. What is no text
+/// stays as it is.
+Value with_extension(const Value& file) {
+    if (!file.is(Kind::character)) return file;
+    std::string path(alltrim(file).text());
+    if (!path.empty() && path.find('.', path.rfind('/') + 2) == std::string::npos) path += ".txt";
+    return path;
+}
+
+}  // namespace
+
+Value dbappsdf(const Value& file, const Value& fields, const Value& for_block, const Value& while_block,
+               const Value& next, const Value& record) {
+    return append_file(with_extension(file), fields, {for_block, while_block, next, record});
+}
+
+Value dbappsdf_exactly(const Value& file) {
+    const Value all;
+    return append_file(file, all, {all, all, all, all});
 }
 
 }  // namespace zmfb::host

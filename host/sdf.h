@@ -24,4 +24,8 @@ namespace zmfb::host {
 Value dbappsdf(const Value& file, const Value& fields = {}, const Value& for_block = {},
                const Value& while_block = {}, const Value& next = {}, const Value& record = {});
 
+/// The same of all fields and lines of the file of exactly the name `file`, byte for byte and without a
+/// further extension.
+Value dbappsdf_exactly(const Value& file);
+
 }  // namespace zmfb::host

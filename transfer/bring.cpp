@@ -46,6 +46,7 @@ struct Import {
     std::vector<DbfField> fields = {};
     Value structure = {};
     Value table = {};
+    Value data_file = {};
 
     bool open();
     bool read_header();
@@ -53,7 +54,7 @@ struct Import {
     void make_structure();
     bool make_table();
     bool write_data();
-    bool make_external_table();
+    bool make_external();
     bool make_null_dates_trigger();
     bool copy();
 
@@ -137,7 +138,8 @@ bool Import::make_table() {
 
 bool Import::write_data() {
     host::fseek(dbf, header.start);
-    const Value dat = host::fcreate(call(self, "getfullpathdatfile"), data_file_permissions);
+    data_file = data_file_path(self);
+    const Value dat = host::fcreate(data_file, data_file_permissions);
     bool written = dat.number() > 0;
     if (written) {
         const RecordConversion conversion(fields, static_cast<std::size_t>(header.record_length));
@@ -148,16 +150,12 @@ bool Import::write_data() {
     return written;
 }
 
-bool Import::make_external_table() {
-    if (ask(self, "istable", external_table())) {
-        raiseerror("Uma tabela externa com este nome já existe!"_l1);
-        return false;
-    }
+bool Import::make_external() {
     const Value columns = array_of();
     for (std::size_t i = 0; i < fields.size(); ++i) {
         columns.push(array_of(structure[i + 1][1], "C", dat_width(fields[i]), 0));
     }
-    return ask(self, "createtableexternal", external_table(), columns, call(self, "getfullpathdatfile"));
+    return make_external_table(self, external_table(), columns, data_file);
 }
 
 bool Import::has_dates() const {
@@ -200,7 +198,7 @@ Value bringdbf(Self& self, Args args) {
     Import import{.self = self, .dbfname = dbfname};
     if (!import.open() || !import.read_header() || !import.read_fields()) return false;
     import.make_structure();
-    return import.make_table() && import.write_data() && import.make_external_table() &&
+    return import.make_table() && import.write_data() && import.make_external() &&
            import.make_null_dates_trigger() && import.copy();
 }
 

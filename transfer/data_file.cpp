@@ -2,14 +2,17 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 
+#include "conn/raise.h"
 #include "host/file.h"
+#include "host/text.h"
 
 namespace zmfb::transfer {
 
 namespace {
 
-using host::Value;
+using host::operator""_l1;
 
 // Large enough to make calls of the system rare, small enough to stay in the processor's cache.
 constexpr std::size_t block_size = std::size_t{256} * 1024;
@@ -25,6 +28,23 @@ std::size_t complete(std::span<char> block, std::size_t size, std::size_t record
 }
 
 }  // namespace
+
+Value data_file_path(Self& self) {
+    const Value path = call(self, "getfullpathdatfile");
+    if (empty(path) || !path.is(host::Kind::character)) return path;
+    std::error_code no_current_folder;
+    const std::filesystem::path absolute = std::filesystem::absolute(path.text(), no_current_folder);
+    return no_current_folder ? path : Value(absolute.native());
+}
+
+bool make_external_table(Self& self, const Value& name, const Value& structure, const Value& path) {
+    if (ask(self, "istable", name)) {
+        conn::raiseerror("Uma tabela externa com este nome já existe!"_l1);
+        return false;
+    }
+    // Within the literal of the statement a quote is two.
+    return ask(self, "createtableexternal", name, structure, strtran(path, "'", "''"));
+}
 
 bool write_data_file(const Value& dbf, std::int64_t records, const RecordConversion& conversion,
                      const Value& dat) {

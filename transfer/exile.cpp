@@ -1,6 +1,5 @@
 #include <string_view>
 
-#include "conn/raise.h"
 #include "conn/statement.h"
 #include "host/error.h"
 #include "host/file.h"
@@ -15,7 +14,6 @@ namespace zmfb::transfer {
 
 namespace {
 
-using conn::raiseerror;
 using host::array_of;
 using host::empty;
 using host::operator""_l1;
@@ -44,22 +42,18 @@ bool create_dbf(const Value& tblname, const Value& structure) {
     return host::dbcreate(tblname + ".dbf", structure, native_driver).logical();
 }
 
-bool empty_data_file(Self& self) {
-    const Value dat = host::fcreate(call(self, "getfullpathdatfile"), data_file_permissions);
+bool empty_data_file(const Value& data_file) {
+    const Value dat = host::fcreate(data_file, data_file_permissions);
     if (!(dat.number() > 0)) return false;
     host::fclose(dat);
     return true;
 }
 
-bool make_external_table(Self& self, const Value& ext_table, const Value& structure) {
+Value external_columns(const Value& structure) {
     const Value columns = array_of();
     for (const Value& field : structure.items()) columns.push(array_of(field[1], "C", field[3], 0));
     columns.push(array_of("NEWLINE", "C", 1, 0));
-    if (ask(self, "istable", ext_table)) {
-        raiseerror("Uma tabela externa com este nome já existe!"_l1);
-        return false;
-    }
-    return ask(self, "createtableexternal", ext_table, columns, call(self, "getfullpathdatfile"));
+    return columns;
 }
 
 bool copy_to_external_table(Self& self, const Value& tblname, const Value& ext_table,
@@ -76,13 +70,12 @@ bool copy_to_external_table(Self& self, const Value& tblname, const Value& ext_t
         "Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: "_l1);
 }
 
-bool append_data_file(Self& self, const Value& tblname) {
+bool append_data_file(const Value& tblname, const Value& data_file) {
     host::dbusearea(true, native_driver, tblname, export_alias, Value(), false);
     if (!host::used().logical()) return false;
     host::dbsetindex();
     if (!empty(host::set(go_top_after_use))) host::dbgotop();
-    const bool stored =
-        host::dbappsdf(call(self, "getfullpathdatfile")).logical() && host::table_of(export_alias)->commit();
+    const bool stored = host::dbappsdf_exactly(data_file).logical() && host::table_of(export_alias)->commit();
     host::dbclosearea(export_alias);
     return stored;
 }
@@ -93,10 +86,11 @@ Value exiletable(Self& self, Args args) {
     const Value& tblname = args[0];
     const Value ext_table = "EXT_" + tblname;
     const Value structure = call(self, "filterrddfields", call(self, "gettablestruct", tblname));
-    const bool done = create_dbf(tblname, structure) && empty_data_file(self) &&
-                      make_external_table(self, ext_table, structure) &&
+    const Value data_file = data_file_path(self);
+    const bool done = create_dbf(tblname, structure) && empty_data_file(data_file) &&
+                      make_external_table(self, ext_table, external_columns(structure), data_file) &&
                       copy_to_external_table(self, tblname, ext_table, structure) &&
-                      append_data_file(self, tblname);
+                      append_data_file(tblname, data_file);
     if (ask(self, "istable", ext_table)) call(self, "droponlytable", ext_table);
     return done;
 }

@@ -48,6 +48,29 @@ class Sdf : public host_test::DbfTest {
 
 using Texts = std::vector<std::string>;
 
+TEST_F(Sdf, FileWithoutAnExtensionIsTheOneWithTxtUnlessItsExactNameIsMeant) {
+    create(array_of(field("C", "C", 3)));
+    write_file("data", "abc\n");
+    write_file("data.txt", "txt\n");
+    write_file("data ", "end\n");
+    EXPECT_TRUE(is_same(dbappsdf(path("data")), true));
+    EXPECT_TRUE(is_same(dbappsdf(path("data ")), true));
+    EXPECT_TRUE(is_same(dbappsdf_exactly(path("data")), true));
+    EXPECT_TRUE(is_same(dbappsdf_exactly(path("data ")), true));
+    EXPECT_EQ(rows(*table_of()), R"({{"txt"}, {"txt"}, {"abc"}, {"end"}})");
+    close();
+}
+
+TEST_F(Sdf, ExactNameThatIsNoneIsRaised) {
+    create(array_of(field("C", "C", 3)));
+    for (const Value& name : {Value(), Value(7), Value(""), Value(" ")}) {
+        const CaughtErrors caught;
+        EXPECT_TRUE(is_same(dbappsdf_exactly(name), false));
+        EXPECT_EQ(caught.text("description"), "Argument error: APPEND FROM");
+    }
+    close();
+}
+
 TEST_F(Sdf, ColumnsStandInTheOrderOfTheFields) {
     Table& table = create(person);
     EXPECT_TRUE(is_same(append("Ana  42.520070301T\n"
