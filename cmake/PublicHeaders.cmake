@@ -11,6 +11,7 @@ set(zmfb_public_host_headers
 list(TRANSFORM zmfb_public_host_headers REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/host/\\1.h")
 set(zmfb_generated_headers "${PROJECT_BINARY_DIR}/include/generated")
 set(zmfb_public_headers
+    "${PROJECT_SOURCE_DIR}/include/zmfbconn/cancel.h"
     "${PROJECT_SOURCE_DIR}/include/zmfbconn/connection.h"
     "${PROJECT_SOURCE_DIR}/include/zmfbconn/database.h"
     "${PROJECT_SOURCE_DIR}/include/zmfbconn/exact.h"

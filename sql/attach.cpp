@@ -1,5 +1,6 @@
 #include "sql/attach.h"
 
+#include "sql/attachments.h"
 #include "sql/client.h"
 #include "sql/parameter_block.h"
 #include "sql/state.h"
@@ -14,6 +15,7 @@ int attach_slot(std::string_view database, std::string_view user, std::string_vi
                 std::string_view role) {
     if (const char* reason = objection_to(database, user, password, role))
         return refuse(bad_parameters, reason);
+    require_not_cancelled();
     const ParameterBlock block(user, password, role);
     client().attach_database(state().status, std::string(database).c_str(), &state().slot, block.size(),
                              block.data());
@@ -38,6 +40,7 @@ Attachment attach(std::string_view database, std::string_view user, std::string_
     result.sqlcode = attach_slot(database, user, password, role);
     if (result.sqlcode == 0) {
         result.handle = number_of(state().slot);
+        add_attachment(state().slot, database);
     } else {
         result.message = sqlcode_message(result.sqlcode);
     }
@@ -48,6 +51,7 @@ Attachment attach(std::string_view database, std::string_view user, std::string_
 int detach(double handle) {
     isc_db_handle database = handle_of(handle);
     end_batch_of(database);
+    remove_attachment(database);
     client().detach_database(state().status, &database);
     return sqlcode();
 }

@@ -53,6 +53,10 @@ ISC_STATUS Client::detach_database(ISC_STATUS* status, isc_db_handle* database) 
     return isc_detach_database(status, database);
 }
 
+ISC_STATUS Client::cancel_operation(ISC_STATUS* status, isc_db_handle* database) {
+    return fb_cancel_operation(status, database, fb_cancel_raise);
+}
+
 ISC_STATUS Client::start_transaction(ISC_STATUS* status, isc_tr_handle* transaction, isc_db_handle* database,
                                      unsigned short length, const char* block) {
     return isc_start_transaction(status, transaction, 1, database, length, block);

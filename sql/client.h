@@ -27,6 +27,8 @@ class Client {
     virtual ISC_STATUS create_database(ISC_STATUS* status, const char* name, isc_db_handle* database,
                                        short length, const char* block);
     virtual ISC_STATUS detach_database(ISC_STATUS* status, isc_db_handle* database);
+    /// Lets the call that another thread makes on this attachment fail; it need not have one.
+    virtual ISC_STATUS cancel_operation(ISC_STATUS* status, isc_db_handle* database);
 
     virtual ISC_STATUS start_transaction(ISC_STATUS* status, isc_tr_handle* transaction,
                                          isc_db_handle* database, unsigned short length, const char* block);

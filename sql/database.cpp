@@ -6,6 +6,7 @@
 
 #include "conn/public_call.h"
 #include "sql/attach.h"
+#include "sql/attachments.h"
 #include "sql/client.h"
 #include "sql/parameter_block.h"
 #include "sql/state.h"
@@ -64,6 +65,7 @@ bool names_a_server(std::string_view database) {
 std::string create_database(std::string_view database, std::string_view user, std::string_view password) {
     const conn::PublicCall under_way;
     if (const char* reason = sql::objection_to(database, user, password, "")) return reason;
+    sql::require_not_cancelled();
     const sql::ParameterBlock block(user, password, "");
     std::string items = block.bytes();
     items.append(dialect_item, sizeof dialect_item);

@@ -4,6 +4,7 @@
 
 #include "conn/log.h"
 #include "host/text.h"
+#include "sql/attachments.h"
 #include "sql/convert.h"
 #include "sql/exact.h"
 #include "sql/methods.h"
@@ -123,6 +124,7 @@ class Query {
         const RowBuffer buffer(area_.columns());
         RowConverter converter(area_.columns());
         return fetch_each([&] {
+            require_not_cancelled();
             result.push(converter.convert());
             return 0;
         });
@@ -137,6 +139,7 @@ class Query {
             const int code = converter.convert(row);
             if (code < 0) return code;
             if (reader != nullptr) return reader->row(row) ? 0 : int{end_of_rows};
+            require_not_cancelled();
             result.push(row);
             return 0;
         });

@@ -5,6 +5,7 @@
 
 #include "conn/log.h"
 #include "conn/public_call.h"
+#include "sql/attachments.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb {
@@ -90,6 +91,7 @@ int sqlcode() {
     const int code = client().sqlcode(status);
     if (code < 0) {
         keep_message(status);
+        give_up_after(status);
     } else {
         forget_earlier_message();
     }

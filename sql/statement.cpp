@@ -1,6 +1,7 @@
 #include "conn/log.h"
 #include "conn/raise.h"
 #include "host/text.h"
+#include "sql/attachments.h"
 #include "sql/methods.h"
 #include "sql/state.h"
 #include "sql/statement_text.h"
@@ -36,7 +37,7 @@ Value executeupdate(Self& self, Args args) {
 Value starttransaction(Self& self, Args) {
     conn::log_event(7, "[TRANS] Starting Transaction");
     isc_db_handle database = handle_of(self);
-    if (database == isc_db_handle()) return {};
+    if (database == isc_db_handle() || admit(database) != 0) return {};
     ClassState& shared = state();
     client().start_transaction(shared.status, &shared.batch, &database, batch_block.size(),
                                batch_block.data());
@@ -49,7 +50,8 @@ Value cachedupdate(Self& self, Args args) {
     conn::log_event(7, "[CACHE] Statement: " + statement);
     isc_db_handle database = handle_of(self);
     if (database == isc_db_handle()) return "";
-    int code = refuse_unfit(args[0]);
+    int code = admit(database);
+    if (code == 0) code = refuse_unfit(args[0]);
     if (code == 0) {
         client().execute_immediate(state().status, &database, &state().batch, statement.c_str());
         code = sqlcode();
@@ -61,9 +63,14 @@ Value cachedupdate(Self& self, Args args) {
 // batch.
 Value commitchanges(Self& self, Args) {
     conn::log_event(7, "[COMMIT] Commit");
-    if (handle_of(self) == isc_db_handle()) return {};
-    client().commit_transaction(state().status, &state().batch);
-    if (sqlcode() < 0) drop_batch();
+    const isc_db_handle database = handle_of(self);
+    if (database == isc_db_handle()) return {};
+    int code = admit(database);
+    if (code == 0) {
+        client().commit_transaction(state().status, &state().batch);
+        code = sqlcode();
+    }
+    if (code < 0) drop_batch();
     return {};
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "sql/attachments.h"
 #include "sql/state.h"
 
 namespace zmfb::sql {
@@ -10,6 +11,7 @@ namespace zmfb::sql {
 namespace {
 
 int start(isc_db_handle* database, isc_tr_handle* transaction, std::span<const char> block) {
+    if (const int code = admit(*database); code != 0) return code;
     std::vector<char> unwaiting;
     if (state().batch != isc_tr_handle()) {
         unwaiting.assign(block.begin(), block.end());

@@ -33,6 +33,10 @@ const std::string& FaultyClient::io_error_text() {
 
 void FaultyClient::fail(ClientCall call, int nth, ISC_STATUS code) { faults_.push_back({call, nth, code}); }
 
+void FaultyClient::fail_on_file(ClientCall call, const std::string& file) {
+    faults_.push_back({call, 1, io_error, file});
+}
+
 bool FaultyClient::all_failed() const {
     for (const Fault& fault : faults_) {
         if (fault.left > 0) return false;
@@ -40,26 +44,34 @@ bool FaultyClient::all_failed() const {
     return true;
 }
 
-ISC_STATUS FaultyClient::due(ClientCall call) {
+const FaultyClient::Fault* FaultyClient::due(ClientCall call) {
     ++counts_[static_cast<std::size_t>(call)];
-    ISC_STATUS code = 0;
+    const Fault* due = nullptr;
     for (Fault& fault : faults_) {
-        if (fault.call == call && --fault.left == 0) code = fault.code;
+        if (fault.call == call && --fault.left == 0) due = &fault;
     }
-    return code;
+    return due;
 }
 
 template <class Make>
 ISC_STATUS FaultyClient::pass(ClientCall call, ISC_STATUS* status, const Make& make) {
     asked(call);
-    ISC_STATUS outcome = due(call);
-    if (outcome == 0) {
-        outcome = make();
-    } else {
-        status[0] = isc_arg_gds;
-        status[1] = outcome;
-        status[2] = isc_arg_end;
+    const Fault* const fault = due(call);
+    if (fault == nullptr) {
+        const ISC_STATUS outcome = make();
+        answered(call, outcome);
+        return outcome;
     }
+    const ISC_STATUS outcome = fault->code;
+    *status++ = isc_arg_gds;
+    *status++ = outcome;
+    if (!fault->file.empty()) {
+        for (const char* text : {"write", fault->file.c_str()}) {
+            *status++ = isc_arg_string;
+            *status++ = reinterpret_cast<ISC_STATUS>(text);
+        }
+    }
+    *status = isc_arg_end;
     answered(call, outcome);
     return outcome;
 }

@@ -47,6 +47,8 @@ class FaultyClient : public sql::Client {
 
     /// Lets call number `nth` of that kind from now on fail, once.
     void fail(ClientCall call, int nth = 1, ISC_STATUS code = io_error);
+    /// The same with an I/O error that names this file.
+    void fail_on_file(ClientCall call, const std::string& file);
     /// Whether every failure asked for has happened.
     [[nodiscard]] bool all_failed() const;
     /// How often a call of that kind was asked for.
@@ -99,10 +101,11 @@ class FaultyClient : public sql::Client {
         ClientCall call;
         int left;
         ISC_STATUS code;
+        std::string file = {};
     };
 
-    // Counts the call; the code it is to fail with, 0 when it is to be made.
-    ISC_STATUS due(ClientCall call);
+    // Counts the call; how it is to fail, null when it is to be made.
+    const Fault* due(ClientCall call);
     template <class Make>
     ISC_STATUS pass(ClientCall call, ISC_STATUS* status, const Make& make);
 
