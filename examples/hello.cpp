@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
         std::cerr << zmfb::last_engine_message() << '\n';
         return 1;
     }
-    std::cout << connection.call("getdatabasename").text() << " is attached\n";
+    std::cout << connection.call("getdatabasename").string() << " is attached\n";
     const zmfb::Value tables = connection.call("gettablesname");
     for (const zmfb::Value& table : tables.items()) {
         std::cout << table.text() << ": " << connection.call("gettablereccount", table).integer()

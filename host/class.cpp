@@ -74,7 +74,7 @@ Instance::Instance(const Class& type) : type_(type) {
 Value Instance::send(std::string_view name, Args args) {
     const Value keep_alive(this);
     std::size_t row = type_.find_method(name);
-    if (row == Class::none) row = type_.find_method(lower(name).text());
+    if (row == Class::none) row = type_.find_method(lower(name).string());
     if (row != Class::none) return call(row, args);
     const std::size_t fallback = type_.find_method("nomethod");
     if (fallback == Class::none) {

@@ -45,7 +45,7 @@ std::string wrong_field(const Field& field, std::string_view what) {
 }
 
 std::string fit_field(Field& field) {
-    field.name = upper(field.name.substr(0, name_size)).text();
+    field.name = upper(field.name.substr(0, name_size)).string();
     if (field.name.empty() || field.name.find('\0') != std::string::npos)
         return wrong_field(field, "no name");
     switch (field.type) {
@@ -74,8 +74,8 @@ std::string fit_field(Field& field) {
 /// Reads one descriptor; returns what is wrong with it, else "".
 std::string read_field(std::string_view descriptor, Field& field) {
     const std::string_view name = descriptor.substr(0, type_position);
-    field.name = upper(trim(name.substr(0, name.find('\0')))).text();
-    field.type = upper(descriptor.substr(type_position, 1)).text().front();
+    field.name = upper(trim(name.substr(0, name.find('\0')))).string();
+    field.type = upper(descriptor.substr(type_position, 1)).string().front();
     field.length = static_cast<unsigned char>(descriptor[length_position]);
     field.decimals = static_cast<unsigned char>(descriptor[decimals_position]);
     if (field.type == 'C') {
@@ -274,7 +274,7 @@ Encoding encode_field(const Field& field, const Value& value, std::span<char> by
             return text.text().front() == '*' ? Encoding::too_wide : encode_number(field, text.text(), bytes);
         }
         case 'D':
-            return value.is(Kind::date) ? encode_text(dtos(value).text(), bytes) : Encoding::wrong_kind;
+            return value.is(Kind::date) ? encode_text(dtos(value).string(), bytes) : Encoding::wrong_kind;
         case 'L':
             return value.is(Kind::logical) ? encode_text(value.logical() ? "T" : "F", bytes)
                                            : Encoding::wrong_kind;
@@ -288,7 +288,7 @@ Encoding encode_columns(const Field& field, std::string_view columns, std::span<
         case 'N':
             return encode_number(field, columns, bytes);
         case 'D':
-            return encode_text(dtos(stod(columns)).text(), bytes);
+            return encode_text(dtos(stod(columns)).string(), bytes);
         case 'L':
             if (columns.empty() || columns.front() == ' ' || columns.front() == '?')
                 return encode_text(columns, bytes);

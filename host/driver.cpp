@@ -45,11 +45,11 @@ bool Driver::create(std::string_view file, std::span<const Field>) {
 }
 
 void register_driver(std::string_view name, std::shared_ptr<Driver> driver) {
-    drivers()[std::string(upper(name).text())] = std::move(driver);
+    drivers()[upper(name).string()] = std::move(driver);
 }
 
 std::shared_ptr<Driver> find_driver(std::string_view name) {
-    const auto found = drivers().find(upper(name).text());
+    const auto found = drivers().find(upper(name).string());
     return found == drivers().end() ? nullptr : found->second;
 }
 

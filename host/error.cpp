@@ -38,8 +38,8 @@ constexpr std::array error_variables{
 constexpr int severity_error = 2;
 
 Value default_handler(Args args) {
-    std::string text(args[0].object() == nullptr ? std::string_view("unknown error")
-                                                 : args[0].object()->get("description").text());
+    std::string text =
+        args[0].object() == nullptr ? "unknown error" : args[0].object()->get("description").string();
     for (char& c : text) {
         if (c == ';') c = '\n';
     }

@@ -164,9 +164,9 @@ std::string display_text(const Value& value, std::string_view yes, std::string_v
         case Kind::character:
             return std::string(value.text());
         case Kind::numeric:
-            return std::string(str(value).text());
+            return str(value).string();
         case Kind::date:
-            return std::string(dtoc(value).text());
+            return dtoc(value).string();
         case Kind::logical:
             return std::string(value.logical() ? yes : no);
         case Kind::nil:

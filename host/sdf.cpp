@@ -143,14 +143,15 @@ bool find_columns(const Table& table, const Value& names, std::vector<Column>& c
     if (names.is(Kind::array)) {
         for (const Value& name : names.items()) {
             if (!name.is(Kind::character)) return false;
-            wanted.emplace_back(upper(alltrim(name)).text());
+            wanted.emplace_back(upper(alltrim(name)).string());
         }
     }
     std::size_t found = 0;
     std::size_t offset = 0;
     for (std::size_t i = 0; i < table.fields().size(); ++i) {
         const Field& field = table.fields()[i];
-        if (!wanted.empty() && std::ranges::find(wanted, upper(field.name).text()) == wanted.end()) continue;
+        if (!wanted.empty() && std::ranges::find(wanted, upper(field.name).string()) == wanted.end())
+            continue;
         ++found;
         if (field.type == 'M') continue;
         columns.push_back({i, offset, static_cast<std::size_t>(field.length)});
@@ -228,7 +229,8 @@ bool append_file(const Value& file, const Value& fields, const Conditions& condi
         return false;
     }
     std::vector<Column> columns;
-    if (!file.is(Kind::character) || alltrim(file).text().empty() || !find_columns(*table, fields, columns)) {
+    if (!file.is(Kind::character) || alltrim(file).string().empty() ||
+        !find_columns(*table, fields, columns)) {
         argument_error(Subcode::structure, "APPEND FROM", {file, fields});
         return false;
     }
@@ -245,7 +247,7 @@ bool append_file(const Value& file, const Value& fields, const Conditions& condi
 /// stays as it is.
 Value with_extension(const Value& file) {
     if (!file.is(Kind::character)) return file;
-    std::string path(alltrim(file).text());
+    std::string path = alltrim(file).string();
     if (!path.empty() && path.find('.', path.rfind('/') + 2) == std::string::npos) path += ".txt";
     return path;
 }

@@ -191,7 +191,7 @@ std::size_t Value::size() const {
     return 0;
 }
 
-Value& Value::operator[](std::size_t index) const {
+Value& Value::operator[](std::size_t index) const& {
     if (kind_ == Kind::array && index >= 1 && index <= payload_.array->size) {
         return payload_.array->elements[index - 1];
     }
@@ -214,7 +214,7 @@ Value Value::eval(Args args) const {
     return payload_.block->body(args);
 }
 
-std::span<char> Value::writable_text() {
+std::span<char> Value::writable_text() & {
     if (kind_ != Kind::character) {
         wrong_kind(Kind::character);
         return {};

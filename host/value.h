@@ -74,14 +74,14 @@ class Value {
         std::memcpy(static_cast<void*>(this), &other, sizeof *this);
         other.kind_ = Kind::nil;
     }
-    /// The same value once more; what was here is released.
-    Value& operator=(const Value& other) noexcept {
+    /// The same value once more; what was here is released. A temporary is not assigned to.
+    Value& operator=(const Value& other) & noexcept {
         Value copy(other);
         swap(copy);
         return *this;
     }
     /// Takes the value over and leaves NIL; what was here is released.
-    Value& operator=(Value&& other) noexcept {
+    Value& operator=(Value&& other) & noexcept {
         Value moved(std::move(other));
         swap(moved);
         return *this;
@@ -115,6 +115,8 @@ class Value {
         payload_.number = 0;
         payload_.day = date.day;
     }
+    /// A null pointer is no text: NIL is Value().
+    Value(std::nullptr_t) = delete;
     /// Takes part in the ownership of `object`, which must have been made with new.
     explicit Value(Object* object) noexcept;
 
@@ -132,11 +134,15 @@ class Value {
     /// Whether it is NIL.
     [[nodiscard]] bool is_nil() const noexcept { return kind_ == Kind::nil; }
 
-    /// The bytes of a character value; the view lives until the value is changed, moved or destroyed.
-    [[nodiscard]] std::string_view text() const {
+    /// The bytes of a character value, "" for another kind (raised); the view lives until the value is
+    /// changed, moved or destroyed. A temporary gives none: it would be gone before its text is looked at.
+    [[nodiscard]] std::string_view text() const& {
         if (kind_ != Kind::character) return wrong_kind(Kind::character), std::string_view{};
         return raw_text();
     }
+    std::string_view text() const&& = delete;
+    /// The same bytes as a text of the caller's own, of a temporary too.
+    [[nodiscard]] std::string string() const { return std::string(text()); }
     /// The number of a numeric value; 0 for another kind (raised).
     [[nodiscard]] double number() const {
         if (kind_ != Kind::numeric) return wrong_kind(Kind::numeric), 0.0;
@@ -169,7 +175,9 @@ class Value {
     /// Element `index` of an array, counted from 1 as everywhere in the language. An index out of range, or a
     /// value that is no array, raises a bound error; should its handler return, a NIL that is nobody's is
     /// given.
-    [[nodiscard]] Value& operator[](std::size_t index) const;
+    [[nodiscard]] Value& operator[](std::size_t index) const&;
+    /// Of a temporary array, the element once more: the array may be gone before it is looked at.
+    [[nodiscard]] Value operator[](std::size_t index) const&& { return (*this)[index]; }
     /// Appends to an array (raises for another kind). Amortised constant time.
     void push(Value element) const;
 
@@ -181,7 +189,7 @@ class Value {
     Value eval(Args args) const;
 
     /// The bytes of a character value, for writing; makes them this value's own first.
-    [[nodiscard]] std::span<char> writable_text();
+    [[nodiscard]] std::span<char> writable_text() &;
     /// Appends to a character value. Amortised constant time while the text is not shared.
     void append(std::string_view more);
 

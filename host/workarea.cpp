@@ -36,7 +36,7 @@ std::map<int, Area>& areas() {
 
 /// An alias or driver name as it is compared: upper case, without outer blanks.
 std::string key_of(const Value& name) {
-    return name.is(Kind::character) ? std::string(upper(alltrim(name)).text()) : std::string();
+    return name.is(Kind::character) ? upper(alltrim(name)).string() : std::string();
 }
 
 using AreaPosition = std::map<int, Area>::iterator;
@@ -78,7 +78,7 @@ bool opens_shared(const Value& shared) {
 /// The driver named, or the default one; raises and returns null when there is none of that name.
 std::shared_ptr<Driver> driver_for(std::string_view name, GenCode gencode, std::string_view operation,
                                    std::string_view file) {
-    auto driver = find_driver(alltrim(name).text());
+    auto driver = find_driver(alltrim(name).string());
     if (driver == nullptr) {
         const std::string description = "No driver of the name " + std::string(name);
         raise_table_error({.gencode = gencode,
@@ -101,8 +101,8 @@ bool read_descriptor(const Value& row, Field& field) {
         return false;
     if (items[1].text().empty()) return false;
     constexpr std::int64_t longest = 1 << 30;
-    field.name = alltrim(items[0]).text();
-    field.type = upper(items[1]).text().front();
+    field.name = alltrim(items[0]).string();
+    field.type = upper(items[1]).string().front();
     field.length = static_cast<int>(std::clamp<std::int64_t>(items[2].integer(), 0, longest));
     if (row.size() > 3 && items[3].is(Kind::numeric)) {
         field.decimals = static_cast<int>(std::clamp<std::int64_t>(items[3].integer(), 0, longest));
@@ -128,7 +128,7 @@ Value rddsetdefault(const Value& name) {
 
 Value dbcreate(const Value& file, const Value& structure, const Value& driver) {
     const Value args[] = {file, structure, driver};
-    if (!file.is(Kind::character) || alltrim(file).text().empty() || !structure.is(Kind::array)) {
+    if (!file.is(Kind::character) || alltrim(file).string().empty() || !structure.is(Kind::array)) {
         argument_error(Subcode::structure, "DBCREATE", args);
         return false;
     }
@@ -139,12 +139,12 @@ Value dbcreate(const Value& file, const Value& structure, const Value& driver) {
         return false;
     }
     const auto found = driver_for(driver_name(driver), GenCode::create, "DBCREATE", file.text());
-    return found != nullptr && found->create(alltrim(file).text(), fields);
+    return found != nullptr && found->create(alltrim(file).string(), fields);
 }
 
 void dbusearea(const Value& new_area, const Value& driver, const Value& file, const Value& alias,
                const Value& shared, const Value& readonly) {
-    if (!file.is(Kind::character) || alltrim(file).text().empty()) {
+    if (!file.is(Kind::character) || alltrim(file).string().empty()) {
         argument_error(Subcode::table_open, "DBUSEAREA", {&file, 1});
         return;
     }

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view system_prefix = "RDDSYS_";
 
-std::string text_of(const Value& value) { return std::string(host::trim(value).text()); }
+std::string text_of(const Value& value) { return host::trim(value).string(); }
 
 int number_of(const Value& value) {
     return value.is_nil() ? 0 : std::atoi(std::string(value.text()).c_str());

@@ -81,7 +81,7 @@ Session::Session(Options options) : options_(std::move(options)) {
     const auto record = [this](host::Args args) -> host::Value {
         std::string text = "unknown error";
         if (host::Object* error = args[0].object(); error != nullptr) {
-            text = to_utf8(error->get("description").text());
+            text = to_utf8(error->get("description").string());
         }
         print_raised(text, show_raised_);
         raised_.push_back(std::move(text));

@@ -20,7 +20,7 @@ class Descriptions : public Database {
     /// What a setter answers.
     template <class... Arguments>
     std::string set(std::string_view method, Arguments... arguments) {
-        return std::string(call(method, Value(arguments)...).text());
+        return call(method, Value(arguments)...).string();
     }
 
     /// What a getter gives, without the padding.

@@ -18,7 +18,7 @@ class Engine : public Database {
     }
 
     std::string describe_table(std::string_view descr) {
-        return std::string(call("settabledescription", "client", descr).text());
+        return call("settabledescription", "client", descr).string();
     }
 };
 
@@ -38,9 +38,9 @@ TEST_P(OlderEngine, HasItsSystemTablesUpdatedWhetherTheObjectExistsOrNot) {
     connection();
     log_at(7);
     EXPECT_EQ(describe_table("O'Brien's table"), "");
-    EXPECT_EQ(call("setindexdescription", "i_name", "").text(), "");
-    EXPECT_EQ(call("setfielddescription", "client", "name", "NUMERIC(10,2)").text(), "");
-    EXPECT_EQ(call("settabledescription", "none", "x").text(), "");
+    EXPECT_EQ(call("setindexdescription", "i_name", "").string(), "");
+    EXPECT_EQ(call("setfielddescription", "client", "name", "NUMERIC(10,2)").string(), "");
+    EXPECT_EQ(call("settabledescription", "none", "x").string(), "");
     EXPECT_EQ(engine.updates, updates);
     EXPECT_EQ(sql_log(), updates);
     EXPECT_EQ(engine.questions, 1);
@@ -95,16 +95,16 @@ TEST_F(Engine, AnotherDatabaseNameWithTheSameHandleIsAskedAnew) {
     describe_table("x");
     zmFBConn other;
     other.set("dbhndl", connection().get("dbhndl"));
-    EXPECT_EQ(other.call("settabledescription", "CLIENT", "y").text(), "");
-    EXPECT_EQ(other.call("settabledescription", "CLIENT", "z").text(), "");
+    EXPECT_EQ(other.call("settabledescription", "CLIENT", "y").string(), "");
+    EXPECT_EQ(other.call("settabledescription", "CLIENT", "z").string(), "");
     EXPECT_EQ(engine.questions, 2);
 }
 
 TEST_F(Engine, WithoutADatabaseNothingIsAskedAndTheUpdateCountsAsDone) {
     zmFBConn unattached;
     log_at(8);
-    EXPECT_EQ(unattached.call("settabledescription", "client", "x").text(), "");
-    EXPECT_EQ(unattached.call("setfielddescription", "client", "name", "LOGICAL").text(), "");
+    EXPECT_EQ(unattached.call("settabledescription", "client", "x").string(), "");
+    EXPECT_EQ(unattached.call("setfielddescription", "client", "name", "LOGICAL").string(), "");
     EXPECT_EQ(
         sql_log(),
         (Names{"update rdb$relations set rdb$description = 'x' where rdb$relation_name = 'CLIENT' ",

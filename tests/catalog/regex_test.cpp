@@ -57,7 +57,7 @@ TEST_F(Regex, ExecregexGivesTheLastGroupThatMatched) {
     zmFBConn connection;
     for (const Match& match : matches) {
         SCOPED_TRACE(match.str + " ~ " + match.pattern);
-        EXPECT_EQ(connection.call("execregex", match.str, match.pattern).text(), match.result);
+        EXPECT_EQ(connection.call("execregex", match.str, match.pattern).string(), match.result);
         EXPECT_EQ(matchregex(match.str, match.pattern), match.result);
     }
 }
@@ -66,7 +66,7 @@ TEST_F(Regex, CapturesLongerThan1023BytesComeWhole) {
     zmFBConn connection;
     for (const std::size_t size : {1022U, 1023U, 1024U, 5000U, 32000U}) {
         const std::string capture(size, 'x');
-        EXPECT_EQ(connection.call("execregex", "(" + capture + ",)", R"(.*\((.*),.*)").text(), capture)
+        EXPECT_EQ(connection.call("execregex", "(" + capture + ",)", R"(.*\((.*),.*)").string(), capture)
             << size;
     }
 }
@@ -94,7 +94,7 @@ TEST_F(Regex, SubstrCountsFromOneAndALengthBelowOneMeansUpToTheEnd) {
 
 TEST_F(Regex, AnArgumentThatIsNoTextIsRaised) {
     zmFBConn connection;
-    EXPECT_EQ(connection.call("execregex").text(), "");
+    EXPECT_EQ(connection.call("execregex").string(), "");
     EXPECT_EQ(raised().size(), 2U);
 }
 

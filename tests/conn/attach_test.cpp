@@ -24,12 +24,12 @@ TEST_F(Attach, AttachingLogsTheHandleAndItsSlot) {
 TEST_F(Attach, AnAttachedObjectKnowsItsNamesButNotThePassword) {
     zmFBConn object(database(), sysdba, sysdba_password, "SOMEROLE");
     EXPECT_TRUE(object.isconnected());
-    EXPECT_EQ(object.get("sdbname").text(), database());
-    EXPECT_EQ(object.call("getdatabasename").text(), database());
+    EXPECT_EQ(object.get("sdbname").string(), database());
+    EXPECT_EQ(object.call("getdatabasename").string(), database());
     EXPECT_EQ(show(object.get("susername")), "\"SYSDBA\"");
     EXPECT_EQ(show(object.get("srolename")), "\"SOMEROLE\"");
     EXPECT_EQ(object.call("isrddactive").logical(), true);
-    EXPECT_EQ(object.call("getfullpathdatfile").text().substr(0, 10), "/tmp/zmrdd");
+    EXPECT_EQ(object.call("getfullpathdatfile").string().substr(0, 10), "/tmp/zmrdd");
     EXPECT_EQ(log_text().find(sysdba_password), std::string::npos);
 }
 

@@ -81,7 +81,7 @@ TEST_F(ServerAttach, RoleDecidesWhatTheUserMayDo) {
     execute("grant insert on T to CLERKS");
     zmFBConn without(database(), "CLERK", "paper");
     EXPECT_TRUE(without.call("executeupdate", "insert into T values (1)")
-                    .text()
+                    .string()
                     .starts_with("[ERROR] SQLCODE=-551 ("));
     zmFBConn with(database(), "CLERK", "paper", "CLERKS");
     EXPECT_EQ(show(with.call("executeupdate", "insert into T values (1)")), "\"\"");

@@ -44,8 +44,8 @@ TEST_F(Settings, TheSkipSettersLogAtLevelSix) {
 }
 
 TEST_F(Settings, TheDataFileIsAFreshNameUnderTmpEachTime) {
-    const std::string first(object.call("setfullpathdatfile").text());
-    const std::string second(object.call("setfullpathdatfile", "").text());
+    const std::string first = object.call("setfullpathdatfile").string();
+    const std::string second = object.call("setfullpathdatfile", "").string();
     EXPECT_NE(first, second);
     for (const std::string& path : {first, second}) {
         EXPECT_EQ(path.substr(0, 10), "/tmp/zmrdd");
@@ -53,7 +53,7 @@ TEST_F(Settings, TheDataFileIsAFreshNameUnderTmpEachTime) {
         EXPECT_EQ(path.find('/', 5), std::string::npos);
         EXPECT_FALSE(std::filesystem::exists(path));
     }
-    EXPECT_EQ(object.call("getfullpathdatfile").text(), second);
+    EXPECT_EQ(object.call("getfullpathdatfile").string(), second);
 }
 
 TEST_F(Settings, ADataFileThatIsGivenIsKeptAsItStands) {

@@ -155,7 +155,7 @@ class KilledMatrix : public KilledProcess {
         if (!has_column(copy)) return;
         const std::string change =
             has_column(original) ? " drop " + copy : " alter " + copy + " to " + wanted;
-        EXPECT_EQ(call("executeupdate", "alter table M" + change).text(), "");
+        EXPECT_EQ(call("executeupdate", "alter table M" + change).string(), "");
     }
 
     /// What the values of a column are, whatever it is called at the moment.

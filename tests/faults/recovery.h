@@ -62,8 +62,8 @@ class Recovery : public Workers {
         if (last_engine_message().find("cannot create index RDB$PRIMARY") == std::string::npos) return false;
         ++refusals_;
         forget_raised();
-        EXPECT_EQ(call("executeupdate", "create table WITHOUT_KEY (A integer)").text(), "");
-        EXPECT_EQ(call("executeupdate", "drop table WITHOUT_KEY").text(), "");
+        EXPECT_EQ(call("executeupdate", "create table WITHOUT_KEY (A integer)").string(), "");
+        EXPECT_EQ(call("executeupdate", "drop table WITHOUT_KEY").string(), "");
         return act();
     }
     [[nodiscard]] int refusals() const { return refusals_; }

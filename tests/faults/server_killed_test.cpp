@@ -54,15 +54,15 @@ class KilledServer : public Recovery {
     /// What is right whatever was interrupted: the dead attachment keeps saying so, the server starts, the
     /// database is sound and has its committed rows, and a new attach works.
     void expect_all_well_after_restart() {
-        expect_error(call("executeupdate", "update CUSTOMER set NAME = NAME").text());
+        expect_error(call("executeupdate", "update CUSTOMER set NAME = NAME").string());
         Server::shared().start();
-        expect_error(call("executeupdate", "update CUSTOMER set NAME = NAME").text());
+        expect_error(call("executeupdate", "update CUSTOMER set NAME = NAME").string());
         disconnect();
         expect_sound(database());
         EXPECT_EQ(rows("select NAME from CUSTOMER where RECNO <= 3 order by RECNO"),
                   (Rows{{"Ana"}, {"Bia"}, {"Cid"}}));
         EXPECT_TRUE(yes("istable", "customer"));
-        EXPECT_EQ(call("executeupdate", "update CUSTOMER set NAME = NAME").text(), "");
+        EXPECT_EQ(call("executeupdate", "update CUSTOMER set NAME = NAME").string(), "");
         call("setfullpathdatfile", file("data.dat"));
     }
 
@@ -140,7 +140,7 @@ TEST_F(KilledServer, KeepsEveryRowThatWasAnsweredForAndNoOther) {
 TEST_F(KilledServer, LosesAnOpenBatchWholeAndKeepsOneThatWasCommitted) {
     const auto add = [&] { return call("cachedupdate", "insert into CUSTOMER (NAME) values ('batch')"); };
     call("starttransaction");
-    for (int i = 0; i < 10; ++i) EXPECT_EQ(add().text(), "");
+    for (int i = 0; i < 10; ++i) EXPECT_EQ(add().string(), "");
     call("commitchanges");
     killed_during(100ms, [&] {
         call("starttransaction");
@@ -154,7 +154,7 @@ TEST_F(KilledServer, LosesAnOpenBatchWholeAndKeepsOneThatWasCommitted) {
     expect_all_well_after_restart();
     EXPECT_EQ(rows("select count(*) from CUSTOMER where NAME = 'batch'"), (Rows{{"10"}}));
     call("starttransaction");
-    EXPECT_EQ(add().text(), "");
+    EXPECT_EQ(add().string(), "");
     call("commitchanges");
     EXPECT_EQ(rows("select count(*) from CUSTOMER where NAME = 'batch'"), (Rows{{"11"}}));
 }

@@ -106,10 +106,10 @@ TEST_F(DamagedDbf, BytesBehindTheTerminatorAndBehindTheFieldsAreNothing) {
     write_file("t.dbf", bytes);
     Table& table = *open();
     EXPECT_EQ(table.fields().size(), 1U);
-    EXPECT_EQ(table.get(0).text(), "one");
+    EXPECT_EQ(table.get(0).string(), "one");
     table.put(0, "new");
     table.skip(1);
-    EXPECT_EQ(table.get(0).text(), "two");
+    EXPECT_EQ(table.get(0).string(), "two");
     EXPECT_TRUE(table.deleted());
     close();
     EXPECT_EQ(content(path("t.dbf")).substr(65 + 263), " newXXXX*twoYYYY\x1A");

@@ -200,7 +200,7 @@ std::string plain(const Field& field, std::string text) {
 std::string ours(const Field& field, const Value& value) {
     switch (field.type) {
         case 'D':
-            return plain(field, std::string(dtos(value).text()));
+            return plain(field, dtos(value).string());
         case 'L':
             return value.logical() ? "T" : "F";
         case 'N':

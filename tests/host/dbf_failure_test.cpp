@@ -217,9 +217,9 @@ TEST_F(DbfFailure, AFileThatBecameShorterIsARaisedReadError) {
     std::filesystem::resize_file(path("t.dbf"), header_size + 2 * record_size + 50);
     CaughtErrors caught;
     again.go_to(2);
-    EXPECT_EQ(again.get(0).text().substr(0, 4), "text");
+    EXPECT_EQ(again.get(0).string().substr(0, 4), "text");
     again.go_to(3);
-    EXPECT_EQ(again.get(0).text().substr(0, 4), "    ");
+    EXPECT_EQ(again.get(0).string().substr(0, 4), "    ");
     EXPECT_EQ(caught.number("gencode"), 23);
     EXPECT_EQ(caught.number("oscode"), 30);
     EXPECT_FALSE(again.put(0, "x"));

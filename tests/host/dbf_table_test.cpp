@@ -212,7 +212,7 @@ TEST_F(DbfRecord, ManyRecordsAreKeptInTheirPlaces) {
     for (int i = 1; i <= records; ++i) add(table, array_of(i, "record " + std::to_string(i)));
     const auto is_in_place = [&](Table& opened, int record) {
         return opened.get(0).number() == record &&
-               opened.get(1).text().starts_with("record " + std::to_string(record) + " ");
+               opened.get(1).string().starts_with("record " + std::to_string(record) + " ");
     };
     std::mt19937 random(4711);
     for (int i = 0; i < 200; ++i) {
@@ -242,7 +242,7 @@ TEST_F(DbfRecord, ChangesReachTheRecordTheyWereMadeIn) {
     Table& again = *open();
     for (int i = 1; i <= records; ++i, again.skip(1)) {
         ASSERT_EQ(again.get(0).number(), i);
-        ASSERT_EQ(again.get(1).text().substr(0, 3), (i - 7) % 4999 == 0 && i >= 7 ? "new" : "old") << i;
+        ASSERT_EQ(again.get(1).string().substr(0, 3), (i - 7) % 4999 == 0 && i >= 7 ? "new" : "old") << i;
     }
 }
 
@@ -258,7 +258,7 @@ TEST_F(DbfRecord, AppendingGoesOnWhereAnEarlierUseEnded) {
     Table& table = *open();
     EXPECT_EQ(table.record_count(), 20);
     for (int round = 1; round <= 20; ++round, table.skip(1)) {
-        EXPECT_EQ(table.get(0).text().substr(0, 9), ("round " + std::to_string(round) + "  ").substr(0, 9));
+        EXPECT_EQ(table.get(0).string().substr(0, 9), ("round " + std::to_string(round) + "  ").substr(0, 9));
     }
     EXPECT_EQ(std::filesystem::file_size(path("t.dbf")), 65U + 20U * 32768U + 1U);
     EXPECT_EQ(content(path("t.dbf")).back(), '\x1A');
@@ -290,7 +290,7 @@ TEST_F(DbfRecord, ARecordThatLeftTheMemoryIsOnlyMarkedWhenItIsTakenBack) {
     EXPECT_TRUE(table.take_back());
     EXPECT_EQ(table.record_count(), 4);
     EXPECT_TRUE(table.deleted());
-    EXPECT_EQ(table.get(0).text().substr(0, 2), "4 ");
+    EXPECT_EQ(table.get(0).string().substr(0, 2), "4 ");
     close();
     EXPECT_EQ(counted(path("t.dbf")), 4U);
 }

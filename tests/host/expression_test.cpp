@@ -153,7 +153,7 @@ TEST(Functions, AreFoundByName) {
         EXPECT_NE(find_function(name), nullptr) << name;
     }
     EXPECT_EQ(find_function("upper"), nullptr);
-    EXPECT_EQ(evaluate("upper(\"a\")").text(), "A");
+    EXPECT_EQ(evaluate("upper(\"a\")").string(), "A");
 }
 
 }  // namespace

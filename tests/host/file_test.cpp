@@ -372,7 +372,7 @@ TEST_F(File, IsErased) {
 
 TEST_F(File, TemporaryNamesAreFreshAndNotCreated) {
     std::set<std::string> names;
-    for (int i = 0; i < 1000; ++i) names.emplace(tempfilename(path(""), "zmrdd").text());
+    for (int i = 0; i < 1000; ++i) names.emplace(tempfilename(path(""), "zmrdd").string());
     EXPECT_EQ(names.size(), 1000U);
     for (const std::string& name : names) {
         EXPECT_EQ(name.substr(0, path("zmrdd").size()), path("zmrdd"));
@@ -389,9 +389,9 @@ TEST_F(File, TemporaryNamesStandUnderTheFolderOfTheEnvironment) {
     const char* before = std::getenv("TMPDIR");
     const std::string kept = before == nullptr ? "" : before;
     ::setenv("TMPDIR", path("").c_str(), 1);
-    EXPECT_EQ(tempfilename().text().substr(0, path("").size()), path(""));
+    EXPECT_EQ(tempfilename().string().substr(0, path("").size()), path(""));
     ::unsetenv("TMPDIR");
-    EXPECT_EQ(tempfilename("").text().substr(0, 5), "/tmp/");
+    EXPECT_EQ(tempfilename("").string().substr(0, 5), "/tmp/");
     if (before != nullptr) ::setenv("TMPDIR", kept.c_str(), 1);
 }
 

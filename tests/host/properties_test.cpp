@@ -48,9 +48,9 @@ RC_GTEST_PROP(StrtranProperty, IsTheNaiveReplacement, ()) {
     const auto replace = *rc::gen::scale(0.3, small_alphabet());
     const int start = *rc::gen::inRange(-1, 5);
     const int count = *rc::gen::inRange(0, 9);
-    RC_ASSERT(strtran(s, search, replace, start, count).text() ==
+    RC_ASSERT(strtran(s, search, replace, start, count).string() ==
               naive_strtran(s, search, replace, start, count));
-    RC_ASSERT(strtran(s, search, replace).text() == naive_strtran(s, search, replace, 1, 1'000'000));
+    RC_ASSERT(strtran(s, search, replace).string() == naive_strtran(s, search, replace, 1, 1'000'000));
 }
 
 RC_GTEST_PROP(SearchProperty, AtAndRatFindTheFirstAndLast, ()) {
@@ -84,8 +84,8 @@ RC_GTEST_PROP(SliceProperty, LeftAndTheRestAreTheWhole, (int place)) {
     const auto s = *any_text();
     const int n = place % (static_cast<int>(s.size()) + 3);
     const Value front = left(s, n);
-    RC_ASSERT((front + substr(s, std::max(n, 0) + 1)).text() == s);
-    RC_ASSERT((left(s, static_cast<double>(s.size()) - n) + right(s, n)).text() ==
+    RC_ASSERT((front + substr(s, std::max(n, 0) + 1)).string() == s);
+    RC_ASSERT((left(s, static_cast<double>(s.size()) - n) + right(s, n)).string() ==
               (n < 0 ? s : s.substr(0, s.size())));
     RC_ASSERT(substr(s, 1, n).same(front));
     if (n > 0) RC_ASSERT(substr(s, -n).same(right(s, n)));
@@ -124,13 +124,13 @@ RC_GTEST_PROP(DateProperty, StodOfAnyDigitsIsADayThatShowsThemOrEmpty, ()) {
     const auto digits =
         *rc::gen::container<std::string>(8, rc::gen::inRange('0', static_cast<char>('9' + 1)));
     const Value day = host::stod(digits);
-    RC_ASSERT(empty(day) || dtos(day).text() == digits);
+    RC_ASSERT(empty(day) || dtos(day).string() == digits);
 }
 
 RC_GTEST_PROP(StrProperty, WholeNumbersReadBack, (int n)) {
     const Value text = str(n, 12);
     RC_ASSERT(text.text().size() == 12U);
-    RC_ASSERT(alltrim(text).text() == std::to_string(n));
+    RC_ASSERT(alltrim(text).string() == std::to_string(n));
     RC_ASSERT(val(text).number() == n);
     RC_ASSERT(val(strzero(n, 12)).number() == n);
 }
@@ -143,14 +143,14 @@ RC_GTEST_PROP(StrProperty, DecimalsAreRoundedHalfAwayFromZero, (int n)) {
     if (fraction.size() < 2) fraction.insert(0, "0");
     const std::string expected =
         (n < 0 && hundredths != 0 ? "-" : "") + std::to_string(hundredths / 100) + "." + fraction;
-    RC_ASSERT(alltrim(str(n / 1000.0, 20, 2)).text() == expected);
+    RC_ASSERT(alltrim(str(n / 1000.0, 20, 2)).string() == expected);
 }
 
 RC_GTEST_PROP(StrProperty, AnyNumberFillsItsLength,
               (double n, unsigned char length, unsigned char decimals)) {
     const Value text = str(n, length, decimals);
     RC_ASSERT(text.text().size() == (length == 0 ? 10U : length));
-    RC_ASSERT(strzero(n, length, decimals).text().size() == text.text().size());
+    RC_ASSERT(strzero(n, length, decimals).string().size() == text.text().size());
     const std::string_view shown = text.text();
     const bool overflow = shown.find('*') != std::string_view::npos;
     RC_ASSERT(overflow == (shown.find_first_not_of('*') == std::string_view::npos));

@@ -29,7 +29,7 @@ class Sdf : public host_test::DbfTest {
         Table& table = create(array_of(field("C", "C", 3)));
         EXPECT_TRUE(is_same(append(text), true));
         std::vector<std::string> texts;
-        for (table.go_top(); !table.eof(); table.skip(1)) texts.emplace_back(table.get(0).text());
+        for (table.go_top(); !table.eof(); table.skip(1)) texts.emplace_back(table.get(0).string());
         close();
         return texts;
     }
@@ -180,12 +180,12 @@ TEST_F(Sdf, LinesCanBeChosen) {
         Table& table = create(array_of(field("C", "C", 1)));
         EXPECT_TRUE(is_same(dbappsdf(file, {}, for_block, while_block, next, record), true));
         std::string all;
-        for (table.go_top(); !table.eof(); table.skip(1)) all += table.get(0).text();
+        for (table.go_top(); !table.eof(); table.skip(1)) all += table.get(0).string();
         close();
         return all;
     };
-    const Value not_b = Value::block([](Args) { return table_of()->get(0).text() != "b"; });
-    const Value not_d = Value::block([](Args) { return table_of()->get(0).text() != "d"; });
+    const Value not_b = Value::block([](Args) { return table_of()->get(0).string() != "b"; });
+    const Value not_d = Value::block([](Args) { return table_of()->get(0).string() != "d"; });
     EXPECT_EQ(appended({}, {}, 3, {}), "abc");
     EXPECT_EQ(appended({}, {}, 0, {}), "");
     EXPECT_EQ(appended({}, {}, {}, 4), "d");
@@ -222,7 +222,7 @@ TEST_F(Sdf, ADriverThatCannotTakeARecordBackMarksItDeleted) {
     register_driver("MEMORY", driver);
     dbcreate("m", array_of(field("C", "C", 1)), "MEMORY");
     dbusearea(true, "MEMORY", "m", "T");
-    const Value not_b = Value::block([](Args) { return table_of()->get(0).text() != "b"; });
+    const Value not_b = Value::block([](Args) { return table_of()->get(0).string() != "b"; });
     EXPECT_TRUE(is_same(dbappsdf(write_file("data.txt", "a\nb\nc\n"), {}, not_b), true));
     EXPECT_EQ(driver->asked.back(), "delete 2");
     EXPECT_EQ(rows(*table_of("T")), R"({{"a"}, {"b"}, {"c"}})");

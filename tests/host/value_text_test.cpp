@@ -199,7 +199,8 @@ TEST(Accessors, OfAnotherKindRaiseAndAnswerWithNothing) {
     EXPECT_EQ(caught.number("gencode"), 1);
     text.push(1);
     Value(1).append("more");
-    EXPECT_TRUE(Value(1).writable_text().empty());
+    Value writable = 1;
+    EXPECT_TRUE(writable.writable_text().empty());
     EXPECT_EQ(caught.take_count(), 3);
     EXPECT_EQ(number.object(), nullptr);
     EXPECT_EQ(caught.take_count(), 0);

@@ -51,7 +51,7 @@ TEST_F(CreatedFiles, TheDataFileHasANameThatNobodyCanForesee) {
     std::set<std::string> names;
     for (int i = 0; i < 100; ++i) {
         object_.call("setfullpathdatfile");
-        const std::string path(object_.call("getfullpathdatfile").text());
+        const std::string path = object_.call("getfullpathdatfile").string();
         constexpr std::size_t random_letters = 16;
         EXPECT_TRUE(path.starts_with("/tmp/zmrdd") && path.ends_with(".dat")) << path;
         EXPECT_EQ(path.size(), std::string_view("/tmp/zmrdd.dat").size() + random_letters) << path;

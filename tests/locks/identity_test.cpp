@@ -21,9 +21,9 @@ std::string ipv6(const char* address) { return network_bytes(AF_INET6, address, 
 class Identity : public Runtime {
   protected:
     std::string area_id(const Value& tbl, const Value& area) {
-        return std::string(object.call("getuniqueareaid", tbl, area).text());
+        return object.call("getuniqueareaid", tbl, area).string();
     }
-    std::string text(std::string_view method) { return std::string(object.call(method).text()); }
+    std::string text(std::string_view method) { return object.call(method).string(); }
 
     zmFBConn object;
     FakeHost host;
@@ -142,7 +142,7 @@ TEST_F(Identity, AddressOfAnUnknownFamilyIsEmpty) {
 TEST(RealHost, IdentityIsThatOfThisProcess) {
     zmFBConn object;
     EXPECT_EQ(object.call("getpid").number(), getpid());
-    const std::string own = object.call("getuniqueareaid", "T", "A").text().data();
+    const std::string own = object.call("getuniqueareaid", "T", "A").string().data();
     EXPECT_TRUE(own.starts_with("T:A:" + std::to_string(getpid()) + ":")) << own;
 }
 

@@ -41,9 +41,9 @@ class Locks : public Database {
             "rdb$dependent_name where rdb$depended_on_name = '" +
             table + "' and rdb$relation_name <> '" + table + "'");
         for (const Row& trigger : triggers) {
-            EXPECT_EQ(call("executeupdate", "DROP TRIGGER " + trigger[0]).text(), "");
+            EXPECT_EQ(call("executeupdate", "DROP TRIGGER " + trigger[0]).string(), "");
         }
-        EXPECT_EQ(call("executeupdate", "DROP TABLE " + table).text(), "");
+        EXPECT_EQ(call("executeupdate", "DROP TABLE " + table).string(), "");
     }
 
     [[nodiscard]] Rows record_locks() const {

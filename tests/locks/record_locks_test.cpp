@@ -65,7 +65,7 @@ TEST_F(RecordLocks, QuestionsAboutAHeldRecord) {
     EXPECT_FALSE(yes("isrecordlockedbyuser", "CUSTOMER", b, "1"));
     EXPECT_FALSE(yes("isrecordlockedbyanotheruser", "CUSTOMER", a, "1"));
     EXPECT_TRUE(yes("isrecordlockedbyanotheruser", "CUSTOMER", b, "1"));
-    EXPECT_EQ(call("getrlockareaid", "CUSTOMER", "1").text(), a) << "without the blanks of its column";
+    EXPECT_EQ(call("getrlockareaid", "CUSTOMER", "1").string(), a) << "without the blanks of its column";
     EXPECT_TRUE(yes("existsuserrlocks", "CUSTOMER", a));
     EXPECT_FALSE(yes("existsuserrlocks", "CUSTOMER", b));
     EXPECT_FALSE(yes("existsanotheruserrlocks", "CUSTOMER", a));
@@ -77,7 +77,7 @@ TEST_F(RecordLocks, QuestionsAboutAFreeRecord) {
     EXPECT_FALSE(yes("isrecordlocked", "CUSTOMER", a, "2"));
     EXPECT_FALSE(yes("isrecordlockedbyuser", "CUSTOMER", a, "2"));
     EXPECT_FALSE(yes("isrecordlockedbyanotheruser", "CUSTOMER", b, "2"));
-    EXPECT_EQ(call("getrlockareaid", "CUSTOMER", "2").text(), "");
+    EXPECT_EQ(call("getrlockareaid", "CUSTOMER", "2").string(), "");
     EXPECT_FALSE(yes("existsuserrlocks", "ORDERS", a));
     EXPECT_FALSE(yes("existsanotheruserrlocks", "ORDERS", b));
 }

@@ -13,7 +13,7 @@ class Registrations : public Locks {
     void append(const std::string& name, const std::string& area) {
         EXPECT_EQ(call("executeupdate",
                        "INSERT INTO CUSTOMER (NAME, RDD_AREAID) VALUES ('" + name + "', '" + area + "')")
-                      .text(),
+                      .string(),
                   "");
     }
     bool open(const Value& tbl, const Value& area, const Value& shared = true) {

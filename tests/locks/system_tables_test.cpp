@@ -50,8 +50,8 @@ class SystemTables : public Locks {
   protected:
     void drop_with_generators(const std::string& table) {
         drop(table);
-        EXPECT_EQ(call("executeupdate", "DROP GENERATOR G_" + table + "_I").text(), "");
-        EXPECT_EQ(call("executeupdate", "DROP GENERATOR G_" + table + "_D").text(), "");
+        EXPECT_EQ(call("executeupdate", "DROP GENERATOR G_" + table + "_I").string(), "");
+        EXPECT_EQ(call("executeupdate", "DROP GENERATOR G_" + table + "_D").string(), "");
     }
     [[nodiscard]] bool exists(const std::string& table) const {
         return rows("select rdb$relation_name from rdb$relations where rdb$relation_name = '" + table + "'")

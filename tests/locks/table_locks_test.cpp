@@ -73,13 +73,13 @@ TEST_F(TableLocks, QuestionsAboutAHeldTable) {
     EXPECT_FALSE(yes("istablelockedbyuser", "CUSTOMER", b));
     EXPECT_FALSE(yes("existsanotheruserflock", "CUSTOMER", a));
     EXPECT_TRUE(yes("existsanotheruserflock", "Customer", b));
-    EXPECT_EQ(call("getflockareaid", "customer").text(), a) << "without the blanks of its column";
+    EXPECT_EQ(call("getflockareaid", "customer").string(), a) << "without the blanks of its column";
 }
 
 TEST_F(TableLocks, QuestionsAboutAFreeTable) {
     EXPECT_FALSE(yes("istablelockedbyuser", "CUSTOMER", a));
     EXPECT_FALSE(yes("existsanotheruserflock", "CUSTOMER", a));
-    EXPECT_EQ(call("getflockareaid", "CUSTOMER").text(), "");
+    EXPECT_EQ(call("getflockareaid", "CUSTOMER").string(), "");
 }
 
 TEST_F(TableLocks, EmptyAreaIdIsTheHolderOfAFreeTable) {

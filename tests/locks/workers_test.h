@@ -27,7 +27,7 @@ class Workers : public Locks {
                 ADD_FAILURE() << "worker " << i << " could not attach\n" << log_text();
                 continue;
             }
-            std::string area(process.call("getuniqueareaid", table, "1").text());
+            std::string area = process.call("getuniqueareaid", table, "1").string();
             workers.push_back({std::move(process), std::move(area)});
         }
         return workers;

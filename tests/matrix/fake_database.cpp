@@ -14,7 +14,7 @@ namespace {
 FakeDatabase* current = nullptr;
 
 FakeDatabase::Table* find(const Value& name) {
-    const auto found = current->tables.find(std::string(host::upper(name).text()));
+    const auto found = current->tables.find(host::upper(name).string());
     return found == current->tables.end() ? nullptr : &found->second;
 }
 
@@ -54,13 +54,13 @@ Value gettablesname(Self&, Args) {
 
 Value createtable(Self&, Args args) {
     if (!note("createtable", args, fmt::format("{}", fmt::join(field_texts(args[1]), ", ")))) return false;
-    current->add(std::string(host::upper(args[0]).text()), args[1]);
+    current->add(host::upper(args[0]).string(), args[1]);
     return true;
 }
 
 Value droptable(Self&, Args args) {
     if (!note("droptable", args, "")) return false;
-    current->tables.erase(std::string(host::upper(args[0]).text()));
+    current->tables.erase(host::upper(args[0]).string());
     return true;
 }
 

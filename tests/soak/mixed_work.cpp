@@ -93,7 +93,7 @@ void MixedWork::query() {
     EXPECT_EQ(does("getrow", "STOCK", "RECNO > 0", "RECNO", "", 3).size(), 6U);
     EXPECT_EQ(does("getfirstrows", "STOCK", "RECNO > 0", "RECNO", "", 10, 5).size(), 11U);
     EXPECT_EQ(does("executeudfskippad", "NAME", "STOCK", "1").size(), 1U);
-    EXPECT_EQ(does("assemblestatement", "select @@A", host::array_of(host::array_of("@@A", "1"))).text(),
+    EXPECT_EQ(does("assemblestatement", "select @@A", host::array_of(host::array_of("@@A", "1"))).string(),
               "select 1");
 }
 
@@ -130,17 +130,17 @@ void MixedWork::update() {
     runs("delete from STOCK where NAME = 'one more'");
     for (const char* const statement : {"insert into NOWHERE values (1)", "update STOCK set PRICE = 'much'",
                                         "update STOCK set PRICE = 1 / 0"}) {
-        EXPECT_NE(does("executeupdate", statement).text(), "");
+        EXPECT_NE(does("executeupdate", statement).string(), "");
     }
 }
 
 void MixedWork::batch() {
     does("starttransaction");
     for (int i = 0; i < 20; ++i) {
-        EXPECT_EQ(does("cachedupdate", "insert into STOCK values ('batch', 1, null, 'F', null, 0)").text(),
+        EXPECT_EQ(does("cachedupdate", "insert into STOCK values ('batch', 1, null, 'F', null, 0)").string(),
                   "");
     }
-    EXPECT_NE(does("cachedupdate", "insert into NOWHERE values (1)").text(), "");
+    EXPECT_NE(does("cachedupdate", "insert into NOWHERE values (1)").string(), "");
     does("commitchanges");
     runs("delete from STOCK where NAME = 'batch'");
 }
@@ -182,8 +182,8 @@ void MixedWork::make_and_drop_tables() {
 }
 
 void MixedWork::describe() {
-    EXPECT_EQ(does("setindexdescription", "STOCK_NAME", "by name").text(), "");
-    EXPECT_EQ(does("setfielddescription", "STOCK", "NAME", "what it is").text(), "");
+    EXPECT_EQ(does("setindexdescription", "STOCK_NAME", "by name").string(), "");
+    EXPECT_EQ(does("setfielddescription", "STOCK", "NAME", "what it is").string(), "");
     EXPECT_EQ(does("getfielddescription", "STOCK", "NAME").size(), 1U);
     EXPECT_EQ(does("getindexdescription", "STOCK_NAME").size(), 1U);
     EXPECT_EQ(does("gettabledescription", "STOCK").size(), 1U);

@@ -40,7 +40,7 @@ class MixedWork : public Transfer {
     void no(std::string_view method, Arguments&&... arguments) {
         EXPECT_FALSE(does(method, std::forward<Arguments>(arguments)...).logical()) << method;
     }
-    void runs(std::string_view statement) { EXPECT_EQ(does("executeupdate", statement).text(), ""); }
+    void runs(std::string_view statement) { EXPECT_EQ(does("executeupdate", statement).string(), ""); }
 
     void write_files();
     void query();

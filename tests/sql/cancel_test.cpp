@@ -138,7 +138,7 @@ TEST_F(GivenUp, AnAttachmentIsNotAskedAgainAfterAnErrorOfItsOwnFile) {
     EXPECT_NE(last_engine_message().find(first), std::string::npos) << last_engine_message();
     EXPECT_EQ(show(call("executequery", "select A from T")), "{}");
     call("starttransaction");
-    EXPECT_FALSE(call("cachedupdate", "insert into T values (1)").text().empty());
+    EXPECT_FALSE(call("cachedupdate", "insert into T values (1)").string().empty());
     call("commitchanges");
     EXPECT_EQ(client.count(ClientCall::start_transaction), started);
     EXPECT_EQ(client.count(ClientCall::execute_immediate), made);
@@ -154,7 +154,7 @@ TEST_F(GivenUp, ANewAttachmentIsAsGoodAsAny) {
 
 TEST_F(GivenUp, AnErrorOfAnotherFileChangesNothing) {
     client.fail_on_file(ClientCall::execute_immediate, write_file("external.dat", ""));
-    EXPECT_FALSE(call("executeupdate", "insert into T values (1)").text().empty());
+    EXPECT_FALSE(call("executeupdate", "insert into T values (1)").string().empty());
     EXPECT_EQ(show(call("executeupdate", "insert into T values (1)")), "\"\"");
 }
 

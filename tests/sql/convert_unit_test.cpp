@@ -34,7 +34,7 @@ std::string convert_one(XSQLVAR column, const void* data, std::size_t size, shor
     std::memcpy(columns[0].sqldata, data, size);
     *columns[0].sqlind = indicator;
     RowConverter converter(columns);
-    return std::string(converter.convert()[1].text());
+    return converter.convert()[1].string();
 }
 
 template <class T>

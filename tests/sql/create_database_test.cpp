@@ -9,7 +9,7 @@ namespace {
 
 class CreateDatabase : public Database {
   protected:
-    std::string update(const std::string& stmt) { return std::string(call("executeupdate", stmt).text()); }
+    std::string update(const std::string& stmt) { return call("executeupdate", stmt).string(); }
 };
 
 constexpr const char* refused = "[ERROR] SQLCODE=-104 (Invalid token)";
@@ -45,7 +45,7 @@ TEST_F(CreateDatabase, IsRefusedHoweverItIsWritten) {
             EXPECT_EQ(update(statement), refused);
             EXPECT_EQ(last_engine_message(), reason);
             call("starttransaction");
-            EXPECT_EQ(call("cachedupdate", statement).text(), refused);
+            EXPECT_EQ(call("cachedupdate", statement).string(), refused);
             call("commitchanges");
             EXPECT_EQ(show(call("executequery", statement)), "{}");
             EXPECT_EQ(run_script(database(), sysdba, sysdba_password, statement), reason);

@@ -165,7 +165,7 @@ TEST_F(ExactQuery, TypesOfNewerEnginesAreNamed) {
     for (const auto& [type, name] : types) {
         const NewerEngine engine(type);
         const ExactQueries exact;
-        EXPECT_EQ(call("executequery", "select 1 from rdb$database")[2][1].text(), name);
+        EXPECT_EQ(call("executequery", "select 1 from rdb$database")[2][1].string(), name);
     }
 }
 

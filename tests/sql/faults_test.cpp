@@ -86,7 +86,7 @@ class UpdateFaults : public Faults, public ::testing::WithParamInterface<Fault> 
 
 TEST_P(UpdateFaults, GiveTheErrorTextAndChangeNothing) {
     client().fail(GetParam().call, GetParam().nth);
-    EXPECT_EQ(call("executeupdate", "delete from T").text(), error_text());
+    EXPECT_EQ(call("executeupdate", "delete from T").string(), error_text());
     EXPECT_EQ(log_lines(), (Entries{{1, error_text()}}));
     EXPECT_EQ(client().count(rollback_transaction), GetParam().call == start_transaction ? 0 : 1);
     EXPECT_EQ(rows("select count(*) from T"), (Rows{{"3"}}));
@@ -101,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(Calls, UpdateFaults,
 TEST_F(Faults, RollbackThatFailsTooLeavesTheFirstFailureReported) {
     client().fail(execute_immediate, 1, isc_table_name);
     client().fail(rollback_transaction);
-    const std::string text(call("executeupdate", "delete from T").text());
+    const std::string text = call("executeupdate", "delete from T").string();
     EXPECT_TRUE(text.starts_with("[ERROR] SQLCODE=-")) << text;
     EXPECT_EQ(log_lines(), (Entries{{1, text}}));
     EXPECT_TRUE(client().all_failed());
@@ -120,7 +120,7 @@ TEST_F(Faults, BatchThatCannotStartIsSilentAndItsStatementsFail) {
     client().fail(start_transaction);
     EXPECT_EQ(show(call("starttransaction")), "NIL");
     EXPECT_EQ(log_text(), "");
-    EXPECT_TRUE(call("cachedupdate", "delete from T").text().starts_with("[ERROR] SQLCODE=-901 ("));
+    EXPECT_TRUE(call("cachedupdate", "delete from T").string().starts_with("[ERROR] SQLCODE=-901 ("));
     EXPECT_EQ(show(call("commitchanges")), "NIL");
     EXPECT_EQ(rows("select count(*) from T"), (Rows{{"3"}}));
     expect_nothing_left_and_the_next_call_works();
@@ -129,7 +129,7 @@ TEST_F(Faults, BatchThatCannotStartIsSilentAndItsStatementsFail) {
 TEST_F(Faults, StatementOfABatchThatFailsLeavesTheBatchOpen) {
     call("starttransaction");
     client().fail(execute_immediate);
-    EXPECT_EQ(call("cachedupdate", "delete from T where A = 1").text(), error_text());
+    EXPECT_EQ(call("cachedupdate", "delete from T where A = 1").string(), error_text());
     EXPECT_EQ(log_lines(), (Entries{{1, error_text()}}));
     EXPECT_EQ(client().count(rollback_transaction), 0);
     EXPECT_EQ(show(call("cachedupdate", "delete from T where A = 2")), "\"\"");
@@ -172,7 +172,7 @@ TEST_F(Faults, PositiveCodeOfTheCommitCountsAsAFailureOfAStatement) {
         "empty table.)";
     {
         const Warning client;
-        EXPECT_EQ(call("executeupdate", "delete from T where A = 1").text(), text);
+        EXPECT_EQ(call("executeupdate", "delete from T where A = 1").string(), text);
     }
     EXPECT_EQ(log_lines(), (Entries{{1, text}}));
     EXPECT_EQ(rows("select count(*) from T"), (Rows{{"2"}}));

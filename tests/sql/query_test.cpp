@@ -256,7 +256,7 @@ TEST_F(Query, HandleThatNeverWasGivesAnError) {
         zmFBConn object;
         object.set("dbhndl", handle);
         EXPECT_EQ(show(object.call("internalselect", "select 1 from rdb$database")), "{}") << handle;
-        EXPECT_TRUE(object.call("executeupdate", "delete from T").text().starts_with("[ERROR] SQLCODE=-"))
+        EXPECT_TRUE(object.call("executeupdate", "delete from T").string().starts_with("[ERROR] SQLCODE=-"))
             << handle;
     }
     EXPECT_EQ(select("select 1 from rdb$database"), R"({{{"CONSTANT", "N", 4, 0}}, {"1"}})");
@@ -272,10 +272,10 @@ TEST_F(Query, HandleMayBeHandedToAnotherObject) {
 
 TEST_F(Query, TableQueriedLastIsNotKeptInUse) {
     for (const char* query : {"select a from t", "select 1 / a from t", "select * from t where a = 0"}) {
-        ASSERT_EQ(call("executeupdate", "create table t (a integer)").text(), "");
-        ASSERT_EQ(call("executeupdate", "insert into t values (0)").text(), "");
+        ASSERT_EQ(call("executeupdate", "create table t (a integer)").string(), "");
+        ASSERT_EQ(call("executeupdate", "insert into t values (0)").string(), "");
         call("internalselect", query);
-        EXPECT_EQ(call("executeupdate", "drop table t").text(), "") << query;
+        EXPECT_EQ(call("executeupdate", "drop table t").string(), "") << query;
     }
 }
 

@@ -13,8 +13,8 @@ using Entries = std::vector<LogEntry>;
 class Statement : public Database {
   protected:
     Statement() { execute("create table T (A integer not null primary key, B varchar(10))"); }
-    std::string update(const Value& stmt) { return std::string(call("executeupdate", stmt).text()); }
-    std::string cached(const Value& stmt) { return std::string(call("cachedupdate", stmt).text()); }
+    std::string update(const Value& stmt) { return call("executeupdate", stmt).string(); }
+    std::string cached(const Value& stmt) { return call("cachedupdate", stmt).string(); }
     Rows contents() const { return rows("select A, B from T order by A"); }
 };
 
@@ -246,7 +246,7 @@ TEST_F(Batch, StatementOfAnotherObjectThatWouldWaitForTheOpenBatchFailsInsteadOf
     zmFBConn other = connect();
     call("starttransaction");
     EXPECT_EQ(cached("update T set B = 'batch'"), "");
-    const std::string text(other.call("executeupdate", "update T set B = 'beside'").text());
+    const std::string text = other.call("executeupdate", "update T set B = 'beside'").string();
     EXPECT_TRUE(text.starts_with("[ERROR] SQLCODE=-")) << text;
     EXPECT_EQ(show(other.call("executequery", "select B from T")[2]), R"({"one       "})");
     call("commitchanges");

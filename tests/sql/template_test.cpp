@@ -11,7 +11,7 @@ using host::Value;
 class Template : public Runtime {
   protected:
     std::string fill(const Value& stmt, const Value& param) {
-        return std::string(object_.call("assemblestatement", stmt, param).text());
+        return object_.call("assemblestatement", stmt, param).string();
     }
     zmFBConn object_;
 };

@@ -47,7 +47,7 @@ Runtime::Runtime() : folder_(fresh_folder()) {
     handler_before_ = host::error_block();
     host::error_block(host::Value::block([this](host::Args args) {
         host::Object* const error = args[0].object();
-        raised_.emplace_back(error == nullptr ? "" : error->get("description").text());
+        raised_.emplace_back(error == nullptr ? "" : error->get("description").string());
         return answer_;
     }));
 }

@@ -38,7 +38,7 @@ std::string show_array(const Value& array) {
 }
 
 std::string show_date(const Value& date) {
-    const std::string digits(host::dtos(date).text());
+    const std::string digits = host::dtos(date).string();
     if (digits.find_first_not_of(' ') == std::string::npos) return "{^}";
     return "{^" + digits.substr(0, 4) + '-' + digits.substr(4, 2) + '-' + digits.substr(6) + '}';
 }

@@ -25,14 +25,14 @@ class DataPath : public Transfer {
     // Brings the file in by way of `path`, and takes the table out again.
     void expect_transfers(const std::string& path) {
         SCOPED_TRACE(path);
-        EXPECT_EQ(call("setfullpathdatfile", path).text(), path);
+        EXPECT_EQ(call("setfullpathdatfile", path).string(), path);
         EXPECT_TRUE(call("bringdbf", source()).logical());
         EXPECT_EQ(rows("select NAME from PEOPLE order by RECNO"), (Rows{{"Ana"}, {"Bruno"}}));
         EXPECT_EQ(read_file(path), "Ana  Bruno");
         EXPECT_TRUE(call("exiletable", "people").logical());
         EXPECT_EQ(read_dbf("dbfread", "people.dbf").records, (Rows{{"Ana"}, {"Bruno"}}));
         EXPECT_EQ(read_file(path), "Ana  \nBruno\n");
-        EXPECT_EQ(call("getfullpathdatfile").text(), path);
+        EXPECT_EQ(call("getfullpathdatfile").string(), path);
         EXPECT_EQ(messages(), std::vector<std::string>{});
         call("droptable", "people");
     }

@@ -124,8 +124,8 @@ TEST_F(UdfInSql, NumbersArePrintedAsTheRuntimePrintsThem) {
                                               std::to_string(length) + ", " + std::to_string(decimals) + ")";
                 const std::string query = "select zmstr" + arguments + " || '|', zmstrzero" + arguments +
                                           " || '|' from rdb$database";
-                const std::string blanks(host::str(n, length, decimals).text());
-                const std::string zeros(host::strzero(n, length, decimals).text());
+                const std::string blanks = host::str(n, length, decimals).string();
+                const std::string zeros = host::strzero(n, length, decimals).string();
                 EXPECT_EQ(client.rows(query), (Rows{{blanks + "|", zeros + "|"}})) << query;
             }
         }

@@ -122,7 +122,7 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
         throw Failure{Exit::failed, fmt::format("{} cannot be exported", table),
                       "a file cannot have this name"};
     }
-    const std::string upper(host::upper(name).text());
+    const std::string upper = host::upper(name).string();
     report_check(to_utf8(upper), check_export(connection, upper, structure));
 
     const fs::path target = fs::path(given.folder) / (name + ".dbf");
@@ -133,7 +133,7 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
     drop_leftover(connection, "EXT_" + upper);
     const fs::path folder = make_private_folder(given.folder);
     reports.send("folder " + folder.string());
-    const std::string data_file(connection.call("getfullpathdatfile").text());
+    const std::string data_file = connection.call("getfullpathdatfile").string();
     reports.send("data " + data_file);
     reports.send("external EXT_" + upper);
     const double seconds = write_file(session, name, folder);

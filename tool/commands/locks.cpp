@@ -14,7 +14,7 @@
 namespace zmfb::tool {
 namespace {
 
-std::string trimmed(const Value& value) { return std::string(host::trim(value).text()); }
+std::string trimmed(const Value& value) { return host::trim(value).string(); }
 
 /// The rows of a question to the system tables, without the header. Throws Failure.
 Value system_rows(zmFBConn& connection, std::string_view query) {
@@ -32,7 +32,7 @@ struct Holder {
     Alive alive;
 
     Holder(zmFBConn& connection, const std::string& text)
-        : id(split_area_id(text)), alive(is_alive(id, text, connection.call("gethostname").text())) {}
+        : id(split_area_id(text)), alive(is_alive(id, text, connection.call("gethostname").string())) {}
 
     [[nodiscard]] std::vector<std::string> cells() const {
         return {to_utf8(id.area), id.process ? std::to_string(*id.process) : "", to_utf8(id.host),

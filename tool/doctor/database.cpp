@@ -41,7 +41,7 @@ bool has_unique_index(zmFBConn& connection, const SystemTable& table) {
 std::vector<std::string> names(zmFBConn& connection, std::string_view query) {
     std::vector<std::string> found;
     const Value rows = exact_rows(connection, query);
-    for (const Value& row : rows.items()) found.push_back(to_utf8(host::trim(row[1]).text()));
+    for (const Value& row : rows.items()) found.push_back(to_utf8(host::trim(row[1]).string()));
     return found;
 }
 
@@ -92,14 +92,14 @@ Finding check_system_tables(Session& session) {
 
 Finding check_dead_processes(Session& session) {
     zmFBConn& connection = session.connection_to_any();
-    const std::string host(connection.call("gethostname").text());
+    const std::string host = connection.call("gethostname").string();
     std::map<long, int> dead;
     for (const SystemTable& table : system_tables()) {
         if (!connection.call("istable", table.name).logical()) continue;
         const Value rows =
             exact_rows(connection, fmt::format("SELECT {} FROM {}", table.area_column, table.name));
         for (const Value& row : rows.items()) {
-            const std::string text(host::trim(row[1]).text());
+            const std::string text = host::trim(row[1]).string();
             const AreaId id = split_area_id(text);
             if (is_alive(id, text, host) == Alive::no) ++dead[id.process.value_or(0)];
         }

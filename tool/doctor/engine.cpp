@@ -38,9 +38,7 @@ constexpr std::array functions{
 constexpr std::string_view functions_advice =
     "udf/zmrddudfs.sql declares them: isql-fb -user USER DATABASE -i zmrddudfs.sql";
 
-std::string data_file(zmFBConn& connection) {
-    return std::string(connection.call("getfullpathdatfile").text());
-}
+std::string data_file(zmFBConn& connection) { return connection.call("getfullpathdatfile").string(); }
 
 /// A data file and an external table over it; both go with it.
 class ExternalTable {

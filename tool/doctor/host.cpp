@@ -39,9 +39,9 @@ Finding check_attach(Session& session) {
     constexpr std::string_view name = "attach";
     try {
         zmFBConn& connection = session.connection_to_any();
-        return {
-            std::string(name), State::ok,
-            fmt::format("{} as {}", session.options().database, to_utf8(connection.get("susername").text()))};
+        return {std::string(name), State::ok,
+                fmt::format("{} as {}", session.options().database,
+                            to_utf8(connection.get("susername").string()))};
     } catch (const Failure& failure) {
         const std::string text = failure.message + (failure.detail.empty() ? "" : ": ") + failure.detail;
         const std::string_view hint = failure.hint.empty() ? hint_for(failure.detail) : failure.hint;

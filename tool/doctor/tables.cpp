@@ -52,7 +52,7 @@ Finding check_tables(Session& session) {
     for (const Value& row : rows.items()) {
         const std::string missing = missing_in(row);
         if (missing.empty()) continue;
-        const std::string name = to_utf8(host::trim(row[1]).text());
+        const std::string name = to_utf8(host::trim(row[1]).string());
         text += fmt::format("{}{} lacks {}", text.empty() ? "" : "; ", name, missing);
         calls += fmt::format("{}zmfb call 'droptable(\"{}\")'", calls.empty() ? "" : ", ", name);
     }

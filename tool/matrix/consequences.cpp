@@ -16,9 +16,7 @@ constexpr std::string_view header_end = " ]", header_name = "[ ";
 constexpr std::string_view table_dropped = "[OK] Table dropped";
 constexpr std::string_view field_altered = "[OK] Alter Field: ", field_dropped = "[OK] Drop Field: ";
 
-std::string upper_trimmed(std::string_view text) {
-    return std::string(host::alltrim(host::upper(text)).text());
-}
+std::string upper_trimmed(std::string_view text) { return host::alltrim(host::upper(text)).string(); }
 
 /// Goes along the log of a check.
 class Walk {

@@ -10,7 +10,7 @@
 namespace zmfb::tool {
 namespace {
 
-std::string text_of(const Value& value) { return std::string(host::trim(value).text()); }
+std::string text_of(const Value& value) { return host::trim(value).string(); }
 
 // RDB$DEPENDENT_TYPE.
 constexpr std::string_view view = "1", trigger = "2", computed_field = "3";

@@ -68,8 +68,8 @@ std::optional<Descriptor> descriptor(std::string_view text) {
     pieces.push_back(text);
     if (pieces.size() < 5) return std::nullopt;
     const auto number = [](std::string_view digits) { return static_cast<int>(host::val(digits).integer()); };
-    return Descriptor{std::string(host::alltrim(host::upper(pieces[1])).text()),
-                      std::string(host::upper(pieces[2]).text()), number(pieces[3]), number(pieces[4])};
+    return Descriptor{host::alltrim(host::upper(pieces[1])).string(), host::upper(pieces[2]).string(),
+                      number(pieces[3]), number(pieces[4])};
 }
 
 std::optional<FieldLine> field_line(std::string_view line) {
@@ -78,7 +78,7 @@ std::optional<FieldLine> field_line(std::string_view line) {
     const auto before = left ? descriptor(left->second) : std::nullopt;
     const auto wanted = left ? descriptor(sides->second) : std::nullopt;
     if (!before || !wanted) return std::nullopt;
-    return FieldLine{std::string(host::alltrim(host::upper(left->first)).text()), before->name, wanted->type,
+    return FieldLine{host::alltrim(host::upper(left->first)).string(), before->name, wanted->type,
                      wanted->length, wanted->decimals};
 }
 

@@ -96,7 +96,7 @@ std::size_t row_size(const DbfFile& file) {
 
 std::string table_of_file(const std::string& path) {
     const std::string name = path.substr(path.rfind('/') + 1);
-    return std::string(host::upper(name.substr(0, name.find('.'))).text());
+    return host::upper(name.substr(0, name.find('.'))).string();
 }
 
 std::string sql_type_of(const DbfField& field) {

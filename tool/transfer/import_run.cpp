@@ -269,7 +269,7 @@ void Import::bring(const std::string& path) {
     begun_.table = plan_.table;
     begun_.replaces = plan_.table_exists;
     begun_.external = "EXT_" + plan_.table;
-    begun_.data_file = connection_.call("getfullpathdatfile").text();
+    begun_.data_file = connection_.call("getfullpathdatfile").string();
     reports_.send("data " + begun_.data_file);
     reports_.send("external " + begun_.external);
     reports_.send("table " + begun_.table);

@@ -45,8 +45,8 @@ std::string external_file_of(zmFBConn& connection, const std::string& table) {
         connection.call("executequery",
                         "select rdb$external_file from rdb$relations where rdb$external_file is not null and "
                         "rdb$relation_name = '" +
-                            std::string(host::strtran(table, "'", "''").text()) + "'");
-    return found.size() < 2 ? "" : std::string(host::alltrim(found[2][1]).text());
+                            host::strtran(table, "'", "''").string() + "'");
+    return found.size() < 2 ? "" : host::alltrim(found[2][1]).string();
 }
 
 void remove_files(const Begun& begun) {

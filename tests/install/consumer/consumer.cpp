@@ -43,11 +43,11 @@ int main(int argc, char** argv) {
     zmfb::zmFBConn unattached;
     unattached.call("setloglevel", -1);
     if (zmfb::library_version() != ZMFB_VERSION) return 1;
-    std::cout << "zmfbconn " << ZMFB_VERSION << "\ntrimmed: " << zmfb::host::alltrim("  text ").text()
+    std::cout << "zmfbconn " << ZMFB_VERSION << "\ntrimmed: " << zmfb::host::alltrim("  text ").string()
               << '\n';
 
     zmfb::host::error_block(zmfb::Value::block([](zmfb::Args args) -> zmfb::Value {
-        throw std::runtime_error(std::string(args[0].object()->get("description").text()));
+        throw std::runtime_error(args[0].object()->get("description").string());
     }));
     try {
         unattached.call("nosuch");

@@ -21,7 +21,7 @@ struct Raised {
     std::string description;
 };
 
-Value throw_raised(Args args) { throw Raised{std::string(args[0].object()->get("description").text())}; }
+Value throw_raised(Args args) { throw Raised{args[0].object()->get("description").string()}; }
 
 void answer(const Value& value) { std::cout << tool::to_literal(value) << std::endl; }
 

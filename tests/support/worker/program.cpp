@@ -53,7 +53,7 @@ class Lock {
                 : fmt::format("SELECT RLK_AREAID FROM RDDSYS_RLK WHERE RLK_TABLE = '{}' AND RLK_RECNO = {}",
                               table_.text(), record_);
         const Value rows = connection_.call("executequery", statement);
-        return rows.size() == 2 && host::trim(rows[2][1]).text() == area_.text();
+        return rows.size() == 2 && host::trim(rows[2][1]).string() == area_.text();
     }
 
     [[nodiscard]] bool whole() const { return whole_; }
