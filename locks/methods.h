@@ -29,8 +29,8 @@ Value gethostname(Self& self, Args args);
 /// getipaddress(): first network address of this host as text; "" on any failure, or when it needs more than
 /// 29 bytes.
 Value getipaddress(Self& self, Args args);
-/// getuniqueareaid(tbl, area): "<tbl>:<area>:<process id>:<host name>" cut to 50 bytes, which names one work
-/// area of one process of one host. Logs the uncut id at level 8.
+/// getuniqueareaid(tbl, area): "<tbl>:<area>:<process id>:<host name>" cut to 50 bytes. An id that was not
+/// cut names one work area of one process of one host. Logs the uncut id at level 8.
 Value getuniqueareaid(Self& self, Args args);
 /// @}
 
@@ -78,10 +78,12 @@ Value existsanotheruserrlocks(Self& self, Args args);
 /// @}
 
 /// \name Record locks
-/// None of these waits or tries again. .F. also when the statement fails; the log has why.
+/// None of these waits for a lock to be given back, or tries again. .F. also when the statement fails, for an
+/// unlock too; the log has why.
 /// @{
 /// setrecordaslocked(tbl, areaid, recno): grants the lock unless another area holds the record or the table.
-/// .T. at no cost when the area holds it already; the area's own table lock is no hindrance.
+/// .T. at no cost when the area holds it already; the area's own table lock is no hindrance. A table lock
+/// taken at the same moment is granted as well: a second call answers .F. then.
 Value setrecordaslocked(Self& self, Args args);
 /// setrecordasunlocked(tbl, areaid, recno): .F. when the area does not hold the record.
 Value setrecordasunlocked(Self& self, Args args);
@@ -93,10 +95,11 @@ Value getlockedrecords(Self& self, Args args);
 /// @}
 
 /// \name Table locks
-/// None of these waits or tries again. .F. also when the statement fails; the log has why.
+/// As for record locks.
 /// @{
 /// settableaslocked(tbl, areaid): grants the table lock unless another area holds a record of the table or
-/// the table. .T. at no cost when the area holds it already. Open registrations are not looked at.
+/// the table. .T. at no cost when the area holds it already. Open registrations are not looked at. A record
+/// lock taken at the same moment is granted as well: a second call answers .F. then.
 Value settableaslocked(Self& self, Args args);
 /// settableasunlocked(tbl, areaid): .F. when the area does not hold the table lock.
 Value settableasunlocked(Self& self, Args args);

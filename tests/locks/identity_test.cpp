@@ -77,6 +77,23 @@ TEST_F(Identity, AreaIdOfALongTableNameLosesTheHostFirst) {
     EXPECT_EQ(area_id(std::string(43, 'T'), "A1"), std::string(43, 'T') + ":A1:424");
 }
 
+TEST_F(Identity, AreaIdOfFewerThanFiftyBytesWasNotCut) {
+    for (std::size_t size = 1; size <= 60; ++size) {
+        const std::string area(size, 'A');
+        const std::string id = area_id("CUSTOMER", area);
+        EXPECT_EQ(id.size() < 50, id == "CUSTOMER:" + area + ":4242:host1" && id.size() != 50) << id;
+    }
+}
+
+TEST_F(Identity, TableAndAreaOfUpToFortyBytesKeepTheProcessId) {
+    host.pid = 4194304;  // the longest that Linux gives
+    for (const std::size_t size : {1U, 20U, 39U}) {
+        EXPECT_NE(area_id(std::string(40 - size, 'T'), std::string(size, 'A')).find(":4194304:"),
+                  std::string::npos);
+    }
+    EXPECT_EQ(area_id(std::string(30, 'T'), std::string(11, 'A')).find(":4194304:"), std::string::npos);
+}
+
 TEST_F(Identity, ProcessIdIsANumber) { EXPECT_EQ(show(object.call("getpid")), "4242"); }
 
 TEST_F(Identity, HostNameIsTheOfficialNameOfTheEntry) {

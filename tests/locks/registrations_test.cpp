@@ -115,6 +115,15 @@ TEST_F(Registrations, LoserOfARaceToRegisterAnswersFalse) {
     EXPECT_EQ(registrations().size(), 1u);
 }
 
+TEST_F(Registrations, AskingBeforeAnExclusiveOpenGuardsNothing) {
+    const RacingClient other(
+        database(), "INSERT INTO RDDSYS_OPN",
+        "INSERT INTO RDDSYS_OPN (OPN_TABLE, OPN_AREAID, OPN_SHARED) VALUES ('CUSTOMER', '" + b + "', 'F')");
+    EXPECT_FALSE(yes("istableinuse", "CUSTOMER"));
+    EXPECT_TRUE(yes("settableusedbyarea", true, "CUSTOMER", a, false));
+    EXPECT_EQ(registrations(), (Rows{{"CUSTOMER", a, "F"}, {"CUSTOMER", b, "F"}}));
+}
+
 TEST_F(Registrations, NamesAndIdsWiderThanTheirColumnsAreRefused) {
     EXPECT_FALSE(open(std::string(31, 'T'), a));
     EXPECT_FALSE(open("CUSTOMER", std::string(51, 'x')));

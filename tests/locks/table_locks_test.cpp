@@ -117,6 +117,9 @@ TEST_F(TableLocks, RaceBetweenATableAndARecordIsNotGuarded) {
     EXPECT_TRUE(lock(a));
     EXPECT_EQ(table_locks(), (Rows{{"CUSTOMER", a}}));
     EXPECT_EQ(record_locks(), (Rows{{"CUSTOMER", "1", b}}));
+    // Whoever asks a second time is told.
+    EXPECT_FALSE(lock(a));
+    EXPECT_FALSE(yes("setrecordaslocked", "CUSTOMER", b, "1"));
 }
 
 TEST_F(TableLocks, FailedQueriesReadAsNobodyAndTheIndexStillRefuses) {

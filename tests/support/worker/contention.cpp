@@ -44,4 +44,20 @@ std::optional<std::pair<Hold, Hold>> overlap_in(std::vector<Hold> holds) {
     return std::pair{*found, *(found + 1)};
 }
 
+long record_and_table_overlaps(const std::vector<Hold>& holds) {
+    std::vector<Hold> tables, records;
+    for (const Hold& hold : holds) (hold.resource == "table" ? tables : records).push_back(hold);
+    // One after the other, so that their ends are in order too.
+    std::sort(tables.begin(), tables.end(), [](const Hold& a, const Hold& b) { return a.from < b.from; });
+    long overlaps = 0;
+    for (const Hold& record : records) {
+        auto table = std::partition_point(tables.begin(), tables.end(),
+                                          [&](const Hold& one) { return one.until <= record.from; });
+        for (; table != tables.end() && table->from < record.until; ++table) {
+            if (table->area != record.area) ++overlaps;
+        }
+    }
+    return overlaps;
+}
+
 }  // namespace zmfb::test

@@ -30,6 +30,10 @@ bool record_hold(const std::string& file, const Hold& hold);
 /// The holds in the file.
 std::vector<Hold> recorded_holds(const std::string& file);
 
+/// How many pairs of holds, one of the table and one of a record by another area, overlap; those of the table
+/// overlap nowhere among themselves.
+long record_and_table_overlaps(const std::vector<Hold>& holds);
+
 /// Two holds of one resource that overlap, if there are any.
 std::optional<std::pair<Hold, Hold>> overlap_in(std::vector<Hold> holds);
 

@@ -33,6 +33,8 @@ void carry_out(std::optional<zmFBConn>& connection, const tool::Call& call) {
     }
     if (!connection) throw Raised{"not attached"};
     if (call.method == "contend") return answer(contend(*connection, args));
+    if (call.method == "opentable") return answer(opentable(*connection, args));
+    if (call.method == "closetable") return answer(closetable(*connection, args));
     if (call.method == "appendrows") return answer(appendrows(*connection, args));
     if (call.method == "churn") churn(*connection, args, answer);
     answer(connection->call_with(call.method, args));

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <random>
 #include <string>
@@ -69,10 +70,19 @@ class Lock {
 
 constexpr int release_tries = 1000;
 
+/// Makes a call; lets `longest` be its time in nanoseconds when it took longer than that.
+template <class Call>
+bool timed(std::int64_t& longest, const Call& call) {
+    const std::int64_t begin = monotonic_now();
+    const bool answer = call();
+    longest = std::max(longest, monotonic_now() - begin);
+    return answer;
+}
+
 /// How often the release had to be tried again; release_tries when it never went well.
-int release_for_sure(Lock& lock) {
+int release_for_sure(Lock& lock, std::int64_t& longest) {
     for (int tried = 0; tried < release_tries; ++tried) {
-        if (lock.release()) return tried;
+        if (timed(longest, [&] { return lock.release(); })) return tried;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return release_tries;
@@ -86,12 +96,25 @@ Value contend(zmFBConn& connection, Args args) {
     const auto records = static_cast<unsigned>(args[3].integer());
     Random random(static_cast<unsigned>(args[4].integer()));
     const std::string events = text_of(args[5]);
+    const bool looks_again = args[6].same(true);
 
-    int grants = 0, table_grants = 0, refusals = 0, wrong_rows = 0, retries = 0, kept = 0;
+    int grants = 0, table_grants = 0, refusals = 0, wrong_rows = 0, retries = 0, kept = 0, given_back = 0;
+    std::int64_t longest = 0;
+    const auto release = [&](Lock& lock) {
+        const int tried = release_for_sure(lock, longest);
+        retries += tried;
+        if (tried == release_tries) ++kept;
+    };
     for (std::int64_t attempt = 0; attempt < attempts; ++attempt) {
         Lock lock(connection, table, area, below(random, 5) == 0 ? 0 : 1 + below(random, records));
-        if (!lock.take()) {
+        if (!timed(longest, [&] { return lock.take(); })) {
             ++refusals;
+            pause_up_to(random, 1000);
+            continue;
+        }
+        if (looks_again && !timed(longest, [&] { return lock.take(); })) {
+            ++given_back;
+            release(lock);
             pause_up_to(random, 1000);
             continue;
         }
@@ -102,11 +125,10 @@ Value contend(zmFBConn& connection, Args args) {
         pause_up_to(random, 2000);
         hold.until = monotonic_now();
         if (!record_hold(events, hold)) return "the hold could not be recorded";
-        const int tried = release_for_sure(lock);
-        retries += tried;
-        if (tried == release_tries) ++kept;
+        release(lock);
     }
-    return host::array_of(attempts, grants, table_grants, refusals, wrong_rows, retries, kept);
+    return host::array_of(attempts, grants, table_grants, refusals, wrong_rows, retries, kept, given_back,
+                          longest / 1000000);
 }
 
 Value appendrows(zmFBConn& connection, Args args) {

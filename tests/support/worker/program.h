@@ -5,12 +5,21 @@
 
 namespace zmfb::test {
 
-/// contend(tbl, areaid, attempts, records, seed, events): takes and releases, as often as `attempts` says, a
-/// record lock out of `records` or, one time in five, the table lock, held for up to two milliseconds. A line
-/// of every hold goes to the file `events` (contention.h). Answers {attempts, grants, table grants, refusals,
-/// rows that were not this area's alone while it held the lock, releases that had to be tried again, locks
-/// that were never released}.
+/// contend(tbl, areaid, attempts, records, seed, events, looks_again): takes and releases, as often as
+/// `attempts` says, a record lock out of `records` or, one time in five, the table lock, held for up to two
+/// milliseconds. With `looks_again` .T. a lock that was granted is asked for a second time, and given back
+/// when it is refused then. A line of every hold goes to the file `events` (contention.h). Answers {attempts,
+/// grants, table grants, refusals, rows that were not this area's alone while it held the lock, releases that
+/// had to be tried again, locks that were never released, locks given back, milliseconds of the longest
+/// call}.
 Value contend(zmFBConn& connection, Args args);
+
+/// opentable(tbl, areaid, shared, safely): opens the table; .F. when another area's open is in the way.
+/// Safely is the order that the documentation gives, the other one asks whether the table is in use and
+/// registers.
+Value opentable(zmFBConn& connection, Args args);
+/// closetable(tbl, areaid): takes back the registration and the table lock.
+Value closetable(zmFBConn& connection, Args args);
 
 /// appendrows(tbl, areaid, rows): registers the area, appends `rows` rows with NAME "<areaid>/<n>" and
 /// unregisters. Answers the record numbers that it learned, or the error text of the statement that failed.
