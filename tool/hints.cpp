@@ -44,6 +44,8 @@ constexpr std::array hints{
         "cannot create index RDB$PRIMARY",
         "a process was killed while it made a table; zmfb exec \"create table ZZ (A integer)\" and zmfb exec "
         "\"drop table ZZ\" put that right; docs/recovery.md says more"},
+    Hint{"no permission for CREATE access to DATABASE",
+         "SYSDBA gives the right to make databases; docs/rights.md says how"},
     Hint{"no permission for", "the owner of the database gives rights; docs/rights.md says which are needed"},
     Hint{"There is no privilege for this operation",
          "the owner of the database gives rights; docs/rights.md says which are needed"},

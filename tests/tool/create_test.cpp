@@ -16,6 +16,16 @@ TEST_F(Create, MakesADatabaseTheDriverCanUse) {
     EXPECT_EQ(look.out, ".T.\n{\"RDDSYS_FLK\", \"RDDSYS_OPN\", \"RDDSYS_RLK\"}\n");
 }
 
+TEST_F(Create, TheFileIsForItsOwnerAndGroupWhateverTheUmask) {
+    for (const std::string umask : {"000", "022", "077"}) {
+        ASSERT_EQ(zmfb_after("umask " + umask, {"--db", as_database(umask + ".fdb"), "create"}).status, 0);
+        EXPECT_EQ(std::filesystem::status(file(umask + ".fdb")).permissions(),
+                  std::filesystem::perms::owner_read | std::filesystem::perms::owner_write |
+                      std::filesystem::perms::group_read | std::filesystem::perms::group_write)
+            << umask;
+    }
+}
+
 TEST_F(Create, AnExistingFileIsRefusedAndLeftAlone) {
     const std::string path = write_file("test.fdb", "precious");
     const Finished run = on(path, {"create"});
