@@ -92,10 +92,21 @@ CLI::App* CommandLine::add_group(const std::string& name, const std::string& hel
     return group;
 }
 
+// "help import" is "import --help".
+void CommandLine::parse(int argc, char** argv) {
+    if (argc < 2 || std::string_view(argv[1]) != "help") return app_.parse(argc, argv);
+    std::vector<std::string> words(argv + 2, argv + argc);
+    const std::vector<std::string> commands = names_of_commands(app_);
+    if (words.empty() || std::ranges::find(commands, words[0]) != commands.end())
+        words.emplace_back("--help");
+    std::ranges::reverse(words);  // as the parser wants them
+    app_.parse(std::move(words));
+}
+
 int CommandLine::run(int argc, char** argv) {
     Exit status = Exit::ok;
     try {
-        app_.parse(argc, argv);
+        parse(argc, argv);
         hide_password(argc, argv);
         if (!encoding_.empty() && !set_encoding(encoding_)) {
             throw Failure{Exit::usage, fmt::format("{} is no single-byte character set", encoding_), "",

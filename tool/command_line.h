@@ -37,6 +37,7 @@ class CommandLine {
 
   private:
     void add_options();
+    void parse(int argc, char** argv);
     /// Prints help and version, and what is wrong with the command line.
     Exit answer(const CLI::ParseError& problem) const;
     /// The word that stands where a command should; "" when there is none.

@@ -51,6 +51,21 @@ TEST_F(Usage, HelpAndVersionEndWithZero) {
     EXPECT_NE(zmfb({"call", "--help"}).out.find("EXPR"), std::string::npos);
 }
 
+TEST_F(Usage, HelpOfACommandIsTheSameBothWays) {
+    for (const std::vector<std::string>& command :
+         std::vector<std::vector<std::string>>{{}, {"import"}, {"matrix"}, {"matrix", "check"}}) {
+        std::vector<std::string> behind = command, before = command;
+        behind.push_back("--help");
+        before.insert(before.begin(), "help");
+        const Finished run = zmfb(before);
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.out, zmfb(behind).out);
+    }
+    const Finished unknown = zmfb({"help", "improt"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_EQ(unknown.err, "error: there is no command improt\nhint: did you mean \"zmfb import\"?\n");
+}
+
 TEST_F(Usage, ADatabaseThatIsNotThereEndsWithThreeAndTheEnginesWords) {
     const Finished run = on(new_database(), {"tables"});
     EXPECT_EQ(run.status, 3);
