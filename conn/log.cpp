@@ -1,7 +1,9 @@
 #include "conn/log.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -19,8 +21,36 @@ int current_level = 0;
 // Every log text passes through this one buffer; its last byte ends the text.
 char event_buffer[10000];
 
+// A file that grows beyond the process's limit of file sizes sends a signal that ends the program. While this
+// lives the signal is held back from this thread, and what was sent meanwhile is taken away at the end.
+class FileSizeSignalHeldBack {
+  public:
+    FileSizeSignalHeldBack() {
+        sigset_t pending;
+        ::sigpending(&pending);
+        was_pending_ = sigismember(&pending, SIGXFSZ) != 0;
+        sigemptyset(&signal_);
+        sigaddset(&signal_, SIGXFSZ);
+        ::pthread_sigmask(SIG_BLOCK, &signal_, &mask_before_);
+    }
+    FileSizeSignalHeldBack(const FileSizeSignalHeldBack&) = delete;
+    FileSizeSignalHeldBack& operator=(const FileSizeSignalHeldBack&) = delete;
+    ~FileSizeSignalHeldBack() {
+        const std::timespec at_once{};
+        while (!was_pending_ && ::sigtimedwait(&signal_, nullptr, &at_once) < 0 && errno == EINTR) {
+        }
+        ::pthread_sigmask(SIG_SETMASK, &mask_before_, nullptr);
+    }
+
+  private:
+    sigset_t signal_;
+    sigset_t mask_before_;
+    bool was_pending_;
+};
+
 void write_entry(int level) {
     if (level > current_level) return;
+    const FileSizeSignalHeldBack no_signal;
     const std::time_t now = std::time(nullptr);
     std::FILE* file = std::fopen(log_path(), "a");
     if (file == nullptr) return;

@@ -1,7 +1,8 @@
 /// The log: one text file, "/var/log/zmrddfire.log", shared by every object of the process.
 ///
 /// An entry is two lines: a tab, the level in brackets, the user and the date; then a blank and the text. It
-/// is written when its level is at or below the log level. A log file that cannot be written changes nothing.
+/// is written when its level is at or below the log level. A log file that cannot be written changes nothing,
+/// nor does one that has reached the limit of its size.
 #pragma once
 
 #include <string>

@@ -1,8 +1,10 @@
 #include "conn/log.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 
+#include "tests/host/folder.h"
 #include "tests/support/runtime.h"
 #include "zmfbconn/connection.h"
 
@@ -117,6 +119,55 @@ TEST_F(Log, ALogThatCannotBeWrittenChangesNothing) {
     EXPECT_EQ(show(object.call("getloglevel")), "2");
     object.call("frobnicate");
     EXPECT_EQ(raised().size(), 1U);
+}
+
+/// What a process does with the signal of a file that grows beyond its limit: its action, whether it is
+/// blocked and whether it is pending.
+std::string state_of_file_size_signal() {
+    struct sigaction action {};
+    ::sigaction(SIGXFSZ, nullptr, &action);
+    sigset_t blocked;
+    ::pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    sigset_t pending;
+    ::sigpending(&pending);
+    return std::string(action.sa_handler == SIG_DFL ? "default" : "own") +
+           (sigismember(&blocked, SIGXFSZ) != 0 ? " blocked" : "") +
+           (sigismember(&pending, SIGXFSZ) != 0 ? " pending" : "");
+}
+
+TEST_F(Log, AFileAtTheLimitOfItsSizeChangesNothing) {
+    object.call("writelog", std::string(5000, 'x'), 0);
+    const std::string before = log_text();
+    const int outcome = host_test::in_child([&] {
+        host_test::limit_files_to(4096);
+        std::signal(SIGXFSZ, SIG_DFL);
+        object.call("setloglevel", 2);
+        if (show(object.call("getloglevel")) != "2") return 1;
+        return state_of_file_size_signal() == "default" ? 0 : 2;
+    });
+    EXPECT_EQ(outcome, 0);
+    EXPECT_EQ(log_text(), before);
+}
+
+TEST_F(Log, ASignalThatTheProgramHoldsBackStaysForIt) {
+    object.call("writelog", std::string(5000, 'x'), 0);
+    const int outcome = host_test::in_child([&] {
+        host_test::limit_files_to(4096);
+        std::signal(SIGXFSZ, SIG_DFL);
+        sigset_t signal;
+        sigemptyset(&signal);
+        sigaddset(&signal, SIGXFSZ);
+        ::pthread_sigmask(SIG_BLOCK, &signal, nullptr);
+        object.call("writelog", "too much", 0);
+        if (state_of_file_size_signal() != "default blocked") return 1;
+        ::raise(SIGXFSZ);
+        object.call("writelog", "too much", 0);
+        const bool kept = state_of_file_size_signal() == "default blocked pending";
+        const timespec at_once{};
+        ::sigtimedwait(&signal, nullptr, &at_once);
+        return kept ? 0 : 2;
+    });
+    EXPECT_EQ(outcome, 0);
 }
 
 TEST_F(Log, TheFileIsOpenedForEachEntryAnew) {
