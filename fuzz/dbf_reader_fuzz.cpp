@@ -60,7 +60,8 @@ void convert_whole_file(const DbfHeader& header, std::span<const DbfField> field
     const Value dat = host::fcreate(target, 0);
     require(dbf.number() >= 0 && dat.number() >= 0, "the scratch files open");
     host::fseek(dbf, header.start);
-    require(transfer::write_data_file(dbf, header.records, conversion, dat), "the data file is written");
+    require(transfer::write_data_file(dbf, header.records, conversion, dat).has_value(),
+            "the data file is written");
     host::fclose(dbf);
     host::fclose(dat);
     const bool nothing = header.record_length <= 1 || length == 0;

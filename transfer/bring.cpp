@@ -31,7 +31,6 @@ constexpr std::string_view null_dates_trigger =
 constexpr std::string_view null_date =
     "IF ( NEW.@@DATEFIELD = '0001-01-01' ) THEN   NEW.@@DATEFIELD = NULL;  @@IFS";
 constexpr std::string_view copy_rows = "INSERT INTO @@TABLENAME SELECT @@COLUMNS FROM @@EXTTABLE";
-constexpr int import_log_level = 4;
 
 // One import on its way. Each step answers whether the next one may run; one that says no has reported why.
 //
@@ -47,6 +46,7 @@ struct Import {
     Value structure = {};
     Value table = {};
     Value data_file = {};
+    std::int64_t records = 0;  // those that the data file has
 
     bool open();
     bool read_header();
@@ -100,7 +100,7 @@ bool Import::read_header() {
 bool Import::read_fields() {
     const std::string descriptors = read(dbf_descriptors_start, header.descriptor_bytes());
     conn::log_event(
-        import_log_level,
+        transfer_log_level,
         fmt::format("[BRING] Bringing to Heaven DBF: {} #Records: {} #Fields: {} FileSz: {} bytes "
                     "RecSz: {} bytes Starting at {}",
                     dbfname.text(), header.records, header.fields, header.file_size(), header.record_length,
@@ -108,7 +108,7 @@ bool Import::read_fields() {
     if (!has_dbf_terminator(header, descriptors)) {
         call(self, "writelog",
              "[WARN] Possible DBF header corruption or not a FlagShip native DBF! File:" + dbfname,
-             import_log_level);
+             transfer_log_level);
     }
     std::optional<std::vector<DbfField>> found = read_dbf_fields(header, descriptors);
     if (!found || !record_holds_fields(header, *found)) return refuse_as_no_dbf();
@@ -126,8 +126,12 @@ void Import::make_structure() {
 }
 
 bool Import::make_table() {
+    if (!has_single_bytes(self)) {
+        host::fclose(dbf);
+        return false;
+    }
     if (ask(self, "istable", table)) {
-        call(self, "writelog", "[ERROR] Table already exists. Table: " + table, import_log_level);
+        call(self, "writelog", "[ERROR] Table already exists. Table: " + table, transfer_log_level);
         raiseerror("A tabela já existe; Tabela: "_l1 + table);
         return false;
     }
@@ -140,14 +144,15 @@ bool Import::write_data() {
     host::fseek(dbf, header.start);
     data_file = data_file_path(self);
     const Value dat = host::fcreate(data_file, data_file_permissions);
-    bool written = dat.number() > 0;
-    if (written) {
+    std::optional<std::int64_t> written;
+    if (dat.number() > 0) {
         const RecordConversion conversion(fields, static_cast<std::size_t>(header.record_length));
         written = write_data_file(dbf, header.records, conversion, dat);
         host::fclose(dat);
     }
     if (!written) raiseerror("Impossível criar arq temporário para importação"_l1);
-    return written;
+    records = written.value_or(0);
+    return written.has_value();
 }
 
 bool Import::make_external() {
@@ -181,9 +186,14 @@ bool Import::copy() {
     // trigger sets.
     add_parameter(aparam, "@@COLUMNS", "null,@@COLUMNS");
     add_parameter(aparam, "@@COLUMNS", "0");
-    const bool copied = update_or_raise(
-        self, copy_rows, aparam,
-        "Erro durante a transferência dos dados da tabela externa para tabela oficial; FB Error: "_l1);
+    // Counted before the copy, so that nothing of another file comes in, and after it, in case another
+    // program has made the file its own between.
+    const bool copied =
+        holds_rows(self, "counttablerecords", external_table(), records, data_file) &&
+        update_or_raise(
+            self, copy_rows, aparam,
+            "Erro durante a transferência dos dados da tabela externa para tabela oficial; FB Error: "_l1) &&
+        holds_rows(self, "gettablereccount", table, records, data_file);
     if (has_dates()) call(self, "droptrigger", "T_" + null_dates_name());
     call(self, "droponlytable", external_table());
     host::fclose(dbf);

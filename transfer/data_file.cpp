@@ -1,10 +1,13 @@
 #include "transfer/data_file.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
 
 #include "conn/raise.h"
+#include "conn/statement.h"
 #include "host/file.h"
 #include "host/text.h"
 
@@ -13,6 +16,11 @@ namespace zmfb::transfer {
 namespace {
 
 using host::operator""_l1;
+
+constexpr std::string_view wide_character_set =
+    "SELECT C.RDB$CHARACTER_SET_NAME, C.RDB$BYTES_PER_CHARACTER FROM RDB$DATABASE D JOIN "
+    "RDB$CHARACTER_SETS C ON C.RDB$CHARACTER_SET_NAME = D.RDB$CHARACTER_SET_NAME WHERE "
+    "C.RDB$BYTES_PER_CHARACTER > 1";
 
 // Large enough to make calls of the system rare, small enough to stay in the processor's cache.
 constexpr std::size_t block_size = std::size_t{256} * 1024;
@@ -28,6 +36,17 @@ std::size_t complete(std::span<char> block, std::size_t size, std::size_t record
 }
 
 }  // namespace
+
+bool has_single_bytes(Self& self) {
+    const Value wide = call(self, "internalselect", wide_character_set);
+    if (!has_row(wide)) return true;
+    const Value name = alltrim(wide[2][1]);
+    call(self, "writelog", "[ERROR] Default character set of more than one byte: " + name,
+         transfer_log_level);
+    conn::raiseerror("Default character set " + name + " takes up to " + wide[2][2] +
+                     " bytes a character;DBF files go in and out of databases where it takes one");
+    return false;
+}
 
 Value data_file_path(Self& self) {
     const Value path = call(self, "getfullpathdatfile");
@@ -46,10 +65,21 @@ bool make_external_table(Self& self, const Value& name, const Value& structure, 
     return ask(self, "createtableexternal", name, structure, strtran(path, "'", "''"));
 }
 
-bool write_data_file(const Value& dbf, std::int64_t records, const RecordConversion& conversion,
-                     const Value& dat) {
+bool holds_rows(Self& self, MethodName counter, const Value& name, std::int64_t records, const Value& path) {
+    if (empty(var(self, Var::dbhndl))) return true;
+    const Value rows = call(self, counter, name);
+    if (rows.integer() == records) return true;
+    const Value numbers = name + fmt::format(" Rows: {} Records: {}", rows.integer(), records);
+    call(self, "writelog", "[ERROR] Rows and records differ. Table: " + numbers, transfer_log_level);
+    conn::raiseerror("Rows and records differ; Table: " + numbers + ";Data file: " + path);
+    return false;
+}
+
+std::optional<std::int64_t> write_data_file(const Value& dbf, std::int64_t records,
+                                            const RecordConversion& conversion, const Value& dat) {
     const std::size_t record = conversion.record_length();
-    if (record <= 1 || conversion.dat_length() == 0) return true;
+    std::int64_t written = 0;
+    if (record <= 1 || conversion.dat_length() == 0) return written;
     const std::size_t per_block =
         std::max<std::size_t>(1, block_size / std::max(record, conversion.dat_length()));
     Value source = Value::text_of_size(per_block * record);
@@ -58,14 +88,15 @@ bool write_data_file(const Value& dbf, std::int64_t records, const RecordConvers
         const auto asked = static_cast<std::size_t>(std::min(records, static_cast<std::int64_t>(per_block)));
         const auto got = static_cast<std::size_t>(host::fread(dbf, source, asked * record).integer());
         const std::size_t count = complete(source.writable_text(), got, record);
-        if (count == 0) return true;
+        if (count == 0) return written;
         conversion.convert(source.text().data(), count, target.writable_text().data());
         const auto size = static_cast<std::int64_t>(count * conversion.dat_length());
-        if (host::fwrite(dat, target, size).integer() != size) return false;
-        if (got < asked * record) return true;
+        if (host::fwrite(dat, target, size).integer() != size) return std::nullopt;
+        written += static_cast<std::int64_t>(count);
+        if (got < asked * record) return written;
         records -= static_cast<std::int64_t>(asked);
     }
-    return true;
+    return written;
 }
 
 }  // namespace zmfb::transfer

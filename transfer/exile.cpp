@@ -1,3 +1,4 @@
+#include <optional>
 #include <string_view>
 
 #include "conn/statement.h"
@@ -37,7 +38,6 @@ class Unreported {
 };
 
 bool create_dbf(const Value& tblname, const Value& structure) {
-    if (empty(structure)) return false;
     const Unreported only_the_result_tells;
     return host::dbcreate(tblname + ".dbf", structure, native_driver).logical();
 }
@@ -70,14 +70,22 @@ bool copy_to_external_table(Self& self, const Value& tblname, const Value& ext_t
         "Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: "_l1);
 }
 
-bool append_data_file(const Value& tblname, const Value& data_file) {
+// The number of records that the DBF file has then; none when not all could be stored.
+std::optional<std::int64_t> append_data_file(const Value& tblname, const Value& data_file) {
     host::dbusearea(true, native_driver, tblname, export_alias, Value(), false);
-    if (!host::used().logical()) return false;
+    if (!host::used().logical()) return std::nullopt;
     host::dbsetindex();
     if (!empty(host::set(go_top_after_use))) host::dbgotop();
-    const bool stored = host::dbappsdf_exactly(data_file).logical() && host::table_of(export_alias)->commit();
+    std::optional<std::int64_t> records;
+    if (host::dbappsdf_exactly(data_file).logical() && host::table_of(export_alias)->commit())
+        records = host::table_of(export_alias)->record_count();
     host::dbclosearea(export_alias);
-    return stored;
+    return records;
+}
+
+bool fill_dbf(Self& self, const Value& tblname, const Value& ext_table, const Value& data_file) {
+    const std::optional<std::int64_t> records = append_data_file(tblname, data_file);
+    return records && holds_rows(self, "counttablerecords", ext_table, *records, data_file);
 }
 
 }  // namespace
@@ -87,10 +95,11 @@ Value exiletable(Self& self, Args args) {
     const Value ext_table = "EXT_" + tblname;
     const Value structure = call(self, "filterrddfields", call(self, "gettablestruct", tblname));
     const Value data_file = data_file_path(self);
-    const bool done = create_dbf(tblname, structure) && empty_data_file(data_file) &&
+    const bool done = !empty(structure) && has_single_bytes(self) && create_dbf(tblname, structure) &&
+                      empty_data_file(data_file) &&
                       make_external_table(self, ext_table, external_columns(structure), data_file) &&
                       copy_to_external_table(self, tblname, ext_table, structure) &&
-                      append_data_file(tblname, data_file);
+                      fill_dbf(self, tblname, ext_table, data_file);
     if (ask(self, "istable", ext_table)) call(self, "droponlytable", ext_table);
     return done;
 }

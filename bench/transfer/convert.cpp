@@ -29,7 +29,7 @@ bool convert(const std::string& dbf, const std::string& data_file) {
     host::fseek(from, header->start);
     const Value to = host::fcreate(data_file, transfer::data_file_permissions);
     const transfer::RecordConversion conversion(*fields, static_cast<std::size_t>(header->record_length));
-    const bool written = transfer::write_data_file(from, header->records, conversion, to);
+    const bool written = transfer::write_data_file(from, header->records, conversion, to).has_value();
     host::fclose(to);
     host::fclose(from);
     return written;

@@ -37,8 +37,9 @@ TEST_F(DoctorCommand, AFreshDatabaseIsWell) {
     EXPECT_EQ(run.out.find("[bad]"), std::string::npos) << run.out;
     for (const char* part :
          {"[ok] client library: ", "[ok] log: ", "[ok] attach: ", "[ok] engine: Firebird ",
-          "[ok] functions declared: all 11\n", "[ok] functions callable: ", "[ok] data-file folder: /tmp: ",
-          "[ok] external tables: a row was written and read\n",
+          "[ok] functions declared: all 11\n",
+          "[ok] functions callable: ", "[ok] character set: NONE, a byte for each character\n",
+          "[ok] data-file folder: /tmp: ", "[ok] external tables: a row was written and read\n",
           "[ok] system tables: ", "[ok] dead processes: ", "[ok] tables: none of the driver's is half made\n",
           "[ok] leftovers: ", "[note] validity: ", "gfix -v -full -user SYSDBA "}) {
         EXPECT_NE(run.out.find(part), std::string::npos) << part << " is not in\n" << run.out;
@@ -67,6 +68,17 @@ TEST_F(DoctorCommand, MissingFunctionsAreNamed) {
     EXPECT_EQ(found["text"], "missing: ZMPADL");
     EXPECT_NE(found["advice"].get<std::string>().find("zmrddudfs.sql"), std::string::npos);
     EXPECT_EQ(check("functions callable")["state"], "ok");
+}
+
+TEST_F(DoctorCommand, ADefaultCharacterSetOfMoreThanAByteIsBad) {
+    on(path, {"exec", "alter database set default character set UTF8"});
+    const auto found = check("character set");
+    EXPECT_EQ(found["state"], "bad");
+    EXPECT_EQ(found["text"],
+              "the database's default character set UTF8 takes up to 4 bytes a character; DBF files go in "
+              "and out of databases where it takes one");
+    on(path, {"exec", "alter database set default character set WIN1252"});
+    EXPECT_EQ(check("character set")["text"], "WIN1252, a byte for each character");
 }
 
 TEST_F(DoctorCommand, AFunctionOfAnotherEntryPointIsNotCallable) {

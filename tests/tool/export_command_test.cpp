@@ -43,6 +43,21 @@ TEST_F(ExportCommand, PrintsAnObjectPerTableAsJson) {
     EXPECT_TRUE(std::filesystem::remove(said.at("data_file").get<std::string>()));
 }
 
+TEST_F(ExportCommand, RefusesADatabaseOfWideCharactersAndKeepsTheFileThatIsThere) {
+    on(path, {"import", "--skip-deleted", ZMFB_EXAMPLE_DBF});
+    EXPECT_EQ(export_to_folder("customers").status, 0);
+    const std::string before = read_file(folder_out + "/customers.dbf");
+    exec("alter database set default character set UTF8");
+    const Finished run = on(path, {"export", "customers", "--yes", "-o", folder_out});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(
+        run.err,
+        "error: CUSTOMERS cannot be exported\n  the database's default character set UTF8 takes up to 4 "
+        "bytes a character; DBF files go in and out of databases where it takes one\n");
+    EXPECT_EQ(read_file(folder_out + "/customers.dbf"), before);
+    EXPECT_EQ(written(), std::vector<std::string>{"customers.dbf"});
+}
+
 TEST_F(ExportCommand, WritesAFileThatAnotherReaderUnderstands) {
     on(path, {"import", "--skip-deleted", ZMFB_EXAMPLE_DBF});
     const Finished run = export_to_folder("customers");

@@ -29,6 +29,10 @@ class ImportCheck : public Tool {
     std::string path;
 };
 
+constexpr const char* too_wide =
+    "the database's default character set UTF8 takes up to 4 bytes a character; DBF files go in and out of "
+    "databases where it takes one";
+
 DbfBuilder prices() { return DbfBuilder().field("CODE", 'N', 4).field("PRICE", 'N', 8, 2); }
 
 TEST_F(ImportCheck, ListsWhatTheDatabaseWouldRefuseAndMakesNothing) {
@@ -46,6 +50,20 @@ TEST_F(ImportCheck, ListsWhatTheDatabaseWouldRefuseAndMakesNothing) {
                   "  record 1, field PRICE: \"********\": stars: the number was too wide for its field\n"
                   "  record 3, field PRICE: \"    1,50\": not a number\n");
     EXPECT_EQ(objects(), before);
+}
+
+TEST_F(ImportCheck, RefusesADatabaseOfWideCharactersAndKeepsTheTableThatIsThere) {
+    const std::string dbf = made("prices.dbf", prices().record({"1", "1.50"}));
+    EXPECT_EQ(import(dbf).status, 0);
+    on(path, {"exec", "alter database set default character set UTF8"});
+    const std::string before = objects();
+    for (const char* option : {"--dry-run", "--yes"}) {
+        const Finished run = import(dbf, {"--drop-existing", option});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_NE(run.err.find(std::string("imported\n  ") + too_wide + "\n"), std::string::npos) << run.err;
+    }
+    EXPECT_EQ(objects(), before);
+    EXPECT_EQ(call("counttablerecords('PRICES')").out, "1\n");
 }
 
 TEST_F(ImportCheck, ShowsTheFirstTwentyAndWritesAllToAFile) {

@@ -36,6 +36,7 @@ Finding check_attach(Session& session);
 Finding check_engine_version(Session& session);
 Finding check_functions_declared(Session& session);
 Finding check_functions_callable(Session& session);
+Finding check_character_set(Session& session);
 Finding check_data_file_folder(Session& session);
 /// The same of a folder: whether this user can make data files there, and who else may change them.
 Finding folder_finding(const std::filesystem::path& folder, bool on_server);
@@ -50,10 +51,16 @@ Finding check_leftovers(Session& session);
 Finding check_validity(Session& session);
 
 inline constexpr std::array<Check, 2> checks_before_attaching{check_client_library, check_log};
-inline constexpr std::array<Check, 10> checks_of_database{check_engine_version,     check_functions_declared,
-                                                          check_functions_callable, check_data_file_folder,
-                                                          check_external_tables,    check_system_tables,
-                                                          check_dead_processes,     check_tables,
-                                                          check_leftovers,          check_validity};
+inline constexpr std::array<Check, 11> checks_of_database{check_engine_version,
+                                                          check_functions_declared,
+                                                          check_functions_callable,
+                                                          check_character_set,
+                                                          check_data_file_folder,
+                                                          check_external_tables,
+                                                          check_system_tables,
+                                                          check_dead_processes,
+                                                          check_tables,
+                                                          check_leftovers,
+                                                          check_validity};
 
 }  // namespace zmfb::tool

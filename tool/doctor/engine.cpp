@@ -7,6 +7,7 @@
 #include "host/file.h"
 #include "host/text.h"
 #include "tool/catalog.h"
+#include "tool/character_set.h"
 #include "tool/doctor/checks.h"
 #include "tool/encoding.h"
 #include "tool/hints.h"
@@ -121,6 +122,15 @@ Finding check_functions_callable(Session& session) {
         "functions callable", State::bad, fmt::format("{} failed: {}", failed, said),
         std::string(hint.empty() ? "the engine must be able to load zmrddudfs.so; docs/deployment.md says how"
                                  : hint)};
+}
+
+Finding check_character_set(Session& session) {
+    const CharacterSet set = default_character_set(session.connection_to_any());
+    const std::string problem = width_problem(set);
+    if (problem.empty()) return {"character set", State::ok, set.name + ", a byte for each character"};
+    return {"character set", State::bad, problem,
+            "\"zmfb create\" makes a database without a set; isql-fb -x shows the statements that make the "
+            "tables of this one"};
 }
 
 Finding check_data_file_folder(Session& session) {

@@ -7,6 +7,7 @@
 #include "host/dbf_format.h"
 #include "host/number.h"
 #include "host/text.h"
+#include "tool/character_set.h"
 #include "tool/encoding.h"
 
 namespace zmfb::tool {
@@ -96,6 +97,8 @@ ExportCheck check_export(zmFBConn& connection, const std::string& table, const V
                           static_cast<int>(field[3].integer()), static_cast<int>(field[4].integer())});
     }
     ExportCheck check;
+    const std::string width = width_problem(default_character_set(connection));
+    if (!width.empty()) check.refusals.push_back(width);
     check_names(fields, check);
     check_types(fields, check);
     if (check.refusals.empty()) check_values(connection, table, fields, check);

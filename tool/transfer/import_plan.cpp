@@ -7,6 +7,7 @@
 #include <set>
 
 #include "host/text.h"
+#include "tool/character_set.h"
 #include "tool/transfer/dbf_check.h"
 
 namespace zmfb::tool {
@@ -117,6 +118,8 @@ std::string sql_type_of(const DbfField& field) {
 ImportPlan plan_import(zmFBConn& connection, const DbfFile& file) {
     ImportPlan plan;
     plan.table = table_of_file(file.path);
+    const std::string width = width_problem(default_character_set(connection));
+    if (!width.empty()) plan.refusals.push_back(width);
     check_table(connection, file, plan);
     if (plan.refusals.empty()) plan.table_exists = connection.call("istable", plan.table).logical();
     std::set<std::string> taken{"RECNO", "RDD_AREAID"};

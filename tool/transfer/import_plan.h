@@ -27,9 +27,9 @@ std::string table_of_file(const std::string& path);
 /// The SQL type of the column that a field becomes; "" for a type that cannot be imported.
 std::string sql_type_of(const DbfField& field);
 
-/// Looks at the structure of the file: names that are invalid, reserved, repeated or too long, types other
-/// than C, N, D and L, lengths and precisions that the engine does not have. A table that exists already is
-/// no refusal here.
+/// Looks at the structure of the file, and at the character set of the database: names that are invalid,
+/// reserved, repeated or too long, types other than C, N, D and L, lengths and precisions that the engine
+/// does not have. A table that exists already is no refusal here.
 ImportPlan plan_import(zmFBConn& connection, const DbfFile& file);
 
 }  // namespace zmfb::tool
