@@ -6,7 +6,6 @@
 #include "conn/methods.h"
 #include "conn/raise.h"
 #include "host/array.h"
-#include "host/compare.h"
 #include "host/text.h"
 #include "host/workarea.h"
 
@@ -58,9 +57,9 @@ Value init(Self& self, Args args) {
         return {};
     }
     call(self, "showgreetscr");
-    var(self, Var::sdbname) = db;
-    var(self, Var::susername) = user;
-    var(self, Var::srolename) = role;
+    var(self, Var::sdbname) = given(db);
+    var(self, Var::susername) = given(user);
+    var(self, Var::srolename) = given(role);
     attach_database(self, db, user, pass, role);
     call(self, "setfullpathdatfile");
     if (ask(self, "isconnected")) check_database(self);
@@ -72,7 +71,7 @@ Value disconnect(Self& self, Args) {
     const Value name = var(self, Var::sdbname);
     call(self, "closealltables");
     const Value handle = var(self, Var::dbhndl);
-    if (!empty(handle)) {
+    if (handle.is(Kind::numeric) && !empty(handle)) {
         // A detach that fails is passed over: nothing is left to be done with the handle.
         sql::detach(handle.number());
         log_event(0, fmt::format("[EXIT] Disconnected from: {}", given(name)));
@@ -92,7 +91,7 @@ Value closealltables(Self& self, Args) {
     const Value aliases = aclone(var(self, Var::aaliases));
     for (const Value& entry : aliases.items()) {
         const Value alias = entry[1];
-        if (empty(alias)) continue;
+        if (!alias.is(Kind::character) || empty(alias)) continue;
         call(self, "writelog", "[FORCED] Trying close alias: " + alias, 5);
         dbclosearea(alias);
     }
@@ -107,7 +106,7 @@ Value announcealias(Self& self, Args args) {
 Value removealias(Self& self, Args args) {
     const Value als = args[0];
     const Value aliases = var(self, Var::aaliases);
-    const Value is_it = Value::block([&als](Args x) { return exactly_equal(x[0][1], als); });
+    const Value is_it = Value::block([&als](Args x) { return x[0][1].same(als); });
     const Value found = ascan(aliases, is_it);
     if (!empty(found)) aliases[static_cast<std::size_t>(found.integer())][1] = Value();
     const Value kept = Value::array_of_size(0);

@@ -27,7 +27,10 @@ Value zmFBConn::call_with(std::string_view method, Args args) {
     return object().send(method, args);
 }
 
-bool zmFBConn::isconnected() { return call_with("isconnected", Args()).logical(); }
+bool zmFBConn::isconnected() {
+    const Value attached = call_with("isconnected", Args());
+    return attached.is(host::Kind::logical) && attached.logical();
+}
 
 Value zmFBConn::get(std::string_view property) { return object().get(property); }
 

@@ -13,8 +13,8 @@ Value axit(Self& self, Args args);
 /// The properties. Access returns the value; assign stores its argument unchecked and returns it.
 Value access_bconn(Self& self, Args args);
 Value assign_bconn(Self& self, Args args);
-/// closealltables(): closes the work areas of the announced aliases in order, a line at level 5 for each.
-/// NIL. The list itself is emptied by the removealias calls that the closes cause.
+/// closealltables(): closes the work areas of the announced aliases that are texts, in order, a line at level
+/// 5 for each. NIL. The list itself is emptied by the removealias calls that the closes cause.
 Value closealltables(Self& self, Args args);
 Value access_dbhndl(Self& self, Args args);
 Value assign_dbhndl(Self& self, Args args);
@@ -58,10 +58,10 @@ Value restorepreviousrdd(Self& self, Args args);
 Value savepreviousrdd(Self& self, Args args);
 Value access_sdbname(Self& self, Args args);
 /// setfullpathdatfile(fullpath): the path of the data file of transfers; a fresh name "/tmp/zmrdd*.dat" when
-/// empty. Returns the new path. Creates nothing.
+/// empty or no text. Returns the new path. Creates nothing.
 Value setfullpathdatfile(Self& self, Args args);
-/// setglbskipcachesize(sz): 11 when empty or below 0. setglbskipmode(vl): 1 when NIL or outside 0 to 2. NIL;
-/// both log "[SET] ..." at level 6.
+/// setglbskipcachesize(sz): 11 for anything but a number above 0. setglbskipmode(vl): 1 for anything but a
+/// number from 0 to 2. NIL; both log "[SET] ..." at level 6.
 Value setglbskipcachesize(Self& self, Args args);
 Value setglbskipmode(Self& self, Args args);
 /// setibrdd(): makes the driver the default when a database is attached, and answers whether it did.

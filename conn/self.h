@@ -53,10 +53,11 @@ Value call(Self& self, MethodName method, Arguments&&... arguments) {
     }
 }
 
-/// The same for methods that answer .T. or .F..
+/// The same for methods that answer .T. or .F.; any other answer is a no.
 template <class... Arguments>
 bool ask(Self& self, MethodName method, Arguments&&... arguments) {
-    return call(self, method, std::forward<Arguments>(arguments)...).logical();
+    const Value answer = call(self, method, std::forward<Arguments>(arguments)...);
+    return answer.is(host::Kind::logical) && answer.logical();
 }
 
 }  // namespace zmfb

@@ -49,15 +49,17 @@ Value isfirebirdarea(Self&, Args args) {
 }
 
 Value setfullpathdatfile(Self& self, Args args) {
-    return var(self, Var::sfullpathd) = !empty(args[0]) ? args[0] : tempfilename("/tmp", "zmrdd") + ".dat";
+    const Value& fullpath = args[0];
+    const bool kept = fullpath.is(Kind::character) && !empty(fullpath);
+    return var(self, Var::sfullpathd) = kept ? fullpath : tempfilename("/tmp", "zmrdd") + ".dat";
 }
 
 Value getfullpathdatfile(Self& self, Args) { return var(self, Var::sfullpathd); }
 
-// Unlike the cache size, a mode of 0 is a valid one: NIL is asked for here, not EMPTY.
+// Unlike a cache size, a mode of 0 is a valid one. What is no number is no valid one of either.
 Value setglbskipmode(Self& self, Args args) {
     const Value& vl = args[0];
-    const bool kept = !vl.is_nil() && !less(vl, 0) && !less(highest_skip_mode, vl);
+    const bool kept = vl.is(Kind::numeric) && vl.number() >= 0 && vl.number() <= highest_skip_mode;
     Value& mode = var(self, Var::iglbskmode) = kept ? vl : Value(default_skip_mode);
     call(self, "writelog",
          "[SET] Global SkipMode now is: " + alltrim(str(mode)) + " for: " + var(self, Var::sdbname), 6);
@@ -68,7 +70,7 @@ Value getglbskipmode(Self& self, Args) { return var(self, Var::iglbskmode); }
 
 Value setglbskipcachesize(Self& self, Args args) {
     const Value& sz = args[0];
-    const bool kept = !empty(sz) && !less(sz, 0);
+    const bool kept = sz.is(Kind::numeric) && sz.number() > 0;
     Value& size = var(self, Var::iglbskchsz) = kept ? sz : Value(default_skip_cache_size);
     call(self, "writelog",
          "[SET] Global SkipCacheSize now is: " + alltrim(str(size)) + " for: " + var(self, Var::sdbname), 6);

@@ -51,5 +51,14 @@ TEST_F(Aliases, EmptyOnesAreNotClosed) {
     EXPECT_EQ(announced(), std::vector<std::string>{});
 }
 
+TEST_F(Aliases, ThoseThatAreNoTextAreNeitherClosedNorInTheWay) {
+    for (const Value& alias : {Value(5), Value(true), host::array_of("A"), Value("A"), Value(5)})
+        object.call("announcealias", alias);
+    object.call("removealias", 7);
+    EXPECT_EQ(announced(), (std::vector<std::string>{closing("A")}));
+    object.call("removealias", "A");
+    EXPECT_EQ(announced(), std::vector<std::string>{});
+}
+
 }  // namespace
 }  // namespace zmfb::test

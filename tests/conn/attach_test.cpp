@@ -46,6 +46,23 @@ TEST_F(Attach, ADatabaseNameAloneIsEnoughToTry) {
     EXPECT_NE(show(object.call("getfullpathdatfile")), "\"\"");
 }
 
+TEST_F(Attach, ArgumentsThatAreNoTextsCountAsEmpty) {
+    for (const Value& given : {Value(), Value(5), Value(true), host::array_of("x")}) {
+        clear_log();
+        {
+            zmFBConn object(given, sysdba, given, given);
+            EXPECT_FALSE(object.isconnected());
+            EXPECT_EQ(show(object.get("sdbname")), "\"\"") << show(given);
+            EXPECT_EQ(show(object.call("getdatabasename")), "\"\"") << show(given);
+            EXPECT_EQ(show(object.get("srolename")), "\"\"") << show(given);
+            object.call("init", database(), given, given, given);
+            EXPECT_EQ(show(object.get("susername")), "\"\"") << show(given);
+            object.call("init", given, sysdba, given, given);
+        }
+        EXPECT_EQ(log_lines().back(), (LogEntry{0, "[EXIT] Disconnected from: "})) << show(given);
+    }
+}
+
 TEST_F(Attach, ReleasingAnObjectThatNeverAttachedDoesNotDetach) {
     { const zmFBConn object(file("nowhere.fdb")); }
     const auto lines = log_lines();

@@ -1,3 +1,6 @@
+#include <limits>
+
+#include "host/date.h"
 #include "host/error.h"
 #include "tests/support/runtime.h"
 #include "zmfbconn/connection.h"
@@ -92,6 +95,31 @@ TEST_F(Dispatch, AssigningBconnAndDbhndlStoresAnythingUnchecked) {
     object.set("bconn", true);
     EXPECT_TRUE(object.isconnected());
     object.set("bconn", false);
+}
+
+TEST_F(Dispatch, DisconnectingAndReleasingRaiseNothingWhateverWasAssigned) {
+    const Value values[] = {{},
+                            "seven",
+                            1e300,
+                            -1,
+                            0.5,
+                            std::numeric_limits<double>::quiet_NaN(),
+                            true,
+                            false,
+                            host::date(),
+                            array_of(true),
+                            host::error_new(),
+                            Value::block([](Args) { return Value(true); })};
+    for (const Value& bconn : values) {
+        for (const Value& dbhndl : values) {
+            zmFBConn assigned;
+            assigned.set("bconn", bconn);
+            assigned.set("dbhndl", dbhndl);
+            assigned.call("disconnect");
+            EXPECT_FALSE(assigned.isconnected());
+            assigned.set("bconn", bconn);
+        }
+    }
 }
 
 TEST_F(Dispatch, TheThreeTextsHaveNoAssign) {

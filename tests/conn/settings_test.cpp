@@ -1,3 +1,6 @@
+#include <limits>
+
+#include "host/date.h"
 #include "host/workarea.h"
 #include "tests/support/runtime.h"
 #include "zmfbconn/connection.h"
@@ -19,6 +22,7 @@ struct SkipCase {
 TEST_F(Settings, SkipModesOutsideZeroToTwoBecomeOne) {
     for (const auto& [given, kept] :
          {SkipCase{0, "0"}, {1, "1"}, {2, "2"}, {3, "1"}, {-1, "1"}, {Value(), "1"}, {1.5, "1.5"}}) {
+        object.call("setglbskipmode", 2);
         object.call("setglbskipmode", given);
         EXPECT_EQ(show(object.call("getglbskipmode")), kept) << show(given);
     }
@@ -27,8 +31,33 @@ TEST_F(Settings, SkipModesOutsideZeroToTwoBecomeOne) {
 TEST_F(Settings, SkipCacheSizesThatAreEmptyOrNegativeBecomeEleven) {
     for (const auto& [given, kept] :
          {SkipCase{500, "500"}, {0, "11"}, {-5, "11"}, {Value(), "11"}, {1, "1"}, {1e9, "1000000000"}}) {
+        object.call("setglbskipcachesize", 7);
         object.call("setglbskipcachesize", given);
         EXPECT_EQ(show(object.call("getglbskipcachesize")), kept) << show(given);
+    }
+}
+
+/// Values that are no number a setting could have.
+std::vector<Value> no_numbers() {
+    return {"2",
+            "",
+            true,
+            false,
+            host::date(),
+            host::array_of(2),
+            Value::block([](Args) { return Value(2); }),
+            zmFBConn().value(),
+            std::numeric_limits<double>::quiet_NaN()};
+}
+
+TEST_F(Settings, SkipSettingsThatAreNoNumbersBecomeTheDefaults) {
+    for (const Value& given : no_numbers()) {
+        object.call("setglbskipmode", 2);
+        object.call("setglbskipmode", given);
+        EXPECT_EQ(show(object.call("getglbskipmode")), "1") << show(given);
+        object.call("setglbskipcachesize", 7);
+        object.call("setglbskipcachesize", given);
+        EXPECT_EQ(show(object.call("getglbskipcachesize")), "11") << show(given);
     }
 }
 
@@ -61,6 +90,15 @@ TEST_F(Settings, ADataFileThatIsGivenIsKeptAsItStands) {
     EXPECT_EQ(show(object.call("getfullpathdatfile")), "\"/data/x\"");
 }
 
+TEST_F(Settings, ADataFileThatIsNoTextBecomesAFreshName) {
+    for (const Value& given : {Value(5), Value(true), Value(host::date()), host::array_of("/data/x")}) {
+        object.call("setfullpathdatfile", "/data/x");
+        EXPECT_TRUE(object.call("setfullpathdatfile", given).string().starts_with("/tmp/zmrdd"))
+            << show(given);
+        EXPECT_TRUE(object.call("getfullpathdatfile").string().starts_with("/tmp/zmrdd")) << show(given);
+    }
+}
+
 TEST_F(Settings, TheDriverSwitchIsStoredUnchecked) {
     object.call("setrddactive", true);
     EXPECT_EQ(show(object.call("isrddactive")), ".T.");
@@ -90,6 +128,14 @@ TEST_F(Settings, SetibrddOfAnAttachedObjectMakesTheDriverTheDefault) {
     EXPECT_EQ(show(object.call("setibrdd")), ".T.");
     EXPECT_EQ(show(host::rddsetdefault()), "\"ZMRDDFIRE\"");
     object.set("bconn", false);
+}
+
+TEST_F(Settings, SetibrddTakesAFlagThatIsNoLogicalForUnattached) {
+    for (const Value& given : {Value(), Value(1), Value("T"), host::array_of(true)}) {
+        object.set("bconn", given);
+        EXPECT_EQ(show(object.call("setibrdd")), ".F.") << show(given);
+        EXPECT_FALSE(object.isconnected()) << show(given);
+    }
 }
 
 TEST_F(Settings, AnAreaThatDoesNotExistIsNotTheDrivers) {
