@@ -65,7 +65,7 @@ TEST_F(CutAreaIds, OfTwoProcessesAreOneAreaWhichHoldsOneRecordTwice) {
     const std::string area(45, 'A');
     std::vector<std::string> ids;
     for (Worker& worker : workers) {
-        ids.emplace_back(worker.process.call("getuniqueareaid", table, area).text());
+        ids.push_back(worker.process.call("getuniqueareaid", table, area).string());
         EXPECT_EQ(ids.back().size(), 50u);
         EXPECT_TRUE(worker.process.call("setrecordaslocked", table, ids.back(), "1").logical());
     }
