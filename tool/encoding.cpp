@@ -58,12 +58,11 @@ std::optional<char> byte_of(std::string_view character) {
     return static_cast<char>(((lead & 0x03) << 6) | (next & 0x3F));
 }
 
-}  // namespace
-
-bool set_encoding(const std::string& name) {
+/// The characters of a single-byte set; null for a name that is not known, or is that of another set.
+std::unique_ptr<Encoding> encoding_named(const std::string& name) {
     const iconv_t converter = iconv_open("UTF-8", name.c_str());
     // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says no.
-    if (converter == reinterpret_cast<iconv_t>(-1)) return false;
+    if (converter == reinterpret_cast<iconv_t>(-1)) return nullptr;
     auto made = std::make_unique<Encoding>();
     bool letters_stay = true;
     std::size_t known = 0;
@@ -79,11 +78,20 @@ bool set_encoding(const std::string& name) {
     }
     iconv_close(converter);
     constexpr std::size_t fewest = 64;  // the upper halves of sets with longer characters have hardly any
-    if (!letters_stay || known < fewest) return false;
+    return letters_stay && known >= fewest ? std::move(made) : nullptr;
+}
+
+}  // namespace
+
+bool set_encoding(const std::string& name) {
+    std::unique_ptr<Encoding> made = encoding_named(name);
+    if (made == nullptr) return false;
     chosen = std::move(made);
     chosen_name = name;
     return true;
 }
+
+bool is_single_byte(const std::string& name) { return encoding_named(name) != nullptr; }
 
 const std::string& encoding_name() { return chosen_name; }
 

@@ -11,6 +11,9 @@ namespace zmfb::tool {
 /// changes nothing, when the name is not known, or a character of the set takes more than a byte.
 bool set_encoding(const std::string& name);
 
+/// Whether set_encoding() takes that name.
+bool is_single_byte(const std::string& name);
+
 /// The name of the set in force.
 const std::string& encoding_name();
 

@@ -83,6 +83,17 @@ TEST_F(Descriptions, ALongDescriptionIsStoredWholeAndReadCutTo255Characters) {
         (Rows{{"260"}}));
 }
 
+TEST_F(Descriptions, OfAccentedLettersTheFirst127AreRead) {
+    const std::string letters(300, '\xE3');
+    for (const std::size_t count : {127U, 128U, 300U}) {
+        EXPECT_EQ(set("settabledescription", "CLIENT", letters.substr(0, count)), "");
+        EXPECT_EQ(get("gettabledescription", "CLIENT"), letters.substr(0, 127)) << count;
+        EXPECT_EQ(
+            rows("select char_length(rdb$description) from rdb$relations where rdb$relation_name = 'CLIENT'"),
+            (Rows{{std::to_string(count)}}));
+    }
+}
+
 TEST_F(Descriptions, AnAccentedLetterThatIsCutIsLeftOut) {
     EXPECT_EQ(set("settabledescription", "CLIENT", std::string(254, 'a') + std::string("ção"_l1)), "");
     EXPECT_EQ(get("gettabledescription", "CLIENT"), std::string(254, 'a'));

@@ -108,10 +108,37 @@ TEST_F(ImportOptionsTest, ATextThatTheDatabaseCannotHoldIsNamedAndNothingIsMade)
     const Finished run = import(dbf, {"--encoding-from", "CP850"});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err,
-              "error: record 2, field NAME: the text cannot be converted from CP850\n"
-              "  its bytes are °\n");
+              "error: record 2, field NAME: the text has a character outside ISO-8859-1\n"
+              "  its bytes are °\n"
+              "hint: --encoding CP850 is for a database whose texts are in CP850\n");
     EXPECT_EQ(call("istable('C')").out, ".F.\n");
     EXPECT_TRUE(std::filesystem::is_empty(file("tmp")));
+}
+
+TEST_F(ImportOptionsTest, ATextThatTheDatabaseCannotHoldGoesInWhereItsSetIsNamed) {
+    const std::string dbf = made("c.dbf", DbfBuilder().field("NAME", 'C', 4).record({"\xC4\xE0"}));  // Да
+    EXPECT_EQ(import(dbf, {"--encoding-from", "CP1251"}).status, 1);
+    const Finished run = import(dbf, {"--encoding", "CP1251", "--encoding-from", "CP1251"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(exported("c"), (DbfRecords{{"\xC4\xE0"}}));
+}
+
+TEST_F(ImportOptionsTest, ATextThatTheDatabaseCannotHoldHasNoHintWhereItsSetIsNoneForADatabase) {
+    const std::string dbf = made("c.dbf", DbfBuilder().field("NAME", 'C', 4).record({"\xE2\x82\xAC"}));  // €
+    const Finished run = import(dbf, {"--encoding-from", "UTF-8"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err.find("hint:"), std::string::npos) << run.err;
+    EXPECT_TRUE(
+        run.err.starts_with("error: record 1, field NAME: the text has a character outside ISO-8859-1\n"))
+        << run.err;
+}
+
+TEST_F(ImportOptionsTest, ATextThatIsNoneInItsEncodingIsNamed) {
+    const std::string dbf = made("c.dbf", DbfBuilder().field("NAME", 'C', 4).record({"\xE2\x82"}));
+    const Finished run = import(dbf, {"--encoding-from", "UTF-8"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(run.err.starts_with("error: record 1, field NAME: the text cannot be converted from UTF-8\n"))
+        << run.err;
 }
 
 TEST_F(ImportOptionsTest, AnUnknownEncodingIsWrongUsage) {

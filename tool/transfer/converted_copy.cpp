@@ -30,7 +30,7 @@ class Iconv {
         return reinterpret_cast<std::intptr_t>(handle_) != -1;
     }
 
-    // The text in bytes of the object; nothing when it cannot be said there.
+    // The text in UTF-8; nothing when it is none in the encoding.
     std::optional<std::string> convert(std::string_view text) {
         constexpr std::size_t longest_character = 4;
         std::string source(text);
@@ -42,7 +42,7 @@ class Iconv {
         iconv(handle_, nullptr, nullptr, nullptr, nullptr);
         if (iconv(handle_, &from, &from_left, &to, &to_left) != 0) return std::nullopt;
         utf8.resize(utf8.size() - to_left);
-        return to_latin1(utf8);
+        return utf8;
     }
 
   private:
@@ -57,13 +57,20 @@ void convert_field(Iconv& iconv, const std::string& encoding, const DbfField& fi
                    std::string& record) {
     const std::string_view bytes =
         without_blanks_at_end(std::string_view(record).substr(field.offset, field.length));
-    const auto refuse = [&](std::string_view why) {
+    const auto refuse = [&](std::string_view why, const std::string& hint = {}) {
         throw Failure{Exit::failed,
                       fmt::format("record {}, field {}: {}", number, shown_bytes(field.name), why),
-                      fmt::format("its bytes are {}", shown_bytes(bytes))};
+                      fmt::format("its bytes are {}", shown_bytes(bytes)), hint};
     };
-    std::optional<std::string> text = iconv.convert(bytes);
-    if (!text) refuse(fmt::format("the text cannot be converted from {}", encoding));
+    const std::optional<std::string> utf8 = iconv.convert(bytes);
+    if (!utf8) refuse(fmt::format("the text cannot be converted from {}", encoding));
+    std::optional<std::string> text = to_latin1(*utf8);
+    if (!text) {
+        refuse(fmt::format("the text has a character outside {}", encoding_name()),
+               is_single_byte(encoding)
+                   ? fmt::format("--encoding {0} is for a database whose texts are in {0}", encoding)
+                   : "");
+    }
     if (text->size() > field.length) refuse("the converted text is longer than the field");
     text->resize(field.length, ' ');
     record.replace(field.offset, field.length, *text);
