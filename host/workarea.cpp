@@ -94,18 +94,27 @@ std::string driver_name(const Value& driver) {
     return key_of(driver).empty() ? default_driver : std::string(driver.text());
 }
 
+/// A length or number of decimals of a descriptor; 0 for what is none.
+int size_in(const Value& item) {
+    constexpr std::int64_t longest = 1 << 20;
+    return item.is(Kind::numeric) ? static_cast<int>(std::clamp<std::int64_t>(item.integer(), 0, longest))
+                                  : 0;
+}
+
 bool read_descriptor(const Value& row, Field& field) {
     if (!row.is(Kind::array) || row.size() < 3) return false;
     const std::span<const Value> items = row.items();
     if (!items[0].is(Kind::character) || !items[1].is(Kind::character) || !items[2].is(Kind::numeric))
         return false;
     if (items[1].text().empty()) return false;
-    constexpr std::int64_t longest = 1 << 30;
     field.name = alltrim(items[0]).string();
     field.type = upper(items[1]).string().front();
-    field.length = static_cast<int>(std::clamp<std::int64_t>(items[2].integer(), 0, longest));
-    if (row.size() > 3 && items[3].is(Kind::numeric)) {
-        field.decimals = static_cast<int>(std::clamp<std::int64_t>(items[3].integer(), 0, longest));
+    field.length = size_in(items[2]);
+    if (row.size() > 3) field.decimals = size_in(items[3]);
+    if (field.type == 'C') {
+        // A long one may be given as a DBF file keeps it.
+        if (field.length < 256) field.length += 256 * field.decimals;
+        field.decimals = 0;
     }
     return true;
 }

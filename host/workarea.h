@@ -17,7 +17,8 @@ Value rddsetdefault();
 Value rddsetdefault(const Value& name);
 
 /// DBCREATE(file, structure [, driver]): creates an empty table of the descriptors {name, type, len, dec} and
-/// returns whether that went well. What fails is raised as an error of gencode create; a structure that is
+/// returns whether that went well. A C field of 256 and more is given by its length, or by len % 256 with dec
+/// = len / 256. What fails is raised as an error of gencode create; a structure that is
 /// none as an argument error.
 Value dbcreate(const Value& file, const Value& structure, const Value& driver = {});
 

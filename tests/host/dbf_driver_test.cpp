@@ -94,6 +94,29 @@ TEST_F(DbfFile, LongTextFieldsHaveTheirLengthInTwoBytes) {
     EXPECT_TRUE(is_same(again.get(0), text));
 }
 
+TEST_F(DbfFile, ALongTextFieldMayBeGivenAsTheFileKeepsIt) {
+    struct Case {
+        int length, decimals, made;
+    };
+    for (const auto& [length, decimals, made] : {Case{44, 1, 300},
+                                                 {0, 1, 256},
+                                                 {255, 0, 255},
+                                                 {255, 2, 767},
+                                                 {0, 250, 64000},
+                                                 {256, 1, 256},
+                                                 {300, 7, 300},
+                                                 {5, -1, 5}}) {
+        Table& table = create(array_of(field("A", "C", length, decimals)));
+        EXPECT_EQ(table.fields()[0], (Field{"A", 'C', made, 0})) << length << ',' << decimals;
+        close();
+    }
+    CaughtErrors caught;
+    for (const auto& [length, decimals] : {std::pair{255, 255}, {0, 0}, {1, 1 << 30}}) {
+        EXPECT_TRUE(is_same(dbcreate(path("t.dbf"), array_of(field("A", "C", length, decimals))), false));
+        EXPECT_EQ(caught.take_count(), 1) << length << ',' << decimals;
+    }
+}
+
 TEST_F(DbfFile, NamesAreInUpperCaseAndAtMostTenLong) {
     Table& table = create(array_of(field("customer_number", "C", 1), field(" x ", "C", 1)));
     EXPECT_EQ(table.fields()[0].name, "CUSTOMER_N");
