@@ -25,7 +25,8 @@ DbfTable::DbfTable(Descriptor&& file, std::string_view path, DbfLayout&& layout,
       access_(access),
       records_in_block_(1),
       count_(layout_.records),
-      committed_(layout_.records) {
+      committed_(layout_.records),
+      bof_(count_ == 0) {
     if (!shared()) {
         records_in_block_ =
             std::max<std::int64_t>(1, block_size / static_cast<std::int64_t>(layout_.record_size));

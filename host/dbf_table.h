@@ -84,7 +84,7 @@ class DbfTable final : public Table {
     std::int64_t count_;      ///< records, those in memory only included
     std::int64_t committed_;  ///< records that the header counts
     std::int64_t record_ = 1;
-    bool bof_ = false;
+    bool bof_;
     bool changed_ = false;  ///< since the header was written
 
     // The block in memory: records block_first_ and following; those from changed_first_ to changed_last_ are

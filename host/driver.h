@@ -45,7 +45,7 @@ class Table {
     [[nodiscard]] virtual std::int64_t record_count() = 0;
     /// RECNO(): from 1; at the end of the table the number of records and one more.
     [[nodiscard]] virtual std::int64_t record_number() const = 0;
-    /// BOF(): whether a skip went to before the first record; also in an empty table.
+    /// BOF(): whether a skip went to before the first record; also in an empty table, from its opening on.
     [[nodiscard]] virtual bool bof() const = 0;
     /// EOF(): whether there is no current record, behind the last one.
     [[nodiscard]] virtual bool eof() const = 0;

@@ -54,12 +54,13 @@ TEST_F(DbfRecord, ANewRecordIsEmpty) {
 
 TEST_F(DbfRecord, TheEndsOfATable) {
     Table& table = create(all_types);
-    EXPECT_TRUE(table.eof() && table.bof() == false);
+    EXPECT_TRUE(table.eof() && table.bof()) << "just opened";
     table.go_top();
     EXPECT_TRUE(table.eof() && table.bof());
     EXPECT_EQ(table.record_number(), 1);
     EXPECT_EQ(table.record_count(), 0);
     for (int i = 1; i <= 3; ++i) add(table, array_of("r" + std::to_string(i), i, Date{}, true));
+    EXPECT_FALSE(table.bof());
     table.go_top();
     EXPECT_TRUE(!table.eof() && !table.bof() && table.record_number() == 1);
     table.skip(2);
