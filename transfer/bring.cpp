@@ -87,11 +87,12 @@ bool Import::open() {
 }
 
 bool Import::read_header() {
-    const std::optional<DbfHeader> found = read_dbf_header(read(0, dbf_header_bytes));
-    if (found && found->type == dbf_with_memo) {
+    const std::string bytes = read(0, dbf_header_bytes);
+    if (!bytes.empty() && static_cast<unsigned char>(bytes.front()) == dbf_with_memo) {
         raiseerror("Arquivos .dbt e memo não suportados"_l1);
         return false;
     }
+    const std::optional<DbfHeader> found = read_dbf_header(bytes);
     if (!found || found->type != dbf_plain) return refuse_as_no_dbf();
     header = *found;
     return true;

@@ -85,6 +85,17 @@ TEST_F(ImportRefusal, FileCutWithinItsHeaderIsNoDbf) {
     expect_left({closed, false, false, false});
 }
 
+TEST_F(ImportRefusal, MemoFileCutWithinItsHeaderIsStillOneOfMemos) {
+    for (const std::size_t size :
+         {std::size_t{1}, std::size_t{15}, std::size_t{16}, std::size_t{31}, std::size_t{63}}) {
+        SCOPED_TRACE(size);
+        forget_raised();
+        EXPECT_FALSE(bring("t", small().type(131).cut(size)));
+        EXPECT_EQ(messages(),
+                  std::vector<std::string>{std::string("Arquivos .dbt e memo não suportados"_l1)});
+    }
+}
+
 TEST_F(ImportRefusal, HeaderLongerThanTheFileIsNoDbf) {
     for (const int length : {193, 1000, 65535}) {
         forget_raised();
