@@ -19,28 +19,28 @@ namespace {
 
 constexpr char end_of_text = 0x1A;
 
+/// What a text file is parted by: line ends, or the length that all its lines have.
+enum class Parting : std::uint8_t { line_ends, full_length };
+
 /// The lines of a text file, of which the first `width` bytes count.
 class Lines {
   public:
-    Lines(Descriptor&& file, std::size_t width) : file_(std::move(file)), width_(width) {
+    Lines(Descriptor&& file, std::size_t width, Parting parting)
+        : file_(std::move(file)), width_(width), parting_(parting) {
         buffer_.resize(std::max<std::size_t>(std::size_t{256} * 1024, 2 * (width + 2)));
-        fill();
-        find_full_lines();
     }
 
     /// Gives the next line without its end; false at the end of the file, or when it cannot be read (see
-    /// error()).
+    /// error() and wrong_line()).
     bool next(std::string_view& line) {
         if (rest().size() < width_ + 2) fill();
-        if (line_end_ > 0 && full_line_follows()) {
-            line = rest().substr(0, width_);
-            used_ += std::min(width_ + line_end_, rest().size());
-            return true;
-        }
-        line_end_ = 0;
-        return next_by_line_end(line);
+        ++number_;
+        return parting_ == Parting::full_length ? next_of_full_length(line) : next_by_line_end(line);
     }
 
+    /// The number of the line that was not as long as all have to be, which ended the reading; 0 when there
+    /// was none.
+    [[nodiscard]] std::int64_t wrong_line() const { return wrong_line_; }
     /// The system's error that ended the reading, 0 when there was none.
     [[nodiscard]] int error() const { return error_; }
 
@@ -60,30 +60,15 @@ class Lines {
         filled_ += read;
     }
 
-    /// Sets line_end_ to the size of the line ends when the file is made of full lines only.
-    void find_full_lines() {
-        const auto size = static_cast<std::uint64_t>(std::max<std::int64_t>(file_.size(), 0));
-        char last = 0;
-        if (size > 0) file_.read_at(static_cast<std::int64_t>(size) - 1, {&last, 1});
-        for (const std::size_t line_end : {1U, 2U}) {
-            const std::uint64_t line = width_ + line_end;
-            const auto fits = [&](std::uint64_t bytes) {
-                return bytes % line == 0 || bytes % line == width_;
-            };
-            if (!fits(size) && !(last == end_of_text && fits(size - 1))) continue;
-            line_end_ = line_end;
-            if (full_line_follows()) return;
+    bool next_of_full_length(std::string_view& line) {
+        if (rest().empty()) return false;
+        if (rest().size() <= width_ || rest()[width_] != '\n') {
+            wrong_line_ = number_;
+            return false;
         }
-        line_end_ = 0;
-    }
-
-    [[nodiscard]] bool full_line_follows() const {
-        const std::string_view text = rest();
-        if (text.size() < width_ || text.empty()) return false;
-        if (at_end_ && text == std::string_view(&end_of_text, 1)) return false;
-        const std::string_view behind = text.substr(width_, line_end_);
-        if (behind == (line_end_ == 1 ? "\n" : "\r\n")) return true;
-        return at_end_ && (behind.empty() || (text.size() == width_ + 1 && behind[0] == end_of_text));
+        line = rest().substr(0, width_);
+        used_ += width_ + 1;
+        return true;
     }
 
     bool next_by_line_end(std::string_view& line) {
@@ -122,7 +107,9 @@ class Lines {
 
     Descriptor file_;
     std::size_t width_;
-    std::size_t line_end_ = 0;
+    Parting parting_;
+    std::int64_t number_ = 0;
+    std::int64_t wrong_line_ = 0;
     std::vector<char> buffer_;
     std::size_t used_ = 0;
     std::size_t filled_ = 0;
@@ -172,6 +159,18 @@ bool fail(GenCode gencode, std::string_view file, int system_error) {
     return false;
 }
 
+/// Raises that the line of that number is not as long as all have to be.
+bool fail_at_line(std::int64_t number, std::string_view file) {
+    const std::string description =
+        "Read error, line " + std::to_string(number) + " is not as long as a record";
+    raise_table_error({.gencode = GenCode::corrupt,
+                       .subcode = Subcode::table_corrupt,
+                       .description = description,
+                       .operation = "APPEND FROM",
+                       .file = file});
+    return false;
+}
+
 std::int64_t limit(const Value& number) {
     return number.is(Kind::numeric) ? number.integer() : std::numeric_limits<std::int64_t>::max();
 }
@@ -218,8 +217,8 @@ bool append_lines(Table& table, std::span<const Column> columns, Lines& lines, c
     return true;
 }
 
-/// What dbappsdf() does, with the file of exactly the name `file`.
-bool append_file(const Value& file, const Value& fields, const Conditions& conditions) {
+/// What dbappsdf() does, with the file of exactly the name `file` and its lines parted so.
+bool append_file(const Value& file, Parting parting, const Value& fields, const Conditions& conditions) {
     Table* const table = table_of();
     if (table == nullptr) {
         raise_table_error({.gencode = GenCode::no_table,
@@ -238,9 +237,10 @@ bool append_file(const Value& file, const Value& fields, const Conditions& condi
     const std::string path(file.text());
     Descriptor source(path, O_RDONLY);
     if (!source.is_open()) return fail(GenCode::open, path, errno);
-    Lines lines(std::move(source), columns.back().offset + columns.back().width);
+    Lines lines(std::move(source), columns.back().offset + columns.back().width, parting);
     if (!append_lines(*table, columns, lines, conditions)) return false;
-    return lines.error() == 0 || fail(GenCode::read, path, lines.error());
+    if (lines.error() != 0) return fail(GenCode::read, path, lines.error());
+    return lines.wrong_line() == 0 || fail_at_line(lines.wrong_line(), path);
 }
 
 /// The name of a file without the blanks around it, .txt behind it when it has no extension. What is no text
@@ -256,12 +256,13 @@ Value with_extension(const Value& file) {
 
 Value dbappsdf(const Value& file, const Value& fields, const Value& for_block, const Value& while_block,
                const Value& next, const Value& record) {
-    return append_file(with_extension(file), fields, {for_block, while_block, next, record});
+    return append_file(with_extension(file), Parting::line_ends, fields,
+                       {for_block, while_block, next, record});
 }
 
 Value dbappsdf_exactly(const Value& file) {
     const Value all;
-    return append_file(file, all, {all, all, all, all});
+    return append_file(file, Parting::full_length, all, {all, all, all, all});
 }
 
 }  // namespace zmfb::host

@@ -12,20 +12,17 @@ namespace zmfb::host {
 /// blocks `for` and `while` are asked when the record is filled in, which is taken back if they say no. There
 /// is no REST condition: a file is always read from its beginning.
 ///
-/// A file that is made of full lines from one end to the other, all columns and then LF (or CR LF), is read
-/// by its line length, so that a column may hold any byte, a line end or CHR(26) too; one last CHR(26) behind
-/// the lines is none of them, and the last line may lack its end. Any other file is read by line: a line ends
-/// at LF, with a CR before it if there is one; the columns that a short line lacks are blank, those behind
-/// the last field are ignored; CHR(26) where a line begins ends the file. Should a line of the first sort of
-/// file not end where it must, the rest is read by line.
+/// A line ends at LF, with a CR before it if there is one, wherever that is; the columns that a short line
+/// lacks are blank, those behind the last field are ignored; CHR(26) where a line begins ends the file.
 ///
 /// Returns .T.; .F. when no table is open, the file cannot be opened or read, or a record cannot be stored,
 /// which has been raised then and ends the reading.
 Value dbappsdf(const Value& file, const Value& fields = {}, const Value& for_block = {},
                const Value& while_block = {}, const Value& next = {}, const Value& record = {});
 
-/// The same of all fields and lines of the file of exactly the name `file`, byte for byte and without a
-/// further extension.
+/// The same of all fields and lines of the rows that an external table wrote: the file of exactly the name
+/// `file`, without a further extension, is made of full lines, all columns and then LF, so that a column may
+/// hold any byte, a line end or CHR(26) too. A line that is not as long is raised, too, and ends the reading.
 Value dbappsdf_exactly(const Value& file);
 
 }  // namespace zmfb::host

@@ -24,10 +24,12 @@ class Sdf : public host_test::DbfTest {
   protected:
     /// Appends a file of this content to the open table.
     Value append(std::string_view text) const { return dbappsdf(write_file("data.txt", text)); }
-    /// The fields C of the records of a table {C, 3} to which a file of this content was appended.
-    std::vector<std::string> texts_of(std::string_view text) {
+    /// The fields C of the records of a table {C, 3} to which a file of this content was appended; by their
+    /// full length when `exactly`.
+    std::vector<std::string> texts_of(std::string_view text, bool exactly = false) {
         Table& table = create(array_of(field("C", "C", 3)));
-        EXPECT_TRUE(is_same(append(text), true));
+        const std::string file = write_file("data.txt", text);
+        EXPECT_TRUE(is_same(exactly ? dbappsdf_exactly(file) : dbappsdf(file), true));
         std::vector<std::string> texts;
         for (table.go_top(); !table.eof(); table.skip(1)) texts.emplace_back(table.get(0).string());
         close();
@@ -84,40 +86,52 @@ TEST_F(Sdf, ColumnsStandInTheOrderOfTheFields) {
                            R"({"    ", 999.5, {^}, .F.}, {"Bob ", 0, {^}, .F.}})");
 }
 
-TEST_F(Sdf, FullLinesMayHoldAnyByte) {
-    EXPECT_EQ(texts_of("a\nb\nc\nd\n\n\n\n\n\x1A\x1A\x1A\n"),
-              (Texts{"a\nb", "c\nd", "\n\n\n", "\x1A\x1A\x1A"}));
-    EXPECT_EQ(texts_of("a\0b\n\r\n\r\n"sv), (Texts{"a\0b"s, "\r\n\r"}));
-    EXPECT_EQ(texts_of("\x1A \x1A\r\n\r\nx\r\n"), (Texts{"\x1A \x1A", "\r\nx"}));
-}
-
-TEST_F(Sdf, TheLastFullLineMayLackItsEnd) {
-    EXPECT_EQ(texts_of("a\nb\nxyz"), (Texts{"a\nb", "xyz"}));
-    EXPECT_EQ(texts_of("xyz"), (Texts{"xyz"}));
-    EXPECT_EQ(texts_of("a\nb\r\nxyz"), (Texts{"a\nb", "xyz"}));
-}
-
-TEST_F(Sdf, OneEndMarkBehindFullLinesIsNoRecord) {
-    EXPECT_EQ(texts_of("a\nb\nxyz\n\x1A"), (Texts{"a\nb", "xyz"}));
-    EXPECT_EQ(texts_of("a\nb\r\nxyz\r\n\x1A"), (Texts{"a\nb", "xyz"}));
-    EXPECT_EQ(texts_of("a\nb\nxyz\x1A"), (Texts{"a\nb", "xyz"}));
-    EXPECT_EQ(texts_of("\x1A"), Texts{});
+TEST_F(Sdf, ALineEndsAtItsLineEnd) {
+    EXPECT_EQ(texts_of("a\nbc\nxyz\nlonger\n"), (Texts{"a  ", "bc ", "xyz", "lon"}));
+    EXPECT_EQ(texts_of("a\r\nbc\r\nxyz\r\nlonger\r\n"), (Texts{"a  ", "bc ", "xyz", "lon"}));
+    EXPECT_EQ(texts_of("a\n\n\nb"), (Texts{"a  ", "   ", "   ", "b  "}));
+    EXPECT_EQ(texts_of("a\0b\nxyz"sv), (Texts{"a\0b"s, "xyz"}));
+    EXPECT_EQ(texts_of("xyz\n"), (Texts{"xyz"}));
     EXPECT_EQ(texts_of(""), Texts{});
+}
+
+TEST_F(Sdf, ShortLinesAreNeverJoined) {
+    // Together with the line ends between them they are as long as a record.
+    EXPECT_EQ(texts_of("a\nb\n"), (Texts{"a  ", "b  "}));
+    EXPECT_EQ(texts_of("a\nb\nc\nd\n"), (Texts{"a  ", "b  ", "c  ", "d  "}));
+    EXPECT_EQ(texts_of("a\nb"), (Texts{"a  ", "b  "}));
+    EXPECT_EQ(texts_of("a\nb\r\n\r\nxy\r\n"), (Texts{"a  ", "b  ", "   ", "xy "}));
+    EXPECT_EQ(texts_of("\n\n\n\n"), (Texts{"   ", "   ", "   ", "   "}));
+}
+
+TEST_F(Sdf, TheEndMarkEndsTheFileWhereALineBegins) {
+    EXPECT_EQ(texts_of("ab\x1A\n\x1Anothing\nmore\n"), (Texts{"ab\x1A"}));
+    EXPECT_EQ(texts_of("xyz\n\x1A"), (Texts{"xyz"}));
+    EXPECT_EQ(texts_of("\x1A"), Texts{});
     Table& table = create(array_of(field("C", "C", 1)));
     EXPECT_TRUE(is_same(append("a\nb\n\x1A"), true));
     EXPECT_EQ(table.record_count(), 2);
 }
 
-TEST_F(Sdf, OtherFilesAreReadByLine) {
-    EXPECT_EQ(texts_of("a\nbc\nxyz\nlonger\n"), (Texts{"a  ", "bc ", "xyz", "lon"}));
-    EXPECT_EQ(texts_of("a\r\nbc\r\nlonger\r\n"), (Texts{"a  ", "bc ", "lon"}));
-    EXPECT_EQ(texts_of("a\n\n\nb"), (Texts{"a  ", "   ", "   ", "b  "}));
-    EXPECT_EQ(texts_of("ab\x1A\n\x1Anothing\nmore\n"), (Texts{"ab\x1A"}));
+TEST_F(Sdf, LinesOfFullLengthMayHoldAnyByte) {
+    EXPECT_EQ(texts_of("a\nb\nc\nd\n\n\n\n\n\x1A\x1A\x1A\n\0\r\n\n"sv, true),
+              (Texts{"a\nb", "c\nd", "\n\n\n", "\x1A\x1A\x1A", "\0\r\n"s}));
+    EXPECT_EQ(texts_of("", true), Texts{});
 }
 
-TEST_F(Sdf, AFullLineWithoutItsEndTurnsToReadingByLine) {
-    // The size is that of three full lines, but the second has no end where it must.
-    EXPECT_EQ(texts_of("a\nb\nxyzzxyz\n"), (Texts{"a\nb", "xyz"}));
+TEST_F(Sdf, ALineThatIsNotOfFullLengthIsRaised) {
+    CaughtErrors caught;
+    for (const char* text :
+         {"xyz\nab\nc\n", "xyz\nabcd\n", "xyz\nabc", "xyz\nab", "xyz\n\x1A", "xyz\nabc\r\n"}) {
+        Table& table = create(array_of(field("C", "C", 3)));
+        const std::string file = write_file("data.txt", text);
+        EXPECT_TRUE(is_same(dbappsdf_exactly(file), false)) << text;
+        EXPECT_EQ(caught.take_count(), 1) << text;
+        EXPECT_EQ(caught.number("gencode"), 32);
+        EXPECT_EQ(caught.text("description"), "Read error, line 2 is not as long as a record: " + file);
+        EXPECT_EQ(table.record_count(), 1) << text;
+        close();
+    }
 }
 
 TEST_F(Sdf, ShortLinesAreFilledUpWithBlanks) {
