@@ -50,7 +50,7 @@ bool has_single_bytes(Self& self) {
 
 Value data_file_path(Self& self) {
     const Value path = call(self, "getfullpathdatfile");
-    if (empty(path) || !path.is(host::Kind::character)) return path;
+    if (empty(path)) return path;
     std::error_code no_current_folder;
     const std::filesystem::path absolute = std::filesystem::absolute(path.text(), no_current_folder);
     return no_current_folder ? path : Value(absolute.native());
