@@ -75,7 +75,7 @@ void hide_password(int argc, char** argv) {
 std::optional<std::string> ask_for_password(const std::string& user, const std::string& database) {
     if (isatty(STDIN_FILENO) == 0) return std::nullopt;
     const NoEcho no_echo;
-    fmt::print(stderr, "Password{} on {}: ", user.empty() ? "" : " of " + user, database);
+    fmt::print(stderr, "Password of {} on {}: ", user, database);
     std::string password;
     if (!std::getline(std::cin, password)) return std::nullopt;
     return password;

@@ -109,7 +109,12 @@ void Session::prepare_client() {
 }
 
 void Session::ask_for_missing_password() {
-    if (options_.password_given || !names_a_server(options_.database)) return;
+    if (!names_a_server(options_.database)) return;
+    if (options_.user.empty()) {
+        throw Failure{Exit::usage, fmt::format("no user given for {}", options_.database),
+                      "Name one with --user NAME or in the environment variable ISC_USER."};
+    }
+    if (options_.password_given) return;
     if (const auto typed = ask_for_password(options_.user, options_.database)) options_.password = *typed;
     options_.password_given = true;
 }
@@ -148,7 +153,7 @@ void Session::attach(Demand demand) {
         if (demand == Demand::driver_database && raised_.size() != raised_before) {
             throw Failure{Exit::not_attached,
                           fmt::format("{} is no database the driver can use", options_.database), "",
-                          "\"zmfb create\" makes one that is; \"zmfb doctor\" says what this one misses"};
+                          "\"zmfb doctor\" says what it misses, and how to add that"};
         }
     }
     connection_ = std::move(made);

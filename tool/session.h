@@ -58,8 +58,9 @@ class Session {
     /// Makes the client library ready for the database of the options, and asks for its password. Throws
     /// Failure.
     void prepare_client();
-    /// Asks for the password of a server when none was given and standard input is a terminal. Attaching does
-    /// it; who hands the options on to other sessions does it first.
+    /// Asks for the password of a server when none was given and standard input is a terminal. Throws Failure
+    /// (usage) when no user was given for one. Attaching does it; who hands the options on to other sessions
+    /// does it first.
     void ask_for_missing_password();
     /// Throws Failure (usage) when no database was given.
     void require_database() const;

@@ -7,6 +7,9 @@ namespace {
 
 class Create : public Tool {};
 
+const std::string there_hint =
+    "hint: \"zmfb doctor\" says whether the driver can use it, and what it misses\n";
+
 TEST_F(Create, MakesADatabaseTheDriverCanUse) {
     const Finished run = on(new_database(), {"create"});
     EXPECT_EQ(run.status, 0);
@@ -30,8 +33,30 @@ TEST_F(Create, AnExistingFileIsRefusedAndLeftAlone) {
     const std::string path = write_file("test.fdb", "precious");
     const Finished run = on(path, {"create"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "error: " + path + " exists already and is left alone\n");
+    EXPECT_EQ(run.err, "error: " + path + " exists already and is left alone\n" + there_hint);
     EXPECT_EQ(read_file(path), "precious");
+}
+
+TEST_F(Create, AnExistingDatabaseOnAServerIsRefusedWithTheSameHint) {
+    const std::string name = Server::shared().name_of(file("test.fdb"));
+    const auto create = [&] {
+        return zmfb({"--db", name, "--user", sysdba, "create"}, "",
+                    {std::string("ISC_PASSWORD=") + sysdba_password});
+    };
+    ASSERT_EQ(create().status, 0);
+    const Finished again = create();
+    EXPECT_EQ(again.status, 1);
+    EXPECT_TRUE(again.err.ends_with("\n  File exists\n" + there_hint)) << again.err;
+}
+
+TEST_F(Create, WhatIsNoDatabaseOfTheDriversIsNotSentRoundInCircles) {
+    const std::string path = database();
+    exec(path, "drop external function zmpadl");
+    // Each hint leads on, and the last one says what to do.
+    EXPECT_NE(on(path, {"tables"}).err.find("hint: \"zmfb doctor\" says what it misses"), std::string::npos);
+    const std::string advice = on(path, {"doctor"}).out;
+    EXPECT_NE(advice.find("missing: ZMPADL\n       udf/zmrddudfs.sql declares them: "), std::string::npos)
+        << advice;
 }
 
 TEST_F(Create, AFolderThatIsNotThereIsSaidSo) {

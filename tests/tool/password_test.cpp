@@ -76,6 +76,18 @@ TEST_F(Password, AWrongOneEndsWithThreeAndAHint) {
     }
 }
 
+TEST_F(Password, AServerWithoutAUserIsWrongUsageAndAsksForNoPassword) {
+    for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
+
+             {"create"}, {"tables"}, {"doctor"}, {"import", "x.dbf"}, {"export", "x"}}) {
+        const Finished run = on(name, words);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_EQ(run.err, "error: no user given for " + name +
+                               "\n  Name one with --user NAME or in the environment variable ISC_USER.\n");
+    }
+}
+
 TEST_F(Password, IsNotToBeSeenInTheListOfProcesses) {
     const std::string script =
         "(sleep 1; tr '\\0' ' ' < /proc/$(pgrep -n -P $PPID zmfb_under_test || pgrep -n -P $$ "

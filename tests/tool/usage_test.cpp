@@ -76,7 +76,7 @@ TEST_F(Usage, ADatabaseThatIsNotThereEndsWithThreeAndTheEnginesWords) {
 }
 
 TEST_F(Usage, AServerThatDoesNotAnswerEndsWithThree) {
-    const Finished run = on("127.0.0.1/1:/nowhere.fdb", {"tables"});
+    const Finished run = on("127.0.0.1/1:/nowhere.fdb", {"--user", "anna", "tables"});
     EXPECT_EQ(run.status, 3);
     EXPECT_EQ(lines(run.err).at(0), "error: cannot attach to 127.0.0.1/1:/nowhere.fdb");
 }
@@ -114,7 +114,8 @@ TEST_F(Usage, AMistypedCommandOrMethodGetsASuggestion) {
 TEST_F(Usage, ErrorsOfTheEngineHaveAHint) {
     EXPECT_NE(on(new_database(), {"tables"}).err.find("\nhint: \"zmfb create\" makes a new database\n"),
               std::string::npos);
-    EXPECT_NE(on("127.0.0.1/1:/nowhere.fdb", {"tables"}).err.find("\nhint: is the server running"),
+    EXPECT_NE(on("127.0.0.1/1:/nowhere.fdb", {"--user", "anna", "tables"})
+                  .err.find("\nhint: is the server running"),
               std::string::npos);
     write_file("notes.txt", std::string(20000, 'x'));
     EXPECT_NE(on(as_database("notes.txt"), {"tables"}).err.find("\nhint: the file is no"), std::string::npos);
@@ -172,10 +173,12 @@ TEST_F(Usage, ADatabaseThatIsNoneOfTheDriversEndsWithThreeAndSaysWhatHelps) {
     const Finished run = on(path, {"tables"});
     EXPECT_EQ(run.status, 3);
     EXPECT_EQ(run.out, "");
-    EXPECT_EQ(run.err, "raised: [FBCONN Error]\n  The DataBase:\n  " + path +
-                           "\n  Does not have all needed UDFs installed!!\nerror: " + path +
-                           " is no database the driver can use\nhint: \"zmfb create\" makes one that is; "
-                           "\"zmfb doctor\" says what this one misses\n");
+    EXPECT_EQ(
+        run.err,
+        "raised: [FBCONN Error]\n  The DataBase:\n  " + path +
+            "\n  Does not have all needed UDFs installed!!\nerror: " + path +
+            " is no database the driver can use\nhint: \"zmfb doctor\" says what it misses, and how to add "
+            "that\n");
 }
 
 TEST_F(Usage, MethodsAsJsonHaveTheirHelp) {

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "tool/commands.h"
+#include "tool/hints.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::tool {
@@ -14,7 +15,8 @@ Exit create_command(Session& session) {
     const bool local = !names_a_server(options.database);
     std::error_code ignored;
     if (local && std::filesystem::exists(options.database, ignored)) {
-        throw Failure{Exit::failed, fmt::format("{} exists already and is left alone", options.database)};
+        throw Failure{Exit::failed, fmt::format("{} exists already and is left alone", options.database), "",
+                      std::string(hint_for("File exists"))};
     }
     session.prepare_client();
     std::string problem = create_database(options.database, options.user, options.password);
