@@ -18,6 +18,12 @@ if grep -rlE '#include <(ibase|firebird/)' host conn catalog locks schema transf
     exit 1
 fi
 
+# The parser of the command line takes seconds to compile: who adds a command sees tool/command_line.h alone.
+if grep -rl '#include <CLI/' tool | grep -vxE 'tool/(command_line|generate/help)\.cpp'; then
+    echo "these files include the parser of the command line" >&2
+    exit 1
+fi
+
 # What lies beside the sources is named by the environment (.ci/run does), never found by itself.
 if grep -rnE '\.\./shared|/ "shared"' tests bench fuzz; then
     echo "these lines look beside the sources" >&2

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <utility>
 
@@ -27,38 +28,74 @@ std::vector<std::string> names_of_commands(const CLI::App& app) {
 
 }  // namespace
 
-CommandLine::CommandLine() : app_("xBase tables in a Firebird database", "zmfb") {
-    app_.require_subcommand(1);
-    app_.footer(exit_statuses);
+Parameter Parameter::required() const { return Parameter(option_->required()); }
+
+Parameter Parameter::type_name(const std::string& name) const { return Parameter(option_->type_name(name)); }
+
+Parameter Parameter::with_default() const { return Parameter(option_->capture_default_str()); }
+
+Parameter Parameter::one_of(const std::vector<std::string>& values) const {
+    return Parameter(option_->check(CLI::IsMember(values)));
+}
+
+Parameter Subcommand::option(const std::string& names, std::string& value, const std::string& help) const {
+    return Parameter(app_->add_option(names, value, help));
+}
+
+Parameter Subcommand::option(const std::string& names, std::vector<std::string>& value,
+                             const std::string& help) const {
+    return Parameter(app_->add_option(names, value, help));
+}
+
+Parameter Subcommand::option(const std::string& names, std::optional<int>& value,
+                             const std::string& help) const {
+    return Parameter(app_->add_option(names, value, help));
+}
+
+Parameter Subcommand::option(const std::string& names, std::size_t& value, const std::string& help) const {
+    return Parameter(app_->add_option(names, value, help)->check(CLI::NonNegativeNumber));
+}
+
+void Subcommand::flag(const std::string& names, bool& value, const std::string& help) const {
+    app_->add_flag(names, value, help);
+}
+
+void Subcommand::hide() const { app_->group(""); }
+
+CommandLine::CommandLine() : app_(std::make_unique<CLI::App>("xBase tables in a Firebird database", "zmfb")) {
+    app_->require_subcommand(1);
+    app_->footer(exit_statuses);
     add_options();
 }
 
+CommandLine::~CommandLine() = default;
+
 void CommandLine::add_options() {
-    app_.add_option("--db", options_.database,
-                    "Database: a file (embedded engine), or host:/path, host/port:/path")
+    app_->add_option("--db", options_.database,
+                     "Database: a file (embedded engine), or host:/path, host/port:/path")
         ->type_name("DATABASE")
         ->envname("ZMFB_DB");
-    app_.add_option("--user", options_.user, "User name")->type_name("NAME")->envname("ISC_USER");
+    app_->add_option("--user", options_.user, "User name")->type_name("NAME")->envname("ISC_USER");
     CLI::Option* const password =
-        app_.add_option("--password", options_.password,
-                        "Password; shows in the list of processes, unlike ISC_PASSWORD and the prompt")
+        app_->add_option("--password", options_.password,
+                         "Password; shows in the list of processes, unlike ISC_PASSWORD and the prompt")
             ->type_name("TEXT")
             ->each([this](const std::string&) { password_.on_command_line = true; });
-    app_.add_option("--password-file", password_.file, "File with the password in its first line")
+    app_->add_option("--password-file", password_.file, "File with the password in its first line")
         ->type_name("FILE")
         ->excludes(password);
-    app_.add_option("--role", options_.role, "SQL role")->type_name("NAME");
-    app_.add_option("--encoding", encoding_,
-                    "Character set of the texts in the database, a single-byte one as iconv names it")
+    app_->add_option("--role", options_.role, "SQL role")->type_name("NAME");
+    app_->add_option("--encoding", encoding_,
+                     "Character set of the texts in the database, a single-byte one as iconv names it")
         ->type_name("NAME")
         ->default_str("ISO-8859-1");
-    app_.add_option("--log-level", options_.log_level,
-                    "Log level: -1 nothing, 0 connections, 1 SQL errors, 7 updates, 8 queries")
+    app_->add_option("--log-level", options_.log_level,
+                     "Log level: -1 nothing, 0 connections, 1 SQL errors, 7 updates, 8 queries")
         ->type_name("LEVEL")
         ->capture_default_str();
-    app_.add_flag("--json", options_.json, "Print results as JSON");
+    app_->add_flag("--json", options_.json, "Print results as JSON");
     // The last one: what it prints depends on the others.
-    app_.set_version_flag("--version", [this] { return versions(); });
+    app_->set_version_flag("--version", [this] { return versions(); });
 }
 
 std::string CommandLine::versions() const {
@@ -74,33 +111,39 @@ std::string CommandLine::versions() const {
     }
 }
 
-CLI::App* CommandLine::add(CLI::App* parent, const std::string& name, const std::string& help,
-                           const std::string& example, Command run) {
-    CLI::App* command = parent->add_subcommand(name, help);
-    if (parent == &app_) command->group(head_);
+Subcommand CommandLine::add(const Subcommand& parent, const std::string& name, const std::string& help,
+                            const std::string& example, Command run) {
+    CLI::App* command = parent.app()->add_subcommand(name, help);
+    if (parent.app() == app_.get()) command->group(head_);
     command->footer("Example:\n  " + example);
     command->callback([this, run = std::move(run)] { chosen_ = run; });
     command->fallthrough();
-    return command;
+    return Subcommand(command);
 }
 
-CLI::App* CommandLine::add_group(const std::string& name, const std::string& help) {
-    CLI::App* group = app_.add_subcommand(name, help);
+Subcommand CommandLine::add_group(const std::string& name, const std::string& help) {
+    CLI::App* group = app_->add_subcommand(name, help);
     group->group(head_);
     group->require_subcommand(1);
     group->fallthrough();
-    return group;
+    return Subcommand(group);
+}
+
+std::optional<std::string> CommandLine::help_line(const std::string& command) const {
+    const auto named = [&](const CLI::App* one) { return one->get_name() == command; };
+    const auto found = app_->get_subcommands(named);
+    return found.empty() ? std::nullopt : std::optional(found[0]->get_description());
 }
 
 // "help import" is "import --help".
 void CommandLine::parse(int argc, char** argv) {
-    if (argc < 2 || std::string_view(argv[1]) != "help") return app_.parse(argc, argv);
+    if (argc < 2 || std::string_view(argv[1]) != "help") return app_->parse(argc, argv);
     std::vector<std::string> words(argv + 2, argv + argc);
-    const std::vector<std::string> commands = names_of_commands(app_);
+    const std::vector<std::string> commands = names_of_commands(*app_);
     if (words.empty() || std::ranges::find(commands, words[0]) != commands.end())
         words.emplace_back("--help");
     std::ranges::reverse(words);  // as the parser wants them
-    app_.parse(std::move(words));
+    app_->parse(std::move(words));
 }
 
 int CommandLine::run(int argc, char** argv) {
@@ -124,7 +167,7 @@ int CommandLine::run(int argc, char** argv) {
 }
 
 Exit CommandLine::answer(const CLI::ParseError& problem) const {
-    if (problem.get_exit_code() == 0) return app_.exit(problem) == 0 ? Exit::ok : Exit::usage;
+    if (problem.get_exit_code() == 0) return app_->exit(problem) == 0 ? Exit::ok : Exit::usage;
     const std::string unknown = unknown_command();
     print_error(unknown.empty() ? problem.what() : fmt::format("there is no command {}", unknown), "",
                 hint());
@@ -132,30 +175,28 @@ Exit CommandLine::answer(const CLI::ParseError& problem) const {
 }
 
 std::string CommandLine::unknown_command() const {
-    if (!app_.get_subcommands().empty()) return "";
-    for (const std::string& word : app_.remaining(true)) {
+    if (!app_->get_subcommands().empty()) return "";
+    for (const std::string& word : app_->remaining(true)) {
         if (!word.starts_with('-')) return word;
     }
     return "";
 }
 
 std::string CommandLine::hint() const {
-    const std::string name = nearest_name(unknown_command(), names_of_commands(app_));
+    const std::string name = nearest_name(unknown_command(), names_of_commands(*app_));
     if (!name.empty()) return fmt::format("did you mean \"zmfb {}\"?", name);
-    const auto chosen = app_.get_subcommands();
+    const auto chosen = app_->get_subcommands();
     return fmt::format("zmfb{} --help says more", chosen.empty() ? "" : " " + chosen[0]->get_name());
 }
 
 Exit CommandLine::run_within(Session& session, std::vector<std::string> words) {
     std::ranges::reverse(words);  // as the parser wants them
     try {
-        app_.parse(std::move(words));
+        app_->parse(std::move(words));
     } catch (const CLI::ParseError& problem) {
         return answer(problem);
     }
     return chosen_(session);
 }
-
-void add_yes(CLI::App* command, bool& yes) { command->add_flag("--yes,-y", yes, "Do it without asking"); }
 
 }  // namespace zmfb::tool

@@ -85,9 +85,9 @@ void add_call(CommandLine& line) {
     line.add(line.app(), "call", "Call methods of the object by name",
              "zmfb --db shop.fdb call 'istable(\"CUSTOMERS\")' 'gettablereccount(\"CUSTOMERS\")'",
              [calls](Session& session) { return call_command(session, *calls); })
-        ->add_option("EXPR", *calls,
-                     "Calls with xBase literals as arguments; - reads one a line from standard input")
-        ->required();
+        .option("EXPR", *calls,
+                "Calls with xBase literals as arguments; - reads one a line from standard input")
+        .required();
 }
 
 }  // namespace zmfb::tool

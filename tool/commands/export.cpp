@@ -204,15 +204,14 @@ Exit export_command(Session& session, const Given& given) {
 
 void add_export(CommandLine& line) {
     const auto given = std::make_shared<Given>();
-    CLI::App* command = line.add(line.app(), "export", "Write tables into DBF files",
-                                 "zmfb --db shop.fdb export customers -o /tmp",
-                                 [given](Session& session) { return export_command(session, *given); });
-    command->add_option("TABLE", given->tables, "Tables; the file is named as the table is given here")
-        ->required();
-    command->add_option("-o,--output", given->folder, "Folder for the files")->capture_default_str();
-    command->add_flag("--keep-data-file", given->keep_data_file,
-                      "Leave the flat file that the engine wrote under /tmp");
-    add_yes(command, given->yes);
+    const Subcommand command = line.add(
+        line.app(), "export", "Write tables into DBF files", "zmfb --db shop.fdb export customers -o /tmp",
+        [given](Session& session) { return export_command(session, *given); });
+    command.option("TABLE", given->tables, "Tables; the file is named as the table is given here").required();
+    command.option("-o,--output", given->folder, "Folder for the files").with_default();
+    command.flag("--keep-data-file", given->keep_data_file,
+                 "Leave the flat file that the engine wrote under /tmp");
+    command.yes(given->yes);
 }
 
 }  // namespace zmfb::tool

@@ -18,17 +18,17 @@ std::string page_of(const CommandLineHelp& help, const std::string& kind) {
 
 void add_generate(CommandLine& line) {
     const auto kind = std::make_shared<std::string>();
-    const CLI::App* const app = line.app();
-    CLI::App* const generate = line.add(
+    const Subcommand app = line.app();
+    const Subcommand generate = line.add(
         line.app(), "generate", "Write the manual page, or the completions of a shell",
         "zmfb generate bash > ~/.local/share/bash-completion/completions/zmfb", [app, kind](Session&) {
-            fmt::print("{}", page_of(help_of(*app), *kind));
+            fmt::print("{}", page_of(help_of(*app.app()), *kind));
             return Exit::ok;
         });
-    generate->group("");
-    generate->add_option("KIND", *kind, "man, bash, zsh or fish")
-        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
-        ->required();
+    generate.hide();
+    generate.option("KIND", *kind, "man, bash, zsh or fish")
+        .one_of({"man", "bash", "zsh", "fish"})
+        .required();
 }
 
 }  // namespace zmfb::tool

@@ -59,20 +59,20 @@ Exit import_command(Session& session, const Given& given) {
 
 void add_import(CommandLine& line) {
     const auto given = std::make_shared<Given>();
-    CLI::App* command = line.add(line.app(), "import", "Bring DBF files in as tables",
-                                 "zmfb --db shop.fdb import customers.dbf",
-                                 [given](Session& session) { return import_command(session, *given); });
-    command->add_option("FILE", given->files, "DBF files")->required();
-    command->add_flag("--dry-run", given->dry_run, "Only say what would be made, and what would be refused");
-    command->add_flag("--skip-deleted", given->skip_deleted, "Leave deleted records out");
-    command->add_option("--encoding-from", given->encoding,
-                        "Encoding of the texts, such as CP850 (\"iconv -l\" lists them)");
-    command->add_option("--rejects", given->rejects, "CSV file for all values that would be refused");
-    command->add_flag("--drop-existing", given->drop_existing, "Replace a table that is there; asks first");
-    command->add_flag("--incomplete", given->incomplete, "Import a file that is cut off as far as it goes");
-    command->add_flag("--keep-data-file", given->keep_data_file,
-                      "Leave the flat file that the engine read under /tmp");
-    add_yes(command, given->yes);
+    const Subcommand command = line.add(
+        line.app(), "import", "Bring DBF files in as tables", "zmfb --db shop.fdb import customers.dbf",
+        [given](Session& session) { return import_command(session, *given); });
+    command.option("FILE", given->files, "DBF files").required();
+    command.flag("--dry-run", given->dry_run, "Only say what would be made, and what would be refused");
+    command.flag("--skip-deleted", given->skip_deleted, "Leave deleted records out");
+    command.option("--encoding-from", given->encoding,
+                   "Encoding of the texts, such as CP850 (\"iconv -l\" lists them)");
+    command.option("--rejects", given->rejects, "CSV file for all values that would be refused");
+    command.flag("--drop-existing", given->drop_existing, "Replace a table that is there; asks first");
+    command.flag("--incomplete", given->incomplete, "Import a file that is cut off as far as it goes");
+    command.flag("--keep-data-file", given->keep_data_file,
+                 "Leave the flat file that the engine read under /tmp");
+    command.yes(given->yes);
 }
 
 }  // namespace zmfb::tool

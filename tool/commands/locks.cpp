@@ -184,17 +184,17 @@ void add_locks(CommandLine& line) {
         bool yes = false;
     };
     const auto given = std::make_shared<Given>();
-    CLI::App* unlock = line.add(line.app(), "unlock", "Remove every lock on a table, whoever holds it",
-                                "zmfb --db shop.fdb unlock customers", [given](Session& session) {
-                                    return unlock_command(session, given->table, given->yes);
-                                });
-    unlock->add_option("TABLE", given->table, "Table")->required();
-    add_yes(unlock, given->yes);
-    add_yes(line.add(line.app(), "clear",
-                     "Forget all registrations and locks of everybody (after a crash; dangerous)",
-                     "zmfb --db shop.fdb clear",
-                     [given](Session& session) { return clear_command(session, given->yes); }),
-            given->yes);
+    const Subcommand unlock = line.add(line.app(), "unlock", "Remove every lock on a table, whoever holds it",
+                                       "zmfb --db shop.fdb unlock customers", [given](Session& session) {
+                                           return unlock_command(session, given->table, given->yes);
+                                       });
+    unlock.option("TABLE", given->table, "Table").required();
+    unlock.yes(given->yes);
+    line.add(line.app(), "clear",
+             "Forget all registrations and locks of everybody (after a crash; dangerous)",
+             "zmfb --db shop.fdb clear",
+             [given](Session& session) { return clear_command(session, given->yes); })
+        .yes(given->yes);
 }
 
 }  // namespace zmfb::tool

@@ -24,8 +24,7 @@ namespace {
 
 struct Given {
     std::size_t count = 20;
-    int level = 0;
-    bool level_given = false;
+    std::optional<int> level;
     std::string tag;
     bool follow = false;
 };
@@ -104,8 +103,7 @@ void follow(LogFile& file, const LogFilter& filter, bool json) {
 }
 
 Exit log_command(Session& session, const Given& given) {
-    LogFilter filter{{}, given.tag};
-    if (given.level_given) filter.level = given.level;
+    const LogFilter filter{given.level, given.tag};
     const bool json = session.options().json;
     LogFile file;
     std::deque<LogEntry> last;
@@ -133,19 +131,14 @@ Exit log_command(Session& session, const Given& given) {
 
 void add_log(CommandLine& line) {
     const auto given = std::make_shared<Given>();
-    CLI::App* const log =
+    const Subcommand log =
         line.add(line.app(), "log", "Show the last entries of the log", "zmfb log --tag error --count 5",
                  [given](Session& session) { return log_command(session, *given); });
-    log->add_option("--count,-n", given->count, "How many entries")
-        ->check(CLI::NonNegativeNumber)
-        ->type_name("COUNT")
-        ->capture_default_str();
-    log->add_option("--level", given->level, "Only entries of that level and those below it")
-        ->type_name("LEVEL")
-        ->each([given](const std::string&) { given->level_given = true; });
-    log->add_option("--tag", given->tag, "Only entries with that tag, such as ERROR, CONN or UPDT")
-        ->type_name("TAG");
-    log->add_flag("--follow,-f", given->follow, "Go on with new entries until Ctrl-C");
+    log.option("--count,-n", given->count, "How many entries").type_name("COUNT").with_default();
+    log.option("--level", given->level, "Only entries of that level and those below it").type_name("LEVEL");
+    log.option("--tag", given->tag, "Only entries with that tag, such as ERROR, CONN or UPDT")
+        .type_name("TAG");
+    log.flag("--follow,-f", given->follow, "Go on with new entries until Ctrl-C");
 }
 
 }  // namespace zmfb::tool

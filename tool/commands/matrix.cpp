@@ -198,26 +198,26 @@ void add_matrix(CommandLine& line) {
         bool yes = false;
     };
     const auto given = std::make_shared<Given>();
-    CLI::App* matrix = line.add_group("matrix", "Change table structures through a text file");
-    CLI::App* extract =
+    const Subcommand matrix = line.add_group("matrix", "Change table structures through a text file");
+    const Subcommand extract =
         line.add(matrix, "extract", "Write out the structures of tables, of all without names",
                  "zmfb --db shop.fdb matrix extract customers -o customers.tf", [given](Session& session) {
                      return matrix_extract_command(session, given->tables, given->file, given->yes);
                  });
-    extract->add_option("TABLE", given->tables, "Tables");
-    extract->add_option("-o,--output", given->file, "File to write (.tf is added when it is not there)");
-    add_yes(extract, given->yes);
+    extract.option("TABLE", given->tables, "Tables");
+    extract.option("-o,--output", given->file, "File to write (.tf is added when it is not there)");
+    extract.yes(given->yes);
     line.add(matrix, "check", "Tell what applying a matrix would do",
              "zmfb --db shop.fdb matrix check customers.tf",
              [given](Session& session) { return matrix_check_command(session, given->file); })
-        ->add_option("FILE", given->file, "Matrix file")
-        ->required();
-    CLI::App* apply = line.add(
+        .option("FILE", given->file, "Matrix file")
+        .required();
+    const Subcommand apply = line.add(
         matrix, "apply", "Change the tables to what the right-hand column of a matrix says",
         "zmfb --db shop.fdb matrix apply customers.tf",
         [given](Session& session) { return matrix_apply_command(session, given->file, given->yes); });
-    apply->add_option("FILE", given->file, "Matrix file")->required();
-    add_yes(apply, given->yes);
+    apply.option("FILE", given->file, "Matrix file").required();
+    apply.yes(given->yes);
 }
 
 }  // namespace zmfb::tool

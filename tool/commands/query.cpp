@@ -31,19 +31,20 @@ Exit exec_command(Session& session, const std::string& statement) {
 
 void add_query(CommandLine& line) {
     const auto given = std::make_shared<Given>();
-    CLI::App* query = line.add(line.app(), "query", "Run a SELECT and show its rows",
-                               "zmfb --db shop.fdb query \"select name, credit from customers\" --mode csv",
-                               [given](Session& session) { return query_command(session, *given); });
-    query->add_option("SQL", given->statement, "Statement")->required();
-    query->add_option("--mode", given->mode, "Shape of the rows: table, line, csv, json")
-        ->check(CLI::IsMember(std::vector<std::string>(std::begin(mode_names), std::end(mode_names))))
-        ->capture_default_str();
-    query->add_option("--output,-o", given->file, "File that the rows go to");
+    const Subcommand query =
+        line.add(line.app(), "query", "Run a SELECT and show its rows",
+                 "zmfb --db shop.fdb query \"select name, credit from customers\" --mode csv",
+                 [given](Session& session) { return query_command(session, *given); });
+    query.option("SQL", given->statement, "Statement").required();
+    query.option("--mode", given->mode, "Shape of the rows: table, line, csv, json")
+        .one_of({std::begin(mode_names), std::end(mode_names)})
+        .with_default();
+    query.option("--output,-o", given->file, "File that the rows go to");
     line.add(line.app(), "exec", "Run a statement that returns no rows",
              "zmfb --db shop.fdb exec \"update customers set city = 'Cork' where code = 3\"",
              [given](Session& session) { return exec_command(session, given->statement); })
-        ->add_option("SQL", given->statement, "Statement")
-        ->required();
+        .option("SQL", given->statement, "Statement")
+        .required();
 }
 
 }  // namespace zmfb::tool

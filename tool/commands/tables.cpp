@@ -208,14 +208,14 @@ void add_tables(CommandLine& line) {
     line.add(line.app(), "struct", "Show the fields, indexes, triggers and generators of a table",
              "zmfb --db shop.fdb struct customers",
              [given](Session& session) { return struct_command(session, given->table); })
-        ->add_option("TABLE", given->table, "Table")
-        ->required();
-    CLI::App* drop = line.add(line.app(), "drop", "Drop a table of the driver and the views built on it",
-                              "zmfb --db shop.fdb drop customers", [given](Session& session) {
-                                  return drop_command(session, given->table, given->yes);
-                              });
-    drop->add_option("TABLE", given->table, "Table")->required();
-    add_yes(drop, given->yes);
+        .option("TABLE", given->table, "Table")
+        .required();
+    const Subcommand drop =
+        line.add(line.app(), "drop", "Drop a table of the driver and the views built on it",
+                 "zmfb --db shop.fdb drop customers",
+                 [given](Session& session) { return drop_command(session, given->table, given->yes); });
+    drop.option("TABLE", given->table, "Table").required();
+    drop.yes(given->yes);
 }
 
 }  // namespace zmfb::tool

@@ -24,10 +24,7 @@ std::vector<std::pair<std::string, std::string>> shared_with_help() {
     add_all(line);
     std::vector<std::pair<std::string, std::string>> found;
     for (const std::string_view name : shared_commands) {
-        const auto named = [&](const CLI::App* one) { return one->get_name() == name; };
-        for (const CLI::App* one : line.app()->get_subcommands(named)) {
-            found.emplace_back(name, one->get_description());
-        }
+        if (const auto help = line.help_line(std::string(name))) found.emplace_back(name, *help);
     }
     return found;
 }
@@ -35,7 +32,7 @@ std::vector<std::pair<std::string, std::string>> shared_with_help() {
 bool is_command_of_the_tool(const std::string& name) {
     CommandLine line;
     add_all(line);
-    return !line.app()->get_subcommands([&](const CLI::App* one) { return one->get_name() == name; }).empty();
+    return line.help_line(name).has_value();
 }
 
 /// Words parted by blanks; quotes of either kind hold a word together.
