@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "conn/log.h"
 #include "conn/raise.h"
 #include "conn/statement.h"
 #include "host/file.h"
@@ -66,7 +67,7 @@ bool make_external_table(Self& self, const Value& name, const Value& structure, 
 }
 
 bool holds_rows(Self& self, MethodName counter, const Value& name, std::int64_t records, const Value& path) {
-    if (empty(var(self, Var::dbhndl))) return true;
+    if (conn::integer_or_zero(var(self, Var::dbhndl)) == 0) return true;
     const Value rows = call(self, counter, name);
     if (rows.integer() == records) return true;
     const Value numbers = name + fmt::format(" Rows: {} Records: {}", rows.integer(), records);

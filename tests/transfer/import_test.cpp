@@ -243,8 +243,11 @@ TEST_F(Import, OnAnObjectWithoutADatabaseSucceedsAndWritesTheDataFile) {
     zmFBConn unattached;
     unattached.call("setfullpathdatfile", file("other.dat"));
     people().record({"Ana", "12.05", "20070301", "T", ""}).write(dbf("people"));
-    EXPECT_TRUE(unattached.call("bringdbf", dbf("people")).logical());
-    EXPECT_EQ(read_file(file("other.dat")), "Ana              12.052007-03-01T0001-01-01");
+    for (const Value& handle : {Value(0), Value("no handle")}) {
+        unattached.set("dbhndl", handle);
+        EXPECT_TRUE(unattached.call("bringdbf", dbf("people")).logical());
+        EXPECT_EQ(read_file(file("other.dat")), "Ana              12.052007-03-01T0001-01-01");
+    }
     EXPECT_FALSE(has_table("PEOPLE"));
 }
 
