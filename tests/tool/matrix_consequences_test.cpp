@@ -119,6 +119,12 @@ const std::vector<Case>& cases() {
          {"TOO_WIDE.PRICE: cannot become N(20,2): Dynamic SQL Error SQL error code = -842 Precision must be "
           "from 1 to "
           "18"}},
+        {"TYPELESS",
+         {},
+         name_line,
+         "001::NAME::CN::10::0",
+         {},
+         {"TYPELESS.NAME: cannot become CN: there is no such type"}},
         {"NUMBERS",
          {},
          name_line,
@@ -218,6 +224,22 @@ TEST_F(MatrixConsequences, ApplyingDoesWhatWasSaid) {
             .out,
         "N\r\nBY_SINCE\r\nBY_UPPER\r\nLOWER_ONE\r\nNAMES\r\nUPPER_ONE\r\n");
     EXPECT_EQ(on(path, {"query", "--mode", "csv", "select price from rounded"}).out, "PRICE\r\n1\r\n3\r\n");
+}
+
+TEST_F(MatrixConsequences, WhatGoesWithAnEarlierChangeIsNotInTheWayOfALaterOne) {
+    exec(path, "create view pairs as select l.name from longer l join narrower n on n.name = l.name");
+    exec(path, "alter table longer add twice computed by (price * 2)");
+    const std::string matrix = write_file("both.tf",
+                                          " NARROWER>>DROP TABLE =>\n"
+                                          "Created by ZMRDDFIRE\n"
+                                          " LONGER>>001::TWICE::N::18::2 => DROP FIELD\n"
+                                          " LONGER>>002::NAME::C::10::0 => 001::NAME::C::20::0\n"
+                                          " LONGER>>003::PRICE::N::8::2 => 002::PRICE::N::10::2\n"
+                                          " LONGER>>004::SINCE::D::8::0 => 003::SINCE::D::8::0\n");
+    const Finished run = on(path, {"matrix", "apply", "--yes", matrix});
+    EXPECT_EQ(run.status, 0) << run.out << run.err;
+    EXPECT_TRUE(run.out.starts_with("NARROWER: goes along and is not made again: view PAIRS\n- - "))
+        << run.out;
 }
 
 TEST_F(MatrixConsequences, ApplyChangesNothingWhenSomethingWillBeRefused) {

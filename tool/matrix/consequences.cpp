@@ -27,6 +27,7 @@ class Walk {
         if (line.starts_with("- ") && line.ends_with(header_end)) {
             const std::size_t name = line.find(header_name) + header_name.size();
             table_ = upper_trimmed(line.substr(name, line.size() - header_end.size() - name));
+            dropped_fields_.clear();
         } else if (line == table_dropped) {
             add({.table = table_, .dependents = dependents_of_table(connection_, table_)});
         } else if (line.starts_with(field_dropped)) {
@@ -34,6 +35,7 @@ class Walk {
             add({.table = table_,
                  .field = field,
                  .dependents = dependents_of_field(connection_, table_, field)});
+            dropped_fields_.insert(field);
         } else if (line.starts_with(field_altered)) {
             alter(upper_trimmed(line.substr(field_altered.size())));
         }
@@ -56,7 +58,8 @@ class Walk {
     // What goes with one change is not there any more for the next.
     void add(Consequence one) {
         const auto is_gone = [&](const Dependent& dependent) {
-            return gone_.contains({dependent.kind, dependent.name});
+            return dependent.kind == computed_field ? dropped_fields_.contains(dependent.name)
+                                                    : gone_.contains({dependent.kind, dependent.name});
         };
         std::erase_if(one.dependents.taken, is_gone);
         std::erase_if(one.dependents.in_the_way, is_gone);
@@ -67,6 +70,7 @@ class Walk {
     zmFBConn& connection_;
     std::vector<FieldLine> lines_;
     std::string table_;
+    std::set<std::string> dropped_fields_;  // of this table
     std::set<std::pair<std::string, std::string>> gone_;
 };
 

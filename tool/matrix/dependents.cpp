@@ -13,7 +13,7 @@ namespace {
 std::string text_of(const Value& value) { return host::trim(value).string(); }
 
 // RDB$DEPENDENT_TYPE.
-constexpr std::string_view view = "1", trigger = "2", computed_field = "3";
+constexpr std::string_view trigger = "2", computed = "3";
 
 std::string kind_of_dependent(const std::string& type) {
     static const std::map<std::string, std::string, std::less<>> kinds{
@@ -56,7 +56,7 @@ Dependents dependents_of_field(zmFBConn& connection, const std::string& table, c
                     "d.rdb$dependent_type = {} and f.rdb$field_source = d.rdb$dependent_name where "
                     "d.rdb$depended_on_name = {} and d.rdb$depended_on_type = 0 and d.rdb$field_name = {} "
                     "order by 1, 2",
-                    trigger, computed_field, sql_text(table), sql_text(field)));
+                    trigger, computed, sql_text(table), sql_text(field)));
     for (const Value& row : rows.items()) {
         const std::string type(row[1].text());
         const bool of_constraint = row[3].text() == "1";

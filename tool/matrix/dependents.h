@@ -2,11 +2,15 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "zmfbconn/connection.h"
 
 namespace zmfb::tool {
+
+/// The kind of a field that is computed by others; all fields of one table.
+inline constexpr std::string_view computed_field = "computed field";
 
 struct Dependent {
     std::string kind;  ///< "index", "trigger", "view", ...

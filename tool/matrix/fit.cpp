@@ -70,6 +70,10 @@ std::string wanted_type(const FieldLine& line) {
 
 Fit fit_of(zmFBConn& connection, const FieldLine& line) {
     Fit fit;
+    if (line.type.size() != 1) {
+        fit.refusal = "there is no such type";
+        return fit;
+    }
     Value rows;
     try {
         rows = exact_rows(connection,
