@@ -1,4 +1,4 @@
-/// Low-level files by numeric handle. -1 is "no file"; file_error() tells how the last call went.
+/// Low-level files by numeric handle. -1 is "no file"; ferror() tells how the last call went.
 ///
 /// Handles are those of this runtime alone: a number that none of these calls gave out is an invalid handle
 /// (6), so no descriptor of another library can be closed or written through them.

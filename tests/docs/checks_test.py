@@ -5,6 +5,7 @@ import unittest
 from pathlib import Path
 
 import commands
+import headers
 import links
 import methods
 import output
@@ -64,6 +65,20 @@ class Links(unittest.TestCase):
     def test_open_code_block(self):
         self.assertEqual(self.problems({"docs/README.md": "# A\n```\n"}),
                          ["docs/README.md: a code block has no end"])
+
+
+class Headers(unittest.TestCase):
+    def problems(self, files):
+        with tree(files) as folder:
+            return headers.check(folder)[0]
+
+    def test_function_that_is_there(self):
+        self.assertEqual(self.problems({"host/a.h": "/// see b()\nint c();  // as a()\n", "host/a.cpp": "int a() { b(); }"}), [])
+
+    def test_function_that_is_not_there(self):
+        self.assertEqual(self.problems({"host/a.h": "int a();\n/// FERROR(), and b() as a() has it\n",
+                                        "host/a.cpp": "// b()", "build/x/b.cpp": "int b();"}),
+                         ["host/a.h:2: there is no b()"])
 
 
 class Output(unittest.TestCase):
