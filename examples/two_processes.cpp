@@ -3,14 +3,17 @@
 //     two_processes shop.fdb
 //
 // The database is made. The processes speak through pipes only to take turns; what one of them is granted or
-// refused comes from the database.
+// refused comes from the database. What goes wrong is thrown, so that a process gives back what it has.
 #include <sys/wait.h>
 #include <unistd.h>
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
+#include <zmfbconn/host/error.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -22,9 +25,19 @@ class Till {
   public:
     Till(std::string name, const std::string& database, int turn, int other)
         : name_(std::move(name)), turn_(turn), other_(other), connection_(database, "SYSDBA") {
-        if (!connection_.isconnected()) std::exit(1);
+        if (!connection_.isconnected()) throw std::runtime_error(zmfb::last_engine_message());
         area_ = connection_.call("getuniqueareaid", "CUSTOMERS", name_);
         connection_.call("settableusedbyarea", true, "CUSTOMERS", area_, true);
+    }
+
+    Till(const Till&) = delete;
+    Till& operator=(const Till&) = delete;
+    ~Till() {
+        try {
+            if (open_) close();
+        } catch (const std::exception& error) {
+            std::cerr << name_ << ": " << error.what() << '\n';
+        }
     }
 
     // Leaves the word to the other process.
@@ -32,7 +45,7 @@ class Till {
 
     void wait_for_turn() {
         char turn = 0;
-        if (read(turn_, &turn, 1) != 1) std::exit(1);
+        if (read(turn_, &turn, 1) != 1) throw std::runtime_error("the other process is gone");
     }
 
     void lock_record(const char* recno) {
@@ -49,6 +62,7 @@ class Till {
 
     // A work area that closes takes back its locks and its registration.
     void close() {
+        open_ = false;
         connection_.call("unlockallrecords", "CUSTOMERS", area_);
         connection_.call("settableasunlocked", "CUSTOMERS", area_);
         connection_.call("settableusedbyarea", false, "CUSTOMERS", area_, true);
@@ -64,6 +78,7 @@ class Till {
     int turn_, other_;
     zmfb::zmFBConn connection_;
     Value area_;
+    bool open_ = true;
 };
 
 void first(Till& desk) {
@@ -105,6 +120,26 @@ bool make_database(const std::string& database) {
     return connection.call("createtable", "customers", array_of(array_of("NAME", "C", 24, 0))).logical();
 }
 
+// The default error block would end the process on the spot, and its locks would stay.
+void throw_errors() {
+    zmfb::host::error_block(Value::block([](zmfb::Args args) -> Value {
+        throw std::runtime_error(args[0].object()->get("description").string());
+    }));
+}
+
+// Opens the table at one of the two, and does its part.
+int run(const char* name, const std::string& database, int turn, int other, void (*part)(Till&)) {
+    throw_errors();
+    try {
+        Till till(name, database, turn, other);
+        part(till);
+        return 0;
+    } catch (const std::exception& error) {
+        std::cerr << name << ": " << error.what() << '\n';
+        return 1;
+    }
+}
+
 // Runs `work` in a process of its own: the client library must not be taken through a fork.
 template <class Work>
 bool in_a_process(const Work& work) {
@@ -129,21 +164,20 @@ int main(int argc, char** argv) {
     }
     if (!in_a_process([&] { return make_database(database); })) return 1;
 
+    std::signal(SIGPIPE, SIG_IGN);
     int to_desk[2], to_till[2];
     if (pipe(to_desk) != 0 || pipe(to_till) != 0) return 1;
     const pid_t child = fork();
     if (child == 0) {
         close(to_desk[0]);
         close(to_till[1]);
-        Till till("till", database, to_till[0], to_desk[1]);
-        second(till);
-        return 0;
+        return run("till", database, to_till[0], to_desk[1], second);
     }
     close(to_desk[1]);
     close(to_till[0]);
-    Till desk("desk", database, to_desk[0], to_till[1]);
-    first(desk);
+    const int outcome = run("desk", database, to_desk[0], to_till[1], first);
+    close(to_till[1]);  // a till that still waits for its turn learns that nobody is there
     int status = 0;
     waitpid(child, &status, 0);
-    return status == 0 ? 0 : 1;
+    return status == 0 ? outcome : 1;
 }

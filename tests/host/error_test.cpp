@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <stdexcept>
 
 #include "errors.h"
@@ -131,6 +133,34 @@ TEST(Raising, AnExceptionOfTheHandlerPassesThroughOperations) {
 TEST(DefaultHandlerDeathTest, PrintsTheLinesAndEndsWithStatusOne) {
     EXPECT_EXIT(raise(described("[FBCONN Error];first line;second line")), testing::ExitedWithCode(1),
                 "^\\[FBCONN Error\\]\nfirst line\nsecond line\n$");
+}
+
+/// Says when it is destroyed, as a lock would be given back.
+struct Guard {
+    ~Guard() { std::fputs("given back\n", stderr); }
+};
+
+TEST(DefaultHandlerDeathTest, RunsNoDestructorOfWhatTheProgramHolds) {
+    EXPECT_EXIT(
+        {
+            const Guard guard;
+            raise(described("printed"));
+        },
+        testing::ExitedWithCode(1), "^printed\n$");
+}
+
+TEST(DefaultHandlerDeathTest, ABlockThatThrowsRunsThem) {
+    EXPECT_EXIT(
+        {
+            const host_test::ThrownErrors thrown;
+            try {
+                const Guard guard;
+                raise(described("not printed"));
+            } catch (const host_test::RaisedError&) {
+                std::exit(7);
+            }
+        },
+        testing::ExitedWithCode(7), "^given back\n$");
 }
 
 TEST(DefaultHandlerDeathTest, EndsTheProgramOnAnArgumentError) {
