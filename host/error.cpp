@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/class.h"
+#include "host/leaving.h"
 
 namespace zmfb::host {
 namespace {
@@ -43,6 +44,7 @@ Value default_handler(Args args) {
     for (char& c : text) {
         if (c == ';') c = '\n';
     }
+    give_terminal_back();
     std::fprintf(stderr, "%s\n", text.c_str());
     std::exit(EXIT_FAILURE);
 }

@@ -1,11 +1,12 @@
 /// Errors of the runtime: the error object, the error block, and the ways of raising.
 ///
-/// Raising hands an error object to the error block. The default block prints the description to standard
-/// error, a line for each piece between ";", and ends the program with status 1, by std::exit() and on the
-/// spot: no destructor of what the functions on the way hold is run, and what one of them would give back,
-/// such as a lock, stays taken. A program installs its own with error_block(); that one may return (the
-/// operation then answers with what it returned, or NIL) or throw a C++ exception, which passes through every
-/// operation of the runtime and every method without harm, and runs the destructors on its way.
+/// Raising hands an error object to the error block. The default block leaves the full screen, prints the
+/// description to standard error, a line for each piece between ";", and ends the program with status 1, by
+/// std::exit() and on the spot: no destructor of what the functions on the way hold is run, and what one of
+/// them would give back, such as a lock, stays taken. A program installs its own with error_block(); that one
+/// may return (the operation then answers with what it returned, or NIL) or throw a C++ exception, which
+/// passes through every operation of the runtime and every method without harm, and runs the destructors on
+/// its way.
 #pragma once
 
 #include <initializer_list>

@@ -19,6 +19,7 @@
 #include "host/colour.h"
 #include "host/date.h"
 #include "host/error.h"
+#include "host/leaving.h"
 #include "host/number.h"
 
 namespace zmfb::host {
@@ -264,9 +265,10 @@ void pause_until(Clock::time_point until) {
 
 void screen_begin() {
     if (standard_screen() != nullptr || ::isatty(STDIN_FILENO) == 0 || ::isatty(STDOUT_FILENO) == 0) return;
+    watch_ways_out();  // before newterm(), which would take some signals for good
     if (own_screen == nullptr) {
         own_screen = newterm(nullptr, stdout, stdin);
-        if (own_screen == nullptr) return;
+        if (own_screen == nullptr) return leave_ways_out();
         cbreak();
         noecho();
         nonl();
@@ -285,6 +287,7 @@ void screen_end() {
     if (!begun_here) return;
     begun_here = false;
     endwin();
+    leave_ways_out();
 }
 
 void* standard_screen() { return stdscr == nullptr || isendwin() ? nullptr : stdscr; }

@@ -13,7 +13,10 @@
 namespace zmfb::host {
 
 /// Goes over to the full screen; nothing happens when there is one, when the standard input or output is no
-/// terminal, or when curses does not know the terminal.
+/// terminal, or when curses does not know the terminal. While it is on, the terminal is given back before
+/// the program ends by exit, by an exception that nobody catches, or by a signal that it neither handles nor
+/// ignores; what it writes behind that, the default error block's message too, stands on the terminal as it
+/// was. Of a curses screen of its own a program takes care itself; only the default error block ends it.
 void screen_begin();
 /// Leaves the full screen that screen_begin() made; a later screen_begin() comes back to it as it was.
 void screen_end();

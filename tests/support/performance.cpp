@@ -4,6 +4,7 @@
 #include <pty.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <array>
@@ -119,6 +120,10 @@ Performance perform(int rows, int columns, const std::string& kind,
         if ((waits[1].revents & POLLHUP) != 0) waits[1].fd = -1;
     }
     listen(theatre, 50);
+    termios modes{};
+    constexpr tcflag_t as_for_a_shell = ECHO | ICANON | ISIG;
+    performance.given_back =
+        ::tcgetattr(theatre.master, &modes) == 0 && (modes.c_lflag & as_for_a_shell) == as_for_a_shell;
     ::close(theatre.master);
     ::close(theatre.channel);
     int status = 0;

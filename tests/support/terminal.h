@@ -84,6 +84,8 @@ class Stage {
 struct Performance {
     int status = -1;  ///< of the process, 128 + the signal when one ended it
     std::string bytes;
+    /// Whether the terminal echoes at the end, and gives whole lines to who reads from it.
+    bool given_back = false;
     std::map<std::string, TerminalScreen, std::less<>> snapshots;
     std::string report;
     [[nodiscard]] const TerminalScreen& snapshot(std::string_view name) const;
