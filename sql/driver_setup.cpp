@@ -1,4 +1,5 @@
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <link.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -100,7 +101,16 @@ std::string use_lock_folder(const fs::path& folder) {
 
 }  // namespace
 
+bool open_standard_descriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest that is free is taken.
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) != descriptor) return false;
+    }
+    return true;
+}
+
 std::string prepare_client(std::string_view database) {
+    if (!open_standard_descriptors()) return "cannot open /dev/null in the place of a closed descriptor";
     if (names_a_server(database) || std::getenv("FIREBIRD") != nullptr) return "";
     const std::string functions = udf_folder();
     if (functions.empty()) {

@@ -31,8 +31,14 @@ std::string make_environment(const EnvironmentOptions& options);
 /// library.
 void use_environment(const std::string& folder);
 
-/// Makes this process ready to attach to `database`. Nothing is done for a server, or where FIREBIRD is set
-/// already; else the user's own private environment is made, when it is absent, and used. It loads the
+/// Opens on /dev/null each of the descriptors 0, 1 and 2 that is closed: they would go to what is opened
+/// next, which are files of the engine, and what a program prints would be written into them.
+/// prepare_client() does it first of all; a program that opens something before that does it itself. Returns
+/// whether all are open.
+bool open_standard_descriptors();
+
+/// Makes this process ready to attach to `database`. Nothing else is done for a server, or where FIREBIRD is
+/// set already; else the user's own private environment is made, when it is absent, and used. It loads the
 /// driver's functions from the folder of the environment variable ZMFB_UDF_DIR, or from where they are
 /// installed beside the shared library or the program, and lets external tables have their files under /tmp.
 /// The engine's lock files lie in the folder ".zmfb-locks" beside the database, so that all programs that go
