@@ -68,9 +68,12 @@ bool make_external_table(Self& self, const Value& name, const Value& structure, 
 
 bool holds_rows(Self& self, MethodName counter, const Value& name, std::int64_t records, const Value& path) {
     if (conn::integer_or_zero(var(self, Var::dbhndl)) == 0) return true;
-    const Value rows = call(self, counter, name);
-    if (rows.integer() == records) return true;
-    const Value numbers = name + fmt::format(" Rows: {} Records: {}", rows.integer(), records);
+    const std::int64_t rows = call(self, counter, name).integer();
+    return rows == records || refuse_rows(self, name, rows, records, path);
+}
+
+bool refuse_rows(Self& self, const Value& name, std::int64_t rows, std::int64_t records, const Value& path) {
+    const Value numbers = name + fmt::format(" Rows: {} Records: {}", rows, records);
     call(self, "writelog", "[ERROR] Rows and records differ. Table: " + numbers, transfer_log_level);
     conn::raiseerror("Rows and records differ; Table: " + numbers + ";Data file: " + path);
     return false;

@@ -29,10 +29,12 @@ Value data_file_path(Self& self);
 /// is there.
 bool make_external_table(Self& self, const Value& name, const Value& structure, const Value& path);
 
-/// Whether the method `counter` counts `records` rows in the table `name`. Another number is logged at level
-/// 4 and raised: the engine has read another file than that at `path`, or has read it otherwise. Without a
+/// Whether the method `counter` counts `records` rows in the table `name`; see refuse_rows(). Without a
 /// database, where statements succeed without being sent, there is nothing to count.
 bool holds_rows(Self& self, MethodName counter, const Value& name, std::int64_t records, const Value& path);
+/// Logs at level 4, and raises, that the table `name` has another number of rows than the program has
+/// records: the engine had another file than that at `path`, or had it otherwise. Returns .F..
+bool refuse_rows(Self& self, const Value& name, std::int64_t rows, std::int64_t records, const Value& path);
 
 /// Reads up to `records` DBF records from the current position of the handle `dbf` on and writes each
 /// converted to the handle `dat`. Returns how many there were; none when not everything could be written.

@@ -1,5 +1,5 @@
 // A transfer counts: the rows that the engine has in the data file against the records of the program.
-#include <fstream>
+#include <functional>
 
 #include "sql/client.h"
 #include "tests/transfer/transfer_fixture.h"
@@ -31,23 +31,31 @@ class EngineElsewhere : public sql::Client {
     sql::Client* before_;
 };
 
-/// A program that writes its own records into the data file just before the engine copies them. In use while
-/// it lives.
-class FileTaker : public sql::Client {
+/// What happens just before the engine copies the rows, or when it has committed them. In use while it lives.
+class AroundTheCopy : public sql::Client {
   public:
-    FileTaker(std::string path, std::string content)
-        : path_(std::move(path)), content_(std::move(content)), before_(sql::set_client(this)) {}
-    ~FileTaker() override { sql::set_client(before_); }
+    using Act = std::function<void()>;
+
+    explicit AroundTheCopy(Act before, Act after = {})
+        : first_(std::move(before)), last_(std::move(after)), before_(sql::set_client(this)) {}
+    ~AroundTheCopy() override { sql::set_client(before_); }
 
     ISC_STATUS execute_immediate(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
                                  const char* text) override {
-        if (std::string_view(text).starts_with("INSERT INTO ")) std::ofstream(path_) << content_;
+        copying_ = std::string_view(text).starts_with("INSERT INTO ");
+        if (copying_ && first_) first_();
         return Client::execute_immediate(status, database, transaction, text);
+    }
+    ISC_STATUS commit_transaction(ISC_STATUS* status, isc_tr_handle* transaction) override {
+        const ISC_STATUS outcome = Client::commit_transaction(status, transaction);
+        if (std::exchange(copying_, false) && last_) last_();
+        return outcome;
     }
 
   private:
-    std::string path_;
-    std::string content_;
+    Act first_;
+    Act last_;
+    bool copying_ = false;
     sql::Client* before_;
 };
 
@@ -68,8 +76,8 @@ class DataRows : public Transfer {
         call("createtable", "T", host::array_of(host::array_of("A", "C", 3, 0)));
         for (const std::string& text : texts) execute("insert into T values ('" + text + "', null, 0)");
     }
-    [[nodiscard]] std::string differ(int rows, int records) const {
-        return "Rows and records differ; Table: EXT_T Rows: " + std::to_string(rows) +
+    [[nodiscard]] std::string differ(const std::string& table, int rows, int records) const {
+        return "Rows and records differ; Table: " + table + " Rows: " + std::to_string(rows) +
                " Records: " + std::to_string(records) + ";Data file: " + dat();
     }
 
@@ -91,7 +99,7 @@ TEST_F(DataRows, OfAnotherFileAreNotImported) {
         clear_log();
         forget_raised();
         EXPECT_FALSE(bring());
-        EXPECT_EQ(messages(), std::vector<std::string>{differ(rows_there, 1)});
+        EXPECT_EQ(messages(), std::vector<std::string>{differ("EXT_T", rows_there, 1)});
         EXPECT_EQ(log_lines().back(), (LogEntry{4, "[ERROR] Rows and records differ. Table: EXT_T Rows: " +
                                                        std::to_string(rows_there) + " Records: 1"}));
         EXPECT_EQ(rows("select count(*) from T"), (Rows{{"0"}}));
@@ -105,7 +113,7 @@ TEST_F(DataRows, OfAnotherFileAreNotImported) {
 
 TEST_F(DataRows, OfAProgramThatTakesTheFileBetweenTheCountAndTheCopyAreTold) {
     DbfBuilder().field("A", 'C', 3).record({"abc"}).write(dbf("t"));
-    const FileTaker other(dat(), "xyzuvw");
+    const AroundTheCopy other([&] { write_file("data.dat", "xyzuvw"); });
     EXPECT_FALSE(call("bringdbf", dbf("t")).logical());
     EXPECT_EQ(messages(), std::vector<std::string>{
                               "Rows and records differ; Table: T Rows: 2 Records: 1;Data file: " + dat()});
@@ -119,19 +127,34 @@ TEST_F(DataRows, OfAnotherFileAreNotExported) {
         write_file("elsewhere.dat", content);
         forget_raised();
         EXPECT_FALSE(exile());
-        const int rows_there = std::string_view(content).empty() ? 2 : 4;
-        EXPECT_EQ(messages(), std::vector<std::string>{differ(rows_there, 0)});
+        EXPECT_EQ(messages(), std::vector<std::string>{differ("T", 2, 0)});
         EXPECT_FALSE(has_table("EXT_T"));
         EXPECT_EQ(open_files("T.dbf"), 0U);
         EXPECT_EQ(rows("select A from T"), (Rows{{"abc"}, {"def"}}));
     }
 }
 
+TEST_F(DataRows, ThatTheFileLacksAreNoExport) {
+    make_table({"abc", "def"});
+    const AroundTheCopy full_disk({}, [&] { fs::resize_file(dat(), 4); });
+    EXPECT_FALSE(call("exiletable", "T").logical());
+    EXPECT_EQ(messages(), std::vector<std::string>{differ("T", 2, 1)});
+}
+
+TEST_F(DataRows, ThatComeOrGoWhileATableIsExportedAreNoLoss) {
+    make_table({"abc", "def"});
+    for (const char* change : {"insert into T values ('new', null, 0)", "delete from T where A = 'abc'"}) {
+        const AroundTheCopy other([&] { execute(change); });
+        EXPECT_TRUE(call("exiletable", "T").logical()) << change;
+    }
+    EXPECT_EQ(read_file(dat()), "def\nnew\n");
+}
+
 TEST_F(DataRows, ThatCannotBeCountedAreNoneAtAll) {
     DbfBuilder().field("A", 'C', 3).record({"abc"}).write(dbf("t"));
     fs::create_directory(elsewhere());
     EXPECT_FALSE(bring());
-    EXPECT_EQ(messages(), std::vector<std::string>{differ(0, 1)});
+    EXPECT_EQ(messages(), std::vector<std::string>{differ("EXT_T", 0, 1)});
     EXPECT_EQ(rows("select count(*) from T"), (Rows{{"0"}}));
 }
 

@@ -70,8 +70,9 @@ TEST_F(Export, SendsItsStatementsInOrder) {
                             "' ( NAME CHAR(12) DEFAULT '' NOT NULL,PRICE CHAR(10) DEFAULT '' NOT NULL,"
                             "BORN CHAR(8) DEFAULT '' NOT NULL,OK CHAR(1) DEFAULT '' NOT NULL,"
                             "NEWLINE CHAR(1) DEFAULT '' NOT NULL )",
+                        "SELECT COUNT(*) FROM PEOPLE",
                         "INSERT INTO EXT_PEOPLE SELECT NAME,PRICE,SkipPad('{{D}}'||BORN),OK,'\n' FROM PEOPLE",
-                        "SELECT COUNT(*) FROM EXT_PEOPLE", is_external, "DROP TABLE EXT_PEOPLE"}));
+                        is_external, "DROP TABLE EXT_PEOPLE"}));
 }
 
 TEST_F(Export, LeavesTheDataFileWithALineForEachRow) {
