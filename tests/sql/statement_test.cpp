@@ -267,6 +267,16 @@ TEST_F(Batch, IsLostWhenItsDatabaseIsDetached) {
     EXPECT_EQ(contents(), (Rows{{"1", "next"}, {"2", "batch"}}));
 }
 
+TEST_F(Batch, OutlivesTheDetachOfAnotherObject) {
+    zmFBConn other = connect();
+    call("starttransaction");
+    EXPECT_EQ(cached("insert into T values (1, 'before')"), "");
+    other.call("disconnect");
+    EXPECT_EQ(cached("insert into T values (2, 'behind')"), "");
+    call("commitchanges");
+    EXPECT_EQ(contents(), (Rows{{"1", "before"}, {"2", "behind"}}));
+}
+
 TEST_F(Batch, WhoseCommitFailsIsDroppedAndTheNextOneWorks) {
     execute("insert into T values (1, 'same')");
     execute("insert into T values (2, 'same')");

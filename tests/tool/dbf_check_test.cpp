@@ -196,6 +196,14 @@ TEST_F(DbfCheck, FilesThatAreNoneAreNamed) {
               "has records of 5 bytes, but fields of 19");
 }
 
+TEST_F(DbfCheck, RecordsOf32768BytesAndMoreAreReadAsOneByteShorterAsTheImportReadsThem) {
+    for (const auto& [announced, read] : {std::pair{32767U, 32767U}, {32768U, 32767U}, {40000U, 39999U}}) {
+        DbfBuilder made = DbfBuilder().field("NOTE", 'C', 20000).record_length(static_cast<int>(announced));
+        const DbfFile file = open(made.record_count(2));
+        EXPECT_EQ(file.record_length, read) << announced;
+    }
+}
+
 TEST_F(DbfCheck, LongTextsAndLowerCaseNamesAreReadAsTheImportReadsThem) {
     const DbfFile file = open(DbfBuilder().field("note", 'c', 300).field("n", 'n', 5, 2));
     EXPECT_EQ(file.fields, (std::vector<DbfField>{{"NOTE", 'C', 300, 0, 1}, {"N", 'N', 5, 2, 301}}));

@@ -1,3 +1,4 @@
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "tests/tool/tool.h"
@@ -59,6 +60,23 @@ TEST_F(StructCommand, JsonHasTheSame) {
         "unique": true, "descending": true, "active": true, "constraint": ""})"));
     EXPECT_EQ(json["triggers"][1]["fires"], "AFTER DELETE");
     EXPECT_EQ(json["generators"][0], nlohmann::json::parse(R"({"name": "G_CLIENT_I", "value": 2})"));
+}
+
+TEST_F(StructCommand, ATriggerOfSeveralActionsHasThemAll) {
+    on(path, {"exec", "create table plain (a integer)"});
+    const std::vector<std::string> moments{
+        "BEFORE INSERT OR UPDATE",           "AFTER INSERT OR DELETE",
+        "BEFORE UPDATE OR DELETE",           "AFTER INSERT OR UPDATE OR DELETE",
+        "BEFORE INSERT OR UPDATE OR DELETE", "AFTER DELETE OR INSERT OR UPDATE"};
+    for (std::size_t i = 0; i < moments.size(); ++i) {
+        on(path, {"exec", "create trigger t" + std::to_string(i) + " for plain " + moments[i] +
+                              " position 0 as begin end"});
+    }
+    const auto json = nlohmann::json::parse(on(path, {"--json", "struct", "plain"}).out);
+    std::map<std::string, std::string> fires;
+    for (const auto& trigger : json["triggers"]) fires[trigger["name"]] = trigger["fires"];
+    ASSERT_EQ(fires.size(), moments.size());
+    for (std::size_t i = 0; i < moments.size(); ++i) EXPECT_EQ(fires["T" + std::to_string(i)], moments[i]);
 }
 
 TEST_F(StructCommand, ATableOfSomebodyElseHasItsTypesNamed) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <limits>
 #include <string_view>
 
@@ -49,6 +50,8 @@ const skippad_case skippad_cases[] = {
     {"MarkAndDayZero", "{{D}}2007-04-00", "{{D}}2007-04-00"},
     {"MarkAndYearZero", "{{D}}0000-01-01", "{{D}}0000-01-01"},
     {"MarkAndALeapDayInACommonYear", "{{D}}2007-02-29", "{{D}}2007-02-29"},
+    {"MarkAndADayThatIsNoneInALeapYear", "{{D}}2008-04-31", "{{D}}2008-04-31"},
+    {"MarkAndADayBehindALeapDay", "{{D}}2008-02-30", "{{D}}2008-02-30"},
     {"MarkAndALeapDayInACommonCentury", "{{D}}1900-02-29", "{{D}}1900-02-29"},
     {"LongestText", longest, longest},
     {"TooLongTextIsReadToTheLimit", longest + "yz", longest},
@@ -58,6 +61,25 @@ INSTANTIATE_TEST_SUITE_P(Udf, SkipPad, testing::ValuesIn(skippad_cases),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(SkipPadUdf, NullGivesBlanks) { EXPECT_EQ(take(skippad(nullptr)), blank_date); }
+
+int days_in(int year, int month) {
+    if (month == 2) return year % 400 == 0 || (year % 4 == 0 && year % 100 != 0) ? 29 : 28;
+    return month == 4 || month == 6 || month == 9 || month == 11 ? 30 : 31;
+}
+
+TEST(SkipPadUdf, KnowsTheDaysOfEveryMonth) {
+    for (const int year : {1, 4, 100, 400, 1899, 1900, 1996, 2000, 2007, 2008, 2100, 9996, 9999}) {
+        for (int month = 1; month <= 12; ++month) {
+            for (int day = 1; day <= 32; ++day) {
+                char date[32];
+                char text[32];
+                std::snprintf(date, sizeof date, "%04d%02d%02d", year, month, day);
+                std::snprintf(text, sizeof text, "{{D}}%04d-%02d-%02d", year, month, day);
+                EXPECT_EQ(take(skippad(text)), day <= days_in(year, month) ? date : text);
+            }
+        }
+    }
+}
 
 struct dtos_case {
     std::string_view name;
@@ -94,6 +116,20 @@ const dtos_case dtos_cases[] = {
 
 INSTANTIATE_TEST_SUITE_P(Udf, Dtos, testing::ValuesIn(dtos_cases),
                          [](const auto& info) { return std::string(info.param.name); });
+
+TEST(DtosUdf, GivesEveryDayOfTheCalendar) {
+    ISC_TIMESTAMP timestamp{-678575, 0};
+    for (int year = 1; year <= 9999; ++year) {
+        for (int month = 1; month <= 12; ++month) {
+            for (int day = 1; day <= days_in(year, month); ++day, ++timestamp.timestamp_date) {
+                char date[32];
+                std::snprintf(date, sizeof date, "%04d%02d%02d", year, month, day);
+                ASSERT_EQ(take(zmdtos(&timestamp)), date);
+            }
+        }
+    }
+    EXPECT_EQ(timestamp.timestamp_date, 2973484);
+}
 
 TEST(DtosUdf, NullGivesBlanks) { EXPECT_EQ(take(zmdtos(nullptr)), blank_date); }
 
