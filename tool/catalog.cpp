@@ -2,9 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 
+#include "host/number.h"
 #include "host/text.h"
 #include "tool/column_type.h"
 #include "tool/counted.h"
@@ -16,7 +18,7 @@
 namespace zmfb::tool {
 namespace {
 
-constexpr std::string_view system_prefix = "RDDSYS_";
+constexpr std::array<std::string_view, 3> system_tables{"RDDSYS_OPN", "RDDSYS_FLK", "RDDSYS_RLK"};
 
 std::string text_of(const Value& value) { return host::trim(value).string(); }
 
@@ -71,44 +73,115 @@ std::string engine_version(zmFBConn& connection) {
     return text_of(rows[1][1]);
 }
 
-std::string sql_text(std::string_view text) {
-    std::string literal = "'";
-    for (const char c : text) literal.append(c == '\'' ? 2 : 1, c);
-    return literal + "'";
+std::vector<Name> names_of(zmFBConn& connection, std::string_view query) {
+    std::vector<Name> names;
+    const Value rows = exact_rows(connection, query);
+    for (const Value& row : rows.items()) names.emplace_back(row[1].text());
+    return names;
 }
 
-std::string existing_table(zmFBConn& connection, const std::string& table) {
-    const auto bytes = to_latin1(table);
-    const Value name = host::alltrim(host::upper(bytes.value_or("")));
-    const bool quoted = name.text().find('\'') != std::string_view::npos;
-    if (!bytes || quoted || !connection.call("istable", name).logical()) {
-        throw Failure{Exit::failed, fmt::format("there is no table {}", table)};
+bool is_reserved(zmFBConn& connection, const Name& name) {
+    return connection.call("executequery", "select 1 as " + name.bytes() + " from rdb$database").size() < 2;
+}
+
+namespace {
+
+// Whether it is a view, and how many of the generators named after it were made by others than its owner.
+constexpr std::string_view relations =
+    "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), (select count(*) from rdb$generators g "
+    "where g.rdb$owner_name <> r.rdb$owner_name and g.rdb$generator_name in ("
+    "'G_' || trim(trailing from r.rdb$relation_name) || '_I', "
+    "'G_' || trim(trailing from r.rdb$relation_name) || '_D')) from rdb$relations r where ";
+
+// The driver makes nothing but plain names, and all parts of a table as one user; the description alone
+// anybody can give a table.
+TableKind kind_by(zmFBConn& connection, const Name& name, bool is_view, bool others_generators) {
+    if (is_view) return TableKind::view;
+    if (!name.is_plain()) return TableKind::foreign;
+    if (std::ranges::find(system_tables, name.bytes()) != system_tables.end()) return TableKind::system;
+    if (connection.call("iszmrddtable", name.bytes()).logical()) {
+        const bool made_by_it =
+            !others_generators && is_nameable(connection, name) && !is_reserved(connection, name);
+        return made_by_it ? TableKind::driver : TableKind::foreign;
     }
-    return std::string(name.text());
-}
-
-TableKind kind_of(zmFBConn& connection, const Value& table) {
-    if (table.text().starts_with(system_prefix)) return TableKind::system;
-    if (connection.call("isview", table).logical()) return TableKind::view;
-    if (connection.call("iszmrddtable", table).logical()) return TableKind::driver;
     // The object answers .F. for a refused question, too: its function must be one that this user may call.
     exact_rows(connection, "select zmblobsubstr(rdb$description, 1, 1) from rdb$database");
     return TableKind::foreign;
 }
 
-std::optional<std::uint64_t> records_of(zmFBConn& connection, TableKind kind, const Value& table) {
-    const bool counted = kind == TableKind::driver || kind == TableKind::system;
+std::vector<Table> tables_where(zmFBConn& connection, std::string_view condition) {
+    std::vector<Table> tables;
+    const Value rows = exact_rows(connection, fmt::format("{}{} order by 1", relations, condition));
+    for (const Value& row : rows.items()) {
+        const Name name(row[1].text());
+        tables.push_back({name, kind_by(connection, name, number_of(row[2]) != 0, number_of(row[3]) != 0)});
+    }
+    return tables;
+}
+
+}  // namespace
+
+std::vector<Table> tables_of(zmFBConn& connection) {
+    return tables_where(connection, "r.rdb$system_flag = 0");
+}
+
+namespace {
+
+bool is_relation(zmFBConn& connection, const Name& name) {
+    constexpr std::size_t longest = 63 * 4;
+    if (name.bytes().size() > longest || !is_utf8(name.bytes())) return false;
+    return !names_of(connection, "select rdb$relation_name from rdb$relations where rdb$relation_name = " +
+                                     name.literal())
+                .empty();
+}
+
+}  // namespace
+
+Name existing_name(zmFBConn& connection, const std::string& typed) {
+    const Name name = typed_name(typed);
+    if (is_relation(connection, name)) return name;
+    const Name exactly(typed);
+    const std::string hint =
+        is_relation(connection, exactly) ? "with its double quotes: " + shell_word(exactly.quoted()) : "";
+    throw Failure{Exit::failed, fmt::format("there is no table {}", typed), "", hint};
+}
+
+TableKind kind_of(zmFBConn& connection, const Name& name) {
+    const std::vector<Table> found = tables_where(connection, "r.rdb$relation_name = " + name.literal());
+    if (found.empty()) throw Failure{Exit::failed, fmt::format("there is no table {}", name.shown())};
+    return found.front().kind;
+}
+
+Table existing_table(zmFBConn& connection, const std::string& typed) {
+    const Name name = existing_name(connection, typed);
+    return {name, kind_of(connection, name)};
+}
+
+std::optional<std::uint64_t> records_of(zmFBConn& connection, const Table& table) {
+    if (table.kind == TableKind::view) return std::nullopt;
+    const bool counted = table.kind == TableKind::driver || table.kind == TableKind::system;
     const ExactQueries exact;
-    const Value records = connection.call(counted ? "gettablereccount" : "counttablerecords", table);
+    const Value result = counted
+                             ? connection.call("gettablereccount", table.name.bytes())
+                             : connection.call("executequery", "select count(*) from " + table.name.quoted());
     if (exact.sqlcode() != 0) return std::nullopt;
-    return static_cast<std::uint64_t>(records.integer());
+    return static_cast<std::uint64_t>((counted ? result : host::val(result[2][1])).integer());
 }
 
 std::string records_in_words(std::optional<std::uint64_t> records) {
     return records ? counted(*records, "record", "records") : "records that this user may not count";
 }
 
-std::vector<ColumnType> columns_of(zmFBConn& connection, const std::string& table) {
+std::vector<Name> column_names_of(zmFBConn& connection, const Name& table) {
+    return names_of(connection, "select rdb$field_name from rdb$relation_fields where rdb$relation_name = " +
+                                    table.literal() + " order by rdb$field_position");
+}
+
+bool is_nameable(zmFBConn& connection, const Name& table) {
+    return table.is_plain() && all_plain(column_names_of(connection, table));
+}
+
+std::vector<ColumnType> columns_of(zmFBConn& connection, const Name& table) {
     const Value rows =
         exact_rows(connection,
                    "select rf.rdb$field_name, f.rdb$field_type, f.rdb$field_sub_type, f.rdb$field_length, "
@@ -116,7 +189,7 @@ std::vector<ColumnType> columns_of(zmFBConn& connection, const std::string& tabl
                    "coalesce(rf.rdb$null_flag, f.rdb$null_flag, 0), f.rdb$computed_source "
                    "from rdb$relation_fields rf join rdb$fields f on f.rdb$field_name = rf.rdb$field_source "
                    "where rf.rdb$relation_name = " +
-                       sql_text(table) + " order by rf.rdb$field_position");
+                       table.literal() + " order by rf.rdb$field_position");
     std::vector<ColumnType> columns;
     for (const Value& row : rows.items()) {
         const StoredType stored{.code = number_of(row[2]),
@@ -128,13 +201,13 @@ std::vector<ColumnType> columns_of(zmFBConn& connection, const std::string& tabl
         std::string type = type_name(stored);
         if (number_of(row[8]) != 0) type += " NOT NULL";
         if (!row[9].is_nil()) type += " COMPUTED";
-        const std::string name = text_of(row[1]);
-        columns.push_back({name, type, driver_use_of(name)});
+        const Name name(row[1].text());
+        columns.push_back({name, type, driver_use_of(name.bytes())});
     }
     return columns;
 }
 
-std::vector<Index> indexes_of(zmFBConn& connection, const std::string& table) {
+std::vector<Index> indexes_of(zmFBConn& connection, const Name& table) {
     const Value rows = exact_rows(
         connection,
         "select i.rdb$index_name, coalesce(i.rdb$unique_flag, 0), coalesce(i.rdb$index_type, 0), "
@@ -142,10 +215,10 @@ std::vector<Index> indexes_of(zmFBConn& connection, const std::string& table) {
         "left join rdb$index_segments s on s.rdb$index_name = i.rdb$index_name "
         "left join rdb$relation_constraints rc on rc.rdb$index_name = i.rdb$index_name "
         "where i.rdb$relation_name = " +
-            sql_text(table) + " order by i.rdb$index_name, s.rdb$field_position");
+            table.literal() + " order by i.rdb$index_name, s.rdb$field_position");
     std::vector<Index> indexes;
     for (const Value& row : rows.items()) {
-        const std::string name = text_of(row[1]);
+        const Name name(row[1].text());
         if (indexes.empty() || indexes.back().name != name) {
             indexes.push_back({.name = name,
                                .fields = {},
@@ -154,55 +227,49 @@ std::vector<Index> indexes_of(zmFBConn& connection, const std::string& table) {
                                .descending = number_of(row[3]) != 0,
                                .active = number_of(row[4]) == 0});
         }
-        indexes.back().fields.push_back(row[5].is_nil() ? "(expression)" : text_of(row[5]));
+        if (!row[5].is_nil()) indexes.back().fields.emplace_back(row[5].text());
     }
     return indexes;
 }
 
-std::vector<Trigger> triggers_of(zmFBConn& connection, const std::string& table) {
+std::vector<Trigger> triggers_of(zmFBConn& connection, const Name& table) {
     const Value rows = exact_rows(
         connection,
         "select rdb$trigger_name, rdb$trigger_type, coalesce(rdb$trigger_inactive, 0) from rdb$triggers "
         "where coalesce(rdb$system_flag, 0) = 0 and rdb$relation_name = " +
-            sql_text(table) + " order by rdb$trigger_type, rdb$trigger_sequence, rdb$trigger_name");
+            table.literal() + " order by rdb$trigger_type, rdb$trigger_sequence, rdb$trigger_name");
     std::vector<Trigger> triggers;
     for (const Value& row : rows.items()) {
-        triggers.push_back({text_of(row[1]), moment_of(number_of(row[2])), number_of(row[3]) == 0});
+        triggers.push_back({Name(row[1].text()), moment_of(number_of(row[2])), number_of(row[3]) == 0});
     }
     return triggers;
 }
 
-std::vector<Generator> generators_of(zmFBConn& connection, const std::string& table) {
-    const Value rows =
-        exact_rows(connection, fmt::format("select rdb$generator_name from rdb$generators where "
-                                           "rdb$generator_name in ({}, {}) order by 1 desc",
-                                           sql_text("G_" + table + "_I"), sql_text("G_" + table + "_D")));
+std::vector<Name> generator_names_of(zmFBConn& connection, const Name& table) {
+    return names_of(connection, fmt::format("select rdb$generator_name from rdb$generators where "
+                                            "rdb$generator_name in ({}, {}) order by 1 desc",
+                                            Name("G_" + table.bytes() + "_I").literal(),
+                                            Name("G_" + table.bytes() + "_D").literal()));
+}
+
+std::vector<Generator> generators_of(zmFBConn& connection, const Name& table) {
     std::vector<Generator> generators;
-    for (const Value& row : rows.items()) {
-        const std::string name = text_of(row[1]);
+    for (const Name& name : generator_names_of(connection, table)) {
         const Value value =
-            exact_rows(connection, fmt::format("select gen_id(\"{}\", 0) from rdb$database", name));
+            exact_rows(connection, fmt::format("select gen_id({}, 0) from rdb$database", name.quoted()));
         generators.push_back({name, std::atoll(std::string(value[1][1].text()).c_str())});
     }
     return generators;
 }
 
-std::vector<std::string> views_on(zmFBConn& connection, const std::string& table) {
-    const Value rows = exact_rows(
-        connection, "select distinct rdb$view_name from rdb$view_relations where rdb$relation_name = " +
-                        sql_text(table) + " order by 1");
-    std::vector<std::string> views;
-    for (const Value& row : rows.items()) views.push_back(text_of(row[1]));
-    return views;
+std::vector<Name> views_on(zmFBConn& connection, const Name& table) {
+    return names_of(connection,
+                    "select distinct rdb$view_name from rdb$view_relations where "
+                    "rdb$relation_name = " +
+                        table.literal() + " order by 1");
 }
 
-std::string joined(const std::vector<std::string>& names) {
-    std::string all;
-    for (const std::string& name : names) all += (all.empty() ? "" : ", ") + to_utf8(name);
-    return all;
-}
-
-std::string views_in_words(const std::vector<std::string>& views) {
+std::string views_in_words(const std::vector<Name>& views) {
     return views.empty() ? "" : fmt::format(" and the views built on it ({})", joined(views));
 }
 

@@ -7,39 +7,46 @@
 #include <string_view>
 #include <vector>
 
+#include "tool/name.h"
 #include "zmfbconn/connection.h"
 
 namespace zmfb::tool {
 
-/// What a table is to the driver.
+/// What a table is to the driver. Only the names of driver and system tables, and of their columns, are sure
+/// to be plain ones.
 enum class TableKind { driver, system, foreign, view };
 
 /// "driver", "system", "foreign" or "view".
 std::string_view kind_name(TableKind kind);
 
+struct Table {
+    Name name;
+    TableKind kind;
+};
+
 struct ColumnType {
-    std::string name;        ///< bytes, as the engine has it
+    Name name;
     std::string type;        ///< "NUMERIC(10,2) NOT NULL"
     std::string driver_use;  ///< what the driver keeps in it; empty for a column of the application
 };
 
 struct Index {
-    std::string name;
-    std::vector<std::string> fields;
-    std::string constraint;  ///< "PRIMARY KEY", "UNIQUE", "FOREIGN KEY" or empty
+    Name name;
+    std::vector<Name> fields;  ///< none when it is by an expression
+    std::string constraint;    ///< "PRIMARY KEY", "UNIQUE", "FOREIGN KEY" or empty
     bool unique = false;
     bool descending = false;
     bool active = true;
 };
 
 struct Trigger {
-    std::string name;
+    Name name;
     std::string moment;  ///< "BEFORE INSERT"
     bool active = true;
 };
 
 struct Generator {
-    std::string name;
+    Name name;
     std::int64_t value = 0;
 };
 
@@ -49,34 +56,45 @@ Value exact_rows(zmFBConn& connection, std::string_view query);
 /// The version of the engine that has the database, such as "3.0.11". Throws Failure.
 std::string engine_version(zmFBConn& connection);
 
-/// `text` as a literal of SQL, in single quotes.
-std::string sql_text(std::string_view text);
+/// The names that a query gives in its first column. Throws Failure.
+std::vector<Name> names_of(zmFBConn& connection, std::string_view query);
 
-/// The bytes of the name of a table that exists, in upper case. Throws Failure when there is none.
-std::string existing_table(zmFBConn& connection, const std::string& table);
+/// Whether the engine takes the name, a plain one, for a word of its own: each version has others.
+bool is_reserved(zmFBConn& connection, const Name& name);
 
-// All of these take the name as existing_table() gives it, and throw Failure when a query fails.
+// All of these throw Failure when a query fails.
 
-TableKind kind_of(zmFBConn& connection, const Value& table);
+/// The tables and views of the users, in the order of their names.
+std::vector<Table> tables_of(zmFBConn& connection);
+/// The name of the table or view that a person means. Throws Failure when there is none.
+Name existing_name(zmFBConn& connection, const std::string& typed);
+/// The same with its kind.
+Table existing_table(zmFBConn& connection, const std::string& typed);
+/// What the table or view of this name, which exists, is to the driver.
+TableKind kind_of(zmFBConn& connection, const Name& name);
 /// How many rows it has: those of the driver's own tables are counted by their generators, any other by
-/// reading it. None when this user may not count them.
-std::optional<std::uint64_t> records_of(zmFBConn& connection, TableKind kind, const Value& table);
+/// reading it. None for a view, which would run what its maker wrote, and when this user may not count them.
+std::optional<std::uint64_t> records_of(zmFBConn& connection, const Table& table);
 /// "1 record", "10 records", "records that this user may not count".
 std::string records_in_words(std::optional<std::uint64_t> records);
+/// The names of the columns in their order.
+std::vector<Name> column_names_of(zmFBConn& connection, const Name& table);
+/// Whether methods can name the table and all its columns.
+bool is_nameable(zmFBConn& connection, const Name& table);
 /// The columns in their order.
-std::vector<ColumnType> columns_of(zmFBConn& connection, const std::string& table);
+std::vector<ColumnType> columns_of(zmFBConn& connection, const Name& table);
 /// The indexes in the order of their names.
-std::vector<Index> indexes_of(zmFBConn& connection, const std::string& table);
+std::vector<Index> indexes_of(zmFBConn& connection, const Name& table);
 /// The triggers in the order in which they fire.
-std::vector<Trigger> triggers_of(zmFBConn& connection, const std::string& table);
-/// The counting generators of a driver table, those that there are.
-std::vector<Generator> generators_of(zmFBConn& connection, const std::string& table);
-/// The views that are built on the table.
-std::vector<std::string> views_on(zmFBConn& connection, const std::string& table);
+std::vector<Trigger> triggers_of(zmFBConn& connection, const Name& table);
+/// The names of the counting generators of a driver table, of those that there are.
+std::vector<Name> generator_names_of(zmFBConn& connection, const Name& table);
+/// The same with their values.
+std::vector<Generator> generators_of(zmFBConn& connection, const Name& table);
+/// The views that are built on the table, each once.
+std::vector<Name> views_on(zmFBConn& connection, const Name& table);
 
-/// Names as a person reads them: "A, B".
-std::string joined(const std::vector<std::string>& names);
 /// " and the views built on it (A, B)"; "" for none.
-std::string views_in_words(const std::vector<std::string>& views);
+std::string views_in_words(const std::vector<Name>& views);
 
 }  // namespace zmfb::tool

@@ -110,6 +110,19 @@ std::string to_utf8(std::string_view latin1) {
     return out;
 }
 
+bool is_utf8(std::string_view bytes) {
+    const iconv_t converter = iconv_open("UTF-32", "UTF-8");
+    std::string source(bytes);
+    std::string unused((bytes.size() + 1) * sizeof(char32_t), '\0');
+    char* from = source.data();
+    char* to = unused.data();
+    std::size_t left = source.size();
+    std::size_t room = unused.size();
+    const bool whole = iconv(converter, &from, &left, &to, &room) != static_cast<std::size_t>(-1);
+    iconv_close(converter);
+    return whole;
+}
+
 std::optional<std::string> to_latin1(std::string_view utf8) {
     std::string out;
     out.reserve(utf8.size());

@@ -20,6 +20,9 @@ const std::string& encoding_name();
 /// Bytes of the object to UTF-8. A byte without a character becomes U+FFFD; ISO-8859-1 has none of them.
 std::string to_utf8(std::string_view latin1);
 
+/// Whether the bytes are UTF-8.
+bool is_utf8(std::string_view bytes);
+
 /// UTF-8 to bytes of the object; nothing when the text is not UTF-8 or has a character that they do not have.
 std::optional<std::string> to_latin1(std::string_view utf8);
 

@@ -1,16 +1,29 @@
 #include "tool/sql.h"
 
 #include "tool/encoding.h"
+#include "tool/shell/statement.h"
 #include "tool/terminal.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::tool {
 namespace {
 
-std::string statement_bytes(const std::string& statement) {
-    const auto latin1 = to_latin1(statement);
+std::string latin1_bytes(std::string_view text) {
+    const auto latin1 = to_latin1(text);
     if (!latin1) throw Failure{Exit::usage, "the statement has a character outside " + encoding_name()};
     return *latin1;
+}
+
+// The engine has names in UTF-8, whatever the texts in its tables are.
+std::string statement_bytes(std::string_view statement) {
+    std::string bytes;
+    for (const std::string_view name : quoted_names(statement)) {
+        const auto before = static_cast<std::size_t>(name.data() - statement.data());
+        bytes += latin1_bytes(statement.substr(0, before));
+        bytes += name;
+        statement.remove_prefix(before + name.size());
+    }
+    return bytes + latin1_bytes(statement);
 }
 
 }  // namespace

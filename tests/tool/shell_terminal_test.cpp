@@ -158,6 +158,19 @@ TEST_F(ShellOnATerminal, TabCompletesMethodsTablesWordsAndCommands) {
     }
 }
 
+TEST_F(ShellOnATerminal, TabOffersNoNameThatNeedsQuotes) {
+    for (const std::string name : {"CUSTOMERS --", "Custom", "CUSTARD; drop table CUSTOMERS"}) {
+        exec(path, "create table \"" + name + "\" (a integer)");
+    }
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    talk.type("select a from CUST\t;\n");
+    talk.expect_prompt(prompt);
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+    EXPECT_NE(read_file(history()).find("CUSTOMERS;"), std::string::npos) << read_file(history());
+}
+
 TEST_F(ShellOnATerminal, HistoryIsKeptForItsOwnerWithoutPasswords) {
     {
         Dialogue talk(command());

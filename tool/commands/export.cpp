@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -8,10 +9,10 @@
 
 #include "host/dbf_format.h"
 #include "host/text.h"
+#include "tool/catalog.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
 #include "tool/counted.h"
-#include "tool/encoding.h"
 #include "tool/json.h"
 #include "tool/transfer/export_check.h"
 #include "tool/transfer/supervised.h"
@@ -45,12 +46,6 @@ class InFolder {
     fs::path before_;
 };
 
-std::string latin1_table(const std::string& table) {
-    const auto name = to_latin1(table);
-    if (!name) throw Failure{Exit::failed, fmt::format("there is no table {}", table)};
-    return *name;
-}
-
 // A folder beside the file to be, so that a finished file takes its name in one go.
 fs::path make_private_folder(const fs::path& beside) {
     std::string name = (fs::absolute(beside) / ".zmfb-XXXXXX").string();
@@ -66,6 +61,20 @@ std::uint32_t record_count(const fs::path& dbf) {
     file.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
     return host::dbf_record_count(
         std::string_view(beginning).substr(0, static_cast<std::size_t>(file.gcount())));
+}
+
+// The table, when the method can name it and its columns without quotes.
+std::string nameable_table(zmFBConn& connection, const std::string& table) {
+    const Name name = existing_name(connection, table);
+    std::vector<Name> all = column_names_of(connection, name);
+    all.push_back(name);
+    for (const Name& one : all) {
+        if (one.is_plain() && !is_reserved(connection, one)) continue;
+        throw Failure{Exit::failed, fmt::format("{} cannot be exported", name.shown()),
+                      one.is_plain() ? fmt::format("{} is a reserved word", one.bytes())
+                                     : fmt::format("{}: {}", one.shown(), plain_names_only)};
+    }
+    return name.bytes();
 }
 
 void report_check(const std::string& table, const ExportCheck& check) {
@@ -87,7 +96,7 @@ double write_file(Session& session, const std::string& name, const fs::path& fol
     if (!session.connection().call("exiletable", name).logical()) {
         const std::string said = last_engine_message();
         const bool silent = session.raised().size() == raised_before && said.empty();
-        throw Failure{Exit::failed, fmt::format("{} was not exported", to_utf8(name)),
+        throw Failure{Exit::failed, fmt::format("{} was not exported", name),
                       silent ? "The file could not be written." : said};
     }
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -95,20 +104,12 @@ double write_file(Session& session, const std::string& name, const fs::path& fol
 
 Exit export_in_child(Session& session, const Reports& reports, const Given& given, const std::string& table) {
     zmFBConn& connection = session.connection();
-    const std::string name = latin1_table(table);
-    if (!connection.call("istable", name).logical()) {
-        throw Failure{Exit::failed, fmt::format("there is no table {}", table)};
-    }
-    const Value structure = connection.call("filterrddfields", connection.call("gettablestruct", name));
-    if (structure.size() == 0) {
+    const std::string upper = nameable_table(connection, table);
+    const std::string name = host::upper(table).string() == upper ? table : upper;
+    const Value structure = connection.call("filterrddfields", connection.call("gettablestruct", upper));
+    if (structure.size() == 0)
         throw Failure{Exit::failed, fmt::format("{} has no columns of its own", table)};
-    }
-    if (name.find('/') != std::string::npos) {
-        throw Failure{Exit::failed, fmt::format("{} cannot be exported", table),
-                      "a file cannot have this name"};
-    }
-    const std::string upper = host::upper(name).string();
-    report_check(to_utf8(upper), check_export(connection, upper, structure));
+    report_check(upper, check_export(connection, upper, structure));
 
     const fs::path target = fs::path(given.folder) / (name + ".dbf");
     if (fs::exists(target) && !given.yes && !confirm(fmt::format("Replace {}?", target.string()))) {
@@ -133,7 +134,7 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
     fs::rename(folder / (name + ".dbf"), target, problem);
     if (problem) throw Failure{Exit::failed, fmt::format("cannot write {}", written), problem.message()};
     if (session.options().json) {
-        Json json{{"table", to_utf8(upper)},
+        Json json{{"table", upper},
                   {"file", written},
                   {"records", records},
                   {"fields", structure.size()},
@@ -141,9 +142,8 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
         if (given.keep_data_file) json["data_file"] = data_file;
         fmt::print("{}\n", json_line(json));
     } else {
-        fmt::print("{} -> {}: {}, {}, {:.2f} s\n", to_utf8(upper), written,
-                   counted(records, "record", "records"), counted(structure.size(), "field", "fields"),
-                   seconds);
+        fmt::print("{} -> {}: {}, {}, {:.2f} s\n", upper, written, counted(records, "record", "records"),
+                   counted(structure.size(), "field", "fields"), seconds);
     }
     return Exit::ok;
 }

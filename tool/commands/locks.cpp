@@ -4,6 +4,7 @@
 
 #include "host/text.h"
 #include "tool/area_id.h"
+#include "tool/catalog.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
 #include "tool/encoding.h"
@@ -133,14 +134,14 @@ Exit opens_command(Session& session) {
 
 Exit unlock_command(Session& session, const std::string& table, bool yes) {
     zmFBConn& connection = session.connection();
-    const auto name = to_latin1(table);
-    if (!name || !connection.call("istable", *name).logical()) {
-        throw Failure{Exit::failed, fmt::format("there is no table {}", table)};
+    const Name name = existing_name(connection, table);
+    if (!name.is_plain()) {
+        throw Failure{Exit::failed, fmt::format("{} has no locks: {}", name.shown(), plain_names_only)};
     }
     if (!yes && !confirm(fmt::format("Remove every lock on {}, whoever holds it?", table))) {
         throw Failure{Exit::failed, "nothing was unlocked"};
     }
-    if (!connection.call("releaselocks", *name).logical()) {
+    if (!connection.call("releaselocks", name.bytes()).logical()) {
         throw Failure{Exit::failed, fmt::format("the locks of {} could not all be removed", table),
                       last_engine_message()};
     }

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "host/file.h"
+#include "tool/catalog.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
 #include "tool/counted.h"
@@ -113,16 +114,45 @@ void print_matrix(const Value& matrix) {
     }
 }
 
+/// Those of all tables that have a structure to write. The system tables are always among them: of an empty
+/// list the method would make all that there are.
+Value nameable_tables(zmFBConn& connection) {
+    const Value names = Value::array_of_size(0);
+    for (const Table& table : tables_of(connection)) {
+        if (is_nameable(connection, table.name)) names.push(table.name.bytes());
+    }
+    return names;
+}
+
+void require_nameable(zmFBConn& connection, const Name& table) {
+    if (is_nameable(connection, table)) return;
+    throw Failure{Exit::failed, fmt::format("{} cannot be in a matrix", table.shown()),
+                  std::string(plain_names_only)};
+}
+
+Value named_tables(zmFBConn& connection, const std::vector<std::string>& tables) {
+    const Value names = Value::array_of_size(0);
+    for (const std::string& table : tables) {
+        const Name name = existing_name(connection, table);
+        require_nameable(connection, name);
+        names.push(name.bytes());
+    }
+    return names;
+}
+
+/// The matrix in a file, when the methods can name all tables in it and what these consist of.
+Value matrix_in(zmFBConn& connection, const std::string& file) {
+    const Value matrix = read_matrix(file);
+    for (const Name& table : tables_in(matrix)) {
+        if (!table.bytes().empty()) require_nameable(connection, table);
+    }
+    return matrix;
+}
+
 Exit matrix_extract_command(Session& session, const std::vector<std::string>& tables, const std::string& file,
                             bool yes) {
     zmFBConn& connection = session.connection();
-    const Value names = Value::array_of_size(0);
-    for (const std::string& table : tables) {
-        names.push(latin1_argument(table, "a table name"));
-        if (!connection.call("istable", names[names.size()]).logical()) {
-            throw Failure{Exit::failed, fmt::format("there is no table {}", table)};
-        }
-    }
+    const Value names = tables.empty() ? nameable_tables(connection) : named_tables(connection, tables);
     // The method always puts its extension behind the name.
     std::string path = latin1_argument(file, "the file name");
     if (path.ends_with(extension)) path.resize(path.size() - extension.size());
@@ -146,7 +176,7 @@ Exit matrix_extract_command(Session& session, const std::vector<std::string>& ta
 }
 
 Exit matrix_check_command(Session& session, const std::string& file) {
-    const Plan plan(session, read_matrix(file));
+    const Plan plan(session, matrix_in(session.connection(), file));
     const Exit status = report(session, plan.result, plan);
     if (!session.options().json) print_notes(plan);
     require_possible(plan, "");
@@ -185,7 +215,7 @@ Exit apply_unasked(Session& session, const Value& matrix) {
 
 Exit matrix_apply_command(Session& session, const std::string& file, bool yes) {
     if (session.options().json && !yes) throw Failure{Exit::usage, "--json asks nothing: say --yes as well"};
-    const Value matrix = read_matrix(file);
+    const Value matrix = matrix_in(session.connection(), file);
     return yes ? apply_unasked(session, matrix) : apply_when_confirmed(session, matrix);
 }
 

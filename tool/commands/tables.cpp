@@ -6,10 +6,12 @@
 #include "tool/catalog.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
+#include "tool/dependents.h"
+#include "tool/drop.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
+#include "tool/rows/shown_text.h"
 #include "tool/text_table.h"
-#include "zmfbconn/database.h"
 
 namespace zmfb::tool {
 namespace {
@@ -20,14 +22,13 @@ Exit tables_command(Session& session) {
     zmFBConn& connection = session.connection();
     TextTable shown({{"table"}, {"kind"}, {"records", true}});
     Json list = Json::array();
-    const Value names = connection.call("gettablesname");
-    for (const Value& name : names.items()) {
-        const TableKind kind = kind_of(connection, name);
-        const auto records = records_of(connection, kind, name);
-        shown.add(
-            {to_utf8(name.text()), std::string(kind_name(kind)), records ? std::to_string(*records) : "?"});
+    for (const Table& table : tables_of(connection)) {
+        const auto records = records_of(connection, table);
+        const std::string_view uncounted = table.kind == TableKind::view ? "" : "?";
+        shown.add({table.name.shown(), std::string(kind_name(table.kind)),
+                   records ? std::to_string(*records) : std::string(uncounted)});
         list.push_back(
-            {{"table", to_utf8(name.text())}, {"kind", kind_name(kind)}, {"records", json_of(records)}});
+            {{"table", table.name.text()}, {"kind", kind_name(table.kind)}, {"records", json_of(records)}});
     }
     fmt::print("{}", session.options().json ? json_lines(list) + "\n" : shown.text());
     return Exit::ok;
@@ -35,27 +36,26 @@ Exit tables_command(Session& session) {
 
 /// Everything that "struct" shows of a table.
 struct Structure {
-    std::string table;
-    TableKind kind;
-    std::optional<std::uint64_t> records;  ///< none when this user may not count them
-    Value fields;                          ///< as the object has them
+    Table table;
+    std::optional<std::uint64_t> records;  ///< none when they were not counted
+    Value fields;                          ///< as the object has them; none when it cannot name them all
     std::vector<ColumnType> columns;
     std::vector<Index> indexes;
     std::vector<Trigger> triggers;
     std::vector<Generator> generators;
 };
 
-Structure structure_of(zmFBConn& connection, const std::string& table) {
-    Structure all{};
-    all.table = existing_table(connection, table);
-    all.kind = kind_of(connection, all.table);
-    all.records = records_of(connection, all.kind, all.table);
-    all.fields = connection.call("gettablestruct", all.table);
-    all.columns = columns_of(connection, all.table);
-    all.indexes = indexes_of(connection, all.table);
-    all.triggers = triggers_of(connection, all.table);
-    all.generators = generators_of(connection, all.table);
-    return all;
+Structure structure_of(zmFBConn& connection, const std::string& typed) {
+    const Table table = existing_table(connection, typed);
+    const bool nameable = is_nameable(connection, table.name);
+    return {
+        .table = table,
+        .records = records_of(connection, table),
+        .fields = nameable ? connection.call("gettablestruct", table.name.bytes()) : Value::array_of_size(0),
+        .columns = columns_of(connection, table.name),
+        .indexes = indexes_of(connection, table.name),
+        .triggers = triggers_of(connection, table.name),
+        .generators = generators_of(connection, table.name)};
 }
 
 std::string index_kind(const Index& index) {
@@ -74,58 +74,72 @@ void print_fields(const Structure& all) {
                      {"decimals", true},
                      {"in the database"},
                      {"kept by the driver"}});
-    for (std::size_t i = 0; i < all.columns.size() && i < all.fields.size(); ++i) {
-        const Value& field = all.fields.items()[i];
-        shown.add({to_utf8(field[1].text()), to_utf8(field[2].text()), std::to_string(field[3].integer()),
-                   std::to_string(field[4].integer()), all.columns[i].type, all.columns[i].driver_use});
+    for (std::size_t i = 0; i < all.columns.size(); ++i) {
+        const ColumnType& column = all.columns[i];
+        std::vector<std::string> cells{column.name.shown(), "", "", "", column.type, column.driver_use};
+        if (i < all.fields.size()) {
+            const Value& field = all.fields.items()[i];
+            cells[1] = to_utf8(field[2].text());
+            cells[2] = std::to_string(field[3].integer());
+            cells[3] = std::to_string(field[4].integer());
+        }
+        shown.add(std::move(cells));
     }
     fmt::print("{}", shown.text());
 }
 
 void print_structure(const Structure& all) {
-    fmt::print("{}: {} table, {}\n\n", to_utf8(all.table), kind_name(all.kind),
-               records_in_words(all.records));
+    const std::string name = without_controls(all.table.name.shown());
+    if (all.table.kind == TableKind::view) {
+        fmt::print("{}: view\n\n", name);
+    } else {
+        fmt::print("{}: {} table, {}\n\n", name, kind_name(all.table.kind), records_in_words(all.records));
+    }
     print_fields(all);
     if (!all.indexes.empty()) {
         TextTable shown({{"index"}, {"fields"}, {"kind"}});
         for (const Index& index : all.indexes) {
-            shown.add({to_utf8(index.name), joined(index.fields), index_kind(index)});
+            const std::string fields = index.fields.empty() ? "(expression)" : joined(index.fields);
+            shown.add({index.name.shown(), fields, index_kind(index)});
         }
         fmt::print("\n{}", shown.text());
     }
     if (!all.triggers.empty()) {
         TextTable shown({{"trigger"}, {"fires"}});
         for (const Trigger& trigger : all.triggers) {
-            shown.add({to_utf8(trigger.name), trigger.moment + (trigger.active ? "" : " (inactive)")});
+            shown.add({trigger.name.shown(), trigger.moment + (trigger.active ? "" : " (inactive)")});
         }
         fmt::print("\n{}", shown.text());
     }
     if (!all.generators.empty()) {
         TextTable shown({{"generator"}, {"value", true}});
         for (const Generator& one : all.generators) {
-            shown.add({to_utf8(one.name), std::to_string(one.value)});
+            shown.add({one.name.shown(), std::to_string(one.value)});
         }
         fmt::print("\n{}", shown.text());
     }
 }
 
 Json structure_json(const Structure& all) {
-    Json json{{"table", to_utf8(all.table)}, {"kind", kind_name(all.kind)}, {"records", json_of(all.records)},
-              {"fields", Json::array()},     {"indexes", Json::array()},    {"triggers", Json::array()},
+    Json json{{"table", all.table.name.text()},  {"kind", kind_name(all.table.kind)},
+              {"records", json_of(all.records)}, {"fields", Json::array()},
+              {"indexes", Json::array()},        {"triggers", Json::array()},
               {"generators", Json::array()}};
-    for (std::size_t i = 0; i < all.columns.size() && i < all.fields.size(); ++i) {
-        const Value& field = all.fields.items()[i];
-        json["fields"].push_back({{"field", to_json(field[1])},
+    for (std::size_t i = 0; i < all.columns.size(); ++i) {
+        const ColumnType& column = all.columns[i];
+        const Value field = i < all.fields.size() ? all.fields.items()[i] : Value::array_of_size(4);
+        json["fields"].push_back({{"field", column.name.text()},
                                   {"type", to_json(field[2])},
                                   {"length", to_json(field[3])},
                                   {"decimals", to_json(field[4])},
-                                  {"sql_type", all.columns[i].type},
-                                  {"driver", !all.columns[i].driver_use.empty()}});
+                                  {"sql_type", column.type},
+                                  {"driver", !column.driver_use.empty()}});
     }
     for (const Index& index : all.indexes) {
         Json fields = Json::array();
-        for (const std::string& field : index.fields) fields.push_back(to_utf8(field));
-        json["indexes"].push_back({{"name", to_utf8(index.name)},
+        for (const Name& field : index.fields) fields.push_back(field.text());
+        if (index.fields.empty()) fields.push_back("(expression)");
+        json["indexes"].push_back({{"name", index.name.text()},
                                    {"fields", fields},
                                    {"unique", index.unique},
                                    {"descending", index.descending},
@@ -134,10 +148,10 @@ Json structure_json(const Structure& all) {
     }
     for (const Trigger& trigger : all.triggers) {
         json["triggers"].push_back(
-            {{"name", to_utf8(trigger.name)}, {"fires", trigger.moment}, {"active", trigger.active}});
+            {{"name", trigger.name.text()}, {"fires", trigger.moment}, {"active", trigger.active}});
     }
     for (const Generator& one : all.generators) {
-        json["generators"].push_back({{"name", to_utf8(one.name)}, {"value", one.value}});
+        json["generators"].push_back({{"name", one.name.text()}, {"value", one.value}});
     }
     return json;
 }
@@ -152,9 +166,9 @@ Exit struct_command(Session& session, const std::string& table) {
     return Exit::ok;
 }
 
-void require_droppable(zmFBConn& connection, const std::string& name) {
-    const std::string shown = to_utf8(name);
-    switch (kind_of(connection, name)) {
+void require_driver_table(const Table& table) {
+    const std::string shown = table.name.shown();
+    switch (table.kind) {
         case TableKind::driver:
             return;
         case TableKind::system:
@@ -162,35 +176,39 @@ void require_droppable(zmFBConn& connection, const std::string& name) {
                           "zmfb clear empties the tables of locks and registrations"};
         case TableKind::view:
             throw Failure{Exit::failed, fmt::format("{} is a view, not a table", shown), "",
-                          fmt::format("zmfb exec \"drop view {}\"", shown)};
+                          exec_command_line("drop view " + table.name.quoted())};
         case TableKind::foreign:
             throw Failure{Exit::failed, fmt::format("{} was not made by the driver", shown), "",
-                          fmt::format("zmfb exec \"drop table {}\"", shown)};
+                          exec_command_line("drop table " + table.name.quoted())};
     }
 }
 
-Exit drop_command(Session& session, const std::string& table, bool yes) {
+void require_unused(const Name& table, const std::vector<Dependent>& in_the_way) {
+    if (in_the_way.empty()) return;
+    const Dependent& first = in_the_way.front();
+    throw Failure{Exit::failed,
+                  fmt::format("{} was not dropped: in use by {}", table.shown(), in_words(in_the_way)), "",
+                  first.kind == "view" ? exec_command_line("drop view " + first.name.quoted()) : ""};
+}
+
+Exit drop_command(Session& session, const std::string& typed, bool yes) {
     zmFBConn& connection = session.connection();
-    const std::string name = existing_table(connection, table);
-    require_droppable(connection, name);
-    const std::vector<std::string> views = views_on(connection, name);
-    const std::string records = records_in_words(records_of(connection, TableKind::driver, name));
+    const Table table = existing_table(connection, typed);
+    require_driver_table(table);
+    const Dependents dependents = dependents_of_table(connection, table.name);
+    require_unused(table.name, dependents.in_the_way);
+    const std::vector<Name> views = names_in(dependents.taken);
     const std::string question =
-        fmt::format("Drop {} with its {}{}?", to_utf8(name), records, views_in_words(views));
+        fmt::format("Drop {} with its {}{}?", table.name.shown(),
+                    records_in_words(records_of(connection, table)), views_in_words(views));
     if (!yes && !confirm(question)) throw Failure{Exit::failed, "nothing was dropped"};
-    if (!connection.call("droptable", name).logical()) {
-        const std::string said = last_engine_message();
-        const bool stands = connection.call("istable", name).logical();
-        throw Failure{Exit::failed,
-                      to_utf8(name) + (stands ? " was not dropped" : " was dropped, but not its generators"),
-                      said};
-    }
+    drop_with_views(connection, table.name, views);
     if (session.options().json) {
         Json gone = Json::array();
-        for (const std::string& view : views) gone.push_back(to_utf8(view));
-        fmt::print("{}\n", json_line(Json{{"dropped", to_utf8(name)}, {"views", gone}}));
+        for (const Name& view : views) gone.push_back(view.text());
+        fmt::print("{}\n", json_line(Json{{"dropped", table.name.text()}, {"views", gone}}));
     } else {
-        fmt::print("{}{} dropped\n", to_utf8(name),
+        fmt::print("{}{} dropped\n", table.name.shown(),
                    views.empty() ? "" : fmt::format(" and {}", joined(views)));
     }
     return Exit::ok;

@@ -9,7 +9,6 @@
 #include "tool/area_id.h"
 #include "tool/catalog.h"
 #include "tool/doctor/checks.h"
-#include "tool/encoding.h"
 
 namespace zmfb::tool {
 namespace {
@@ -18,55 +17,67 @@ namespace {
 struct SystemTable {
     std::string_view name;
     std::string_view area_column;
-    std::vector<std::string> unique;
+    std::vector<Name> unique;
 };
 
 const std::array<SystemTable, 3>& system_tables() {
     static const std::array<SystemTable, 3> tables{
-        SystemTable{"RDDSYS_OPN", "OPN_AREAID", {"OPN_TABLE", "OPN_AREAID"}},
-        SystemTable{"RDDSYS_FLK", "FLK_AREAID", {"FLK_TABLE"}},
-        SystemTable{"RDDSYS_RLK", "RLK_AREAID", {"RLK_TABLE", "RLK_RECNO"}},
+        SystemTable{"RDDSYS_OPN", "OPN_AREAID", {Name("OPN_TABLE"), Name("OPN_AREAID")}},
+        SystemTable{"RDDSYS_FLK", "FLK_AREAID", {Name("FLK_TABLE")}},
+        SystemTable{"RDDSYS_RLK", "RLK_AREAID", {Name("RLK_TABLE"), Name("RLK_RECNO")}},
     };
     return tables;
 }
 
 bool has_unique_index(zmFBConn& connection, const SystemTable& table) {
-    const std::vector<Index> indexes = indexes_of(connection, std::string(table.name));
+    const std::vector<Index> indexes = indexes_of(connection, Name(table.name));
     return std::ranges::any_of(indexes, [&](const Index& index) {
         return index.unique && index.active && index.fields == table.unique;
     });
 }
 
-/// The names that a query gives, in UTF-8.
-std::vector<std::string> names(zmFBConn& connection, std::string_view query) {
-    std::vector<std::string> found;
-    const Value rows = exact_rows(connection, query);
-    for (const Value& row : rows.items()) found.push_back(to_utf8(host::trim(row[1]).string()));
-    return found;
-}
-
+/// What an interrupted run leaves. The names that make a row of the query go into the statement that clears
+/// it up; a row with another name than a plain one is not the driver's.
 struct Leftover {
     std::string_view query;
-    std::string_view drop;  ///< {} is the name
+    std::string_view clears;
 };
 
 constexpr std::array leftovers{
     Leftover{"SELECT RDB$RELATION_NAME FROM RDB$RELATIONS WHERE RDB$EXTERNAL_FILE IS NOT NULL AND "
              "RDB$RELATION_NAME STARTING WITH 'EXT_' ORDER BY 1",
              "drop table {}"},
-    Leftover{
-        "SELECT TRIM(RDB$TRIGGER_NAME) FROM RDB$TRIGGERS WHERE TRIM(RDB$TRIGGER_NAME) LIKE '%\\_NULLDATES' "
-        "ESCAPE '\\' AND COALESCE(RDB$SYSTEM_FLAG, 0) = 0 ORDER BY 1",
-        "drop trigger {}"},
+    Leftover{"SELECT RDB$TRIGGER_NAME FROM RDB$TRIGGERS WHERE TRIM(RDB$TRIGGER_NAME) LIKE '%\\_NULLDATES' "
+             "ESCAPE '\\' AND COALESCE(RDB$SYSTEM_FLAG, 0) = 0 ORDER BY 1",
+             "drop trigger {}"},
     // A changed field's values are copied into one of this name, which takes the field's name when the field
     // is gone: from then on it is the only one that has them.
-    Leftover{"SELECT 'alter table ' || TRIM(F.RDB$RELATION_NAME) || IIF(EXISTS(SELECT 1 FROM "
-             "RDB$RELATION_FIELDS O WHERE O.RDB$RELATION_NAME = F.RDB$RELATION_NAME AND O.RDB$FIELD_NAME = "
-             "SUBSTRING(F.RDB$FIELD_NAME FROM 8)), ' drop ' || TRIM(F.RDB$FIELD_NAME), ' alter ' || "
-             "TRIM(F.RDB$FIELD_NAME) || ' to ' || TRIM(SUBSTRING(F.RDB$FIELD_NAME FROM 8))) FROM "
-             "RDB$RELATION_FIELDS F WHERE F.RDB$FIELD_NAME STARTING WITH 'RDDAUX_' ORDER BY 1",
-             "{}"},
+    Leftover{"SELECT F.RDB$RELATION_NAME, F.RDB$FIELD_NAME, SUBSTRING(F.RDB$FIELD_NAME FROM 8) FROM "
+             "RDB$RELATION_FIELDS F WHERE F.RDB$FIELD_NAME STARTING WITH 'RDDAUX_' AND NOT EXISTS(SELECT 1 "
+             "FROM RDB$RELATION_FIELDS O WHERE O.RDB$RELATION_NAME = F.RDB$RELATION_NAME AND "
+             "O.RDB$FIELD_NAME = SUBSTRING(F.RDB$FIELD_NAME FROM 8)) ORDER BY 1, 2",
+             "alter table {} alter {} to {}"},
+    Leftover{"SELECT F.RDB$RELATION_NAME, F.RDB$FIELD_NAME FROM RDB$RELATION_FIELDS F WHERE F.RDB$FIELD_NAME "
+             "STARTING WITH 'RDDAUX_' AND EXISTS(SELECT 1 FROM RDB$RELATION_FIELDS O WHERE "
+             "O.RDB$RELATION_NAME = F.RDB$RELATION_NAME AND O.RDB$FIELD_NAME = SUBSTRING(F.RDB$FIELD_NAME "
+             "FROM 8)) ORDER BY 1, 2",
+             "alter table {} drop {}"},
 };
+
+/// The commands that clear up what there is of a kind.
+std::vector<std::string> commands_against(zmFBConn& connection, const Leftover& kind) {
+    std::vector<std::string> commands;
+    const Value rows = exact_rows(connection, kind.query);
+    for (const Value& row : rows.items()) {
+        std::vector<Name> names;
+        for (const Value& name : row.items()) names.emplace_back(name.text());
+        if (!all_plain(names)) continue;
+        names.resize(3, Name(""));
+        commands.push_back(exec_command_line(
+            fmt::format(fmt::runtime(kind.clears), names[0].bytes(), names[1].bytes(), names[2].bytes())));
+    }
+    return commands;
+}
 
 }  // namespace
 
@@ -118,9 +129,8 @@ Finding check_leftovers(Session& session) {
     zmFBConn& connection = session.connection_to_any();
     std::string text;
     for (const Leftover& kind : leftovers) {
-        for (const std::string& name : names(connection, kind.query)) {
-            const std::string drop = fmt::format(fmt::runtime(kind.drop), name);
-            text += fmt::format("{}zmfb exec \"{}\"", text.empty() ? "" : "; ", drop);
+        for (const std::string& command : commands_against(connection, kind)) {
+            text += (text.empty() ? "" : "; ") + command;
         }
     }
     if (text.empty()) return {"leftovers", State::ok, "none of an import, export or change that was cut off"};

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "host/text.h"
+#include "tool/catalog.h"
 #include "tool/counted.h"
 #include "tool/encoding.h"
 
@@ -29,12 +30,12 @@ class Walk {
             table_ = upper_trimmed(line.substr(name, line.size() - header_end.size() - name));
             dropped_fields_.clear();
         } else if (line == table_dropped) {
-            add({.table = table_, .dependents = dependents_of_table(connection_, table_)});
+            drop_table();
         } else if (line.starts_with(field_dropped)) {
             const std::string field = upper_trimmed(line.substr(field_dropped.size()));
             add({.table = table_,
                  .field = field,
-                 .dependents = dependents_of_field(connection_, table_, field)});
+                 .dependents = dependents_of_field(connection_, Name(table_), Name(field))});
             dropped_fields_.insert(field);
         } else if (line.starts_with(field_altered)) {
             alter(upper_trimmed(line.substr(field_altered.size())));
@@ -43,6 +44,21 @@ class Walk {
     std::vector<Consequence> found;
 
   private:
+    // The method drops a view once for each time that it names the table, and gives up at the second.
+    void drop_table() {
+        Dependents dependents = dependents_of_table(connection_, Name(table_));
+        const std::vector<Name> twice =
+            names_of(connection_,
+                     fmt::format("select rdb$view_name from rdb$view_relations where rdb$relation_name = {} "
+                                 "group by 1 having count(*) > 1",
+                                 Name(table_).literal()));
+        for (const Name& view : twice) {
+            std::erase_if(dependents.taken, [&](const Dependent& one) { return one.name == view; });
+            dependents.in_the_way.push_back({"view that names it twice", view});
+        }
+        add({.table = table_, .dependents = std::move(dependents)});
+    }
+
     void alter(const std::string& field) {
         const auto line = std::ranges::find_if(
             lines_, [&](const FieldLine& one) { return one.table == table_ && one.field == field; });
@@ -50,7 +66,7 @@ class Walk {
         add({.table = table_,
              .field = field,
              .wanted = wanted_type(*line),
-             .dependents = dependents_of_field(connection_, table_, field),
+             .dependents = dependents_of_field(connection_, Name(table_), Name(field)),
              .fit = fit_of(connection_, *line)});
         lines_.erase(line);
     }
@@ -58,12 +74,14 @@ class Walk {
     // What goes with one change is not there any more for the next.
     void add(Consequence one) {
         const auto is_gone = [&](const Dependent& dependent) {
-            return dependent.kind == computed_field ? dropped_fields_.contains(dependent.name)
-                                                    : gone_.contains({dependent.kind, dependent.name});
+            return dependent.kind == computed_field
+                       ? dropped_fields_.contains(dependent.name.bytes())
+                       : gone_.contains({dependent.kind, dependent.name.bytes()});
         };
         std::erase_if(one.dependents.taken, is_gone);
         std::erase_if(one.dependents.in_the_way, is_gone);
-        for (const Dependent& dependent : one.dependents.taken) gone_.emplace(dependent.kind, dependent.name);
+        for (const Dependent& dependent : one.dependents.taken)
+            gone_.emplace(dependent.kind, dependent.name.bytes());
         if (!notes_of(one).empty() || !hindrances_of(one).empty()) found.push_back(std::move(one));
     }
 
@@ -78,14 +96,6 @@ std::string shown_name(const Consequence& one) {
     return to_utf8(one.table + (one.field.empty() ? "" : "." + one.field));
 }
 
-std::string in_words(const std::vector<Dependent>& dependents) {
-    std::string all;
-    for (const Dependent& one : dependents) {
-        all += fmt::format("{}{} {}", all.empty() ? "" : ", ", one.kind, to_utf8(one.name));
-    }
-    return all;
-}
-
 std::string in_words(const Records& records) {
     const std::uint64_t more = records.count - records.first.size();
     return fmt::format("{} {}{}", records.count == 1 ? "in record" : "in the records",
@@ -94,7 +104,7 @@ std::string in_words(const Records& records) {
 
 Json names(const std::vector<Dependent>& dependents) {
     Json list = Json::array();
-    for (const Dependent& one : dependents) list.push_back({{"kind", one.kind}, {"name", to_utf8(one.name)}});
+    for (const Dependent& one : dependents) list.push_back({{"kind", one.kind}, {"name", one.name.text()}});
     return list;
 }
 

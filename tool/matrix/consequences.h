@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tool/dependents.h"
 #include "tool/json.h"
-#include "tool/matrix/dependents.h"
 #include "tool/matrix/fit.h"
 
 namespace zmfb::tool {

@@ -12,12 +12,6 @@ namespace {
 
 constexpr int named_records = 5;
 
-std::string quoted(std::string_view name) {
-    std::string text = "\"";
-    for (const char c : name) text.append(c == '"' ? 2 : 1, c);
-    return text + '"';
-}
-
 /// The type of a variable that takes what the changed column takes.
 std::string sql_type(const FieldLine& line) {
     if (line.type == "N") return fmt::format("numeric({}, {}) not null = 0", line.length, line.decimals);
@@ -77,9 +71,9 @@ Fit fit_of(zmFBConn& connection, const FieldLine& line) {
     Value rows;
     try {
         rows = exact_rows(connection,
-                          fmt::format(conversion, fmt::arg("table", quoted(line.table)),
-                                      fmt::arg("field", quoted(line.field)), fmt::arg("type", sql_type(line)),
-                                      fmt::arg("named", named_records)));
+                          fmt::format(conversion, fmt::arg("table", Name(line.table).quoted()),
+                                      fmt::arg("field", Name(line.field).quoted()),
+                                      fmt::arg("type", sql_type(line)), fmt::arg("named", named_records)));
     } catch (const Failure& failure) {
         fit.refusal = failure.detail;
         std::ranges::replace(fit.refusal, '\n', ' ');

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -109,6 +110,21 @@ host::Value read_matrix(const std::string& file) {
     }
     matrix.push(host::array_of(group));
     return matrix;
+}
+
+std::vector<Name> tables_in(const host::Value& matrix) {
+    std::vector<Name> tables;
+    for (const host::Value& group : matrix.items()) {
+        const host::Value lines = group[1];
+        for (const host::Value& line : lines.items()) {
+            const auto sides = split(line[1].text(), "=>");
+            const auto left = sides ? split(sides->first, ">>") : std::nullopt;
+            if (!left) continue;
+            const Name name(host::alltrim(host::upper(left->first)).string());
+            if (std::ranges::find(tables, name) == tables.end()) tables.push_back(name);
+        }
+    }
+    return tables;
 }
 
 std::vector<FieldLine> field_lines(const host::Value& matrix) {

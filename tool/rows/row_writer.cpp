@@ -6,6 +6,7 @@
 
 #include "tool/encoding.h"
 #include "tool/interrupt.h"
+#include "tool/name.h"
 
 namespace zmfb::tool {
 
@@ -17,7 +18,7 @@ std::optional<Mode> mode_of(std::string_view name) {
 
 void RowWriter::header(const host::Value& columns) {
     for (const host::Value& column : columns.items()) {
-        columns_.push_back({to_utf8(column[1].text()), column[2].text().front(), column[5].logical()});
+        columns_.push_back({Name(column[1].text()).text(), column[2].text().front(), column[5].logical()});
     }
     cells_.resize(columns_.size());
     begun_ = true;

@@ -4,8 +4,8 @@
 #include <array>
 #include <fstream>
 
+#include "tool/catalog.h"
 #include "tool/commands.h"
-#include "tool/encoding.h"
 #include "tool/shell/names.h"
 #include "tool/shell/shell.h"
 #include "tool/suggest.h"
@@ -168,11 +168,17 @@ void Shell::read(const std::vector<std::string>& words) {
 
 void Shell::quit(const std::vector<std::string>&) { done_ = true; }
 
+// Those that can be typed without quotes. A question that fails while somebody types is no error.
 const std::vector<std::string>& Shell::table_names() {
-    if (!tables_) {
-        tables_.emplace();
-        const Value tables = session_.connection().call("gettablesname");
-        for (const Value& table : tables.items()) tables_->push_back(to_utf8(table.text()));
+    constexpr std::string_view query =
+        "select rdb$relation_name from rdb$relations where rdb$system_flag = 0 order by 1";
+    if (tables_) return *tables_;
+    tables_.emplace();
+    try {
+        for (const Name& name : names_of(session_.connection(), query)) {
+            if (name.is_plain()) tables_->push_back(name.bytes());
+        }
+    } catch (const Failure&) {
     }
     return *tables_;
 }

@@ -24,10 +24,10 @@ class Tokens {
     std::string next() {
         skip_blanks_and_comments();
         if (at_ == text_.size()) return {};
-        const std::size_t start = at_;
+        start_ = at_;
         if (is_word_byte(text_[at_])) {
             while (at_ < text_.size() && is_word_byte(text_[at_])) ++at_;
-            std::string word(text_.substr(start, at_ - start));
+            std::string word(text_.substr(start_, at_ - start_));
             std::ranges::transform(word, word.begin(),
                                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
             return word;
@@ -37,6 +37,8 @@ class Tokens {
         return std::string(1, c);
     }
     [[nodiscard]] std::size_t position() const { return at_; }
+    // The last token as it stands in the text.
+    [[nodiscard]] std::string_view token() const { return text_.substr(start_, at_ - start_); }
 
   private:
     void skip_blanks_and_comments() {
@@ -60,6 +62,7 @@ class Tokens {
     }
 
     std::string_view text_;
+    std::size_t start_ = 0;
     std::size_t at_ = 0;
 };
 
@@ -123,6 +126,15 @@ std::optional<std::size_t> end_of_statement(std::string_view text) {
         if (token == ";" && blocks <= 0 && !body_expected) return tokens.position();
     }
     return std::nullopt;
+}
+
+std::vector<std::string_view> quoted_names(std::string_view statement) {
+    std::vector<std::string_view> names;
+    Tokens tokens(statement);
+    for (std::string token = tokens.next(); !token.empty(); token = tokens.next()) {
+        if (token == "\"") names.push_back(tokens.token());
+    }
+    return names;
 }
 
 bool is_query(std::string_view statement) { return is_one_of(first_word(statement), "select with"); }

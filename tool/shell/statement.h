@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace zmfb::tool {
 
@@ -31,6 +32,9 @@ std::string action_of(std::string_view statement);
 
 /// The first word of `text`, in lower case; "" when it begins with something else.
 std::string first_word(std::string_view text);
+
+/// The names in double quotes that stand in a statement, with their quotes.
+std::vector<std::string_view> quoted_names(std::string_view statement);
 
 /// The words that statements begin with, in lower case, parted by blanks.
 inline constexpr std::string_view statement_words =

@@ -10,6 +10,8 @@
 #include "tool/catalog.h"
 #include "tool/confirm.h"
 #include "tool/counted.h"
+#include "tool/dependents.h"
+#include "tool/drop.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
 #include "tool/text_table.h"
@@ -99,7 +101,7 @@ class Import {
     const std::string& file_;
     DbfFile dbf_;
     ImportPlan plan_;
-    std::string views_;  // those that go with the table that is there, in words
+    std::vector<Name> views_;  // those that go with the table that is there
     CheckResult found_;
     Rejects rejects_;
     Begun begun_;
@@ -130,7 +132,7 @@ void Import::check() {
 // What the driver has not made, or needs itself, is nothing to replace.
 void Import::check_existing() {
     const std::string table = to_utf8(plan_.table);
-    const TableKind kind = kind_of(connection_, plan_.table);
+    const TableKind kind = kind_of(connection_, Name(plan_.table));
     if (kind != TableKind::driver) {
         const std::string_view what = kind == TableKind::view     ? "is a view"
                                       : kind == TableKind::system ? "is the driver's own"
@@ -140,7 +142,11 @@ void Import::check_existing() {
         plan_.refusals.push_back(
             fmt::format("the table {} is there already; --drop-existing replaces it", table));
     } else {
-        views_ = views_in_words(views_on(connection_, plan_.table));
+        const Dependents dependents = dependents_of_table(connection_, Name(plan_.table));
+        views_ = names_in(dependents.taken);
+        if (dependents.in_the_way.empty()) return;
+        plan_.refusals.push_back(fmt::format("the table {} cannot be replaced: it is in use by {}", table,
+                                             in_words(dependents.in_the_way)));
     }
 }
 
@@ -196,7 +202,8 @@ void Import::print_plan(bool possible) const {
                counted(found_.records, "record", "records"), counted(plan_.columns.size(), "field", "fields"),
                columns.text(), notes(false));
     if (plan_.table_exists) {
-        fmt::print("the table {}{} would be dropped first\n", shown_bytes(plan_.table), views_);
+        fmt::print("the table {}{} would be dropped first\n", shown_bytes(plan_.table),
+                   views_in_words(views_));
     }
     if (possible) fmt::print("nothing was changed; the import would work\n");
 }
@@ -234,18 +241,11 @@ void Import::make_room() {
             "Drop the table {} with its {}{}?", table,
             counted(static_cast<std::uint64_t>(connection_.call("counttablerecords", plan_.table).integer()),
                     "record", "records"),
-            views_))) {
+            views_in_words(views_)))) {
         throw Failure{Exit::failed, fmt::format("{} was not imported", file_), "Nothing was changed."};
     }
     reports_.send("replaces " + plan_.table);
-    if (!connection_.call("droptable", plan_.table).logical()) {
-        const std::string said = last_engine_message();
-        const bool stands = connection_.call("istable", plan_.table).logical();
-        throw Failure{
-            Exit::failed,
-            fmt::format("{} {}", table, stands ? "cannot be dropped" : "was dropped, but not its generators"),
-            said};
-    }
+    drop_with_views(connection_, Name(plan_.table), views_);
 }
 
 void Import::fail(const std::string& why, const std::string& detail) {

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tool/name.h"
 #include "zmfbconn/connection.h"
 
 namespace zmfb::tool {
@@ -14,19 +15,23 @@ inline constexpr std::string_view computed_field = "computed field";
 
 struct Dependent {
     std::string kind;  ///< "index", "trigger", "view", ...
-    std::string name;  ///< bytes, as the engine has it
+    Name name;
 };
 
 struct Dependents {
     std::vector<Dependent> taken;       ///< is dropped along
-    std::vector<Dependent> in_the_way;  ///< keeps the engine from dropping it
+    std::vector<Dependent> in_the_way;  ///< keeps the engine, or the driver, from dropping it
 };
 
-// The names are those of the catalog. Both throw Failure when a query fails.
+// Both throw Failure when a query fails.
 
 /// Of a field, which is changed by dropping it too.
-Dependents dependents_of_field(zmFBConn& connection, const std::string& table, const std::string& field);
+Dependents dependents_of_field(zmFBConn& connection, const Name& table, const Name& field);
 /// Of a table; what is its own, such as its indexes, does not count.
-Dependents dependents_of_table(zmFBConn& connection, const std::string& table);
+Dependents dependents_of_table(zmFBConn& connection, const Name& table);
+
+std::vector<Name> names_in(const std::vector<Dependent>& dependents);
+/// "index BY_NAME, view \"Names\"".
+std::string in_words(const std::vector<Dependent>& dependents);
 
 }  // namespace zmfb::tool

@@ -1,16 +1,14 @@
-#include "tool/matrix/dependents.h"
+#include "tool/dependents.h"
 
 #include <fmt/format.h>
 
 #include <map>
+#include <utility>
 
-#include "host/text.h"
 #include "tool/catalog.h"
 
 namespace zmfb::tool {
 namespace {
-
-std::string text_of(const Value& value) { return host::trim(value).string(); }
 
 // RDB$DEPENDENT_TYPE.
 constexpr std::string_view trigger = "2", computed = "3";
@@ -24,27 +22,31 @@ std::string kind_of_dependent(const std::string& type) {
     return found == kinds.end() ? "object" : found->second;
 }
 
-void add_indexes(zmFBConn& connection, const std::string& table, const std::string& field,
-                 Dependents& dependents) {
+// The driver drops nothing whose name needs quotes.
+void take(Dependents& dependents, Dependent one) {
+    (one.name.is_plain() ? dependents.taken : dependents.in_the_way).push_back(std::move(one));
+}
+
+void add_indexes(zmFBConn& connection, const Name& table, const Name& field, Dependents& dependents) {
     const Value rows = exact_rows(
         connection,
         fmt::format("select i.rdb$index_name, c.rdb$constraint_name from rdb$index_segments s join "
                     "rdb$indices i on i.rdb$index_name = s.rdb$index_name left join "
                     "rdb$relation_constraints c on c.rdb$index_name = i.rdb$index_name where "
                     "i.rdb$relation_name = {} and s.rdb$field_name = {} order by 1",
-                    sql_text(table), sql_text(field)));
+                    table.literal(), field.literal()));
     for (const Value& row : rows.items()) {
         if (row[2].is_nil()) {
-            dependents.taken.push_back({"index", text_of(row[1])});
+            take(dependents, {"index", Name(row[1].text())});
         } else {
-            dependents.in_the_way.push_back({"constraint", text_of(row[2])});
+            dependents.in_the_way.push_back({"constraint", Name(row[2].text())});
         }
     }
 }
 
 }  // namespace
 
-Dependents dependents_of_field(zmFBConn& connection, const std::string& table, const std::string& field) {
+Dependents dependents_of_field(zmFBConn& connection, const Name& table, const Name& field) {
     Dependents dependents;
     add_indexes(connection, table, field, dependents);
     const Value rows = exact_rows(
@@ -56,22 +58,26 @@ Dependents dependents_of_field(zmFBConn& connection, const std::string& table, c
                     "d.rdb$dependent_type = {} and f.rdb$field_source = d.rdb$dependent_name where "
                     "d.rdb$depended_on_name = {} and d.rdb$depended_on_type = 0 and d.rdb$field_name = {} "
                     "order by 1, 2",
-                    trigger, computed, sql_text(table), sql_text(field)));
+                    trigger, computed, table.literal(), field.literal()));
     for (const Value& row : rows.items()) {
         const std::string type(row[1].text());
         const bool of_constraint = row[3].text() == "1";
-        auto& list = type == trigger && !of_constraint ? dependents.taken : dependents.in_the_way;
-        list.push_back({of_constraint ? "constraint" : kind_of_dependent(type), text_of(row[2])});
+        const Name name(row[2].text());
+        if (type == trigger && !of_constraint) {
+            take(dependents, {kind_of_dependent(type), name});
+        } else {
+            dependents.in_the_way.push_back({of_constraint ? "constraint" : kind_of_dependent(type), name});
+        }
     }
     return dependents;
 }
 
-Dependents dependents_of_table(zmFBConn& connection, const std::string& table) {
+Dependents dependents_of_table(zmFBConn& connection, const Name& table) {
     Dependents dependents;
-    std::string dropped = sql_text(table);
-    for (const std::string& name : views_on(connection, table)) {
-        dependents.taken.push_back({"view", name});
-        dropped += ", " + sql_text(name);
+    std::string dropped = table.literal();
+    for (const Name& name : views_on(connection, table)) {
+        take(dependents, {"view", name});
+        dropped += ", " + name.literal();
     }
     const Value rows = exact_rows(
         connection,
@@ -86,11 +92,25 @@ Dependents dependents_of_table(zmFBConn& connection, const std::string& table) {
                     "rdb$relation_constraints c on c.rdb$constraint_name = r.rdb$constraint_name join "
                     "rdb$relation_constraints o on o.rdb$constraint_name = r.rdb$const_name_uq where "
                     "o.rdb$relation_name = {1} and c.rdb$relation_name <> {1} order by 1, 2",
-                    dropped, sql_text(table)));
+                    dropped, table.literal()));
     for (const Value& row : rows.items()) {
-        dependents.in_the_way.push_back({kind_of_dependent(std::string(row[1].text())), text_of(row[2])});
+        dependents.in_the_way.push_back({kind_of_dependent(std::string(row[1].text())), Name(row[2].text())});
     }
     return dependents;
+}
+
+std::vector<Name> names_in(const std::vector<Dependent>& dependents) {
+    std::vector<Name> names;
+    for (const Dependent& one : dependents) names.push_back(one.name);
+    return names;
+}
+
+std::string in_words(const std::vector<Dependent>& dependents) {
+    std::string all;
+    for (const Dependent& one : dependents) {
+        all += fmt::format("{}{} {}", all.empty() ? "" : ", ", one.kind, one.name.shown());
+    }
+    return all;
 }
 
 }  // namespace zmfb::tool
