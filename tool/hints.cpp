@@ -58,6 +58,8 @@ constexpr std::array hints{
     Hint{"File too large", "a limit of this process or of the disk keeps files from growing that large"},
     Hint{"Error while trying to open file", "\"zmfb create\" makes a new database"},
     Hint{"unsupported on-disk structure", "the file was made by another version of the engine"},
+    Hint{"CREATE SEQUENCE G_",
+         "a table of that name was dropped without its generators; \"zmfb doctor\" says what drops them"},
 };
 
 }  // namespace

@@ -233,6 +233,22 @@ TEST_F(DoctorCommand, NothingIsAdvisedOfNamesThatNeedQuotes) {
     EXPECT_EQ(run.out.find('\x1b'), std::string::npos);
     EXPECT_NE(run.out.find("\n[ok] tables: "), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("\n[ok] leftovers: "), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\n[ok] generators: "), std::string::npos) << run.out;
+}
+
+TEST_F(DoctorCommand, GeneratorsOfADroppedTableAreNamedAndTheAdviceHelps) {
+    on(path, {"call", "createtable('C', {{'NAME', 'C', 10, 0}})"});
+    on(path, {"exec", "drop table C"});
+    on(path, {"exec", "create sequence G_COUNTED_I"});
+    on(path, {"exec", "create procedure counts as declare n bigint; begin n = gen_id(G_COUNTED_I, 1); end"});
+    const auto found = check("generators");
+    EXPECT_EQ(found["state"], "note");
+    EXPECT_EQ(found["text"], "without a table: G_C_D, G_C_I; a new table of that name is refused");
+    EXPECT_EQ(found["advice"],
+              "unless a program of your own uses them: zmfb call 'dropgenerator(\"G_C_D\")'; zmfb call "
+              "'dropgenerator(\"G_C_I\")'");
+    on(path, {"call", "dropgenerator(\"G_C_D\")", "dropgenerator(\"G_C_I\")"});
+    EXPECT_EQ(check("generators")["state"], "ok");
 }
 
 TEST_F(DoctorCommand, StatesHaveColoursOnATerminal) {

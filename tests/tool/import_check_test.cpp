@@ -205,11 +205,35 @@ TEST_F(ImportCheck, WhatTheEngineHasNoRoomOrNoNameForIsRefused) {
     EXPECT_EQ(objects(), before);
 }
 
-TEST_F(ImportCheck, ATableNameTooLongForItsTriggersIsRefused) {
-    const std::string name = "a_table_with_quite_a_long_name_of_more_characters_than_are_possible";
-    const Finished run = import(made(name + ".dbf", prices()));
+TEST_F(ImportCheck, ATableNameTooLongForItsTriggersIsRefusedAsThatAlone) {
+    for (const std::size_t length : {21, 32, 48, 67}) {
+        const std::string name = "a" + std::string(length - 1, 'b');
+        const std::string upper = "A" + std::string(length - 1, 'B');
+        const Finished run = import(made(name + ".dbf", prices()));
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.err,
+                  "error: " + file(name + ".dbf") + " was not imported\n  the table's name would be " +
+                      upper + ", of " + std::to_string(length) +
+                      " characters: 20 are possible, for its indexes and triggers are named after it\n");
+    }
+}
+
+// An import that failed would take them back as its own.
+TEST_F(ImportCheck, GeneratorsThatAreThereWithoutATableAreRefusedAndStay) {
+    exec(path, "create sequence G_P_D");
+    exec(path, "alter sequence G_P_D restart with 7");
+    const std::string before = objects();
+    const Finished run = import(made("p.dbf", prices().record({"1", "1"})));
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("of 67 characters"), std::string::npos) << run.err;
+    EXPECT_EQ(run.err,
+              "error: " + file("p.dbf") +
+                  " was not imported\n  the generator G_P_D is there already, without a table; unless a "
+                  "program of your own uses it: zmfb call 'dropgenerator(\"G_P_D\")'\n");
+    EXPECT_EQ(objects(), before);
+    EXPECT_EQ(on(path, {"query", "--mode", "csv", "select gen_id(G_P_D, 0) as n from rdb$database"}).out,
+              "N\r\n7\r\n");
+    on(path, {"call", "dropgenerator('G_P_D')"});
+    EXPECT_EQ(import(file("p.dbf")).status, 0);
 }
 
 }  // namespace

@@ -79,6 +79,15 @@ std::vector<std::string> commands_against(zmFBConn& connection, const Leftover& 
     return commands;
 }
 
+// Those of the driver's shape without their table. Whether a program of its own uses one, nothing tells.
+constexpr std::string_view lone_generators =
+    "SELECT G.RDB$GENERATOR_NAME FROM RDB$GENERATORS G WHERE COALESCE(G.RDB$SYSTEM_FLAG, 0) = 0 AND "
+    "G.RDB$GENERATOR_NAME STARTING WITH 'G_' AND RIGHT(TRIM(G.RDB$GENERATOR_NAME), 2) IN ('_I', '_D') AND "
+    "CHAR_LENGTH(TRIM(G.RDB$GENERATOR_NAME)) > 4 AND NOT EXISTS(SELECT 1 FROM RDB$RELATIONS R WHERE "
+    "R.RDB$RELATION_NAME = SUBSTRING(TRIM(G.RDB$GENERATOR_NAME) FROM 3 FOR "
+    "CHAR_LENGTH(TRIM(G.RDB$GENERATOR_NAME)) - 4)) AND NOT EXISTS(SELECT 1 FROM RDB$DEPENDENCIES D WHERE "
+    "D.RDB$DEPENDED_ON_NAME = G.RDB$GENERATOR_NAME AND D.RDB$DEPENDED_ON_TYPE = 14) ORDER BY 1";
+
 }  // namespace
 
 Finding check_system_tables(Session& session) {
@@ -136,6 +145,19 @@ Finding check_leftovers(Session& session) {
     if (text.empty()) return {"leftovers", State::ok, "none of an import, export or change that was cut off"};
     return {"leftovers", State::bad, "an import, export or change was cut off, or is at work right now",
             "when nobody is at work: " + text};
+}
+
+Finding check_generators(Session& session) {
+    std::vector<Name> lone = names_of(session.connection_to_any(), lone_generators);
+    std::erase_if(lone, [](const Name& name) { return !name.is_plain(); });
+    if (lone.empty()) return {"generators", State::ok, "none of the driver's is without its table"};
+    std::string calls;
+    for (const Name& name : lone) {
+        calls += fmt::format("{}zmfb call 'dropgenerator(\"{}\")'", calls.empty() ? "" : "; ", name.bytes());
+    }
+    return {"generators", State::note,
+            fmt::format("without a table: {}; a new table of that name is refused", joined(lone)),
+            "unless a program of your own uses them: " + calls};
 }
 
 Finding check_validity(Session& session) {

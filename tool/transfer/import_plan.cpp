@@ -7,6 +7,7 @@
 #include <set>
 
 #include "host/text.h"
+#include "tool/catalog.h"
 #include "tool/character_set.h"
 #include "tool/transfer/dbf_check.h"
 
@@ -16,17 +17,6 @@ namespace {
 constexpr std::size_t largest_precision = 18;
 constexpr std::size_t largest_char = 32767;
 constexpr std::size_t largest_row = 65535;
-
-bool is_name(std::string_view name) {
-    const auto letter = [](char c) { return c >= 'A' && c <= 'Z'; };
-    const auto inner = [&](char c) { return letter(c) || (c >= '0' && c <= '9') || c == '_' || c == '$'; };
-    return !name.empty() && letter(name[0]) && std::all_of(name.begin(), name.end(), inner);
-}
-
-// The engine is asked, since each version has words of its own.
-bool is_reserved(zmFBConn& connection, const std::string& name) {
-    return connection.call("executequery", "select 1 as " + name + " from rdb$database").size() < 2;
-}
 
 // Engines before 4 have names of 31 bytes.
 std::size_t longest_name(zmFBConn& connection) {
@@ -38,14 +28,11 @@ std::size_t longest_name(zmFBConn& connection) {
 
 void check_table(zmFBConn& connection, const DbfFile& file, ImportPlan& plan) {
     const std::string shown = shown_bytes(plan.table);
-    if (!is_name(plan.table)) {
+    if (!Name(plan.table).is_plain()) {
         plan.refusals.push_back(fmt::format(
             "the table's name would be \"{}\": a name starts with a letter and has letters, digits, _ and $",
             shown));
         return;
-    }
-    if (is_reserved(connection, plan.table)) {
-        plan.refusals.push_back(fmt::format("the table's name would be {}, a reserved word", shown));
     }
     const bool dates =
         std::any_of(file.fields.begin(), file.fields.end(), [](const DbfField& f) { return f.type == 'D'; });
@@ -56,16 +43,29 @@ void check_table(zmFBConn& connection, const DbfFile& file, ImportPlan& plan) {
             "the table's name would be {}, of {} characters: {} are possible, for its indexes and "
             "triggers are named after it",
             shown, plan.table.size(), most));
+    } else if (is_reserved(connection, Name(plan.table))) {
+        plan.refusals.push_back(fmt::format("the table's name would be {}, a reserved word", shown));
+    }
+}
+
+// Those that a table left when it was dropped without them, or that are somebody's own: a table cannot be
+// made beside them.
+void check_generators(zmFBConn& connection, ImportPlan& plan) {
+    for (const Name& one : generator_names_of(connection, Name(plan.table))) {
+        plan.refusals.push_back(
+            fmt::format("the generator {0} is there already, without a table; unless a program "
+                        "of your own uses it: zmfb call 'dropgenerator(\"{0}\")'",
+                        one.bytes()));
     }
 }
 
 std::string name_problem(zmFBConn& connection, const DbfField& field, std::set<std::string>& taken) {
-    if (!is_name(field.name)) return "is no valid name";
+    if (!Name(field.name).is_plain()) return "is no valid name";
     if (!taken.insert(field.name).second) {
         const bool own = field.name == "RECNO" || field.name == "RDD_AREAID";
         return own ? "is the name of a column of the driver's own" : "is there twice";
     }
-    return is_reserved(connection, field.name) ? "is a reserved word" : "";
+    return is_reserved(connection, Name(field.name)) ? "is a reserved word" : "";
 }
 
 std::string type_problem(const DbfField& field) {
@@ -122,6 +122,7 @@ ImportPlan plan_import(zmFBConn& connection, const DbfFile& file) {
     if (!width.empty()) plan.refusals.push_back(width);
     check_table(connection, file, plan);
     if (plan.refusals.empty()) plan.table_exists = connection.call("istable", plan.table).logical();
+    if (plan.refusals.empty() && !plan.table_exists) check_generators(connection, plan);
     std::set<std::string> taken{"RECNO", "RDD_AREAID"};
     for (const DbfField& field : file.fields) {
         const std::string name = shown_bytes(field.name);
