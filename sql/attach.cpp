@@ -1,25 +1,100 @@
 #include "sql/attach.h"
 
+#include <array>
+#include <map>
+#include <memory>
+
 #include "sql/attachments.h"
 #include "sql/client.h"
+#include "sql/guard.h"
 #include "sql/parameter_block.h"
 #include "sql/state.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::sql {
 
 namespace {
 
 constexpr int bad_parameters = -901;
+constexpr int no_attachment = -902;
+
+using Guards = std::map<isc_db_handle, std::unique_ptr<Guard>>;
+
+// Those of the embedded attachments. They last as long as the process, since the engine goes on to its end.
+Guards& guards() {
+    static Guards& kept = *new Guards;
+    return kept;
+}
+
+// What the client says of the database in the slot: its name, that of the host, and two more for each host in
+// between. Before the texts come the item's number, two bytes of length and the count; before each its
+// length.
+struct Opened {
+    bool by_server = false;
+    std::string file;  // cut off when it is long
+};
+constexpr std::size_t uncut_length = 253;
+
+int ask_what_is_opened(Opened& opened) {
+    constexpr char items[] = {isc_info_db_id, isc_info_end};
+    constexpr std::size_t count_at = 3;
+    constexpr unsigned char count_without_server = 2;
+    std::array<char, 2048> answer{};
+    client().database_info(state().status, &state().slot, sizeof items, items, answer.size(), answer.data());
+    const int code = sqlcode();
+    if (code != 0 || answer[0] != isc_info_db_id) return code;
+    opened.by_server = static_cast<unsigned char>(answer[count_at]) > count_without_server;
+    opened.file.assign(&answer[count_at + 2], static_cast<unsigned char>(answer[count_at + 1]));
+    return 0;
+}
+
+// Has the guard hold what the engine has opened, which need not be the file that is called like the database:
+// aliases, and what an engine without the right to open it leaves to the server of this host.
+int guard_slot(const std::string& database, std::unique_ptr<Guard>& guard) {
+    Opened opened;
+    const int code = ask_what_is_opened(opened);
+    if (code != 0) return code;
+    if (opened.by_server) {
+        guard.reset();
+        return 0;
+    }
+    const std::string& file = opened.file.size() > uncut_length ? database : opened.file;
+    std::string problem;
+    if (!guard->holds(file)) problem = guard->take(file);
+    if (problem.empty() && !guard->holds(file))
+        problem = file + " cannot be opened to see which other processes have it open";
+    return problem.empty() ? 0 : refuse(no_attachment, problem);
+}
+
+int attach_slot(const std::string& database, const ParameterBlock& block) {
+    client().attach_database(state().status, database.c_str(), &state().slot, block.size(), block.data());
+    return sqlcode();
+}
+
+int attach_slot_guarded(const std::string& database, const ParameterBlock& block) {
+    auto guard = std::make_unique<Guard>();
+    const std::string problem = guard->take(database);
+    if (!problem.empty()) return refuse(no_attachment, problem);
+    int code = attach_slot(database, block);
+    if (code != 0) return code;
+    code = guard_slot(database, guard);
+    if (code == 0) {
+        guards()[state().slot] = std::move(guard);
+    } else {
+        ISC_STATUS_ARRAY ignored;
+        client().detach_database(ignored, &state().slot);
+    }
+    return code;
+}
 
 int attach_slot(std::string_view database, std::string_view user, std::string_view password,
                 std::string_view role) {
     if (const char* reason = objection_to(database, user, password, role))
         return refuse(bad_parameters, reason);
     require_not_cancelled();
+    const std::string name(database);
     const ParameterBlock block(user, password, role);
-    client().attach_database(state().status, std::string(database).c_str(), &state().slot, block.size(),
-                             block.data());
-    return sqlcode();
+    return names_a_server(name) ? attach_slot(name, block) : attach_slot_guarded(name, block);
 }
 
 // An attachment with an open transaction refuses to go and loses the transaction all the same.
@@ -49,11 +124,14 @@ Attachment attach(std::string_view database, std::string_view user, std::string_
 }
 
 int detach(double handle) {
-    isc_db_handle database = handle_of(handle);
+    const isc_db_handle attached = handle_of(handle);
+    isc_db_handle database = attached;
     end_batch_of(database);
     remove_attachment(database);
     client().detach_database(state().status, &database);
-    return sqlcode();
+    const int code = sqlcode();
+    if (code == 0) guards().erase(attached);
+    return code;
 }
 
 }  // namespace zmfb::sql

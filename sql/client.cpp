@@ -2,6 +2,9 @@
 
 #include <cerrno>
 
+// Exported for the engine's own sake, and in no header.
+extern "C" void gds__prefix_lock(char* path, const char* file);
+
 namespace zmfb::sql {
 
 namespace {
@@ -56,6 +59,13 @@ ISC_STATUS Client::detach_database(ISC_STATUS* status, isc_db_handle* database) 
 ISC_STATUS Client::cancel_operation(ISC_STATUS* status, isc_db_handle* database) {
     return fb_cancel_operation(status, database, fb_cancel_raise);
 }
+
+ISC_STATUS Client::database_info(ISC_STATUS* status, isc_db_handle* database, short item_size,
+                                 const char* items, short answer_size, char* answer) {
+    return isc_database_info(status, database, item_size, items, answer_size, answer);
+}
+
+void Client::prefix_lock(char* path, const char* file) { gds__prefix_lock(path, file); }
 
 ISC_STATUS Client::start_transaction(ISC_STATUS* status, isc_tr_handle* transaction, isc_db_handle* database,
                                      unsigned short length, const char* block) {

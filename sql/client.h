@@ -29,6 +29,11 @@ class Client {
     virtual ISC_STATUS detach_database(ISC_STATUS* status, isc_db_handle* database);
     /// Lets the call that another thread makes on this attachment fail; it need not have one.
     virtual ISC_STATUS cancel_operation(ISC_STATUS* status, isc_db_handle* database);
+    virtual ISC_STATUS database_info(ISC_STATUS* status, isc_db_handle* database, short item_size,
+                                     const char* items, short answer_size, char* answer);
+    /// Writes the path of a file in the folder of the embedded engine's locks, less than PATH_MAX bytes. The
+    /// engine's choice of the folder is made when it is asked first.
+    virtual void prefix_lock(char* path, const char* file);
 
     virtual ISC_STATUS start_transaction(ISC_STATUS* status, isc_tr_handle* transaction,
                                          isc_db_handle* database, unsigned short length, const char* block);

@@ -1,10 +1,11 @@
+#include "sql/driver_setup.h"
+
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <link.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -20,6 +21,8 @@ namespace {
 
 constexpr std::string_view module_file = "zmrddudfs.so";
 constexpr std::string_view external_file_folder = "/tmp";
+constexpr std::string_view private_name = "zmfbconn";
+constexpr std::string_view environment_prefix = "firebird-";
 
 std::string environment_variable(const char* name) {
     const char* value = std::getenv(name);
@@ -65,41 +68,54 @@ bool make_own_folder(const fs::path& folder) {
     return chmod(folder.c_str(), S_IRWXU) == 0;
 }
 
-// One environment for each folder of functions, so that two installations do not rewrite each other's
-// settings.
-fs::path environment_folder(const std::string& functions) {
+// One that others could enter may have something of theirs in it: it is left as it is, and not used.
+bool make_private_folder(const fs::path& folder) {
+    struct stat before {};
+    const bool was_open = lstat(folder.c_str(), &before) == 0 && (before.st_mode & (S_IRWXG | S_IRWXO)) != 0;
+    if (!make_own_folder(folder)) return false;
+    std::error_code error;
+    if (!was_open || fs::is_empty(folder, error)) return true;
+    chmod(folder.c_str(), before.st_mode);
+    return false;
+}
+
+// What all that this user keeps private is in.
+fs::path private_folder() {
     fs::path base = environment_variable("XDG_CACHE_HOME");
     if (base.empty() && !environment_variable("HOME").empty())
         base = fs::path(environment_variable("HOME")) / ".cache";
-    const std::string name = "firebird-" + std::to_string(std::hash<std::string>()(functions));
     std::error_code error;
     if (base.is_absolute()) {
         fs::create_directories(base, error);
-        if (make_own_folder(base / "zmfbconn")) return base / "zmfbconn" / name;
+        if (make_private_folder(base / private_name)) return base / private_name;
     }
     // A user without a home of its own.
-    const fs::path own = fs::temp_directory_path(error) / ("zmfbconn-" + std::to_string(geteuid()));
-    return make_own_folder(own) ? own / name : fs::path();
+    const fs::path own =
+        fs::temp_directory_path(error) / (std::string(private_name) + "-" + std::to_string(geteuid()));
+    return make_private_folder(own) ? own : fs::path();
 }
 
-// The engine keeps its locks in files; processes whose lock files differ would not see each other's locks and
-// could ruin the database. So the lock files lie beside the database: who sees the one sees the other.
-fs::path lock_folder(std::string_view database) {
+// Makes the folders in the private one, or looks whether they are this user's with all that is in them.
+std::string make_own_folders(const fs::path& environment, const fs::path& locks) {
+    for (const fs::path& folder : {environment, locks}) {
+        if (!make_own_folder(folder)) return folder.string() + " is no folder of this user's own; remove it";
+    }
     std::error_code error;
-    const fs::path file = fs::weakly_canonical(fs::path(database), error);
-    const fs::path folder = (error ? fs::absolute(fs::path(database), error) : file).parent_path();
-    return folder / ".zmfb-locks";
-}
-
-std::string use_lock_folder(const fs::path& folder) {
-    std::error_code error;
-    fs::create_directory(folder, error);
-    if (error) return "cannot make the folder of lock files " + folder.string() + ": " + error.message();
-    setenv("FIREBIRD_LOCK", folder.c_str(), 1);
+    for (const auto& entry : fs::recursive_directory_iterator(environment, error)) {
+        struct stat status {};
+        if (lstat(entry.path().c_str(), &status) == 0 && status.st_uid != geteuid())
+            return entry.path().string() + " belongs to another user; remove it";
+    }
     return "";
 }
 
 }  // namespace
+
+bool sql::in_private_environment() {
+    const fs::path environment = environment_variable("FIREBIRD");
+    return environment.filename().string().starts_with(environment_prefix) &&
+           environment.parent_path().filename().string().starts_with(private_name);
+}
 
 bool open_standard_descriptors() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -111,22 +127,31 @@ bool open_standard_descriptors() {
 
 std::string prepare_client(std::string_view database) {
     if (!open_standard_descriptors()) return "cannot open /dev/null in the place of a closed descriptor";
-    if (names_a_server(database) || std::getenv("FIREBIRD") != nullptr) return "";
+    const bool other = std::getenv("FIREBIRD") != nullptr && !sql::in_private_environment();
+    if (other || names_a_server(database)) return "";
     const std::string functions = udf_folder();
     if (functions.empty()) {
         return "cannot find " + std::string(module_file) +
                ", the module of the driver's functions; the environment " +
                "variable ZMFB_UDF_DIR names its folder";
     }
-    const fs::path folder = environment_folder(functions);
-    if (folder.empty()) return "there is no folder to make a private Firebird environment in";
-    std::string problem = make_environment({.folder = folder.string(),
-                                            .udf_folder = functions,
-                                            .external_file_folders = {std::string(external_file_folder)},
-                                            .extra_settings = {}});
+    const fs::path base = private_folder();
+    if (base.empty()) return "there is no folder to make a private Firebird environment in";
+    // One for each folder of functions, so that two installations do not rewrite each other's settings; but
+    // their engines have to see each other's locks.
+    const fs::path folder =
+        base / (std::string(environment_prefix) + std::to_string(std::hash<std::string>()(functions)));
+    const fs::path locks = base / "lock";
+    std::string problem = make_own_folders(folder, locks);
     if (!problem.empty()) return problem;
-    use_environment(folder.string());
-    return use_lock_folder(lock_folder(database));
+    problem = make_environment({.folder = folder.string(),
+                                .udf_folder = functions,
+                                .external_file_folders = {std::string(external_file_folder)},
+                                .extra_settings = {}});
+    if (!problem.empty()) return problem;
+    setenv("FIREBIRD", folder.c_str(), 1);
+    setenv("FIREBIRD_LOCK", locks.c_str(), 1);
+    return "";
 }
 
 std::string declare_functions(std::string_view database, std::string_view user, std::string_view password) {

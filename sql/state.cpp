@@ -111,10 +111,12 @@ std::string log_failure(int sqlcode) {
     return text;
 }
 
-int refuse(int sqlcode, const char* reason) {
+int refuse(int sqlcode, std::string_view reason) {
+    static std::string& kept = *new std::string;
+    kept = reason;
     const ISC_STATUS refusal[] = {
         isc_arg_gds, isc_sqlerr, isc_arg_number, sqlcode,
-        isc_arg_gds, isc_random, isc_arg_string, reinterpret_cast<ISC_STATUS>(reason),
+        isc_arg_gds, isc_random, isc_arg_string, reinterpret_cast<ISC_STATUS>(kept.c_str()),
         isc_arg_end};
     ISC_STATUS* slot = state().status;
     for (const ISC_STATUS part : refusal) *slot++ = part;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "conn/self.h"
 #include "sql/client.h"
@@ -35,8 +36,8 @@ std::string sqlcode_message(int sqlcode);
 /// Logs "[ERROR] SQLCODE=%d (%s)" at level 1 and returns it.
 std::string log_failure(int sqlcode);
 
-/// Makes the status vector say that a call was not made: `sqlcode`, with `reason` (a literal) as the engine's
-/// message. Returns `sqlcode`.
-int refuse(int sqlcode, const char* reason);
+/// Makes the status vector say that a call was not made: `sqlcode`, with `reason` as the engine's message.
+/// Returns `sqlcode`.
+int refuse(int sqlcode, std::string_view reason);
 
 }  // namespace zmfb::sql

@@ -22,12 +22,14 @@ constexpr std::array hints{
     Hint{"Database already opened with engine instance",
          "another program has the file open with other engine settings; end it, or put the database on a "
          "server"},
-    Hint{
-        "cannot make the folder of lock files",
-        "the engine keeps its locks beside the database: this user must be able to write that folder, or the "
-        "database goes to a server"},
+    Hint{"its engine does not keep its locks in",
+         "end that process first; only processes of one user, with one cache folder, have a database open at "
+         "once, or any number through a server"},
+    Hint{"moved, replaced or emptied", "end this program and start it again"},
+    Hint{"cannot use the folder of the engine's lock files",
+         "FIREBIRD_LOCK names a folder of this user; without FIREBIRD everything is made by itself"},
     Hint{"Can't access lock files' directory",
-         "another user made the lock folder; a server lets several users share a database"},
+         "FIREBIRD_LOCK names a folder of this user; without FIREBIRD everything is made by itself"},
     Hint{"Use of external file at location",
          "ExternalFileAccess in the engine's firebird.conf must allow that folder; docs/deployment.md says "
          "how"},

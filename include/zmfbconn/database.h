@@ -38,12 +38,13 @@ void use_environment(const std::string& folder);
 bool open_standard_descriptors();
 
 /// Makes this process ready to attach to `database`. Nothing else is done for a server, or where FIREBIRD is
-/// set already; else the user's own private environment is made, when it is absent, and used. It loads the
-/// driver's functions from the folder of the environment variable ZMFB_UDF_DIR, or from where they are
-/// installed beside the shared library or the program, and lets external tables have their files under /tmp.
-/// The engine's lock files lie in the folder ".zmfb-locks" beside the database, so that all programs that go
-/// through here can have it open at once. Must come before the first call of the client library. Returns ""
-/// or what went wrong.
+/// set already to an environment that was not made here; else the user's own private environment is made,
+/// when it is absent, and used. It loads the driver's functions from the folder of the environment variable
+/// ZMFB_UDF_DIR, or from where they are installed beside the shared library or the program, and lets external
+/// tables have their files under /tmp. The engine keeps its locks on all databases in one folder of the
+/// user's, so that this user's programs can have one open at once; attaching fails while a process has it
+/// open whose engine keeps its locks elsewhere. Must come before the first call of the client library.
+/// Returns "" or what went wrong.
 std::string prepare_client(std::string_view database);
 
 /// Whether a database name has a host part ("server:/path", "server/port:/path") and so means a server.

@@ -52,6 +52,9 @@ bool is_passed_over(ClientCall call) {
     return call == release || call == detach_database || call == close_blob || call == rollback_transaction;
 }
 
+/// Calls that attach: a failure is no attachment, and a line for everybody.
+bool is_of_attaching(ClientCall call) { return call == attach_database || call == database_info; }
+
 }  // namespace
 
 Walk::Walk() { make_databases(); }
@@ -158,7 +161,7 @@ const Walk::Seen& Walk::good_run(const Scenario& scenario) {
 
 const Failure* Walk::expectation(const Scenario& scenario, ClientCall call, const Seen& seen) const {
     if (seen.statements_until_failure.empty())
-        return call == attach_database ? &scenario.failures.front() : nullptr;
+        return is_of_attaching(call) ? &scenario.failures.front() : nullptr;
     const auto& statements = seen.statements_until_failure;
     const std::string& statement = statements.back();
     const auto times = std::count(statements.begin(), statements.end(), statement);
@@ -236,7 +239,7 @@ void Walk::judge(const Scenario& scenario, ClientCall call, const Seen& seen, Ta
     judge_answer(expected, seen, tally);
     std::vector<std::string> lines = seen.lines;
     if (told) {
-        const std::string line = (call == attach_database ? "[0] " : "[1] ") + error_text();
+        const std::string line = (is_of_attaching(call) ? "[0] " : "[1] ") + error_text();
         const auto found = std::find(lines.begin(), lines.end(), line);
         EXPECT_TRUE(found != lines.end()) << "not logged: " << line;
         if (found != lines.end()) lines.erase(found);

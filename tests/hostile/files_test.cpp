@@ -96,10 +96,13 @@ class EnvironmentFolder : public Tool {
     [[nodiscard]] std::string cache() const { return file("cache"); }
     [[nodiscard]] std::string folder_in_use() const { return cache() + "/zmfbconn"; }
 
-    void attach() {
+    Finished create() const {
         const Umask none(0);
-        const Finished made = zmfb({"--db", file("test.fdb"), "create"}, "",
-                                   {"XDG_CACHE_HOME=" + cache(), "TMPDIR=" + file("temporary")});
+        return zmfb({"--db", file("test.fdb"), "create"}, "",
+                    {"XDG_CACHE_HOME=" + cache(), "TMPDIR=" + file("temporary")});
+    }
+    void attach() {
+        const Finished made = create();
         EXPECT_EQ(made.status, 0) << made.err;
     }
     [[nodiscard]] bool is_in(const std::string& folder) const {
@@ -136,6 +139,67 @@ TEST_F(EnvironmentFolder, OfAnotherUserIsNotUsed) {
     ASSERT_EQ(::lchown(folder_in_use().c_str(), somebody_else, somebody_else), 0);
     expect_another_place();
     EXPECT_TRUE(fs::is_empty(folder_in_use()));
+}
+
+TEST_F(EnvironmentFolder, ThatWasOpenAndHasSomethingInItIsNotUsed) {
+    fs::create_directories(folder_in_use() + "/lock");
+    fs::permissions(folder_in_use(), fs::perms(0777));
+    expect_another_place();
+    EXPECT_EQ(mode_of(folder_in_use()), 0777U) << "or it would be used the next time";
+    EXPECT_TRUE(fs::is_empty(folder_in_use() + "/lock"));
+}
+
+TEST_F(EnvironmentFolder, WithSomethingOfAnotherUserInItIsRefused) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can make a file of another user";
+    attach();
+    std::vector<std::string> inside{folder_in_use() + "/lock"};
+    for (const auto& entry : fs::directory_iterator(folder_in_use())) {
+        if (!entry.path().filename().string().starts_with("firebird-")) continue;
+        inside.push_back(entry.path());
+        for (const auto& below : fs::recursive_directory_iterator(entry.path()))
+            inside.push_back(below.path());
+    }
+    EXPECT_GT(inside.size(), 5U);
+    fs::remove(file("test.fdb"));
+    for (const std::string& path : inside) {
+        SCOPED_TRACE(path);
+        ASSERT_EQ(::lchown(path.c_str(), somebody_else, somebody_else), 0);
+        const Finished refused = create();
+        EXPECT_EQ(refused.status, 3);
+        EXPECT_NE(refused.err.find("  " + path + " "), std::string::npos) << refused.err;
+        EXPECT_NE(refused.err.find("; remove it\n"), std::string::npos) << refused.err;
+        EXPECT_FALSE(fs::exists(file("test.fdb")));
+        ASSERT_EQ(::lchown(path.c_str(), 0, 0), 0);
+    }
+    attach();
+}
+
+TEST_F(EnvironmentFolder, KeepsItsLocksInAFolderOfItsOwnAndNotBehindALink) {
+    fs::create_directory(folder_in_use());
+    fs::permissions(folder_in_use(), fs::perms(0700));
+    fs::create_directory(file("elsewhere"));
+    fs::create_symlink(file("elsewhere"), folder_in_use() + "/lock");
+    EXPECT_EQ(create().status, 3);
+    EXPECT_TRUE(fs::is_empty(file("elsewhere")));
+    fs::remove(folder_in_use() + "/lock");
+    attach();
+    EXPECT_EQ(mode_of(folder_in_use() + "/lock"), 0700U);
+}
+
+// As root the engine gives lock files to its own account, whatever they lead to.
+TEST_F(EnvironmentFolder, ALockFolderThatSomebodyLaidBesideTheDatabaseIsOfNoUse) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can make a link of another user";
+    write_file("precious", "precious");
+    for (const char* folder : {".zmfb-locks", "lock"}) {
+        fs::create_directory(file(folder));
+        fs::create_symlink(file("precious"), file(folder) + "/fb_init");
+    }
+    const unsigned before = mode_of(file("precious"));
+    attach();
+    struct stat status {};
+    ASSERT_EQ(::stat(file("precious").c_str(), &status), 0);
+    EXPECT_EQ(status.st_uid, 0U);
+    EXPECT_EQ(mode_of(file("precious")), before);
 }
 
 TEST_F(EnvironmentFolder, IsNotLookedForBehindALink) {

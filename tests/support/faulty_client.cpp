@@ -6,6 +6,7 @@ std::string name_of(ClientCall call) {
     static constexpr std::array<const char*, client_call_count> names = {"attach_database",
                                                                          "create_database",
                                                                          "detach_database",
+                                                                         "database_info",
                                                                          "start_transaction",
                                                                          "commit_transaction",
                                                                          "rollback_transaction",
@@ -102,6 +103,13 @@ ISC_STATUS FaultyClient::create_database(ISC_STATUS* status, const char* name, i
 ISC_STATUS FaultyClient::detach_database(ISC_STATUS* status, isc_db_handle* database) {
     return pass(ClientCall::detach_database, status,
                 [&] { return Client::detach_database(status, database); });
+}
+
+ISC_STATUS FaultyClient::database_info(ISC_STATUS* status, isc_db_handle* database, short item_size,
+                                       const char* items, short answer_size, char* answer) {
+    return pass(ClientCall::database_info, status, [&] {
+        return Client::database_info(status, database, item_size, items, answer_size, answer);
+    });
 }
 
 ISC_STATUS FaultyClient::start_transaction(ISC_STATUS* status, isc_tr_handle* transaction,

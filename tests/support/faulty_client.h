@@ -14,6 +14,7 @@ enum class ClientCall : std::size_t {
     attach_database,
     create_database,
     detach_database,
+    database_info,
     start_transaction,
     commit_transaction,
     rollback_transaction,
@@ -68,6 +69,8 @@ class FaultyClient : public sql::Client {
     ISC_STATUS create_database(ISC_STATUS* status, const char* name, isc_db_handle* database, short length,
                                const char* block) override;
     ISC_STATUS detach_database(ISC_STATUS* status, isc_db_handle* database) override;
+    ISC_STATUS database_info(ISC_STATUS* status, isc_db_handle* database, short item_size, const char* items,
+                             short answer_size, char* answer) override;
     ISC_STATUS start_transaction(ISC_STATUS* status, isc_tr_handle* transaction, isc_db_handle* database,
                                  unsigned short length, const char* block) override;
     ISC_STATUS commit_transaction(ISC_STATUS* status, isc_tr_handle* transaction) override;

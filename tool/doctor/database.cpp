@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 
 #include "host/text.h"
@@ -162,10 +163,15 @@ Finding check_generators(Session& session) {
 
 Finding check_validity(Session& session) {
     std::string path = session.options().database;
-    if (names_a_server(path)) path = path.substr(path.find(':') + 1);
+    std::string folder;
+    if (names_a_server(path)) {
+        path = path.substr(path.find(':') + 1);
+    } else if (const char* locks = std::getenv("FIREBIRD_LOCK")) {
+        folder = fmt::format("FIREBIRD_LOCK={} ", locks);
+    }
     return {"validity", State::note, "not looked at",
-            fmt::format("while nobody uses the database: gfix -v -full -user {} {}", session.options().user,
-                        path)};
+            fmt::format("while nobody uses the database: {}gfix -v -full -user {} {}", folder,
+                        session.options().user, path)};
 }
 
 }  // namespace zmfb::tool

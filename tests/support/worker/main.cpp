@@ -2,9 +2,11 @@
 ///
 /// Reads a call a line from standard input, written as the tool's `call` takes them, and answers each with a
 /// line on standard output: the result as a literal, or "raised: " and a description. attach(db, user,
-/// password, role) makes the object; the calls of program.h are carried out here, all others by the object.
-/// Ends at end of input.
+/// password, role) makes the object; prepare(db) calls prepare_client(), engine() answers with the engine's
+/// last message, shell(command) runs a command as a child and answers with its status. The calls of program.h
+/// are carried out here, all others by the object. Ends at end of input.
 #include <cstdio>
+#include <cstdlib>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -12,6 +14,7 @@
 #include "host/error.h"
 #include "tests/support/worker/program.h"
 #include "tool/literal.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::test {
 namespace {
@@ -31,6 +34,9 @@ void carry_out(std::optional<zmFBConn>& connection, const tool::Call& call) {
         connection.emplace(args[0], args[1], args[2], args[3]);
         return answer(connection->isconnected());
     }
+    if (call.method == "prepare") return answer(prepare_client(args[0].text()));
+    if (call.method == "engine") return answer(last_engine_message());
+    if (call.method == "shell") return answer(std::system(std::string(args[0].text()).c_str()));
     if (!connection) throw Raised{"not attached"};
     if (call.method == "contend") return answer(contend(*connection, args));
     if (call.method == "opentable") return answer(opentable(*connection, args));

@@ -30,16 +30,18 @@ std::array<int, 2> make_pipe() {
 
 }  // namespace
 
-WorkerProcess::WorkerProcess() {
+WorkerProcess::WorkerProcess(std::vector<std::string> before) {
     const auto to_worker = make_pipe();
     const auto from_worker = make_pipe();
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, to_worker[0], STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, from_worker[1], STDOUT_FILENO);
-    std::string program = ZMFB_WORKER;
-    char* const arguments[] = {program.data(), nullptr};
-    const int error = ::posix_spawn(&pid_, program.c_str(), &actions, nullptr, arguments, environ);
+    before.emplace_back(ZMFB_WORKER);
+    std::vector<char*> arguments;
+    for (std::string& word : before) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    const int error = ::posix_spawnp(&pid_, arguments.front(), &actions, nullptr, arguments.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     ::close(to_worker[0]);
     ::close(from_worker[1]);
@@ -47,7 +49,7 @@ WorkerProcess::WorkerProcess() {
     output_ = from_worker[0];
     if (error == 0) return;
     close_pipes();
-    throw std::system_error(error, std::generic_category(), program);
+    throw std::system_error(error, std::generic_category(), before.front());
 }
 
 WorkerProcess::WorkerProcess(WorkerProcess&& other) noexcept

@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "host/value.h"
 
@@ -19,8 +20,9 @@ using host::Value;
 /// A running zmfb_worker. It inherits the environment, and so the embedded engine's folders, of the test.
 class WorkerProcess {
   public:
-    /// Starts the process; throws std::runtime_error when it cannot be started.
-    WorkerProcess();
+    /// Starts the process; throws std::runtime_error when it cannot be started. `before` are words of a
+    /// command that runs it: env, setpriv.
+    explicit WorkerProcess(std::vector<std::string> before = {});
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
     WorkerProcess(WorkerProcess&& other) noexcept;

@@ -1,0 +1,33 @@
+/// The folder that the embedded engine keeps its locks in. It is one for the whole process, whichever
+/// databases are opened, since the engine reads its setting once.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace zmfb::sql {
+
+class LockFolder {
+  public:
+    /// The one of this process. It is settled by the first look() that succeeds.
+    static LockFolder& of_this_process();
+
+    /// Looks whether the engine can find the folder where it was at first, with the file in it that stands
+    /// for it. Returns "" or what is wrong.
+    std::string look();
+
+    [[nodiscard]] const std::string& path() const { return path_; }
+    /// A number of 40 bits that two processes have in common only when their engines see each other's locks:
+    /// it stands for one folder of one running system, and one numbering of its processes.
+    [[nodiscard]] std::uint64_t identity() const { return identity_; }
+
+  private:
+    LockFolder() = default;
+    std::string settle(const std::string& mark);
+
+    int handle_ = -1;  ///< keeps the file's number from being given to another one
+    std::string path_;
+    std::uint64_t identity_ = 0;
+};
+
+}  // namespace zmfb::sql
