@@ -1,6 +1,10 @@
-# One interface target that every target of ours links: warnings are errors, sanitizers on request.
+# One interface target that every target of ours links: warnings are errors, but not those of another project's
+# compiler; sanitizers on request.
 add_library(zmfb_warnings INTERFACE)
-target_compile_options(zmfb_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Werror)
+target_compile_options(zmfb_warnings INTERFACE -Wall -Wextra -Wpedantic -Wconversion)
+if(PROJECT_IS_TOP_LEVEL)
+    target_compile_options(zmfb_warnings INTERFACE -Werror)
+endif()
 # g++ 12 finds overlaps in std::string's assignment of a literal that are not there.
 target_compile_options(zmfb_warnings INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-restrict>)
 
