@@ -53,7 +53,7 @@ void watch_ways_out() {
     static const bool at_exit = std::atexit(end_by_exit) == 0 && std::at_quick_exit(end_by_exit) == 0;
     static_cast<void>(at_exit);
     watcher = ::getpid();
-    terminate_before = std::set_terminate(end_by_terminate);
+    if (std::get_terminate() != end_by_terminate) terminate_before = std::set_terminate(end_by_terminate);
     struct sigaction ours {};
     ours.sa_handler = end_by_signal;
     for (const int number : ending_signals) {

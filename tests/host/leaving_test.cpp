@@ -91,6 +91,18 @@ TEST(Leaving, BySignalGivesTheTerminalBackAndEndsByThatSignal) {
     }
 }
 
+TEST(Leaving, IsWatchedOnceThoughTheProgramEndsTheScreenItself) {
+    const Performance performance = leave([] {
+        ::endwin();
+        screen_begin();
+        throw_to_nobody();
+    });
+    EXPECT_EQ(performance.status, 128 + SIGABRT);
+    EXPECT_TRUE(performance.given_back);
+    EXPECT_NE(performance.bytes.find("nobody catches this", performance.bytes.rfind(shows_shell)),
+              std::string::npos);
+}
+
 int seen = 0;
 void see(int) { ++seen; }
 
