@@ -15,6 +15,7 @@ namespace zmfb {
 /// method without harm.
 class Cancelled : public std::exception {
   public:
+    /// That it was cancelled, in English.
     [[nodiscard]] const char* what() const noexcept override { return "the operation was cancelled"; }
 };
 
