@@ -194,6 +194,20 @@ Whether it is there. More.
         self.assertEqual(len(self.messages(good + 'raiseerror("No; way: " + x);')), 1)
         self.assertEqual(len(self.messages(good + 'constexpr auto a = "Não"_l1;')), 1)
 
+    SQL = ("## What becomes SQL\n\n| methods | as SQL | in quotes |\n|---|---|---|\n| `istable`, `isother` |  | `tbl` |\n"
+           "\n## Next\n\n| `istable` | `x` |  |\n")
+
+    def test_what_becomes_sql_is_the_same_in_the_table(self):
+        table = methods.sql_table(Page("security.md", self.SQL))
+        self.assertEqual(table, {"istable": ([], ["tbl"]), "isother": ([], ["tbl"])})
+        line = "- **Result:** logical.\n", "- **SQL:** in quotes: `tbl`.\n- **Result:** logical.\n"
+        del table["isother"]
+        self.assertEqual(methods.check_sql(self.entries(line), table), [])
+        self.assertEqual(self.table(line), [])
+        self.assertEqual(len(methods.check_sql(self.entries(), table)), 2)
+        self.assertEqual(len(methods.check_sql(self.entries(line), {})), 1)
+        self.assertEqual(len(methods.check_sql(self.entries((line[0], line[1].replace("in quotes: ", ""))), table)), 1)
+
     def test_entry_of_another_folder(self):
         headers = {page: "" for page in methods.FOLDERS}
         self.assertEqual(len(methods.check_folders(self.entries(), headers)), 1)

@@ -11,13 +11,14 @@ The tool lists the table (`zmfb methods --json`). Each row has one entry in docs
     The help text of the row, with a full stop.
     ...
     - **Parameters:** ...
+    - **SQL:** `first`; in quotes: `second`.
     - **Result:** ...
     - **Logs:** ...
     - **Raises:** ...
 
 An entry stands on the page of the folder that has its routine, names every parameter in backticks, and what it quotes
 as logged or raised is in the sources; every text that the sources log or raise is quoted by some entry of its page.
-The two rows of a property that can be assigned are "### name" and "### name :=", `name` and `name := value`.
+The line SQL may be missing. What it says is what the table "What becomes SQL" of docs/security.md says. The two rows of a property that can be assigned are "### name" and "### name :=", `name` and `name := value`.
 """
 
 import json
@@ -30,6 +31,7 @@ from pathlib import Path
 from pages import Page
 
 FIELDS = ("Parameters", "Result", "Logs", "Raises")
+SQL_HEADING = "## What becomes SQL"
 SIGNATURE = re.compile(r"^`([a-z]+)(?:\((.*)\)| := (\w+))?` · (\w+)$")
 ITEM = re.compile(r"^- \*\*(\w+):\*\*\s*(.*)$")
 QUOTED = re.compile(r"`([^`]+)`")
@@ -95,8 +97,8 @@ def check_entry(entry, row):
         problems.append(f"the table has {row['parameters']} parameters, the signature {len(names)}")
     if not entry.help.startswith(row["help"] + "."):
         problems.append(f"does not begin with the help text \"{row['help']}.\"")
-    if tuple(entry.fields) != FIELDS:
-        problems.append(f"has not exactly the fields {', '.join(FIELDS)}")
+    if tuple(entry.fields) not in (FIELDS, FIELDS[:1] + ("SQL",) + FIELDS[1:]):
+        problems.append(f"has not exactly the fields {', '.join(FIELDS)}, and perhaps SQL behind the first")
     for title, text in entry.fields.items():
         if not text:
             problems.append(f"{title} is empty or there twice")
@@ -172,6 +174,33 @@ def check_messages(entries, sources, common=""):
     return problems
 
 
+def sql_of(entry):
+    """What an entry says becomes SQL: the arguments that do as they are, and those in quotes."""
+    as_sql, _, in_quotes = (entry.fields.get("SQL") or "").partition("in quotes: ")
+    return QUOTED.findall(as_sql), QUOTED.findall(in_quotes)
+
+
+def sql_table(page):
+    """The same by the table of a page: {method: (as SQL, in quotes)}."""
+    found, inside = {}, False
+    for _, line in page.prose:
+        if line.startswith("## "):
+            inside = line.strip() == SQL_HEADING
+        if inside and line.startswith("| `"):
+            methods, as_sql, in_quotes = (QUOTED.findall(cell) for cell in line.split("|")[1:4])
+            found.update((method, (as_sql, in_quotes)) for method in methods)
+    return found
+
+
+def check_sql(entries, table):
+    """Compares what the entries say becomes SQL with the table of it."""
+    said = {entry.title: sql_of(entry) for entry in entries if "SQL" in entry.fields}
+    problems = [f"{entry.where}: {entry.title}: the table of what becomes SQL says {table.get(entry.title)}"
+                for entry in entries if said.get(entry.title) != table.get(entry.title)]
+    return problems + [f"security.md: no entry says of {method} what becomes SQL" for method in table
+                       if method not in said]
+
+
 def check_folders(entries, headers):
     """Entries on another page than that of their folder; `headers` is {page: text of methods.h}."""
     return [f"{entry.where}: {entry.title} is no method of {FOLDERS[entry.page]}/" for entry in entries
@@ -188,6 +217,7 @@ def main():
     problems += check_table(entries, rows)
     problems += check_folders(entries, {page: (top / folder / "methods.h").read_text() for page, folder in
                                         FOLDERS.items()})
+    problems += check_sql(entries, sql_table(Page(top / "docs" / "security.md")))
     problems += check_messages(entries, {
         page: {str(path.relative_to(top)): path.read_text(encoding="utf-8")
                for path in sorted((top / folder).glob("*.cpp"))} for page, folder in FOLDERS.items()},
