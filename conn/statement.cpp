@@ -6,9 +6,9 @@
 
 namespace zmfb {
 
-Value parameter_array(std::initializer_list<Parameter> parameters) {
+Value parameter_array(std::initializer_list<ParameterPair> parameters) {
     Value aparam = host::array_of();
-    for (const Parameter& parameter : parameters)
+    for (const ParameterPair& parameter : parameters)
         add_parameter(aparam, parameter.placeholder, parameter.value);
     return aparam;
 }

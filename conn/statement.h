@@ -9,13 +9,13 @@
 namespace zmfb {
 
 /// One pair of a parameter array.
-struct Parameter {
+struct ParameterPair {
     std::string_view placeholder;
     Value value;
 };
 
 /// The parameter array of `parameters`, in their order: a value that holds a later placeholder is filled too.
-Value parameter_array(std::initializer_list<Parameter> parameters);
+Value parameter_array(std::initializer_list<ParameterPair> parameters);
 /// Appends a pair to a parameter array.
 void add_parameter(const Value& aparam, std::string_view placeholder, const Value& value);
 
