@@ -21,7 +21,20 @@ std::string name_of(ClientCall call) {
                                                                          "open_blob",
                                                                          "blob_info",
                                                                          "get_segment",
-                                                                         "close_blob"};
+                                                                         "close_blob",
+                                                                         "database_handle",
+                                                                         "transaction_handle",
+                                                                         "cancel_operation",
+                                                                         "statement_type",
+                                                                         "has_cursor",
+                                                                         "input_message",
+                                                                         "output_message",
+                                                                         "change_message",
+                                                                         "execute",
+                                                                         "affected_records",
+                                                                         "create_blob",
+                                                                         "put_segment",
+                                                                         "cancel_blob"};
     return names[static_cast<std::size_t>(call)];
 }
 
@@ -54,27 +67,20 @@ const FaultyClient::Fault* FaultyClient::due(ClientCall call) {
     return due;
 }
 
-template <class Make>
-ISC_STATUS FaultyClient::pass(ClientCall call, ISC_STATUS* status, const Make& make) {
-    asked(call);
-    const Fault* const fault = due(call);
-    if (fault == nullptr) {
-        const ISC_STATUS outcome = make();
-        answered(call, outcome);
-        return outcome;
-    }
-    const ISC_STATUS outcome = fault->code;
-    *status++ = isc_arg_gds;
-    *status++ = outcome;
-    if (!fault->file.empty()) {
-        for (const char* text : {"write", fault->file.c_str()}) {
-            *status++ = isc_arg_string;
-            *status++ = reinterpret_cast<ISC_STATUS>(text);
+std::vector<ISC_STATUS> FaultyClient::vector_of(const Fault& fault) {
+    std::vector<ISC_STATUS> vector = {isc_arg_gds, fault.code};
+    if (!fault.file.empty()) {
+        for (const char* text : {"write", fault.file.c_str()}) {
+            vector.push_back(isc_arg_string);
+            vector.push_back(reinterpret_cast<ISC_STATUS>(text));
         }
     }
-    *status = isc_arg_end;
-    answered(call, outcome);
-    return outcome;
+    vector.push_back(isc_arg_end);
+    return vector;
+}
+
+void FaultyClient::put_failure(ISC_STATUS* status, const Fault& fault) {
+    for (const ISC_STATUS part : vector_of(fault)) *status++ = part;
 }
 
 void FaultyClient::expand_dpb(char** block, short* length, const char* user, const char* password,

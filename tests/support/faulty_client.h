@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "sql/client.h"
+#include "sql/object_client.h"
 
 namespace zmfb::test {
 
@@ -30,21 +31,38 @@ enum class ClientCall : std::size_t {
     blob_info,
     get_segment,
     close_blob,
+    database_handle,
+    transaction_handle,
+    cancel_operation,
+    statement_type,
+    has_cursor,
+    input_message,
+    output_message,
+    change_message,
+    execute,
+    affected_records,
+    create_blob,
+    put_segment,
+    cancel_blob,
 };
-inline constexpr std::size_t client_call_count = static_cast<std::size_t>(ClientCall::close_blob) + 1;
+inline constexpr std::size_t client_call_count = static_cast<std::size_t>(ClientCall::cancel_blob) + 1;
 std::string name_of(ClientCall call);
 
 /// Takes the place of the client library from its making to its end, counts every call and forwards it, but
-/// for those that fail() names: these are not made and report the failure instead.
-class FaultyClient : public sql::Client {
+/// for those that fail() names: these are not made and report the failure instead. Calls by handle and calls
+/// of the object interface that do the same count as one.
+class FaultyClient : public sql::Client, public sql::ObjectClient {
   public:
     /// Something that goes wrong below the engine: SQLCODE -902.
     static constexpr ISC_STATUS io_error = isc_io_error;
     /// Firebird's text for that SQLCODE.
     static const std::string& io_error_text();
 
-    FaultyClient() : before_(sql::set_client(this)) {}
-    ~FaultyClient() override { sql::set_client(before_); }
+    FaultyClient() : before_(sql::set_client(this)), objects_before_(sql::set_object_client(this)) {}
+    ~FaultyClient() override {
+        sql::set_client(before_);
+        sql::set_object_client(objects_before_);
+    }
 
     /// Lets call number `nth` of that kind from now on fail, once.
     void fail(ClientCall call, int nth = 1, ISC_STATUS code = io_error);
@@ -93,6 +111,59 @@ class FaultyClient : public sql::Client {
                            unsigned short size, char* bytes) override;
     ISC_STATUS close_blob(ISC_STATUS* status, isc_blob_handle* blob) override;
 
+    ISC_STATUS attach_database(Firebird::IStatus* status, const char* name,
+                               Firebird::IAttachment** attachment, unsigned length,
+                               const char* block) override;
+    ISC_STATUS detach_database(Firebird::IStatus* status, Firebird::IAttachment* attachment) override;
+    ISC_STATUS database_handle(ISC_STATUS* status, isc_db_handle* handle,
+                               Firebird::IAttachment* attachment) override;
+    ISC_STATUS transaction_handle(ISC_STATUS* status, isc_tr_handle* handle,
+                                  Firebird::ITransaction* transaction) override;
+    ISC_STATUS cancel_operation(Firebird::IStatus* status, Firebird::IAttachment* attachment) override;
+    ISC_STATUS start_transaction(Firebird::IStatus* status, Firebird::IAttachment* attachment,
+                                 Firebird::ITransaction** transaction, std::span<const char> block) override;
+    ISC_STATUS commit_transaction(Firebird::IStatus* status, Firebird::ITransaction* transaction) override;
+    ISC_STATUS rollback_transaction(Firebird::IStatus* status, Firebird::ITransaction* transaction) override;
+    ISC_STATUS prepare(Firebird::IStatus* status, Firebird::IAttachment* attachment,
+                       Firebird::ITransaction* transaction, Firebird::IStatement** statement,
+                       std::string_view text) override;
+    ISC_STATUS statement_type(Firebird::IStatus* status, Firebird::IStatement* statement,
+                              unsigned* type) override;
+    ISC_STATUS has_cursor(Firebird::IStatus* status, Firebird::IStatement* statement, bool* answer) override;
+    ISC_STATUS input_message(Firebird::IStatus* status, Firebird::IStatement* statement,
+                             Firebird::IMessageMetadata** message) override;
+    ISC_STATUS output_message(Firebird::IStatus* status, Firebird::IStatement* statement,
+                              Firebird::IMessageMetadata** message) override;
+    ISC_STATUS release(Firebird::IStatus* status, Firebird::IStatement* statement) override;
+    ISC_STATUS describe(Firebird::IStatus* status, Firebird::IMessageMetadata* message,
+                        std::vector<sql::MessageItem>* items, unsigned* length) override;
+    ISC_STATUS change_message(Firebird::IStatus* status, Firebird::IMessageMetadata* message,
+                              std::span<const sql::MessageChange> changes,
+                              Firebird::IMessageMetadata** changed) override;
+    ISC_STATUS execute(Firebird::IStatus* status, Firebird::IStatement* statement,
+                       Firebird::ITransaction* transaction, Firebird::IMessageMetadata* input, void* values,
+                       Firebird::IMessageMetadata* output, void* row) override;
+    ISC_STATUS affected_records(Firebird::IStatus* status, Firebird::IStatement* statement,
+                                std::uint64_t* count) override;
+    ISC_STATUS open(Firebird::IStatus* status, Firebird::IStatement* statement,
+                    Firebird::ITransaction* transaction, Firebird::IMessageMetadata* input, void* values,
+                    Firebird::IMessageMetadata* output, Firebird::IResultSet** rows) override;
+    ISC_STATUS fetch(Firebird::IStatus* status, Firebird::IResultSet* rows, void* row) override;
+    ISC_STATUS close(Firebird::IStatus* status, Firebird::IResultSet* rows) override;
+    ISC_STATUS create_blob(Firebird::IStatus* status, Firebird::IAttachment* attachment,
+                           Firebird::ITransaction* transaction, Firebird::IBlob** blob, ISC_QUAD* id,
+                           std::span<const char> block) override;
+    ISC_STATUS open_blob(Firebird::IStatus* status, Firebird::IAttachment* attachment,
+                         Firebird::ITransaction* transaction, Firebird::IBlob** blob, ISC_QUAD* id,
+                         std::span<const char> block) override;
+    ISC_STATUS blob_info(Firebird::IStatus* status, Firebird::IBlob* blob, std::span<const char> items,
+                         std::span<char> answer) override;
+    ISC_STATUS get_segment(Firebird::IStatus* status, Firebird::IBlob* blob, std::span<char> bytes,
+                           unsigned* got) override;
+    ISC_STATUS put_segment(Firebird::IStatus* status, Firebird::IBlob* blob, std::string_view bytes) override;
+    ISC_STATUS close_blob(Firebird::IStatus* status, Firebird::IBlob* blob) override;
+    ISC_STATUS cancel_blob(Firebird::IStatus* status, Firebird::IBlob* blob) override;
+
   protected:
     /// Told of each call before it is made or fails, and of its outcome: 0, the code it was made to fail
     /// with, or the client's own.
@@ -109,10 +180,22 @@ class FaultyClient : public sql::Client {
 
     // Counts the call; how it is to fail, null when it is to be made.
     const Fault* due(ClientCall call);
-    template <class Make>
-    ISC_STATUS pass(ClientCall call, ISC_STATUS* status, const Make& make);
+    // Makes the call, or has the failure put into the status.
+    template <class Status, class Make>
+    ISC_STATUS pass(ClientCall call, Status* status, const Make& make) {
+        asked(call);
+        const Fault* const fault = due(call);
+        if (fault != nullptr) put_failure(status, *fault);
+        const ISC_STATUS outcome = fault == nullptr ? make() : fault->code;
+        answered(call, outcome);
+        return outcome;
+    }
+    static std::vector<ISC_STATUS> vector_of(const Fault& fault);
+    static void put_failure(ISC_STATUS* status, const Fault& fault);
+    static void put_failure(Firebird::IStatus* status, const Fault& fault);
 
     sql::Client* before_;
+    sql::ObjectClient* objects_before_;
     std::array<int, client_call_count> counts_{};
     std::vector<Fault> faults_;
     std::vector<std::string> transaction_blocks_;
