@@ -14,7 +14,13 @@ set(zmfb_public_headers
     "${PROJECT_SOURCE_DIR}/include/zmfbconn/cancel.h"
     "${PROJECT_SOURCE_DIR}/include/zmfbconn/connection.h"
     "${PROJECT_SOURCE_DIR}/include/zmfbconn/database.h"
+    "${PROJECT_SOURCE_DIR}/include/zmfbconn/blob.h"
+    "${PROJECT_SOURCE_DIR}/include/zmfbconn/decimal.h"
     "${PROJECT_SOURCE_DIR}/include/zmfbconn/exact.h"
+    "${PROJECT_SOURCE_DIR}/include/zmfbconn/rows.h"
+    "${PROJECT_SOURCE_DIR}/include/zmfbconn/sql_error.h"
+    "${PROJECT_SOURCE_DIR}/include/zmfbconn/sql_value.h"
+    "${PROJECT_SOURCE_DIR}/include/zmfbconn/transaction.h"
     "${zmfb_generated_headers}/zmfbconn/version.h")
 
 configure_file("${PROJECT_SOURCE_DIR}/include/zmfbconn/version.h.in"

@@ -8,6 +8,7 @@
 #include "sql/client.h"
 #include "sql/guard.h"
 #include "sql/parameter_block.h"
+#include "sql/sessions.h"
 #include "sql/state.h"
 #include "zmfbconn/database.h"
 
@@ -67,7 +68,11 @@ int guard_slot(const std::string& database, std::unique_ptr<Guard>& guard) {
 }
 
 int attach_slot(const std::string& database, const ParameterBlock& block) {
-    client().attach_database(state().status, database.c_str(), &state().slot, block.size(), block.data());
+    if (has_object_interface()) {
+        attach_session(state().status, database.c_str(), &state().slot, block.size(), block.data());
+    } else {
+        client().attach_database(state().status, database.c_str(), &state().slot, block.size(), block.data());
+    }
     return sqlcode();
 }
 
@@ -82,6 +87,7 @@ int attach_slot_guarded(const std::string& database, const ParameterBlock& block
         guards()[state().slot] = std::move(guard);
     } else {
         ISC_STATUS_ARRAY ignored;
+        end_session(state().slot);
         client().detach_database(ignored, &state().slot);
     }
     return code;
@@ -128,6 +134,7 @@ int detach(double handle) {
     isc_db_handle database = attached;
     end_batch_of(database);
     remove_attachment(database);
+    end_session(database);
     client().detach_database(state().status, &database);
     const int code = sqlcode();
     if (code == 0) guards().erase(attached);

@@ -85,7 +85,6 @@ std::string ObjectClient::sqlstate(const IStatus* status) {
 }
 
 void ObjectClient::retain(IAttachment* object) { object->addRef(); }
-void ObjectClient::let_go(IStatus* object) { object->dispose(); }
 void ObjectClient::let_go(IAttachment* object) { object->release(); }
 void ObjectClient::let_go(ITransaction* object) { object->release(); }
 void ObjectClient::let_go(IStatement* object) { object->release(); }
@@ -113,11 +112,6 @@ ISC_STATUS ObjectClient::transaction_handle(ISC_STATUS* status, isc_tr_handle* h
                                             ITransaction* transaction) {
     return function_of<decltype(fb_get_transaction_handle)>("fb_get_transaction_handle")(status, handle,
                                                                                          transaction);
-}
-
-ISC_STATUS ObjectClient::cancel_operation(IStatus* status, IAttachment* attachment) {
-    return outcome(
-        status, [&](ThrowStatusWrapper* checked) { attachment->cancelOperation(checked, fb_cancel_raise); });
 }
 
 ISC_STATUS ObjectClient::start_transaction(IStatus* status, IAttachment* attachment,

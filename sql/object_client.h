@@ -59,12 +59,11 @@ class ObjectClient {
 
     /// Whether the library has an object interface: from 3.0 on.
     virtual bool available();
-    /// A status to hold errors in.
+    /// A status to hold errors in, for ever.
     static Firebird::IStatus* make_status();
     static const ISC_STATUS* errors(const Firebird::IStatus* status);
     static std::string sqlstate(const Firebird::IStatus* status);
 
-    static void let_go(Firebird::IStatus* object);
     static void retain(Firebird::IAttachment* object);
     static void let_go(Firebird::IAttachment* object);
     static void let_go(Firebird::ITransaction* object);
@@ -82,8 +81,6 @@ class ObjectClient {
                                        Firebird::IAttachment* attachment);
     virtual ISC_STATUS transaction_handle(ISC_STATUS* status, isc_tr_handle* handle,
                                           Firebird::ITransaction* transaction);
-    /// May be called from any thread.
-    virtual ISC_STATUS cancel_operation(Firebird::IStatus* status, Firebird::IAttachment* attachment);
 
     virtual ISC_STATUS start_transaction(Firebird::IStatus* status, Firebird::IAttachment* attachment,
                                          Firebird::ITransaction** transaction, std::span<const char> block);

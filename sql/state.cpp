@@ -28,16 +28,6 @@ void forget_earlier_message() {
     if (kept().call != conn::PublicCall::number()) kept() = {"", conn::PublicCall::number()};
 }
 
-void keep_message(const ISC_STATUS* status) {
-    std::string message;
-    char line[1024];
-    while (sql::client().interpret(line, sizeof line, &status) != 0) {
-        if (!message.empty()) message += '\n';
-        message += line;
-    }
-    kept() = {message, conn::PublicCall::number()};
-}
-
 }  // namespace
 
 std::string last_engine_message() { return kept().message; }
@@ -67,6 +57,17 @@ Handle from_bits(std::uint32_t bits) {
 }
 
 }  // namespace
+
+std::string keep_message(const ISC_STATUS* status) {
+    std::string message;
+    char line[1024];
+    while (client().interpret(line, sizeof line, &status) != 0) {
+        if (!message.empty()) message += '\n';
+        message += line;
+    }
+    kept() = {message, conn::PublicCall::number()};
+    return message;
+}
 
 ClassState& state() {
     static ClassState shared;

@@ -28,6 +28,9 @@ isc_db_handle handle_of(double number);
 /// The handle in the object's `dbhndl`; 0 when that was assigned something that is no number.
 isc_db_handle handle_of(Self& self);
 
+/// All lines of the engine's message about a failure, kept for last_engine_message().
+std::string keep_message(const ISC_STATUS* status);
+
 /// The SQLCODE of the status vector. For a failure the engine's whole message is kept for
 /// last_engine_message(); a success takes away what an earlier call of the program has left there.
 int sqlcode();

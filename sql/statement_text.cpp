@@ -1,7 +1,5 @@
 #include "sql/statement_text.h"
 
-#include <string_view>
-
 #include "sql/state.h"
 
 namespace zmfb::sql {
@@ -58,6 +56,10 @@ bool creates_a_database(std::string_view statement, Comments comments) {
 
 std::string text_of(const Value& stmt) {
     return std::string(stmt.is(host::Kind::character) ? stmt.text() : std::string_view());
+}
+
+bool begins_with(std::string_view statement, std::string_view word) {
+    return next_word(statement, Comments::blank) == word;
 }
 
 int refuse_unfit(const Value& stmt) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "conn/self.h"
 
@@ -14,5 +15,8 @@ std::string text_of(const Value& stmt);
 /// engine whole because of a zero byte in it; and CREATE DATABASE, however it is written, which the client
 /// library does by itself, in an attachment that nobody could close. 0 for any other.
 int refuse_unfit(const Value& stmt);
+
+/// Whether the first word of a statement is this one, which is in capitals.
+bool begins_with(std::string_view statement, std::string_view word);
 
 }  // namespace zmfb::sql

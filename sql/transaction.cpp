@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "sql/attachments.h"
+#include "sql/sessions.h"
 #include "sql/state.h"
 
 namespace zmfb::sql {
@@ -13,7 +14,7 @@ namespace {
 int start(isc_db_handle* database, isc_tr_handle* transaction, std::span<const char> block) {
     if (const int code = admit(*database); code != 0) return code;
     std::vector<char> unwaiting;
-    if (state().batch != isc_tr_handle()) {
+    if (is_writing()) {
         unwaiting.assign(block.begin(), block.end());
         std::replace(unwaiting.begin(), unwaiting.end(), char{isc_tpb_wait}, char{isc_tpb_nowait});
         block = unwaiting;

@@ -19,8 +19,9 @@ inline constexpr std::array<char, 4> query_block = {isc_tpb_version1, isc_tpb_re
 /// Starts when made and is rolled back when it goes out of scope uncommitted, by an exception too. Each step
 /// returns the SQLCODE of its call; the status vector of the class holds the details.
 ///
-/// The batch transaction that an application may have left open is not touched: this one runs beside it. It
-/// then does not wait for locks, since the batch that it would wait for cannot end meanwhile.
+/// The batch transaction that an application may have left open is not touched, nor one of its own
+/// (zmfbconn/transaction.h): this one runs beside it. It then does not wait for locks, since the one that it
+/// would wait for cannot end meanwhile.
 class Transaction {
   public:
     Transaction(isc_db_handle database, std::span<const char> block);

@@ -90,6 +90,7 @@ TEST(EveryCallOfTheClient, CanBeMadeToFail) {
     std::set<std::string> declared;
     add_declared(ZMFB_CLIENT_HEADER, declared);
     add_declared(ZMFB_OBJECT_CLIENT_HEADER, declared);
+    declared.erase("cancel_operation");  // comes from other threads, and nobody is told what came of it
     std::set<std::string> known;
     for (std::size_t call = 0; call < client_call_count; ++call)
         known.insert(name_of(static_cast<ClientCall>(call)));

@@ -53,7 +53,9 @@ bool is_passed_over(ClientCall call) {
 }
 
 /// Calls that attach: a failure is no attachment, and a line for everybody.
-bool is_of_attaching(ClientCall call) { return call == attach_database || call == database_info; }
+bool is_of_attaching(ClientCall call) {
+    return call == attach_database || call == database_handle || call == database_info;
+}
 
 }  // namespace
 

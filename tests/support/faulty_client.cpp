@@ -24,7 +24,6 @@ std::string name_of(ClientCall call) {
                                                                          "close_blob",
                                                                          "database_handle",
                                                                          "transaction_handle",
-                                                                         "cancel_operation",
                                                                          "statement_type",
                                                                          "has_cursor",
                                                                          "input_message",

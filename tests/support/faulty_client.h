@@ -33,7 +33,6 @@ enum class ClientCall : std::size_t {
     close_blob,
     database_handle,
     transaction_handle,
-    cancel_operation,
     statement_type,
     has_cursor,
     input_message,
@@ -119,7 +118,6 @@ class FaultyClient : public sql::Client, public sql::ObjectClient {
                                Firebird::IAttachment* attachment) override;
     ISC_STATUS transaction_handle(ISC_STATUS* status, isc_tr_handle* handle,
                                   Firebird::ITransaction* transaction) override;
-    ISC_STATUS cancel_operation(Firebird::IStatus* status, Firebird::IAttachment* attachment) override;
     ISC_STATUS start_transaction(Firebird::IStatus* status, Firebird::IAttachment* attachment,
                                  Firebird::ITransaction** transaction, std::span<const char> block) override;
     ISC_STATUS commit_transaction(Firebird::IStatus* status, Firebird::ITransaction* transaction) override;

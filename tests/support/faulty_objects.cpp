@@ -33,11 +33,6 @@ ISC_STATUS FaultyClient::transaction_handle(ISC_STATUS* status, isc_tr_handle* h
                 [&] { return ObjectClient::transaction_handle(status, handle, transaction); });
 }
 
-ISC_STATUS FaultyClient::cancel_operation(IStatus* status, IAttachment* attachment) {
-    return pass(ClientCall::cancel_operation, status,
-                [&] { return ObjectClient::cancel_operation(status, attachment); });
-}
-
 ISC_STATUS FaultyClient::start_transaction(IStatus* status, IAttachment* attachment,
                                            ITransaction** transaction, std::span<const char> block) {
     transaction_blocks_.emplace_back(block.begin(), block.end());

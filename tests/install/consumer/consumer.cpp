@@ -15,6 +15,7 @@
 #include <zmfbconn/host/settings.h>
 #include <zmfbconn/host/text.h>
 #include <zmfbconn/host/workarea.h>
+#include <zmfbconn/transaction.h>
 #include <zmfbconn/version.h>
 
 #include <iostream>
@@ -34,7 +35,14 @@ int attach(const std::string& database) {
     zmfb::zmFBConn connection(database, "SYSDBA");
     const zmfb::Value rows = connection.call("executequery", "select rdb$function_name from rdb$functions");
     std::cout << "attached: " << connection.isconnected() << ", " << rows.size() - 1 << " functions\n";
-    return 0;
+    zmfb::Transaction work(connection);
+    try {
+        work.execute("select nothing");
+        return 1;
+    } catch (const zmfb::SqlError& error) {
+        std::cout << "SQLSTATE " << error.sqlstate() << '\n';
+    }
+    return work.one<zmfb::Decimal>("select cast(? as numeric(9,2)) from rdb$database", 1) == 1 ? 0 : 1;
 }
 
 }  // namespace

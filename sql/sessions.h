@@ -1,0 +1,22 @@
+/// What attaching and detaching tell the typed way, and ask of it.
+#pragma once
+
+#include "sql/object_client.h"
+
+namespace zmfb::sql {
+
+/// Whether the client library has the object interface.
+bool has_object_interface();
+
+/// Attaches through the object interface; `handle` names the same attachment to the calls by handle. The
+/// outcome is in `status`.
+void attach_session(ISC_STATUS* status, const char* name, isc_db_handle* handle, short length,
+                    const char* block);
+
+/// Ends what is open on an attachment that is going to be detached: transactions are rolled back.
+void end_session(isc_db_handle handle);
+
+/// Whether a transaction that may change rows is open in this process.
+bool is_writing();
+
+}  // namespace zmfb::sql

@@ -1,0 +1,135 @@
+#include "sql/typed/statement.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "sql/statement_text.h"
+#include "sql/typed/bind.h"
+#include "sql/typed/cursor.h"
+#include "sql/typed/failure.h"
+#include "sql/typed/text.h"
+#include "zmfbconn/transaction.h"
+
+namespace zmfb {
+
+namespace typed {
+
+using sql::object_client;
+
+namespace {
+
+Firebird::IStatement* prepare(Work& work, const std::string& text) {
+    work.check_active(text);
+    work.session().check_usable(text);
+    const std::string bytes = encoded(text, work.session().encoding(), "the statement", text);
+    Firebird::IStatement* statement = nullptr;
+    check(object_client().prepare(status(), work.session().attachment(), work.transaction(text), &statement,
+                                  bytes),
+          text);
+    return statement;
+}
+
+}  // namespace
+
+Prepared::Prepared(std::shared_ptr<Work> work, std::string_view text) : work_(std::move(work)), text_(text) {
+    statement_ = prepare(*work_, text_);
+    work_->session().add(*this);
+    try {
+        check(object_client().statement_type(status(), statement_, &type_), text_);
+        if (type_ == isc_info_sql_stmt_commit || type_ == isc_info_sql_stmt_rollback ||
+            type_ == isc_info_sql_stmt_start_trans) {
+            refuse(not_here, "Transactions are begun and ended by the class Transaction, not by statements",
+                   text_);
+        }
+        check(object_client().has_cursor(status(), statement_, &has_cursor_), text_);
+        Firebird::IMessageMetadata* message = nullptr;
+        check(object_client().input_message(status(), statement_, &message), text_);
+        parameters_.emplace(message, Layout::Of::parameters, text_);
+        check(object_client().output_message(status(), statement_, &message), text_);
+        rows_.emplace(message, Layout::Of::rows, text_);
+        values_.emplace(parameters_->size());
+    } catch (...) {
+        free();
+        throw;
+    }
+}
+
+Prepared::~Prepared() { free(); }
+
+void Prepared::free() noexcept {
+    if (statement_ == nullptr) return;
+    if (cursor_ != nullptr) cursor_->give_up("The connection was detached");
+    Firebird::IStatement* const statement = std::exchange(statement_, nullptr);
+    if (object_client().release(status(), statement) != 0) sql::ObjectClient::let_go(statement);
+    work_->session().remove(*this);
+}
+
+void Prepared::forget(const Cursor& cursor) {
+    if (cursor_ == &cursor) cursor_ = nullptr;
+}
+
+Firebird::IStatement* Prepared::ready(std::span<const Parameter> values) {
+    work_->check_active(text_);
+    work_->session().check_usable(text_);
+    bind_values(values, *parameters_, *values_, work_, text_);
+    if (cursor_ != nullptr) cursor_->give_up("The statement was run again");
+    return statement_;
+}
+
+std::int64_t Prepared::run(std::span<const Parameter> values) {
+    if (!rows_->columns().empty()) {
+        refuse(no_rows_here, "The statement returns rows: query(), rows() and one() run such statements",
+               text_);
+    }
+    Firebird::IStatement* const statement = ready(values);
+    check(object_client().execute(status(), statement, work_->transaction(), parameters_->metadata(),
+                                  values_->data(), nullptr, nullptr),
+          text_);
+    return count_changes();
+}
+
+std::int64_t Prepared::count_changes() const {
+    constexpr unsigned changing[] = {isc_info_sql_stmt_insert, isc_info_sql_stmt_update,
+                                     isc_info_sql_stmt_delete, isc_info_sql_stmt_exec_procedure};
+    if (std::ranges::find(changing, type_) == std::end(changing)) return 0;
+    std::uint64_t count = 0;
+    check(object_client().affected_records(status(), statement_, &count), text_);
+    return static_cast<std::int64_t>(count);
+}
+
+Firebird::IResultSet* Prepared::open(std::span<const Parameter> values, Cursor& cursor) {
+    Firebird::IStatement* const statement = ready(values);
+    Firebird::IResultSet* rows = nullptr;
+    check(object_client().open(status(), statement, work_->transaction(), parameters_->metadata(),
+                               values_->data(), rows_->metadata(), &rows),
+          text_);
+    cursor_ = &cursor;
+    return rows;
+}
+
+// RETURNING of a statement that found no row gives a row of nothing but NULL.
+bool Prepared::fill(std::span<const Parameter> values, Message& row) {
+    Firebird::IStatement* const statement = ready(values);
+    check(object_client().execute(status(), statement, work_->transaction(), parameters_->metadata(),
+                                  values_->data(), rows_->metadata(), row.data()),
+          text_);
+    const auto is_null = [&row](const Slot& slot) {
+        std::int16_t indicator = 0;
+        std::memcpy(&indicator, row.data() + slot.null_offset, sizeof indicator);
+        return indicator != 0;
+    };
+    if (!std::ranges::all_of(rows_->slots(), is_null) || sql::begins_with(text_, "EXECUTE")) return true;
+    return count_changes() > 0;
+}
+
+const std::vector<Column>& columns_of(const Prepared& statement) { return statement.rows().columns(); }
+
+}  // namespace typed
+
+std::size_t Statement::parameter_count() const { return statement_->parameters().slots().size(); }
+
+std::int64_t Statement::run(std::span<const Parameter> values) { return statement_->run(values); }
+
+}  // namespace zmfb

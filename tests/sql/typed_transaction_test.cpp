@@ -1,0 +1,330 @@
+// What transactions keep and undo, and how long what belongs to them can be used.
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "sql/object_client.h"
+#include "tests/sql/sql_error_of.h"
+#include "tests/support/database.h"
+#include "tests/support/environment.h"
+#include "tests/support/faulty_client.h"
+#include "zmfbconn/cancel.h"
+#include "zmfbconn/database.h"
+#include "zmfbconn/transaction.h"
+
+namespace zmfb::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class TypedTransaction : public Database {
+  protected:
+    TypedTransaction() {
+        execute("create table T (A integer not null primary key, B varchar(10))");
+        execute("insert into T values (1, 'one')");
+        execute("insert into T values (2, 'two')");
+    }
+
+    [[nodiscard]] std::string stored() const {
+        std::string all;
+        for (const Row& row : rows("select A || B from T order by A")) all += row[0] + " ";
+        return all;
+    }
+};
+
+TEST_F(TypedTransaction, IsRolledBackUnlessCommitted) {
+    {
+        Transaction work(connection());
+        EXPECT_EQ(work.execute("insert into T values (3, 'three')"), 1);
+        EXPECT_EQ(work.one<int>("select count(*) from T"), 3);
+    }
+    EXPECT_EQ(stored(), "1one 2two ");
+}
+
+TEST_F(TypedTransaction, IsRolledBackByAnException) {
+    EXPECT_THROW(
+        {
+            Transaction work(connection());
+            work.execute("delete from T");
+            throw std::runtime_error("something else");
+        },
+        std::runtime_error);
+    EXPECT_EQ(stored(), "1one 2two ");
+}
+
+TEST_F(TypedTransaction, KeepsWhatIsCommitted) {
+    Transaction work(connection());
+    work.execute("insert into T values (?, ?)", 3, "three");
+    EXPECT_TRUE(work.active());
+    EXPECT_EQ(stored(), "1one 2two ");
+    work.commit();
+    EXPECT_FALSE(work.active());
+    EXPECT_EQ(stored(), "1one 2two 3three ");
+}
+
+TEST_F(TypedTransaction, UndoesWhatIsRolledBack) {
+    Transaction work(connection());
+    work.execute("delete from T");
+    work.roll_back();
+    EXPECT_FALSE(work.active());
+    EXPECT_EQ(stored(), "1one 2two ");
+}
+
+TEST_F(TypedTransaction, TellsHowManyRowsWereChanged) {
+    Transaction work(connection());
+    EXPECT_EQ(work.execute("update T set B = 'x'"), 2);
+    EXPECT_EQ(work.execute("update T set B = 'x' where A > 100"), 0);
+    EXPECT_EQ(work.execute("insert into T select A + 10, B from T"), 2);
+    EXPECT_EQ(work.execute("delete from T where A = ?", 11), 1);
+    EXPECT_EQ(work.execute("create table U (A integer)"), 0);
+    EXPECT_EQ(work.execute("execute block as begin update T set B = 'y'; end"), 3);
+}
+
+TEST_F(TypedTransaction, RunsAStatementOften) {
+    Transaction work(connection());
+    auto add = work.prepare("insert into T values (?, ?)");
+    EXPECT_EQ(add.parameter_count(), 2u);
+    EXPECT_TRUE(add.columns().empty());
+    for (int i = 10; i < 110; ++i) EXPECT_EQ(add.execute(i, "row " + std::to_string(i)), 1);
+    EXPECT_EQ(work.one<int>("select count(*) from T where B = 'row ' || A"), 100);
+}
+
+TEST_F(TypedTransaction, GivesWhatAStatementReturns) {
+    Transaction work(connection());
+    EXPECT_EQ(work.one<int>("insert into T values (3, 'x') returning A"), 3);
+    const auto changed =
+        work.maybe_one<int, std::string>("update T set B = 'z' where A = ? returning A, B", 3);
+    ASSERT_TRUE(changed);
+    EXPECT_EQ(std::get<1>(*changed), "z");
+    const auto none = work.maybe_one<int, std::string>("update T set B = 'z' where A = 7 returning A, B");
+    EXPECT_FALSE(none);
+    EXPECT_EQ(state_of([&] { (void)work.one<int>("delete from T where A = 7 returning A"); }), "02000");
+}
+
+TEST_F(TypedTransaction, GivesTheRowOfAProcedureThatReturnsNull) {
+    execute("create procedure P returns (X integer) as begin X = null; end");
+    Transaction work(connection(), Access::read_only);
+    EXPECT_EQ(work.one<std::optional<int>>(" /* a comment */ execute procedure P"), std::nullopt);
+    EXPECT_EQ(work.one<int>("execute block returns (X integer) as begin X = 5; suspend; end"), 5);
+}
+
+TEST_F(TypedTransaction, SeesWhatWasCommittedWhenItBegan) {
+    Transaction work(connection(), Access::read_only);
+    EXPECT_EQ(work.one<int>("select count(*) from T"), 2);
+    execute("insert into T values (3, 'three')");
+    EXPECT_EQ(work.one<int>("select count(*) from T"), 2);
+    EXPECT_EQ(Transaction(connection(), Access::read_only).one<int>("select count(*) from T"), 3);
+}
+
+TEST_F(TypedTransaction, ThatOnlyReadsRefusesToChange) {
+    Transaction work(connection(), Access::read_only);
+    EXPECT_EQ(error_of([&] { work.execute("delete from T"); }).sqlcode(), -817);
+}
+
+TEST_F(TypedTransaction, DoesNotWaitForAnotherOfTheSameProcess) {
+    Transaction first(connection());
+    first.execute("update T set B = 'a' where A = 1");
+    Transaction second(connection());
+    EXPECT_EQ(state_of([&] { second.execute("update T set B = 'b' where A = 1"); }), "40001");
+    EXPECT_EQ(second.execute("update T set B = 'b' where A = 2"), 1);
+    first.commit();
+    second.commit();
+    EXPECT_EQ(stored(), "1a 2b ");
+}
+
+TEST_F(TypedTransaction, IsNotWaitedForByTheMethodsOfTheObject) {
+    Transaction work(connection());
+    work.execute("update T set B = 'a' where A = 1");
+    EXPECT_NE(show(call("executeupdate", "update T set B = 'b' where A = 1")), "\"\"");
+    EXPECT_EQ(show(call("executeupdate", "update T set B = 'b' where A = 2")), "\"\"");
+    work.commit();
+    EXPECT_EQ(stored(), "1a 2b ");
+}
+
+TEST_F(TypedTransaction, HoldsItsCommitBackFromStatements) {
+    Transaction work(connection());
+    for (const char* statement : {"commit", "rollback", "set transaction"}) {
+        EXPECT_EQ(state_of([&] { work.execute(statement); }), "0A000") << statement;
+    }
+    EXPECT_TRUE(work.active());
+}
+
+TEST_F(TypedTransaction, ThatHasEndedIsThrownWhereItIsUsed) {
+    Transaction work(connection());
+    auto statement = work.prepare("select A from T order by A");
+    auto rows = statement.query<int>();
+    auto at = rows.begin();
+    work.commit();
+    const auto error = error_of([&] { work.prepare("select 1 from T"); });
+    EXPECT_EQ(error.sqlstate(), "25000");
+    EXPECT_EQ(error.message(), "The transaction was committed");
+    EXPECT_EQ(state_of([&] { (void)statement.query<int>(); }), "25000");
+    EXPECT_EQ(state_of([&] { ++at; }), "24000");
+    EXPECT_EQ(state_of([&] { work.commit(); }), "25000");
+    EXPECT_EQ(state_of([&] { work.roll_back(); }), "25000");
+}
+
+TEST_F(TypedTransaction, ThatIsGoneIsThrownWhereItsRowsAndStatementsAreUsed) {
+    std::optional<Transaction> work(connection());
+    auto statement = work->prepare("select A, B from T order by A");
+    auto tuples = work->query<int, std::string>("select A, B from T order by A");
+    auto at = tuples.begin();
+    auto rows = work->rows("select A from T order by A");
+    auto row = rows.begin();
+    const Field field = (*row)["A"];
+    work.reset();
+    EXPECT_EQ(std::get<1>(*at), "one");
+    EXPECT_EQ(state_of([&] { ++at; }), "24000");
+    EXPECT_EQ(state_of([&] { ++row; }), "24000");
+    EXPECT_EQ(state_of([&] { (void)field.as<int>(); }), "24000");
+    EXPECT_EQ(state_of([&] { (void)statement.rows(); }), "25000");
+}
+
+TEST_F(TypedTransaction, ThatIsGoneStillDescribesItsStatements) {
+    std::optional<Transaction> work(connection());
+    auto statement = work->prepare("select A, B from T where A = ?");
+    work.reset();
+    EXPECT_EQ(statement.columns().size(), 2u);
+    EXPECT_EQ(statement.parameter_count(), 1u);
+}
+
+TEST_F(TypedTransaction, EndsWithTheAttachmentOfItsObject) {
+    Transaction work(connection());
+    work.execute("delete from T");
+    auto statement = work.prepare("select A from T");
+    auto rows = work.rows("select A from rdb$database, T");
+    call("disconnect");
+    EXPECT_FALSE(work.active());
+    EXPECT_EQ(state_of([&] { work.commit(); }), "25000");
+    EXPECT_EQ(state_of([&] { (void)statement.query<int>(); }), "25000");
+    EXPECT_EQ(state_of([&] { rows.begin(); }), "24000");
+    EXPECT_EQ(state_of([&] { Transaction again(connection()); }), "08003");
+    EXPECT_EQ(stored(), "1one 2two ");
+}
+
+TEST_F(TypedTransaction, EndsWithItsObject) {
+    std::optional<zmFBConn> object(connect());
+    Transaction work(*object);
+    auto rows = work.query<int>("select A from T");
+    auto at = rows.begin();
+    object.reset();
+    EXPECT_FALSE(work.active());
+    EXPECT_EQ(state_of([&] { ++at; }), "24000");
+}
+
+TEST_F(TypedTransaction, OfAnObjectThatWasAttachedAnewIsOnTheNewAttachment) {
+    zmFBConn object = connect();
+    object.call("disconnect");
+    object.call("init", database(), sysdba, sysdba_password, "");
+    EXPECT_EQ(Transaction(object).one<int>("select count(*) from T"), 2);
+}
+
+TEST_F(TypedTransaction, NeedsAnObjectThatIsAttached) {
+    zmFBConn object;
+    const auto error = error_of([&] { Transaction work(object); });
+    EXPECT_EQ(error.sqlstate(), "08003");
+    EXPECT_EQ(error.message(), "The object is not attached to a database");
+    object.set("bconn", true);
+    object.set("dbhndl", 12345);
+    EXPECT_EQ(state_of([&] { Transaction work(object); }), "08003");
+    object.set("bconn", false);
+}
+
+TEST_F(TypedTransaction, LeavesTheMethodsOfTheObjectAlone) {
+    zmFBConn& object = connection();
+    Transaction work(object, Access::read_only);
+    auto first = work.query<int>("select A from T order by A");
+    auto at = first.begin();
+    EXPECT_EQ(object.call("gettablestruct", "T").size(), 2u);
+    EXPECT_EQ(show(object.call("executequery", "select A, B from T where A = 2")[2]),
+              R"({"2", "two       "})");
+    ++at;
+    EXPECT_EQ(std::get<0>(*at), 2);
+}
+
+TEST_F(TypedTransaction, MayOverlapAnotherInsteadOfNesting) {
+    std::optional<Transaction> first(connection());
+    auto rows_of_first = first->query<std::optional<Decimal>>("select cast(-1.50 as numeric(9,2)) from T");
+    auto at = rows_of_first.begin();
+    std::optional<Transaction> second(connection());
+    auto rows_of_second = second->query<int>("select A from T order by A");
+    auto other = rows_of_second.begin();
+    ++at;
+    EXPECT_EQ(std::get<0>(*at), Decimal("-1.5"));
+    first.reset();
+    ++other;
+    EXPECT_EQ(std::get<0>(*other), 2);
+    second.reset();
+    EXPECT_EQ(show(call("executequery", "select cast(-1.50 as numeric(9,2)) from rdb$database")[2]),
+              R"({"-1.-50"})");
+}
+
+TEST_F(TypedTransaction, IsNotBegunNorGoneOnWithWhileTheProcessIsCancelled) {
+    Transaction work(connection());
+    auto statement = work.prepare("select A from T order by A");
+    auto rows = statement.query<int>();
+    auto at = rows.begin();
+    cancel();
+    EXPECT_EQ(error_of([&] { Transaction another(connection()); }).message(), "the operation was cancelled");
+    EXPECT_EQ(state_of([&] { ++at; }), "HY008");
+    EXPECT_EQ(state_of([&] { (void)statement.rows(); }), "HY008");
+    EXPECT_EQ(state_of([&] { work.prepare("select 1 from T"); }), "HY008");
+    EXPECT_EQ(state_of([&] { work.commit(); }), "HY008");
+    resume();
+    EXPECT_EQ(statement.query<int>().begin() == std::default_sentinel, false);
+    work.roll_back();
+}
+
+TEST_F(TypedTransaction, GoesOnWhenAStatementOfItIsCancelled) {
+    Transaction work(connection());
+    work.execute("insert into T values (3, 'three')");
+    std::atomic<bool> ended = false;
+    std::thread other([&] {
+        for (std::this_thread::sleep_for(100ms); !ended; std::this_thread::sleep_for(50ms)) cancel();
+    });
+    constexpr const char* endless = "select count(*) from rdb$fields, rdb$fields, rdb$fields, rdb$fields";
+    const auto error = error_of([&] { (void)work.one<int>(endless); });
+    ended = true;
+    other.join();
+    resume();
+    EXPECT_EQ(error.sqlstate(), "HY008");
+    EXPECT_EQ(error.message(), "operation was cancelled");
+    work.commit();
+    EXPECT_EQ(stored(), "1one 2two 3three ");
+}
+
+TEST_F(TypedTransaction, IsNotAskedAgainAfterAnErrorOfTheDatabaseFile) {
+    Transaction work(connection());
+    FaultyClient client;
+    const std::string& name = database();
+    client.fail_on_file(ClientCall::execute, names_a_server(name) ? name.substr(name.find(':') + 1) : name);
+    EXPECT_EQ(error_of([&] { work.execute("delete from T"); }).sqlcode(), -902);
+    EXPECT_EQ(state_of([&] { work.execute("delete from T"); }), "08006");
+    EXPECT_EQ(state_of([&] { Transaction another(connection()); }), "08006");
+    EXPECT_EQ(client.count(ClientCall::execute), 1);
+}
+
+// A client library that has calls by handle only.
+class OldClient : public sql::ObjectClient {
+  public:
+    OldClient() : before_(sql::set_object_client(this)) {}
+    ~OldClient() override { sql::set_object_client(before_); }
+    bool available() override { return false; }
+
+  private:
+    sql::ObjectClient* before_;
+};
+
+TEST_F(TypedTransaction, SaysThatItNeedsANewerClientLibraryAndTheMethodsGoOn) {
+    const OldClient client;
+    zmFBConn object = connect();
+    EXPECT_TRUE(object.isconnected());
+    EXPECT_EQ(show(object.call("executequery", "select A from T where A = 1")[2]), R"({"1"})");
+    EXPECT_EQ(show(object.call("executeupdate", "update T set B = 'x' where A = 1")), "\"\"");
+    const auto error = error_of([&] { Transaction work(object); });
+    EXPECT_EQ(error.sqlstate(), "0A000");
+    EXPECT_NE(error.message().find(" has no object interface"), std::string::npos) << error.message();
+}
+
+}  // namespace
+}  // namespace zmfb::test
