@@ -1,7 +1,10 @@
 /// DBF files into tables and tables into DBF files.
 #pragma once
 
+#include <functional>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "bench/support/worker.h"
 
@@ -15,5 +18,9 @@ std::span<const Command> import_commands();
 std::span<const Command> export_commands();
 /// convert.ours: the conversion of a DBF file to its data file alone, timed. convert.cp: cp of that file.
 std::span<const Command> convert_commands();
+
+/// Runs a transfer whose INSERT and DROP statements are kept back, and returns them. What it raises, that
+/// rows and records differ, is passed over. Throws when it keeps nothing back.
+std::vector<std::string> kept_back_by(const std::function<void()>& transfer);
 
 }  // namespace zmfb::bench

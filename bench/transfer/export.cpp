@@ -1,7 +1,6 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "bench/support/stand_in_client.h"
 #include "bench/transfer/commands.h"
 
 namespace zmfb::bench {
@@ -27,12 +26,8 @@ json export_ours(Worker& worker, const json& request) {
 }
 
 json export_prepare(Worker& worker, const json& request) {
-    const Holdback holdback(
-        [](std::string_view text) { return text.starts_with("INSERT INTO ") || text.starts_with("DROP "); });
     double seconds = 0;
-    if (!attach_and_exile(worker, request, seconds) || holdback.kept_back().empty())
-        throw std::runtime_error("exiletable answers .F.");
-    return {{"statements", holdback.kept_back()}};
+    return {{"statements", kept_back_by([&] { attach_and_exile(worker, request, seconds); })}};
 }
 
 constexpr Command commands[] = {

@@ -2,7 +2,6 @@
 
 #include <stdexcept>
 
-#include "bench/support/stand_in_client.h"
 #include "bench/transfer/commands.h"
 #include "tests/support/dbf_builder.h"
 
@@ -45,12 +44,10 @@ json import_ours(Worker& worker, const json& request) {
 json import_prepare(Worker& worker, const json& request) {
     worker.attach(request.at("database"));
     worker.ours->call("setfullpathdatfile", request.at("data_file").get<std::string>());
-    const Holdback holdback(
-        [](std::string_view text) { return text.starts_with("INSERT INTO ") || text.starts_with("DROP "); });
-    const bool done = worker.ours->call("bringdbf", request.at("dbf").get<std::string>()).logical();
+    const std::string dbf = request.at("dbf");
+    const std::vector<std::string> statements = kept_back_by([&] { worker.ours->call("bringdbf", dbf); });
     worker.detach();
-    if (!done || holdback.kept_back().empty()) throw std::runtime_error("bringdbf answers .F.");
-    return {{"statements", holdback.kept_back()}};
+    return {{"statements", statements}};
 }
 
 constexpr Command commands[] = {
