@@ -144,7 +144,7 @@ TEST_F(ImportFailure, AFileForRejectsThatCannotBeWrittenIsSaid) {
     const std::string csv = file("nowhere/rejects.csv");
     const Finished run = on(path, {"import", dbf, "--rejects", csv});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "error: cannot write " + csv + "\n");
+    EXPECT_EQ(run.err, "error: cannot write " + csv + ": No such file or directory\n");
 }
 
 TEST_F(ImportFailure, WithoutAFileHandleLeftNothingIsBegun) {

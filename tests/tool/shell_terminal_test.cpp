@@ -171,6 +171,24 @@ TEST_F(ShellOnATerminal, TabOffersNoNameThatNeedsQuotes) {
     EXPECT_NE(read_file(history()).find("CUSTOMERS;"), std::string::npos) << read_file(history());
 }
 
+TEST_F(ShellOnATerminal, HistoryIsNotKeptInAFolderOfAnotherUser) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can make a folder of another user";
+    constexpr uid_t somebody_else = 12345;
+    const std::string own = write_file("precious", "precious");
+    std::filesystem::create_directories(file("state/zmfbconn"));
+    std::filesystem::create_symlink(own, history());
+    for (const std::string& theirs : {file("state/zmfbconn"), history()}) {
+        ASSERT_EQ(::lchown(theirs.c_str(), somebody_else, somebody_else), 0);
+    }
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    talk.type("select 1 from rdb$database;\n");
+    talk.expect_prompt(prompt);
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+    EXPECT_EQ(read_file(own), "precious");
+}
+
 TEST_F(ShellOnATerminal, HistoryIsKeptForItsOwnerWithoutPasswords) {
     {
         Dialogue talk(command());

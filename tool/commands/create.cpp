@@ -4,6 +4,7 @@
 
 #include "tool/commands.h"
 #include "tool/hints.h"
+#include "tool/output_file.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::tool {
@@ -18,6 +19,8 @@ Exit create_command(Session& session) {
         throw Failure{Exit::failed, fmt::format("{} exists already and is left alone", options.database), "",
                       std::string(hint_for("File exists"))};
     }
+    // The engine follows a link that leads nowhere yet, whoever made it.
+    if (local) place_of_file(options.database);
     session.prepare_client();
     std::string problem = create_database(options.database, options.user, options.password);
     if (!problem.empty())

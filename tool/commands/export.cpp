@@ -14,6 +14,7 @@
 #include "tool/confirm.h"
 #include "tool/counted.h"
 #include "tool/json.h"
+#include "tool/output_file.h"
 #include "tool/transfer/export_check.h"
 #include "tool/transfer/supervised.h"
 #include "tool/transfer/undo.h"
@@ -112,12 +113,15 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
     report_check(upper, check_export(connection, upper, structure));
 
     const fs::path target = fs::path(given.folder) / (name + ".dbf");
+    const fs::path place = place_of_file(target);
+    if (place.empty())
+        throw Failure{Exit::failed, fmt::format("cannot write {}: it is no file", target.string())};
     if (fs::exists(target) && !given.yes && !confirm(fmt::format("Replace {}?", target.string()))) {
         throw Failure{Exit::failed, fmt::format("{} is there already", target.string()),
                       "Nothing was changed. --yes replaces it without asking."};
     }
     drop_leftover(connection, "EXT_" + upper);
-    const fs::path folder = make_private_folder(given.folder);
+    const fs::path folder = make_private_folder(place.parent_path());
     reports.send("folder " + folder.string());
     const std::string data_file = connection.call("getfullpathdatfile").string();
     reports.send("data " + data_file);
@@ -131,8 +135,8 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
     }
     const std::string written = target.lexically_normal().string();
     std::error_code problem;
-    fs::rename(folder / (name + ".dbf"), target, problem);
-    if (problem) throw Failure{Exit::failed, fmt::format("cannot write {}", written), problem.message()};
+    fs::rename(folder / (name + ".dbf"), place, problem);
+    if (problem) throw Failure{Exit::failed, fmt::format("cannot write {}: {}", written, problem.message())};
     if (session.options().json) {
         Json json{{"table", upper},
                   {"file", written},

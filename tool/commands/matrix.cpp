@@ -12,6 +12,7 @@
 #include "tool/json.h"
 #include "tool/matrix/consequences.h"
 #include "tool/matrix/matrix_file.h"
+#include "tool/output_file.h"
 #include "tool/rows/shown_text.h"
 #include "tool/terminal.h"
 
@@ -40,13 +41,6 @@ void print_log(const Value& log) {
 bool has_actions(const Value& log) {
     return std::ranges::any_of(log.items(),
                                [](const Value& entry) { return entry[1].text().starts_with('['); });
-}
-
-std::string latin1_argument(const std::string& text, std::string_view what) {
-    const auto latin1 = to_latin1(text);
-    if (!latin1)
-        throw Failure{Exit::usage, fmt::format("{} has a character outside {}", what, encoding_name())};
-    return *latin1;
 }
 
 /// What the object says that a matrix would do, and what comes of that.
@@ -102,16 +96,21 @@ Exit report(Session& session, const Value& result, const Plan& plan) {
     return ok ? Exit::ok : Exit::failed;
 }
 
+/// Hands each line of a matrix to `put`.
+template <class Put>
+void for_each_line(const Value& matrix, const Put& put) {
+    for (const Value& group : matrix.items()) {
+        const Value lines = group[1];
+        for (const Value& line : lines.items()) put(line[1].text());
+    }
+}
+
 /// A matrix as its file has it, or as a terminal wants it.
 void print_matrix(const Value& matrix) {
     const bool terminal = output_is_terminal();
-    for (const Value& group : matrix.items()) {
-        const Value lines = group[1];
-        for (const Value& line : lines.items()) {
-            const std::string_view text = line[1].text();
-            fmt::print("{}", terminal ? to_utf8(text) + "\n" : std::string(text) + "\r\n");
-        }
-    }
+    for_each_line(matrix, [&](std::string_view text) {
+        fmt::print("{}", terminal ? to_utf8(text) + "\n" : std::string(text) + "\r\n");
+    });
 }
 
 /// Those of all tables that have a structure to write. The system tables are always among them: of an empty
@@ -153,25 +152,23 @@ Exit matrix_extract_command(Session& session, const std::vector<std::string>& ta
                             bool yes) {
     zmFBConn& connection = session.connection();
     const Value names = tables.empty() ? nameable_tables(connection) : named_tables(connection, tables);
-    // The method always puts its extension behind the name.
-    std::string path = latin1_argument(file, "the file name");
-    if (path.ends_with(extension)) path.resize(path.size() - extension.size());
-    const std::string written = path + std::string(extension);
-    if (!path.empty() && !yes && host::file(written).logical() &&
-        !confirm(fmt::format("Replace {}?", to_utf8(written)))) {
-        throw Failure{Exit::failed, fmt::format("{} is there already", to_utf8(written)),
-                      "Nothing was changed. --yes replaces it without asking."};
-    }
-    const std::size_t raised_before = session.raised().size();
-    const Value matrix = connection.call("extractmatrix", names, path);
-    if (path.empty()) {
-        print_matrix(matrix);
+    if (file.empty()) {
+        print_matrix(connection.call("extractmatrix", names, ""));
         return Exit::ok;
     }
-    if (session.raised().size() != raised_before || !host::file(written).logical()) {
-        throw Failure{Exit::failed, fmt::format("cannot write {}", to_utf8(written))};
+    const std::string written = file.ends_with(extension) ? file : file + std::string(extension);
+    if (!yes && host::file(written).logical() && !confirm(fmt::format("Replace {}?", written))) {
+        throw Failure{Exit::failed, fmt::format("{} is there already", written),
+                      "Nothing was changed. --yes replaces it without asking."};
     }
-    fmt::print("{}: {}\n", to_utf8(written), counted(matrix.size() - 1, "table", "tables"));
+    OutputFile out(written);
+    const Value matrix = connection.call("extractmatrix", names, "");
+    for_each_line(matrix, [&](std::string_view text) {
+        out.write(text);
+        out.write("\r\n");
+    });
+    out.close();
+    fmt::print("{}: {}\n", written, counted(matrix.size() - 1, "table", "tables"));
     return Exit::ok;
 }
 

@@ -41,7 +41,7 @@ bool RowWriter::row(const host::Value& values) {
 
 void RowWriter::end(bool complete) {
     if (begun_) write_tail(complete);
-    sink_.close();
+    sink_.close(complete);
 }
 
 std::string RowWriter::count_line(std::string_view note) const {

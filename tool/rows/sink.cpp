@@ -3,31 +3,35 @@
 #include <fmt/format.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <utility>
 
 #include "tool/session.h"
 
 namespace zmfb::tool {
+namespace {
 
-Sink::~Sink() {
-    if (is_file() && file_ != nullptr) std::fclose(file_);
+[[noreturn]] void fail() {
+    throw Failure{Exit::failed, fmt::format("cannot write to standard output: {}", std::strerror(errno))};
 }
+
+}  // namespace
 
 void Sink::write(std::string_view text) {
-    if (file_ == nullptr) file_ = is_file() ? std::fopen(path_.c_str(), "wb") : stdout;
-    if (file_ == nullptr || std::fwrite(text.data(), 1, text.size(), file_) != text.size()) fail();
+    if (is_file()) {
+        if (!file_) file_.emplace(path_);
+        file_->write(text);
+    } else if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+        fail();
+    }
 }
 
-void Sink::close() {
-    if (file_ == nullptr) return;
-    std::FILE* const file = std::exchange(file_, nullptr);
-    if ((is_file() ? std::fclose(file) : std::fflush(file)) != 0) fail();
-}
-
-void Sink::fail() const {
-    throw Failure{Exit::failed, fmt::format("cannot write {}: {}", is_file() ? path_ : "to standard output",
-                                            std::strerror(errno))};
+void Sink::close(bool complete) {
+    if (file_) {
+        complete ? file_->close() : file_->give_up();
+    } else if (!is_file() && std::fflush(stdout) != 0) {
+        fail();
+    }
 }
 
 }  // namespace zmfb::tool

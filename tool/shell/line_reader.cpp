@@ -127,6 +127,13 @@ void use_utf8() {
     if (std::string_view(nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
 }
 
+// Whether nobody else may lay a link there, to lead what is written elsewhere.
+bool is_ours(const fs::path& folder) {
+    struct stat status {};
+    return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == ::geteuid() &&
+           (status.st_mode & S_IWOTH) == 0;
+}
+
 std::string path_of_history() {
     const auto set = [](const char* name) {
         const char* const value = std::getenv(name);
@@ -141,7 +148,7 @@ std::string path_of_history() {
     folder /= "zmfbconn";
     std::error_code error;
     fs::create_directories(folder, error);
-    return error ? std::string() : (folder / "history").string();
+    return is_ours(folder) ? (folder / "history").string() : std::string();
 }
 
 bool may_hold_a_password(std::string_view input) {

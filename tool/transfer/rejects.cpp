@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include "tool/session.h"
-
 namespace zmfb::tool {
 namespace {
 
@@ -25,18 +23,16 @@ void Rejects::add(const BadValue& value) {
             fmt::format("record {}, field {}: \"{}\": {}", value.record, field, bytes, value.reason));
     }
     if (path_.empty()) return;
-    if (!file_.is_open()) {
-        file_.open(path_, std::ios::binary | std::ios::trunc);
-        file_ << "file,record,field,bytes,reason\r\n";
+    if (!file_) {
+        file_.emplace(path_);
+        file_->write("file,record,field,bytes,reason\r\n");
     }
-    file_ << fmt::format("{},{},{},{},{}\r\n", quoted(source_), value.record, quoted(field), quoted(bytes),
-                         quoted(value.reason));
+    file_->write(fmt::format("{},{},{},{},{}\r\n", quoted(source_), value.record, quoted(field),
+                             quoted(bytes), quoted(value.reason)));
 }
 
 void Rejects::close() {
-    if (count_ > 0 && !path_.empty() && !file_.flush()) {
-        throw Failure{Exit::failed, fmt::format("cannot write {}", path_)};
-    }
+    if (file_) file_->close();
 }
 
 std::string Rejects::text() const {

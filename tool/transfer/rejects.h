@@ -1,10 +1,11 @@
 /// Values that an import refuses: the first of them for a person, all of them for a file.
 #pragma once
 
-#include <fstream>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "tool/output_file.h"
 #include "tool/transfer/dbf_check.h"
 
 namespace zmfb::tool {
@@ -25,7 +26,7 @@ class Rejects {
   private:
     std::string source_;
     std::string path_;
-    std::ofstream file_;
+    std::optional<OutputFile> file_;
     std::vector<std::string> first_;
     std::uint64_t count_ = 0;
 };

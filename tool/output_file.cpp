@@ -1,0 +1,142 @@
+#include "tool/output_file.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+#include <linux/magic.h>
+#include <sys/stat.h>
+#include <sys/vfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <thread>
+#include <utility>
+
+#include "host/file.h"
+#include "tool/interrupt.h"
+#include "tool/session.h"
+
+namespace zmfb::tool {
+namespace {
+
+constexpr std::size_t block = 65536;
+
+[[noreturn]] void cannot_write(const std::string& path, std::string_view reason) {
+    throw Failure{Exit::failed, fmt::format("cannot write {}: {}", path, reason)};
+}
+
+std::string folder_of(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+// Those of /proc/self/fd lead to what is open already, and their texts are no paths.
+bool leads_to_something_open(const std::string& link) {
+    struct statfs system {};
+    return ::statfs(folder_of(link).c_str(), &system) == 0 && system.f_type == PROC_SUPER_MAGIC;
+}
+
+std::string target_of(const std::string& link) {
+    std::string target(4096, '\0');
+    const ssize_t size = ::readlink(link.c_str(), target.data(), target.size());
+    target.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    return target.starts_with('/') ? target : folder_of(link) + "/" + target;
+}
+
+}  // namespace
+
+std::string place_of_file(const std::string& path) {
+    constexpr int most_links = 40;
+    std::string place = path;
+    for (int links = 0; links < most_links; ++links) {
+        struct stat status {};
+        if (::lstat(place.c_str(), &status) != 0) return place;
+        if (S_ISDIR(status.st_mode)) cannot_write(path, std::strerror(EISDIR));
+        if (!S_ISLNK(status.st_mode)) return S_ISREG(status.st_mode) ? place : "";
+        if (status.st_uid != ::geteuid() && status.st_uid != 0) {
+            cannot_write(path, "it is a symbolic link of another user");
+        }
+        if (leads_to_something_open(place)) return "";
+        place = target_of(place);
+    }
+    cannot_write(path, std::strerror(ELOOP));
+}
+
+OutputFile::OutputFile(std::string path) : path_(std::move(path)), place_(place_of_file(path_)) {
+    if (place_.empty()) {
+        open_stream();
+    } else {
+        begin_beside();
+    }
+}
+
+OutputFile::~OutputFile() { discard(); }
+
+void OutputFile::discard() {
+    if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
+    if (!temporary_.empty()) ::unlink(std::exchange(temporary_, {}).c_str());
+}
+
+void OutputFile::give_up() {
+    if (place_.empty()) return close();
+    discard();
+}
+
+// One that was there keeps the permissions that its owner gave it, and one that may not be written stays.
+void OutputFile::begin_beside() {
+    struct stat before {};
+    const bool is_there = ::stat(place_.c_str(), &before) == 0;
+    if (is_there && ::faccessat(AT_FDCWD, place_.c_str(), W_OK, AT_EACCESS) != 0) fail();
+    std::string name = host::tempfilename(folder_of(place_), ".zmfb-").string();
+    constexpr mode_t usual = 0666;
+    descriptor_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, usual);
+    if (descriptor_ < 0) fail();
+    temporary_ = std::move(name);
+    constexpr mode_t permissions = 0777;
+    if (is_there && before.st_uid == ::geteuid() &&
+        ::fchmod(descriptor_, before.st_mode & permissions) != 0) {
+        fail();
+    }
+}
+
+// A pipe with a name waits for somebody who reads it.
+void OutputFile::open_stream() {
+    std::fflush(stdout);
+    constexpr auto pause = std::chrono::milliseconds(50);
+    for (;;) {
+        descriptor_ = ::open(path_.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+        if (descriptor_ >= 0) break;
+        if (errno != ENXIO || InterruptWatch::interrupted()) fail();
+        std::this_thread::sleep_for(pause);
+    }
+    ::fcntl(descriptor_, F_SETFL, O_APPEND);
+}
+
+void OutputFile::write(std::string_view bytes) {
+    pending_ += bytes;
+    if (pending_.size() >= block) flush();
+}
+
+void OutputFile::flush() {
+    std::string_view rest = pending_;
+    while (!rest.empty()) {
+        const ssize_t written = ::write(descriptor_, rest.data(), rest.size());
+        if (written < 0 && (errno != EINTR || InterruptWatch::interrupted())) fail();
+        if (written > 0) rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+    pending_.clear();
+}
+
+void OutputFile::close() {
+    flush();
+    if (::close(std::exchange(descriptor_, -1)) != 0) fail();
+    if (temporary_.empty()) return;
+    if (::rename(temporary_.c_str(), place_.c_str()) != 0) fail();
+    temporary_.clear();
+}
+
+void OutputFile::fail() const { cannot_write(path_, std::strerror(errno)); }
+
+}  // namespace zmfb::tool

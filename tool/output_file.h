@@ -1,0 +1,45 @@
+/// The files that the tool writes for a person.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace zmfb::tool {
+
+/// Where the file of a path is or is to be, behind symbolic links of this user and of root; "" for what is no
+/// file: a pipe, a terminal, another device. Throws Failure for a link of somebody else, who could lead what
+/// is written elsewhere from a folder that all may write to, and for a folder.
+std::string place_of_file(const std::string& path);
+
+/// A file that is written under another name beside its place and takes its name at the end: until then what
+/// was there stays as it is, and so it does when anything fails. What is no file is written to at once. The
+/// functions throw Failure, which names the path.
+class OutputFile {
+  public:
+    explicit OutputFile(std::string path);
+    /// What was not closed goes.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    void write(std::string_view bytes);
+    /// Everything is in its place when it returns.
+    void close();
+    /// Lets a file be what it was; what is no file gets all that was written.
+    void give_up();
+
+  private:
+    void begin_beside();
+    void discard();
+    void open_stream();
+    void flush();
+    [[noreturn]] void fail() const;
+
+    std::string path_;
+    std::string place_;      ///< "" for what is no file
+    std::string temporary_;  ///< beside it; "" when there is none
+    std::string pending_;
+    int descriptor_ = -1;
+};
+
+}  // namespace zmfb::tool
