@@ -42,9 +42,10 @@ zmfb_status zmfb_prepare(const char* database) {
 zmfb_status zmfb_create_database(const char* database, const char* user, const char* password) {
     if (database == nullptr) return fail_null();
     return guard([=] {
-        std::string problem = zmfb::create_database(database, text_of(user), text_of(password));
-        if (problem.empty()) problem = zmfb::declare_functions(database, text_of(user), text_of(password));
-        return done(problem);
+        return done(
+            zmfb::create_database(database, text_of(user), text_of(password), [=](const std::string& name) {
+                return zmfb::declare_functions(name, text_of(user), text_of(password));
+            }));
     });
 }
 

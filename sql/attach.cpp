@@ -98,7 +98,7 @@ int attach_slot(std::string_view database, std::string_view user, std::string_vi
     if (const char* reason = objection_to(database, user, password, role))
         return refuse(bad_parameters, reason);
     require_not_cancelled();
-    const std::string name(database);
+    const std::string name = name_without_blanks(database);
     const ParameterBlock block(user, password, role);
     return names_a_server(name) ? attach_slot(name, block) : attach_slot_guarded(name, block);
 }

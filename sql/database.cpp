@@ -1,6 +1,13 @@
 #include "zmfbconn/database.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -8,6 +15,7 @@
 #include "sql/attach.h"
 #include "sql/attachments.h"
 #include "sql/client.h"
+#include "sql/driver_setup.h"
 #include "sql/parameter_block.h"
 #include "sql/state.h"
 #include "sql/statement_text.h"
@@ -55,6 +63,62 @@ std::vector<std::string> statements_of(std::string_view script) {
     return statements;
 }
 
+// A name without a folder may be one of the engine's aliases.
+bool names_a_file(std::string_view database) {
+    return !names_a_server(database) &&
+           (sql::in_private_environment() || database.find('/') != std::string_view::npos);
+}
+
+// Gives a file its name, unless there is a file of that name.
+bool give_name(const std::string& file, const std::string& name) {
+    if (renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0) return true;
+    // Not every file system can do that, and not every one has links.
+    return errno == EINVAL && link(file.c_str(), name.c_str()) == 0 && unlink(file.c_str()) == 0;
+}
+
+using Fill = std::function<std::string(const std::string&)>;
+
+std::string create(const std::string& database, std::string_view user, std::string_view password,
+                   const Fill& fill) {
+    sql::require_not_cancelled();
+    const sql::ParameterBlock block(user, password, "");
+    std::string items = block.bytes();
+    items.append(dialect_item, sizeof dialect_item);
+    isc_db_handle handle{};
+    ISC_STATUS* const status = sql::state().status;
+    sql::client().create_database(status, database.c_str(), &handle, static_cast<short>(items.size()),
+                                  items.data());
+    if (sql::sqlcode() < 0) return last_engine_message();
+    sql::client().detach_database(status, &handle);
+    if (sql::sqlcode() < 0) return last_engine_message();
+    return fill ? fill(database) : "";
+}
+
+// A file of this process that goes unless it got another name.
+struct Unnamed {
+    const std::string& name;
+    ~Unnamed() { unlink(name.c_str()); }
+};
+
+// Nobody finds the file under its name before it is whole.
+std::string create_file(const std::string& file, std::string_view user, std::string_view password,
+                        const Fill& fill) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const fs::path folder = fs::absolute(file, error).parent_path();
+    if (faccessat(AT_FDCWD, (folder / ".").c_str(), W_OK | X_OK, AT_EACCESS) != 0)
+        return "cannot create a database in " + folder.string() + ": " + std::strerror(errno);
+    const std::string fresh = file + "." + std::to_string(getpid());
+    for (const std::string& name : {file, fresh}) {
+        if (fs::exists(fs::symlink_status(name, error))) return name + ": File exists";
+    }
+    const Unnamed unnamed{fresh};
+    std::string problem = create(fresh, user, password, fill);
+    if (problem.empty() && !give_name(fresh, file))
+        problem = "the new database cannot be called " + file + ": " + std::strerror(errno);
+    return problem;
+}
+
 }  // namespace
 
 bool names_a_server(std::string_view database) {
@@ -62,20 +126,12 @@ bool names_a_server(std::string_view database) {
     return colon != std::string_view::npos && colon > 0 && colon + 1 < database.size();
 }
 
-std::string create_database(std::string_view database, std::string_view user, std::string_view password) {
+std::string create_database(std::string_view database, std::string_view user, std::string_view password,
+                            const std::function<std::string(const std::string& name)>& fill) {
     const conn::PublicCall under_way;
     if (const char* reason = sql::objection_to(database, user, password, "")) return reason;
-    sql::require_not_cancelled();
-    const sql::ParameterBlock block(user, password, "");
-    std::string items = block.bytes();
-    items.append(dialect_item, sizeof dialect_item);
-    isc_db_handle handle{};
-    ISC_STATUS* const status = sql::state().status;
-    sql::client().create_database(status, std::string(database).c_str(), &handle,
-                                  static_cast<short>(items.size()), items.data());
-    if (sql::sqlcode() < 0) return last_engine_message();
-    sql::client().detach_database(status, &handle);
-    return sql::sqlcode() < 0 ? last_engine_message() : "";
+    const std::string name = sql::name_without_blanks(database);
+    return (names_a_file(name) ? create_file : create)(name, user, password, fill);
 }
 
 std::string run_script(std::string_view database, std::string_view user, std::string_view password,

@@ -1,5 +1,7 @@
 #include "sql/parameter_block.h"
 
+#include <algorithm>
+
 #include "sql/client.h"
 
 namespace zmfb::sql {
@@ -20,6 +22,11 @@ const char* objection_to(std::string_view database, std::string_view user, std::
     if (password.size() > item_limit) return "The password is longer than 255 bytes";
     if (role.size() > item_limit) return "The role name is longer than 255 bytes";
     return nullptr;
+}
+
+std::string name_without_blanks(std::string_view database) {
+    const std::size_t first = std::min(database.find_first_not_of(' '), database.size());
+    return std::string(database.substr(first, database.find_last_not_of(' ') - first + 1));
 }
 
 ParameterBlock::ParameterBlock(std::string_view user, std::string_view password, std::string_view role) {

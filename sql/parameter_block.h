@@ -12,6 +12,9 @@ namespace zmfb::sql {
 const char* objection_to(std::string_view database, std::string_view user, std::string_view password,
                          std::string_view role);
 
+/// The database name as the client takes it: blanks around it do not count.
+std::string name_without_blanks(std::string_view database);
+
 /// A parameter block of user, password and role, which must have passed objection_to(); no character set.
 class ParameterBlock {
   public:

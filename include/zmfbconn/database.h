@@ -2,6 +2,7 @@
 /// engine said.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -51,8 +52,11 @@ std::string prepare_client(std::string_view database);
 bool names_a_server(std::string_view database);
 
 /// Creates a database of dialect 3 without a default character set; a local file that exists is refused and
-/// left alone. Returns "" or what the engine said.
-std::string create_database(std::string_view database, std::string_view user, std::string_view password);
+/// left alone. `fill`, when given, puts in what it is to have, and returns "" or what went wrong. A local
+/// file gets its name when all that is done: until then, and for `fill`, the number of this process stands
+/// behind it, and it is removed when anything fails or is thrown. Returns "" or what went wrong.
+std::string create_database(std::string_view database, std::string_view user, std::string_view password,
+                            const std::function<std::string(const std::string& name)>& fill = {});
 
 /// Runs `script`, statements that each end with ";" at the end of a line, in `database`, each in a
 /// transaction of its own. Returns "" or what the engine said of the first that failed.

@@ -1,8 +1,11 @@
 // Making databases, environments and attachments.
 #include "zmfbconn/database.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 #include "sql/attach.h"
 #include "sql/state.h"
@@ -43,7 +46,6 @@ TEST_F(Databases, ExistingFileIsRefusedAndLeftAlone) {
     ASSERT_EQ(run(name_of("new.fdb"), "create table KEPT (A integer);"), "");
     const std::string refusal = create(name_of("new.fdb"));
     EXPECT_NE(refusal.find("File exists"), std::string::npos) << refusal;
-    EXPECT_EQ(last_engine_message(), refusal);
     EXPECT_EQ(BareClient(name_of("new.fdb")).rows("select count(*) from KEPT"), (Rows{{"0"}}));
 }
 
@@ -56,6 +58,48 @@ TEST_F(Databases, ForeignFileIsRefusedAndLeftAlone) {
 TEST_F(Databases, FolderThatIsNotThereIsRefused) {
     const std::string refusal = create(name_of("nowhere/new.fdb"));
     EXPECT_NE(refusal.find("No such file or directory"), std::string::npos) << refusal;
+}
+
+TEST_F(Databases, NewOneHasItsNameWhenItIsFilled) {
+    std::string during;
+    const auto fill = [&](const std::string& name) {
+        during = name;
+        EXPECT_EQ(fs::exists(file("new.fdb")), on_server());
+        return run(name, "create table FILLED (A integer);");
+    };
+    ASSERT_EQ(create_database(name_of("new.fdb"), sysdba, sysdba_password, fill), "");
+    EXPECT_EQ(during, name_of("new.fdb") + (on_server() ? "" : "." + std::to_string(::getpid())));
+    EXPECT_EQ(BareClient(name_of("new.fdb")).rows("select count(*) from FILLED"), (Rows{{"0"}}));
+}
+
+TEST_F(Databases, BlanksAroundTheNameOfANewOneDoNotCount) {
+    ASSERT_EQ(create(name_of("new.fdb") + "  "), "");
+    EXPECT_TRUE(fs::exists(file("new.fdb")));
+}
+
+TEST_F(Databases, OneThatCannotBeFilledIsNotThere) {
+    if (on_server()) GTEST_SKIP() << "a server's files are not ours to remove";
+    EXPECT_EQ(create_database(name_of("new.fdb"), sysdba, "", [](const std::string&) { return "no"; }), "no");
+    EXPECT_THROW(create_database(name_of("new.fdb"), sysdba, "",
+                                 [](const std::string&) -> std::string { throw std::runtime_error("no"); }),
+                 std::runtime_error);
+    EXPECT_TRUE(fs::exists(file("database.fdb")));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder()), fs::directory_iterator()), 1);
+}
+
+TEST_F(Databases, OneIsNotFilledInTheFileOfSomebodyElse) {
+    if (on_server()) GTEST_SKIP() << "a server makes the file under its name";
+    const std::string taken = "new.fdb." + std::to_string(::getpid());
+    write_file(taken, "precious");
+    EXPECT_EQ(create(name_of("new.fdb")), file(taken) + ": File exists");
+    EXPECT_EQ(read_file(file(taken)), "precious");
+    // While it is filled somebody makes a file of its name.
+    const std::string problem = create_database(name_of("b.fdb"), sysdba, "", [&](const std::string&) {
+        write_file("b.fdb", "precious");
+        return "";
+    });
+    EXPECT_EQ(problem, "the new database cannot be called " + file("b.fdb") + ": File exists");
+    EXPECT_EQ(read_file(file("b.fdb")), "precious");
 }
 
 TEST_F(Databases, CreatingLeavesNoAttachment) {

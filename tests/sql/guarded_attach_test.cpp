@@ -92,6 +92,17 @@ TEST_F(GuardedAttach, ARefusalIsAnAttachThatFails) {
     EXPECT_EQ(problem, last_engine_message());
 }
 
+TEST_F(GuardedAttach, BlanksAroundANameDoNotCount) {
+    WorkerProcess holder = worker();
+    ASSERT_TRUE(opens(holder, path_of("b")));
+    FaultyClient client;
+    EXPECT_EQ(attach("  " + path_of("b") + " ").sqlcode, -902);
+    EXPECT_EQ(client.count(ClientCall::attach_database), 0) << "the engine was not asked";
+    const sql::Attachment made = attach(" " + path_of("a") + "  ");
+    EXPECT_EQ(made.sqlcode, 0);
+    sql::detach(made.handle);
+}
+
 TEST_F(GuardedAttach, APathTooLongForTheEngineToTellIsHeldToo) {
     const std::string deep = file(std::string(200, 'd'));
     fs::create_directories(deep + "/" + std::string(100, 'e'));

@@ -1,3 +1,6 @@
+#include <chrono>
+#include <filesystem>
+
 #include "tests/support/environment.h"
 #include "tests/support/server.h"
 #include "tests/tool/tool.h"
@@ -61,9 +64,61 @@ TEST_F(Create, WhatIsNoDatabaseOfTheDriversIsNotSentRoundInCircles) {
 
 TEST_F(Create, AFolderThatIsNotThereIsSaidSo) {
     const Finished run = on(file("nowhere/test.fdb"), {"create"});
-    EXPECT_NE(run.status, 0);
-    EXPECT_NE(run.err, "");
-    EXPECT_FALSE(std::filesystem::exists(file("nowhere/test.fdb")));
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "error: cannot create " + file("nowhere/test.fdb") +
+                           "\n  cannot create a database in " + file("nowhere") +
+                           ": No such file or directory\n");
+    EXPECT_FALSE(std::filesystem::exists(file("nowhere")));
+}
+
+TEST_F(Create, WhenItIsKilledThereIsNoHalfDatabase) {
+    if (on_server()) GTEST_SKIP() << "a server creates the file";
+    constexpr int moments = 16;
+    const auto before = std::chrono::steady_clock::now();
+    ASSERT_EQ(on(new_database(), {"create"}).status, 0);
+    const std::chrono::duration<double> whole = std::chrono::steady_clock::now() - before;
+    std::filesystem::remove(new_database());
+    int killed = 0;
+    for (int moment = 1; moment <= moments; ++moment) {
+        const std::string limit = std::to_string(whole.count() * moment / moments);
+        const int status =
+            zmfb({"--db", new_database(), "create"}, "", {"timeout", "-s", "KILL", limit}).status;
+        if (!std::filesystem::exists(new_database())) {
+            ++killed;
+            EXPECT_NE(status, 0);
+            continue;
+        }
+        const Finished look = on(new_database(), {"call", "gettablesname()"});
+        EXPECT_EQ(look.out, "{\"RDDSYS_FLK\", \"RDDSYS_OPN\", \"RDDSYS_RLK\"}\n") << look.err;
+        std::filesystem::remove(new_database());
+    }
+    EXPECT_GT(killed, moments / 4);
+    for (const auto& entry : std::filesystem::directory_iterator(folder())) {
+        const std::string name = entry.path().filename();
+        EXPECT_TRUE(name == "zmrddfire.log" || name.starts_with("test.fdb.")) << name;
+    }
+}
+
+TEST_F(Create, WhoOpensTheDatabaseMeanwhileFindsNoneOrAWholeOne) {
+    if (on_server()) GTEST_SKIP() << "a server creates the file";
+    const std::string script =
+        "\"$0\" --db \"$1\" create >/dev/null & made=$!\n"
+        "while kill -0 $made 2>/dev/null; do \"$0\" --db \"$1\" call 'gettablesname()' 2>&1; done\n"
+        "wait $made";
+    for (int round = 0; round < 3; ++round) {
+        const std::string path = file(std::to_string(round) + ".fdb");
+        const Finished made =
+            run({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "sh", "-c", script, ZMFB_TOOL, path}, "",
+                {"XDG_CACHE_HOME=" + file("cache")});
+        EXPECT_EQ(made.status, 0) << made.err;
+        for (const std::string& line : lines(made.out)) {
+            EXPECT_TRUE(line == "{\"RDDSYS_FLK\", \"RDDSYS_OPN\", \"RDDSYS_RLK\"}" ||
+                        line == "error: cannot attach to " + path || line.starts_with("  I/O error during") ||
+                        line == "  Error while trying to open file" ||
+                        line == "  No such file or directory" || line.starts_with("hint: \"zmfb create\""))
+                << line;
+        }
+    }
 }
 
 TEST_F(Create, ASecondProcessMayHaveTheDatabaseOpenAtTheSameTime) {
@@ -101,7 +156,7 @@ TEST_F(Create, APathThatLeadsNowhereLeavesNothingInTheCurrentFolder) {
 TEST_F(Create, AHalfMadeFileGoesAndNothingElseDoes) {
     if (on_server()) GTEST_SKIP() << "a server's files are not the tool's to remove";
     const std::string other = write_file("other.fdb", "precious");
-    // The file is there and has its functions by the time the role is looked at.
+    // The file is made and has its functions by the time the role is looked at.
     const Finished run = zmfb({"--db", new_database(), "--role", "Łódź", "create"});
     EXPECT_EQ(run.status, 2);
     EXPECT_EQ(run.err, "error: the role has a character outside ISO-8859-1\n");
