@@ -48,6 +48,9 @@ constexpr std::array hints{
         "\"drop table ZZ\" put that right; docs/recovery.md says more"},
     Hint{"no permission for CREATE access to DATABASE",
          "SYSDBA gives the right to make databases; docs/rights.md says how"},
+    Hint{"no permission for read-write access to database",
+         "the file or its disk is read-only for the user who runs the engine; its owner can change that with "
+         "chmod"},
     Hint{"no permission for", "the owner of the database gives rights; docs/rights.md says which are needed"},
     Hint{"There is no privilege for this operation",
          "the owner of the database gives rights; docs/rights.md says which are needed"},

@@ -192,10 +192,10 @@ TEST_F(Guards, AFileThatAnotherProgramHasLockedWholeIsRefused) {
         ::pause();
     });
     ASSERT_EQ(other.answer(), "0");
-    EXPECT_EQ(Holder(file("one"), shop()).answer(),
-              "process " + std::to_string(other.process()) + " (sql_guard_test, user " +
-                  (::geteuid() == 0 ? "root" : std::to_string(::geteuid())) + ") has locked all of " +
-                  shop());
+    const std::string answer = Holder(file("one"), shop()).answer();
+    EXPECT_TRUE(answer.starts_with("process " + std::to_string(other.process()) + " (sql_guard_test, user "))
+        << answer;
+    EXPECT_TRUE(answer.ends_with(") has locked all of " + shop())) << answer;
 }
 
 TEST_F(Guards, WithoutAFolderForLocksNothingIsTaken) {

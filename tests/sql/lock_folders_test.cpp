@@ -42,17 +42,15 @@ TEST_F(LockFolders, AChildOfAProcessWithAnotherDatabaseOpenSharesItsOwn) {
 }
 
 TEST_F(LockFolders, AChildOfAnotherUserMakesAnEnvironmentOfItsOwn) {
-    if (::geteuid() != 0) GTEST_SKIP() << "only root can be another user";
+    if (const std::string why = why_no_other_user(); !why.empty()) GTEST_SKIP() << why;
     open_to_everybody("b");
     WorkerProcess parent = worker();
     ASSERT_TRUE(opens(parent, path_of("a")));
-    fs::create_directory(file("home"));
-    ASSERT_EQ(::chown(file("home").c_str(), 4711, 4711), 0);
-    const std::string look = "XDG_CACHE_HOME=" + file("home") +
-                             " setpriv --reuid=4711 --regid=4711 --clear-groups " + ZMFB_TOOL + " --db " +
-                             path_of("b") + " tables >/dev/null 2>" + file("said");
+    const std::string home = folder_of(4711, "home");
+    const std::string look = "XDG_CACHE_HOME=" + home + " setpriv --reuid=4711 --regid=4711 --clear-groups " +
+                             ZMFB_TOOL + " --db " + path_of("b") + " tables >/dev/null 2>" + file("said");
     EXPECT_EQ(parent.call("shell", look).integer(), 0) << read_file(file("said"));
-    EXPECT_TRUE(fs::is_directory(file("home") + "/zmfbconn/lock"));
+    EXPECT_TRUE(fs::is_directory(home + "/zmfbconn/lock"));
     ASSERT_TRUE(opens(parent, path_of("b")));
     EXPECT_NE(parent.call("shell", look).integer(), 0);
     EXPECT_NE(read_file(file("said")).find("process " + std::to_string(parent.pid()) + " (zmfb_worker, "),
@@ -132,11 +130,11 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(LockFolders, TwoUsersMayHaveADatabaseOneAfterTheOtherButNotAtOnce) {
-    if (::geteuid() != 0) GTEST_SKIP() << "only root can be two users";
+    if (const std::string why = why_no_other_user(); !why.empty()) GTEST_SKIP() << why;
     open_to_everybody("b");
     {
-        WorkerProcess first(as_user(4711));
-        WorkerProcess second(as_user(4712));
+        WorkerProcess first(clean_as(4711));
+        WorkerProcess second(clean_as(4712));
         ASSERT_TRUE(opens(first, path_of("b"))) << engine_message(first);
         expect_refused(second, path_of("b"), first, "4711");
         insert_rows({&first});
@@ -161,16 +159,15 @@ std::vector<std::string> owners_in(const std::string& folder) {
 }
 
 TEST_F(LockFolders, RootWhoLooksAtAUsersDatabaseTakesNothingFromTheUser) {
-    if (::geteuid() != 0) GTEST_SKIP() << "only root is root";
-    const std::vector<std::string> user = as_user(4711);
-    fs::create_directory(file("home"));
-    ASSERT_EQ(::chown(file("home").c_str(), 4711, 4711), 0);
-    const std::string path = file("home") + "/own.fdb";
+    if (const std::string why = why_no_other_user(); !why.empty()) GTEST_SKIP() << why;
+    const std::vector<std::string> user = clean_as(4711);
+    const std::string home = folder_of(4711, "home");
+    const std::string path = home + "/own.fdb";
     ASSERT_EQ(zmfb_by(user, {"--db", path, "create"}).err, "");
-    const std::vector<std::string> before = owners_in(file("home"));
+    const std::vector<std::string> before = owners_in(home);
     const std::vector<std::string> cache_before = owners_in(file("cache-4711"));
     EXPECT_EQ(people_zmfb({"--db", path, "doctor"}).status, 0);
-    EXPECT_EQ(owners_in(file("home")), before);
+    EXPECT_EQ(owners_in(home), before);
     EXPECT_EQ(owners_in(file("cache-4711")), cache_before);
     WorkerProcess owner(user);
     EXPECT_TRUE(opens(owner, path)) << engine_message(owner);
@@ -189,7 +186,7 @@ std::string line_from(const std::string& text, const std::string& start) {
 }
 
 TEST_F(LockFolders, TheGfixLinesOfThePageAndOfTheDoctorWorkForAnOrdinaryUser) {
-    std::vector<std::string> user = ::geteuid() == 0 ? as_user(4711) : clean(cache());
+    std::vector<std::string> user = why_no_other_user().empty() ? clean_as(4711) : clean(cache());
     open_to_everybody("b");
     const Finished doctor = zmfb_by(user, {"--db", path_of("b"), "doctor"});
     fs::create_symlink(path_of("b"), file("b") + "/shop.fdb");

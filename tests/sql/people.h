@@ -23,8 +23,6 @@ class People : public Tool {
 
     void SetUp() override {
         if (on_server()) GTEST_SKIP() << "lock folders are the embedded engine's";
-        // Other users get this far.
-        ::chmod(process_folder().c_str(), 0711);
         for (const char* name : {"a", "b"}) {
             std::filesystem::create_directory(file(name));
             ASSERT_EQ(people_zmfb({"--db", path_of(name), "create"}).err, "");
@@ -56,14 +54,18 @@ class People : public Tool {
                 "ZMFB_UDF_DIR=" + udf_folder()};
     }
     /// The same as another user, whose cache folder is made.
-    [[nodiscard]] std::vector<std::string> as_user(int user) const {
-        const std::string id = std::to_string(user);
-        const std::string cache = file("cache-" + id);
-        std::filesystem::create_directory(cache);
-        EXPECT_EQ(::chown(cache.c_str(), static_cast<uid_t>(user), static_cast<gid_t>(user)), 0);
-        std::vector<std::string> words{"setpriv", "--reuid=" + id, "--regid=" + id, "--clear-groups"};
+    [[nodiscard]] std::vector<std::string> clean_as(int user) const {
+        const std::string cache = folder_of(user, "cache");
+        std::vector<std::string> words = as_user(user);
         for (const std::string& word : clean(cache)) words.push_back(word);
         return words;
+    }
+    /// A new folder of another user's.
+    [[nodiscard]] std::string folder_of(int user, const std::string& name) const {
+        std::string path = file(name + "-" + std::to_string(user));
+        std::filesystem::create_directory(path);
+        EXPECT_EQ(::chown(path.c_str(), static_cast<uid_t>(user), static_cast<gid_t>(user)), 0);
+        return path;
     }
     /// zmfb as this user.
     [[nodiscard]] Finished people_zmfb(const std::vector<std::string>& words) const {

@@ -1,5 +1,8 @@
 #include "tests/tool/tool.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <stdexcept>
 
@@ -23,6 +26,20 @@ Tool::Tool() {
     Server::shared();
     setenv("ISC_USER", sysdba, 1);
     setenv("ISC_PASSWORD", sysdba_password, 1);
+}
+
+std::vector<std::string> Tool::as_user(int user) {
+    const std::string id = std::to_string(user);
+    return {"setpriv", "--reuid=" + id, "--regid=" + id, "--clear-groups"};
+}
+
+std::string Tool::why_no_other_user() {
+    if (::geteuid() != 0) return "only root can be another user";
+    // The way to the files of this test.
+    ::chmod(process_folder().c_str(), 0711);
+    std::vector<std::string> command = as_user(4711);
+    command.insert(command.end(), {"test", "-x", ZMFB_TOOL});
+    return run(command).status == 0 ? "" : "other users cannot enter the build folder";
 }
 
 std::string Tool::as_database(const std::string& name) const {

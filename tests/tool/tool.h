@@ -22,6 +22,10 @@ class Tool : public Runtime {
     Finished zmfb_in(const std::string& folder, std::vector<std::string> words) const;
     /// The same, started by a shell that does this first: sets limits, ignores signals.
     Finished zmfb_after(const std::string& preparation, std::vector<std::string> words) const;
+    /// Words of a command that run what follows as another user, and the number of that user.
+    [[nodiscard]] static std::vector<std::string> as_user(int user);
+    /// Why no other user can run the tool here; "" when as_user() does.
+    [[nodiscard]] static std::string why_no_other_user();
     /// What names a file of this test as a database: its path, on a server in a run on one.
     [[nodiscard]] std::string as_database(const std::string& name) const;
     /// A database of this test, not made yet.

@@ -1,3 +1,6 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <nlohmann/json.hpp>
 
 #include "tests/conn/expected_methods.h"
@@ -128,6 +131,25 @@ TEST_F(Usage, AFolderForLockFilesThatIsNotThereGetsAHintToo) {
     EXPECT_EQ(run.status, 3);
     EXPECT_NE(run.err.find("  cannot use the folder of the engine's lock files, " + file("nowhere") +
                            ": No such file or directory\nhint: FIREBIRD_LOCK names a folder of this user"),
+              std::string::npos)
+        << run.err;
+}
+
+TEST_F(Usage, ADatabaseFileThatMayOnlyBeReadGetsAHintAboutTheFile) {
+    if (on_server()) GTEST_SKIP() << "a server's files are not the tool's";
+    const std::string path = database();
+    ASSERT_EQ(::chmod(path.c_str(), 0444), 0);
+    std::filesystem::create_directory(file("cache"));
+    std::vector<std::string> settings{"XDG_CACHE_HOME=" + file("cache")};
+    if (::geteuid() == 0) {
+        // Root may write it all the same.
+        if (const std::string why = why_no_other_user(); !why.empty()) GTEST_SKIP() << why;
+        ASSERT_EQ(::chown(file("cache").c_str(), 4711, 4711), 0);
+        for (const std::string& word : as_user(4711)) settings.push_back(word);
+    }
+    const Finished run = zmfb({"--db", path, "tables"}, "", settings);
+    EXPECT_EQ(run.status, 3);
+    EXPECT_NE(run.err.find("\nhint: the file or its disk is read-only for the user who runs the engine"),
               std::string::npos)
         << run.err;
 }
