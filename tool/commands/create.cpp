@@ -13,16 +13,17 @@ namespace {
 Exit create_command(Session& session) {
     session.require_database();
     const Options& options = session.options();
+    const bool local = !names_a_server(options.database);
     std::error_code ignored;
-    if (!names_a_server(options.database) && std::filesystem::exists(options.database, ignored)) {
+    if (local && std::filesystem::exists(options.database, ignored)) {
         throw Failure{Exit::failed, fmt::format("{} exists already and is left alone", options.database), "",
                       std::string(hint_for("File exists"))};
     }
-    // The engine follows a link that leads nowhere yet, whoever made it.
-    if (local) place_of_file(options.database);
+    // A link that leads nowhere yet is followed when this user or root has made it.
+    const std::string place = local ? place_of_file(options.database) : options.database;
     session.prepare_client();
     const std::string problem =
-        create_database(options.database, options.user, options.password, [&](const std::string& name) {
+        create_database(place, options.user, options.password, [&](const std::string& name) {
             const std::string undeclared = declare_functions(name, options.user, options.password);
             if (!undeclared.empty())
                 throw Failure{Exit::failed, "cannot declare the driver's functions", undeclared};
