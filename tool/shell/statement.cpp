@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <vector>
 
 #include "tool/shell/names.h"
 
@@ -19,6 +18,10 @@ bool is_word_byte(char c) {
 class Tokens {
   public:
     explicit Tokens(std::string_view text) : text_(text) {}
+    // In a text whose beginning belongs to something that ends with `open`.
+    Tokens(std::string_view text, std::string_view open) : text_(text) {
+        if (!open.empty()) skip_behind(open);
+    }
 
     // "" at the end, also at the end of something that was not closed.
     std::string next() {
@@ -33,12 +36,15 @@ class Tokens {
             return word;
         }
         const char c = text_[at_++];
-        if (c == '\'' || c == '"') skip_behind(std::string_view(&c, 1));
+        if (c == '\'') skip_behind("'");
+        if (c == '"') skip_behind("\"");
         return std::string(1, c);
     }
     [[nodiscard]] std::size_t position() const { return at_; }
     // The last token as it stands in the text.
     [[nodiscard]] std::string_view token() const { return text_.substr(start_, at_ - start_); }
+    // What the text leaves open, by its end; "" when nothing.
+    [[nodiscard]] std::string_view open() const { return open_; }
 
   private:
     void skip_blanks_and_comments() {
@@ -59,19 +65,14 @@ class Tokens {
     void skip_behind(std::string_view mark) {
         const std::size_t found = text_.find(mark, at_);
         at_ = found == std::string_view::npos ? text_.size() : found + mark.size();
+        open_ = found == std::string_view::npos ? mark : std::string_view();
     }
 
     std::string_view text_;
     std::size_t start_ = 0;
+    std::string_view open_;
     std::size_t at_ = 0;
 };
-
-std::vector<std::string> first_tokens(std::string_view text, std::size_t count) {
-    Tokens tokens(text);
-    std::vector<std::string> found(count);
-    for (std::string& token : found) token = tokens.next();
-    return found;
-}
 
 bool is_one_of(std::string_view word, std::string_view words) {
     if (word.empty()) return false;
@@ -79,9 +80,8 @@ bool is_one_of(std::string_view word, std::string_view words) {
     return at != std::string_view::npos;
 }
 
-// Whether a statement may have a body from BEGIN to END.
-bool has_body(std::string_view text) {
-    const std::vector<std::string> words = first_tokens(text, 4);
+// Whether a statement that begins with these may have a body from BEGIN to END.
+bool has_body(const std::array<std::string, 4>& words) {
     if (words[0] == "execute") return words[1] == "block";
     const bool makes = is_one_of(words[0], "create alter recreate");
     const std::string& kind = words[1] == "or" ? words[3] : words[1];
@@ -109,22 +109,33 @@ Input input_of(std::string_view line) {
     return is_method(first) && (second.empty() || second == ";") ? Input::call : Input::unknown;
 }
 
-std::optional<std::size_t> end_of_statement(std::string_view text) {
-    const bool may_have_body = has_body(text);
-    int parentheses = 0, blocks = 0;
-    bool body_expected = false;
-    Tokens tokens(text);
-    for (std::string token = tokens.next(); !token.empty(); token = tokens.next()) {
-        if (token == "(") ++parentheses;
-        if (token == ")") --parentheses;
-        if (may_have_body && parentheses == 0 && blocks == 0 && token == "as") body_expected = true;
-        if (may_have_body && (token == "begin" || token == "case")) {
-            ++blocks;
-            body_expected = false;
-        }
-        if (may_have_body && token == "end") --blocks;
-        if (token == ";" && blocks <= 0 && !body_expected) return tokens.position();
+void StatementScan::note_beginning(const std::string& token) {
+    if (tokens_ == beginning_.size()) return;
+    beginning_[tokens_++] = token;
+    may_have_body_ = has_body(beginning_);
+}
+
+bool StatementScan::ends_with(const std::string& token) {
+    note_beginning(token);
+    if (token == "(") ++parentheses_;
+    if (token == ")") --parentheses_;
+    if (may_have_body_ && parentheses_ == 0 && blocks_ == 0 && token == "as") body_expected_ = true;
+    if (may_have_body_ && (token == "begin" || token == "case")) {
+        ++blocks_;
+        body_expected_ = false;
     }
+    if (may_have_body_ && token == "end") --blocks_;
+    return token == ";" && blocks_ <= 0 && !body_expected_;
+}
+
+std::optional<std::size_t> StatementScan::end_in(std::string_view piece) {
+    Tokens tokens(piece, open_);
+    for (std::string token = tokens.next(); !token.empty(); token = tokens.next()) {
+        if (!ends_with(token)) continue;
+        *this = {};
+        return tokens.position();
+    }
+    open_ = tokens.open();
     return std::nullopt;
 }
 
@@ -136,6 +147,10 @@ std::vector<std::string_view> quoted_names(std::string_view statement) {
     }
     return names;
 }
+
+bool StatementScan::is_blank() const { return tokens_ == 0 && open_ != "*/"; }
+
+std::optional<std::size_t> end_of_statement(std::string_view text) { return StatementScan().end_in(text); }
 
 bool is_query(std::string_view statement) { return is_one_of(first_word(statement), "select with"); }
 

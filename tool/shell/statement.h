@@ -1,6 +1,8 @@
 /// Telling apart what people type, and finding the end of a statement.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -20,8 +22,30 @@ enum class Input {
 /// Tells by the beginning of `line`; a word with "(" behind it that does not begin a statement is a call.
 Input input_of(std::string_view line);
 
-/// Where the first statement in `text` ends, behind its ";"; nothing when it goes on. Semicolons in quotes,
-/// in comments and in a body from BEGIN to END do not end it.
+/// Finds where statements end in a text that comes piece by piece, parted between its lines. Semicolons in
+/// quotes, in comments and in a body from BEGIN to END do not end one.
+class StatementScan {
+  public:
+    /// Where in `piece` the statement ends, behind its ";": what follows there begins the next one. Nothing
+    /// when it goes on in the next piece.
+    std::optional<std::size_t> end_in(std::string_view piece);
+    /// Whether there was nothing yet but blanks and whole comments.
+    [[nodiscard]] bool is_blank() const;
+
+  private:
+    bool ends_with(const std::string& token);
+    void note_beginning(const std::string& token);
+
+    std::array<std::string, 4> beginning_;  // its first tokens
+    std::size_t tokens_ = 0;                // as many as were kept of them
+    std::string_view open_;                 // the end of what the last piece left open
+    int parentheses_ = 0;
+    int blocks_ = 0;
+    bool may_have_body_ = false;
+    bool body_expected_ = false;
+};
+
+/// Where the first statement in `text` ends; nothing when it goes on.
 std::optional<std::size_t> end_of_statement(std::string_view text);
 
 /// Whether a statement is a query: SELECT or WITH.
