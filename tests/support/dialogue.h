@@ -18,6 +18,7 @@ class Dialogue {
     Dialogue(const Dialogue&) = delete;
     Dialogue& operator=(const Dialogue&) = delete;
 
+    [[nodiscard]] pid_t pid() const { return process_; }
     void type(std::string_view keys);
     /// Waits until the program has written `text` since the last text that was waited for. Returns what came
     /// up to its end; throws when it does not come within a minute.
