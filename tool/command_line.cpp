@@ -8,6 +8,7 @@
 
 #include "tool/catalog.h"
 #include "tool/encoding.h"
+#include "tool/output.h"
 #include "tool/suggest.h"
 #include "zmfbconn/database.h"
 
@@ -147,23 +148,21 @@ void CommandLine::parse(int argc, char** argv) {
 }
 
 int CommandLine::run(int argc, char** argv) {
-    Exit status = Exit::ok;
-    try {
-        parse(argc, argv);
+    const Exit status = told([&] {
+        try {
+            parse(argc, argv);
+        } catch (const CLI::ParseError& problem) {
+            return answer(problem);
+        }
         hide_password(argc, argv);
         if (!encoding_.empty() && !set_encoding(encoding_)) {
             throw Failure{Exit::usage, fmt::format("{} is no single-byte character set", encoding_), "",
                           "iconv --list has the names"};
         }
         find_password(options_, password_);
-        status = told_in_session(options_, chosen_);
-    } catch (const CLI::ParseError& problem) {
-        status = answer(problem);
-    } catch (const Failure& failure) {
-        print_error(failure.message, failure.detail, failure.hint);
-        status = failure.status;
-    }
-    return static_cast<int>(status);
+        return told_in_session(options_, chosen_);
+    });
+    return static_cast<int>(finish_output(status));
 }
 
 Exit CommandLine::answer(const CLI::ParseError& problem) const {

@@ -3,16 +3,15 @@
 #include <fmt/format.h>
 
 #include <cstdio>
-#include <iostream>
-#include <string>
+
+#include "tool/line_input.h"
 
 namespace zmfb::tool {
 
 bool confirm(std::string_view question) {
     std::fflush(stdout);
     fmt::print(stderr, "{} [y/N] ", question);
-    std::string answer;
-    std::getline(std::cin, answer);
+    const std::string answer = LineInput::standard().next().value_or("");
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 

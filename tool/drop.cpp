@@ -4,13 +4,29 @@
 
 #include <algorithm>
 
-#include "tool/session.h"
+#include "tool/catalog.h"
+#include "tool/interrupt.h"
+#include "zmfbconn/cancel.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::tool {
 
+namespace {
+
+std::string what_was_dropped(zmFBConn& connection, const Name& table, std::vector<Name> objects) {
+    objects.push_back(table);
+    std::erase_if(objects, [&](const Name& one) {
+        return exact_rows(connection,
+                          "select 1 from rdb$relations where rdb$relation_name = " + one.literal())
+                   .size() != 0;
+    });
+    return objects.empty() ? "nothing was dropped" : fmt::format("{} dropped by then", joined(objects));
+}
+
+}  // namespace
+
 // The method drops a view once for each time that it names the table, and gives up at the second.
-void drop_with_views(zmFBConn& connection, const Name& table, const std::vector<Name>& views) {
+void drop_with_views(zmFBConn& connection, const Name& table, const std::vector<Name>& views) try {
     const auto dropped = [&](const Name& view) {
         return connection.call("dropview", view.bytes()).logical();
     };
@@ -21,6 +37,9 @@ void drop_with_views(zmFBConn& connection, const Name& table, const std::vector<
         Exit::failed,
         fmt::format("{} was {}", table.shown(), stands ? "not dropped" : "dropped, but not its generators"),
         said};
+} catch (const Cancelled&) {
+    begin_undoing();
+    throw Failure{ending_status(), what_was_dropped(connection, table, views)};
 }
 
 }  // namespace zmfb::tool

@@ -1,43 +1,194 @@
 #include "tool/interrupt.h"
 
-#include <sys/eventfd.h>
+#include <pthread.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdint>
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <ctime>
+#include <mutex>
+#include <optional>
+#include <string_view>
+#include <thread>
+
+#include "zmfbconn/cancel.h"
 
 namespace zmfb::tool {
 namespace {
 
-volatile std::sig_atomic_t noted = 0;
-int counter = -1;
+constexpr std::array ending_signals{SIGINT, SIGTERM, SIGHUP};
+constexpr int parent_died = SIGUSR1;
+constexpr int wake_up = SIGUSR2;
+constexpr timespec between_two_cancels{0, 50'000'000};
 
-// The signal may come to any thread of the engine: only the descriptor wakes up the one that waits.
-void note(int) {
-    noted = 1;
-    const int before = errno;
-    const std::uint64_t one = 1;
-    if (::write(counter, &one, sizeof one) < 0) errno = before;
+// Seconds until a process is ended that does not end by itself.
+constexpr unsigned without_a_database = 2, with_a_database = 20, for_undoing = 60;
+
+enum ControlCMeans : int { end_of_the_tool, end_of_what_runs, nothing_but_a_note };
+
+struct State {
+    std::mutex mutex;
+    pthread_t main_thread = pthread_self();
+    std::atomic<int> ending = 0;
+    std::atomic<bool> noted = false;  // a Ctrl-C that does not end the tool
+    std::atomic<int> control_c = end_of_the_tool;
+    std::atomic<bool> waits = false;  // the main thread, in a system call
+    bool undoing = false;
+    pid_t passed_on_to = 0;
+};
+
+// Made anew in a forked process, where the mutex may stand as the other thread had it; never destroyed, since
+// that thread goes on to the very end.
+State* state = new State;
+
+const sigset_t& awaited_signals() {
+    static const sigset_t set = [] {
+        sigset_t awaited;
+        sigemptyset(&awaited);
+        for (const int signal : ending_signals) {
+            struct sigaction at_the_start {};
+            sigaction(signal, nullptr, &at_the_start);
+            if (at_the_start.sa_handler != SIG_IGN) sigaddset(&awaited, signal);
+        }
+        sigaddset(&awaited, parent_died);
+        sigaddset(&awaited, SIGALRM);
+        return awaited;
+    }();
+    return set;
+}
+
+// Those that are ignored are blocked as well: the client library's handlers would not ignore them.
+void block_signals() {
+    sigset_t blocked = awaited_signals();
+    for (const int signal : ending_signals) sigaddset(&blocked, signal);
+    pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+    struct sigaction only_wakes {};
+    only_wakes.sa_handler = [](int) {};
+    sigemptyset(&only_wakes.sa_mask);
+    sigaction(wake_up, &only_wakes, nullptr);
+}
+
+// The time is up. The main thread may hold any lock, and holds it for good.
+[[noreturn]] void end_at_once() {
+    const std::string_view words = state->undoing
+                                       ? "error: the clean-up has not come to an end\n"
+                                         "hint: \"zmfb doctor\" says what was left\n"
+                                       : "error: interrupted, but what ran has not come to an end\n"
+                                         "hint: \"zmfb doctor\" says what was left, if anything was\n";
+    if (::write(STDERR_FILENO, words.data(), words.size()) < 0) errno = 0;
+    ::_exit(state->ending == 0 ? static_cast<int>(Exit::failed) : static_cast<int>(ending_status()));
+}
+
+void wake_main_thread() {
+    if (state->waits) pthread_kill(state->main_thread, wake_up);
+}
+
+void end_on(int signal) {
+    if (state->ending != 0) return;
+    state->ending = signal;
+    if (state->undoing) {
+        ::alarm(for_undoing);
+        return;
+    }
+    const bool attached = cancel();
+    wake_main_thread();
+    if (state->passed_on_to != 0) {
+        ::kill(state->passed_on_to, signal);
+    } else {
+        ::alarm(attached ? with_a_database : without_a_database);
+    }
+}
+
+void take(int signal) {
+    const std::lock_guard lock(state->mutex);
+    if (signal == SIGALRM) end_at_once();
+    if (signal == parent_died) signal = SIGTERM;
+    if (signal != SIGINT || state->control_c == end_of_the_tool) return end_on(signal);
+    if (state->control_c == end_of_what_runs && state->noted) return end_on(signal);
+    state->noted = true;
+    if (state->control_c == end_of_what_runs) cancel();
+    wake_main_thread();
+}
+
+// A statement may just have been let through, and the main thread may be about to wait.
+void repeat() {
+    const std::lock_guard lock(state->mutex);
+    if (!interrupted() || state->undoing) return;
+    if (state->ending != 0 || state->control_c == end_of_what_runs) cancel();
+    wake_main_thread();
+}
+
+[[noreturn]] void watch() {
+    for (;;) {
+        const int signal = interrupted() ? sigtimedwait(&awaited_signals(), nullptr, &between_two_cancels)
+                                         : sigwaitinfo(&awaited_signals(), nullptr);
+        if (signal > 0) {
+            take(signal);
+        } else {
+            repeat();
+        }
+    }
 }
 
 }  // namespace
 
-InterruptWatch::InterruptWatch(Second second) {
-    if (counter < 0) counter = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    std::uint64_t old = 0;
-    if (::read(counter, &old, sizeof old) < 0) errno = 0;  // there was none
-    noted = 0;
-    struct sigaction watch {};
-    watch.sa_handler = note;
-    if (second == Second::ends_the_program) watch.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigemptyset(&watch.sa_mask);
-    sigaction(SIGINT, &watch, &before_);
+void watch_signals() {
+    state = new State;
+    block_signals();
+    std::thread(watch).detach();
 }
 
-InterruptWatch::~InterruptWatch() { sigaction(SIGINT, &before_, nullptr); }
+void watch_signals_of_child(pid_t parent) {
+    prctl(PR_SET_PDEATHSIG, parent_died);
+    watch_signals();
+    if (::getppid() != parent) ::kill(::getpid(), parent_died);
+}
 
-int InterruptWatch::descriptor() { return counter; }
+int ending_signal() { return state->ending; }
 
-bool InterruptWatch::interrupted() { return noted != 0; }
+Exit ending_status() { return static_cast<Exit>(128 + state->ending); }
+
+bool interrupted() { return state->ending != 0 || state->noted; }
+
+void require_uninterrupted() {
+    if (interrupted()) throw Failure{ending_status(), interrupted_message};
+}
+
+void begin_undoing() {
+    const std::lock_guard lock(state->mutex);
+    state->undoing = true;
+    resume();
+    if (state->control_c == end_of_the_tool) ::alarm(for_undoing);
+}
+
+void pass_signals_on_to(pid_t process) {
+    const std::lock_guard lock(state->mutex);
+    state->passed_on_to = process;
+    if (process == 0 || state->ending == 0) return;
+    ::alarm(0);
+    ::kill(process, state->ending);
+}
+
+ControlC::ControlC(Second second) : before_(state->control_c) {
+    const std::lock_guard lock(state->mutex);
+    state->noted = false;
+    if (state->ending == 0) resume();
+    state->control_c = second == Second::ends_the_tool ? end_of_what_runs : nothing_but_a_note;
+}
+
+ControlC::~ControlC() {
+    const std::lock_guard lock(state->mutex);
+    state->control_c = before_;
+    state->noted = false;
+    if (state->ending != 0) return;
+    state->undoing = false;
+    resume();
+}
+
+Waiting::Waiting() { state->waits = true; }
+
+Waiting::~Waiting() { state->waits = false; }
 
 }  // namespace zmfb::tool

@@ -1,28 +1,78 @@
-/// Ctrl-C, noted instead of ending the program.
+/// Being told to end: Ctrl-C, SIGTERM, SIGHUP.
+///
+/// These signals are blocked in every thread, those of the engine too, and one thread waits for them: so the
+/// client library's own handlers, which would shut the engine down, never run. When one comes, what the tool
+/// waits for ends, the engine is told to give up what it does, and nothing is begun in a database any more:
+/// the command unwinds, undoes what it can, and the process ends with 128 and the number of the signal. One
+/// that has not ended after a while is ended by that thread. A signal that was ignored when the tool was
+/// started stays ignored.
 #pragma once
 
-#include <csignal>
+#include <sys/types.h>
+
+#include <cerrno>
+
+#include "tool/session.h"
 
 namespace zmfb::tool {
 
-/// While it lives, Ctrl-C is only noted, for whoever asks. System calls are not restarted.
-class InterruptWatch {
+/// Begins to wait for the signals: the first thing that a process does, and the first thing of one that was
+/// forked.
+void watch_signals();
+/// The same for a child: it is also told to end when its parent, the process `parent`, dies in any way.
+void watch_signals_of_child(pid_t parent);
+
+/// What is told of a command that was ended.
+inline constexpr const char* interrupted_message = "interrupted";
+
+/// The signal that this process is to end on; 0 for none.
+int ending_signal();
+/// The status to end with then.
+Exit ending_status();
+/// Whether what runs is to end: also on a Ctrl-C that does not end the tool.
+bool interrupted();
+/// Throws Failure when it is.
+void require_uninterrupted();
+
+/// From now on statements are run again, to undo things or to look at what is done; a process that is to end
+/// is given a minute for that.
+void begin_undoing();
+/// Has the signals passed on to the child `process`, who has its own time to end, or to nobody (0).
+void pass_signals_on_to(pid_t process);
+
+/// While it lives, Ctrl-C ends what runs, and not the tool.
+class ControlC {
   public:
     /// What becomes of one more Ctrl-C.
-    enum class Second { ends_the_program, is_noted };
+    enum class Second { ends_the_tool, is_noted };
 
-    explicit InterruptWatch(Second second = Second::ends_the_program);
-    ~InterruptWatch();
-    InterruptWatch(const InterruptWatch&) = delete;
-    InterruptWatch& operator=(const InterruptWatch&) = delete;
-
-    /// Whether Ctrl-C came since the last watch began.
-    static bool interrupted();
-    /// A descriptor that has something to read from then on, for those who wait for other things as well.
-    static int descriptor();
+    explicit ControlC(Second second = Second::ends_the_tool);
+    ~ControlC();
+    ControlC(const ControlC&) = delete;
+    ControlC& operator=(const ControlC&) = delete;
 
   private:
-    struct sigaction before_ {};
+    int before_;
 };
+
+/// While it lives, a system call of the main thread that waits ends with EINTR when what runs is to end.
+class Waiting {
+  public:
+    Waiting();
+    ~Waiting();
+    Waiting(const Waiting&) = delete;
+    Waiting& operator=(const Waiting&) = delete;
+};
+
+/// Makes a system call that may wait for others. Throws Failure when what runs is to end meanwhile.
+template <class Call>
+auto wait_for(const Call& call) {
+    const Waiting waiting;
+    for (;;) {
+        require_uninterrupted();
+        const auto result = call();
+        if (result >= 0 || errno != EINTR) return result;
+    }
+}
 
 }  // namespace zmfb::tool

@@ -8,15 +8,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <thread>
 #include <utility>
 
 #include "host/file.h"
 #include "tool/interrupt.h"
-#include "tool/session.h"
 
 namespace zmfb::tool {
 namespace {
@@ -104,14 +101,8 @@ void OutputFile::begin_beside() {
 // A pipe with a name waits for somebody who reads it.
 void OutputFile::open_stream() {
     std::fflush(stdout);
-    constexpr auto pause = std::chrono::milliseconds(50);
-    for (;;) {
-        descriptor_ = ::open(path_.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-        if (descriptor_ >= 0) break;
-        if (errno != ENXIO || InterruptWatch::interrupted()) fail();
-        std::this_thread::sleep_for(pause);
-    }
-    ::fcntl(descriptor_, F_SETFL, O_APPEND);
+    descriptor_ = wait_for([&] { return ::open(path_.c_str(), O_WRONLY | O_APPEND | O_NOCTTY | O_CLOEXEC); });
+    if (descriptor_ < 0) fail();
 }
 
 void OutputFile::write(std::string_view bytes) {
@@ -122,9 +113,9 @@ void OutputFile::write(std::string_view bytes) {
 void OutputFile::flush() {
     std::string_view rest = pending_;
     while (!rest.empty()) {
-        const ssize_t written = ::write(descriptor_, rest.data(), rest.size());
-        if (written < 0 && (errno != EINTR || InterruptWatch::interrupted())) fail();
-        if (written > 0) rest.remove_prefix(static_cast<std::size_t>(written));
+        const ssize_t written = wait_for([&] { return ::write(descriptor_, rest.data(), rest.size()); });
+        if (written < 0) fail();
+        rest.remove_prefix(static_cast<std::size_t>(written));
     }
     pending_.clear();
 }

@@ -7,8 +7,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <iostream>
+
+#include "tool/interrupt.h"
+#include "tool/line_input.h"
 
 namespace zmfb::tool {
 namespace {
@@ -36,6 +37,15 @@ class NoEcho {
     bool known_;
 };
 
+std::string password_in(const std::string& path) {
+    try {
+        return LineInput(path).next().value_or("");
+    } catch (Failure& failure) {
+        if (!interrupted()) failure.status = Exit::usage;
+        throw;
+    }
+}
+
 }  // namespace
 
 void find_password(Options& options, const GivenPassword& given) {
@@ -48,10 +58,7 @@ void find_password(Options& options, const GivenPassword& given) {
         return;
     }
     if (!given.file.empty()) {
-        std::ifstream file(given.file);
-        if (!std::getline(file, options.password) && !file.eof()) {
-            throw Failure{Exit::usage, fmt::format("cannot read {}", given.file)};
-        }
+        options.password = password_in(given.file);
         if (options.password.ends_with('\r')) options.password.pop_back();
         return;
     }
@@ -76,9 +83,7 @@ std::optional<std::string> ask_for_password(const std::string& user, const std::
     if (isatty(STDIN_FILENO) == 0) return std::nullopt;
     const NoEcho no_echo;
     fmt::print(stderr, "Password of {} on {}: ", user, database);
-    std::string password;
-    if (!std::getline(std::cin, password)) return std::nullopt;
-    return password;
+    return LineInput::standard().next();
 }
 
 }  // namespace zmfb::tool

@@ -5,13 +5,17 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <system_error>
 #include <utility>
 
 #include "host/error.h"
 #include "tool/encoding.h"
 #include "tool/hints.h"
+#include "tool/interrupt.h"
+#include "tool/output.h"
 #include "tool/password.h"
 #include "tool/rows/shown_text.h"
+#include "zmfbconn/cancel.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::tool {
@@ -33,8 +37,9 @@ void print_indented(std::string_view detail) {
     }
 }
 
+// What is raised once a signal has ended it, is raised for that.
 void print_raised(std::string text, Raised how) {
-    if (how == Raised::silent) return;
+    if (how == Raised::silent || interrupted()) return;
     std::fflush(stdout);
     if (how == Raised::one_line) {
         fmt::print(stderr, "raised: {}\n", without_controls(text));
@@ -55,16 +60,32 @@ void print_error(std::string_view message, std::string_view detail, std::string_
     if (!hint.empty()) fmt::print(stderr, "hint: {}\n", hint);
 }
 
+void print_failure(const Failure& failure) {
+    if (!failure.message.empty()) print_error(failure.message, failure.detail, failure.hint);
+}
+
 Exit told(const std::function<Exit()>& work) {
+    Failure failure;
     try {
-        return work();
-    } catch (const Failure& failure) {
-        print_error(failure.message, failure.detail, failure.hint);
-        return failure.status;
+        const Exit status = work();
+        // Who has undone things, or had a child do so, has said it.
+        if (ending_signal() == 0 || status >= ending_status()) return status;
+    } catch (const Failure& problem) {
+        failure = problem;
+    } catch (const Cancelled&) {
+        failure = {ending_status(), "", "", ""};
+    } catch (const std::system_error& problem) {
+        failure = std::ferror(stdout) != 0 ? output_failure(problem.code().value())
+                                           : Failure{Exit::failed, problem.what()};
     } catch (const std::exception& problem) {
-        print_error(problem.what());
-        return Exit::failed;
+        failure = Failure{Exit::failed, problem.what()};
     }
+    if (ending_signal() != 0) {
+        print_error(interrupted_message, failure.message == interrupted_message ? "" : failure.message);
+        return ending_status();
+    }
+    print_failure(failure);
+    return failure.status;
 }
 
 Exit told_in_session(const Options& options, const std::function<Exit(Session&)>& work) {

@@ -28,8 +28,8 @@ struct Options {
 
 /// Ends a command early with a status and, on standard error, what print_error() makes of the texts.
 struct Failure {
-    Exit status;
-    std::string message;
+    Exit status = Exit::failed;
+    std::string message = {};
     std::string detail = {};
     std::string hint = {};
 };
@@ -88,7 +88,11 @@ class Session {
 /// hint when there is one: the given one, or the one known for what the engine said in the detail.
 void print_error(std::string_view message, std::string_view detail = {}, std::string_view hint = {});
 
-/// Does the work; prints the error of what it throws. Returns its status, or that of the failure.
+/// The same for a failure; one without a message is not told.
+void print_failure(const Failure& failure);
+
+/// Does the work; prints the error of what it throws. Returns its status, or that of the failure; when a
+/// signal ended it, says that, and returns 128 and the number of the signal.
 Exit told(const std::function<Exit()>& work);
 /// The same with a session of its own. What was raised makes a status of ok a failed one.
 Exit told_in_session(const Options& options, const std::function<Exit(Session&)>& work);

@@ -1,6 +1,7 @@
 #include "tool/sql.h"
 
 #include "tool/encoding.h"
+#include "tool/interrupt.h"
 #include "tool/shell/statement.h"
 #include "tool/terminal.h"
 #include "zmfbconn/database.h"
@@ -37,8 +38,8 @@ void run_query(Session& session, const std::string& statement, const RowOutput& 
     const auto writer = make_row_writer(output.mode, sink, look);
     const ExactQueries exact(writer.get());
     const Value result = connection.call("executequery", bytes);
-    writer->end(exact.sqlcode() == 0);
-    if (exact.sqlcode() == 0) return;
+    writer->end(exact.sqlcode() == 0 || interrupted());
+    if (exact.sqlcode() == 0 || interrupted()) return;
     const bool no_query = result.size() > 0 && result[1].size() == 0;
     if (no_query) throw Failure{Exit::failed, "the statement returns no rows: exec runs such statements"};
     throw Failure{Exit::failed, "the query failed", last_engine_message()};

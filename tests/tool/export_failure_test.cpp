@@ -53,7 +53,9 @@ TEST_F(ExportFailure, AFolderOfTheFilesNameStays) {
     fs::create_directory(folder_out + "/shop.dbf");
     const Finished run = export_to_folder("shop");
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "error: cannot write " + folder_out + "/shop.dbf: Is a directory\n");
+    EXPECT_TRUE(run.err.starts_with("error: cannot write " + folder_out +
+                                    "/shop.dbf: Is a directory\n  data file /tmp/zmrdd"))
+        << run.err;
     EXPECT_TRUE(fs::is_directory(folder_out + "/shop.dbf"));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_out), {}), 1);
 }
@@ -71,15 +73,17 @@ TEST_F(ExportFailure, AFullDiskLeavesTheFileThatWasThere) {
                    " 'x' from rdb$fields a cross join rdb$fields b");
     ASSERT_LT(fs::file_size(file("test.fdb")), static_cast<std::uintmax_t>(much_less));
     write_file("out/many.dbf", "something dear");
-    const Finished run = zmfb_after("trap '' XFSZ; ulimit -f " + std::to_string((data_size + 511) / 512),
+    const Finished run = zmfb_after("ulimit -f " + std::to_string((data_size + 511) / 512),
                                     {"--db", path, "export", "many", "--yes", "-o", folder_out});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "raised: Write error: many.dbf\nerror: many was not exported\n");
+    EXPECT_TRUE(run.err.starts_with(
+        "raised: Write error: many.dbf\nerror: many was not exported\n  data file /tmp/zmrdd"))
+        << run.err;
     EXPECT_EQ(read_file(file("out/many.dbf")), "something dear");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_out), {}), 1);
     EXPECT_EQ(call("istable('EXT_MANY')").out, ".F.\n");
     if (on_server()) return;  // whose files are not those of the tool
-    const Finished sooner = zmfb_after("trap '' XFSZ; ulimit -f " + std::to_string(much_less / 512),
+    const Finished sooner = zmfb_after("ulimit -f " + std::to_string(much_less / 512),
                                        {"--db", path, "export", "many", "--yes", "-o", folder_out});
     EXPECT_EQ(sooner.status, 1);
     EXPECT_NE(sooner.err.find("error: many was not exported\n  I/O error during"), std::string::npos)
@@ -148,7 +152,7 @@ TEST_F(ExportFailure, SaysWhyTheEngineRefused) {
     const Finished run = export_to_folder("shop");
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.err.find("error: shop was not exported\n"), std::string::npos) << run.err;
-    EXPECT_TRUE(run.err.ends_with("  not in this database\n")) << run.err;
+    EXPECT_NE(run.err.find("  not in this database\n  data file /tmp/zmrdd"), std::string::npos) << run.err;
     EXPECT_TRUE(fs::is_empty(folder_out));
 }
 

@@ -47,9 +47,7 @@ std::string without_data_file(std::string text) {
 }
 
 /// A preparation for a process whose files cannot grow beyond so many bytes.
-std::string files_up_to(std::uintmax_t size) {
-    return "trap '' XFSZ; ulimit -f " + std::to_string(size / 512);
-}
+std::string files_up_to(std::uintmax_t size) { return "ulimit -f " + std::to_string(size / 512); }
 
 class ImportOnAFullDisk : public ImportFailure {
   protected:
@@ -118,6 +116,27 @@ TEST_F(ImportFailure, SaysThatTheTableItReplacedIsGone) {
                   "  data file DATA removed\n"),
               std::string::npos)
         << run.err;
+    EXPECT_EQ(objects().find("PEOPLE"), std::string::npos);
+}
+
+TEST_F(ImportFailure, SaysWhatCouldNotBeUndoneAndTheCommandsThatDoIt) {
+    exec(path, "create exception forbidden 'not in this database'");
+    exec(path,
+         "create trigger forbids before create trigger or drop table as begin "
+         "if (rdb$get_context('DDL_TRIGGER', 'EVENT_TYPE') = 'DROP' or "
+         "rdb$get_context('DDL_TRIGGER', 'OBJECT_NAME') containing '_NULLDATES') then exception forbidden; "
+         "end");
+    const Finished run = on(path, {"import", made("people.dbf", people())});
+    EXPECT_EQ(run.status, 1);
+    const std::string said = "could not be dropped; when it is still there, this drops it: zmfb ";
+    EXPECT_NE(without_data_file(run.err).find("  external table EXT_PEOPLE " + said +
+                                              "exec \"drop table EXT_PEOPLE\"\n  table PEOPLE " + said +
+                                              "call 'droptable(\"PEOPLE\")'\n  data file DATA removed\n"),
+              std::string::npos)
+        << run.err;
+    exec(path, "drop trigger forbids");
+    exec(path, "drop table EXT_PEOPLE");
+    on(path, {"call", "droptable(\"PEOPLE\")"});
     EXPECT_EQ(objects().find("PEOPLE"), std::string::npos);
 }
 

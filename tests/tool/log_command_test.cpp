@@ -80,7 +80,7 @@ TEST_F(LogCommand, FollowGoesOnUntilItIsInterrupted) {
                                   {"ZMFB_TEST_LOG=" + file("log")});
     EXPECT_EQ(finished.out,
               "Sat Nov 21 06:45:33 2026 [0] ana: [CONN] before\n"
-              "Sat Nov 21 06:45:34 2026 [0] ana: [GONE] after\nstatus 0\n");
+              "Sat Nov 21 06:45:34 2026 [0] ana: [GONE] after\nstatus 130\n");
 }
 
 TEST_F(LogCommand, ALogThatIsNotThereAndWrongNumbersAreErrors) {
@@ -121,7 +121,7 @@ TEST_F(LogCommand, FollowedAsJsonEachEntryIsALineAndALogThatBecameShorterIsReadF
     write(0, "[CONN] new");
     EXPECT_EQ(talk.expect("\n"), line("CONN", "new"));
     talk.type("\x03");
-    EXPECT_EQ(talk.end(), 0);
+    EXPECT_EQ(talk.end(), 130);
 }
 
 }  // namespace

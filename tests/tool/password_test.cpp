@@ -63,7 +63,7 @@ TEST_F(Password, ComesFromTheFirstLineOfAFile) {
 TEST_F(Password, AFileThatCannotBeReadAndTwoPasswordsAreWrongUsage) {
     const Finished missing = connect({"--password-file", file("nosuch")});
     EXPECT_EQ(missing.status, 2);
-    EXPECT_EQ(missing.err, "error: cannot read " + file("nosuch") + "\n");
+    EXPECT_EQ(missing.err, "error: cannot read " + file("nosuch") + "\n  No such file or directory\n");
     EXPECT_EQ(connect({"--password-file", file("nosuch"), "--password", "x"}).status, 2);
 }
 

@@ -56,6 +56,14 @@ Finished Tool::zmfb(std::vector<std::string> words, const std::string& input,
     return run(command, input);
 }
 
+std::unique_ptr<Started> Tool::start(const std::vector<std::string>& words, const std::string& input) const {
+    std::vector<std::string> command = clean_environment();
+    command.push_back("XDG_CACHE_HOME=" + (process_folder() / "cache").string());
+    command.push_back(ZMFB_TOOL);
+    command.insert(command.end(), words.begin(), words.end());
+    return std::make_unique<Started>(command, input);
+}
+
 Finished Tool::zmfb_in(const std::string& folder, std::vector<std::string> words) const {
     std::vector<std::string> command = clean_environment();
     command.insert(command.end(), {"-C", folder, ZMFB_TOOL});
@@ -63,12 +71,23 @@ Finished Tool::zmfb_in(const std::string& folder, std::vector<std::string> words
     return run(command, "", {"XDG_CACHE_HOME=" + (process_folder() / "cache").string()});
 }
 
-Finished Tool::zmfb_after(const std::string& preparation, std::vector<std::string> words) const {
+std::vector<std::string> Tool::command_after(const std::string& preparation,
+                                             const std::vector<std::string>& words) const {
     std::vector<std::string> command = clean_environment();
-    command.insert(command.end(), {"sh", "-c", preparation + "; exec \"$@\"", "sh", ZMFB_TOOL});
+    command.insert(command.end(),
+                   {"XDG_CACHE_HOME=" + (process_folder() / "cache").string(), "TMPDIR=" + file(""), "sh",
+                    "-c", preparation + "; exec \"$@\"", "sh", ZMFB_TOOL});
     command.insert(command.end(), words.begin(), words.end());
-    return run(command, "",
-               {"XDG_CACHE_HOME=" + (process_folder() / "cache").string(), "TMPDIR=" + file("")});
+    return command;
+}
+
+Finished Tool::zmfb_after(const std::string& preparation, const std::vector<std::string>& words) const {
+    return run(command_after(preparation, words));
+}
+
+std::unique_ptr<Started> Tool::start_after(const std::string& preparation,
+                                           const std::vector<std::string>& words) const {
+    return std::make_unique<Started>(command_after(preparation, words));
 }
 
 std::string Tool::database() const {

@@ -1,6 +1,7 @@
 /// The tool, run as a process.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,10 +19,15 @@ class Tool : public Runtime {
     /// Runs zmfb with these words.
     Finished zmfb(std::vector<std::string> words, const std::string& input = "",
                   const std::vector<std::string>& environment = {}) const;
+    /// The same beside the test.
+    [[nodiscard]] std::unique_ptr<Started> start(const std::vector<std::string>& words,
+                                                 const std::string& input = "") const;
     /// The same in another current folder.
     Finished zmfb_in(const std::string& folder, std::vector<std::string> words) const;
-    /// The same, started by a shell that does this first: sets limits, ignores signals.
-    Finished zmfb_after(const std::string& preparation, std::vector<std::string> words) const;
+    /// The same, started by a shell that does this first: sets limits, ignores signals, opens files.
+    Finished zmfb_after(const std::string& preparation, const std::vector<std::string>& words) const;
+    [[nodiscard]] std::unique_ptr<Started> start_after(const std::string& preparation,
+                                                       const std::vector<std::string>& words) const;
     /// Words of a command that run what follows as another user, and the number of that user.
     [[nodiscard]] static std::vector<std::string> as_user(int user);
     /// Why no other user can run the tool here; "" when as_user() does.
@@ -41,6 +47,10 @@ class Tool : public Runtime {
     /// its name.
     void forbid(const std::string& database, const std::string& change,
                 const std::string& letters = "") const;
+
+  private:
+    [[nodiscard]] std::vector<std::string> command_after(const std::string& preparation,
+                                                         const std::vector<std::string>& words) const;
 };
 
 /// The lines of a text, without their ends.

@@ -1,12 +1,13 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <iostream>
 #include <memory>
 
 #include "tool/commands.h"
 #include "tool/json.h"
+#include "tool/line_input.h"
 #include "tool/literal.h"
+#include "tool/output.h"
 #include "tool/suggest.h"
 
 namespace zmfb::tool {
@@ -34,17 +35,18 @@ Exit evaluate(Session& session, const Call& call) {
     suggest_method(call.method);
     const std::string line = session.options().json ? json_line(to_json(result)) : to_literal(result);
     fmt::print("{}\n", line);
-    std::fflush(stdout);
+    flush_output();
     return is_failure_text(result) ? Exit::failed : Exit::ok;
 }
 
 Exit evaluate_lines(Session& session) {
     Exit status = Exit::ok;
-    std::string line;
-    for (int number = 1; std::getline(std::cin, line); ++number) {
-        if (line.find_first_not_of(" \t\r") == std::string::npos) continue;
+    LineInput& input = LineInput::standard();
+    int number = 1;
+    for (auto line = input.next(); line; line = input.next(), ++number) {
+        if (line->find_first_not_of(" \t\r") == std::string::npos) continue;
         try {
-            if (evaluate(session, parse_call(line)) != Exit::ok && status == Exit::ok) status = Exit::failed;
+            if (evaluate(session, parse_call(*line)) != Exit::ok && status == Exit::ok) status = Exit::failed;
         } catch (const SyntaxError& problem) {
             print_error(fmt::format("line {}: {}", number, problem.what()));
             status = Exit::usage;

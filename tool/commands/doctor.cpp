@@ -6,6 +6,7 @@
 #include "tool/commands.h"
 #include "tool/doctor/checks.h"
 #include "tool/json.h"
+#include "tool/output.h"
 #include "tool/rows/shown_text.h"
 #include "tool/terminal.h"
 
@@ -37,7 +38,7 @@ class Report {
         fmt::print("{}[{}]{} {}: {}\n", colour, state_name(finding.state), colour.empty() ? "" : "\x1b[0m",
                    finding.check, without_controls(finding.text));
         if (!finding.advice.empty()) fmt::print("       {}\n", without_controls(finding.advice));
-        std::fflush(stdout);
+        flush_output();
     }
     Exit end(Exit status_when_bad) const {
         if (json_) fmt::print("{}\n", json_lines(Json{{"ok", well_}, {"checks", list_}}));

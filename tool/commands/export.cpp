@@ -13,6 +13,7 @@
 #include "tool/commands.h"
 #include "tool/confirm.h"
 #include "tool/counted.h"
+#include "tool/interrupt.h"
 #include "tool/json.h"
 #include "tool/output_file.h"
 #include "tool/transfer/export_check.h"
@@ -167,15 +168,18 @@ Exit export_one(const Options& options, const Given& given, const std::string& t
                                       return export_in_child(session, reports, given, table);
                                   },
                                   {[&](std::string_view line) { note_begun(line, begun); }, {}});
-    if (given.keep_data_file && ended.signal == 0 && !begun.data_file.empty()) {
+    if (!ended.returned) {
+        begin_undoing();
+        return undo_and_tell(
+            options, {fmt::format("the export of {}", table), fmt::format("{} was not exported", table)},
+            ended, begun);
+    }
+    if (given.keep_data_file) {
         if (!options.json) fmt::print("data file: {}\n", begun.data_file);
         begun.data_file.clear();
     }
-    if (ended.signal == 0) {
-        remove_files(begun);
-        return ended.status;
-    }
-    return undo_interrupted(options, ended.signal, fmt::format("the export of {}", table), begun);
+    remove_files(begun);
+    return ended.status;
 }
 
 Exit export_command(Session& session, const Given& given) {

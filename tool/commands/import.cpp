@@ -1,11 +1,11 @@
 #include <fmt/format.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <memory>
 #include <optional>
 
 #include "tool/commands.h"
+#include "tool/interrupt.h"
+#include "tool/line_input.h"
 #include "tool/transfer/converted_copy.h"
 #include "tool/transfer/import_run.h"
 #include "tool/transfer/progress.h"
@@ -25,10 +25,10 @@ void note_begun(std::string_view line, Begun& begun) {
     if (line.starts_with("data ")) begun.data_file = value;
     if (line.starts_with("external ")) begun.external = value;
     if (line.starts_with("table ")) begun.table = value;
-    if (line.starts_with("replaces ")) begun.replaces = true;
+    if (line.starts_with("replaces ")) begun.replaced = value;
 }
 
-// The process of one file: watches the work and, when it is interrupted, takes it back.
+// The process of one file: watches the work and, when it does not come to its end, takes it back.
 Exit import_one(const Options& options, const Given& given, const std::string& file) {
     Begun begun;
     std::optional<Progress> progress(std::in_place, options);
@@ -40,9 +40,12 @@ Exit import_one(const Options& options, const Given& given, const std::string& f
         options,
         [&](Session& session, const Reports& reports) { return import_file(session, reports, given, file); },
         {take, [&] { progress->tick(); }});
+    if (ended.returned) return ended.status;
+    begin_undoing();
     progress.reset();
-    if (ended.signal == 0) return ended.status;
-    return undo_interrupted(options, ended.signal, fmt::format("the import of {}", file), begun);
+    return undo_and_tell(options,
+                         {fmt::format("the import of {}", file), fmt::format("{} was not imported", file)},
+                         ended, begun);
 }
 
 Exit import_command(Session& session, const Given& given) {
@@ -50,7 +53,7 @@ Exit import_command(Session& session, const Given& given) {
     session.ask_for_missing_password();
     check_encoding(given.encoding);
     // Each file is asked for in a process of its own: none may read ahead what is meant for the next.
-    std::setvbuf(stdin, nullptr, _IONBF, 0);
+    LineInput::standard().read_only_lines();
     return for_each_apart(
         given.files, [&](const std::string& file) { return import_one(session.options(), given, file); });
 }

@@ -16,6 +16,7 @@
 #include "tool/interrupt.h"
 #include "tool/json.h"
 #include "tool/log_file.h"
+#include "tool/output.h"
 #include "tool/rows/shown_text.h"
 #include "tool/terminal.h"
 
@@ -84,11 +85,10 @@ void print_entry(const LogEntry& entry) {
                lines_without_controls(to_utf8(entry.text)), coloured ? "\x1b[0m" : "");
 }
 
-/// Prints entries as they are written, until Ctrl-C. As JSON each is one line.
+/// Prints entries as they are written, until it is told to end. As JSON each is one line.
 void follow(LogFile& file, const LogFilter& filter, bool json) {
     using namespace std::chrono_literals;
-    const InterruptWatch watch;
-    while (!InterruptWatch::interrupted()) {
+    while (!interrupted()) {
         file.read_on([&](const LogEntry& entry) {
             if (!filter.admits(entry)) return;
             if (json) {
@@ -97,7 +97,7 @@ void follow(LogFile& file, const LogFilter& filter, bool json) {
                 print_entry(entry);
             }
         });
-        if (std::fflush(stdout) != 0) return;
+        flush_output();
         std::this_thread::sleep_for(200ms);
     }
 }
@@ -124,7 +124,7 @@ Exit log_command(Session& session, const Given& given) {
     }
     if (json && !given.follow) fmt::print("{}\n", json_lines(list));
     if (given.follow) follow(file, filter, json);
-    return Exit::ok;
+    return ending_signal() != 0 ? ending_status() : Exit::ok;
 }
 
 }  // namespace

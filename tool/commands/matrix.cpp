@@ -9,12 +9,16 @@
 #include "tool/confirm.h"
 #include "tool/counted.h"
 #include "tool/encoding.h"
+#include "tool/interrupt.h"
 #include "tool/json.h"
 #include "tool/matrix/consequences.h"
+#include "tool/matrix/interrupted.h"
 #include "tool/matrix/matrix_file.h"
+#include "tool/output.h"
 #include "tool/output_file.h"
 #include "tool/rows/shown_text.h"
 #include "tool/terminal.h"
+#include "zmfbconn/cancel.h"
 
 namespace zmfb::tool {
 namespace {
@@ -34,7 +38,7 @@ void print_log(const Value& log) {
         const std::string_view colour = output_has_colours() ? colour_of(line) : "";
         fmt::print("{}{}{}\n", colour, line, colour.empty() ? "" : "\033[0m");
     }
-    std::fflush(stdout);
+    flush_output();
 }
 
 /// Whether a simulated or real run would change, or changed, anything.
@@ -63,7 +67,7 @@ void print_notes(const Plan& plan) {
     for (const Consequence& one : plan.consequences) {
         for (const std::string& note : notes_of(one)) fmt::print("{}\n", without_controls(note));
     }
-    std::fflush(stdout);
+    flush_output();
 }
 
 /// Throws Failure when the engine will refuse some of it.
@@ -180,8 +184,46 @@ Exit matrix_check_command(Session& session, const std::string& file) {
     return status;
 }
 
+std::string joined_lines(const std::vector<std::string>& lines) {
+    std::string all;
+    for (const std::string& line : lines) all += to_utf8(line) + "\n";
+    return all;
+}
+
+/// What was done before a signal came, and what was not: by what there would still be to do.
+Exit tell_interrupted(Session& session, const Value& matrix, const Plan& plan) {
+    begin_undoing();
+    session.show_raised(Raised::silent);
+    const Value rest = session.connection().call("checkmatrix", matrix)[2];
+    const std::vector<std::string> done = done_of(plan.result[2], rest);
+    if (session.options().json) {
+        const auto utf8 = [](const std::vector<std::string>& lines) {
+            Json list = Json::array();
+            for (const std::string& line : lines) list.push_back(to_utf8(line));
+            return list;
+        };
+        const Json json{
+            {"ok", false}, {"interrupted", true}, {"log", utf8(done)}, {"left", utf8(actions_of(rest))}};
+        fmt::print("{}\n", json_lines(json));
+    } else {
+        fmt::print("{}", joined_lines(done));
+    }
+    flush_output();
+    print_error(
+        done.empty() ? "interrupted; nothing was done" : "interrupted; what was done stays",
+        "still to be done:\n" + joined_lines(actions_of(rest)),
+        "\"zmfb doctor\" says whether a field is half changed; then the same matrix can be applied again");
+    return ending_status();
+}
+
 Exit apply(Session& session, const Value& matrix, const Plan& plan) {
-    return report(session, session.connection().call("applymatrix", matrix, false), plan);
+    Value result;
+    try {
+        result = session.connection().call("applymatrix", matrix, false);
+    } catch (const Cancelled&) {
+        return tell_interrupted(session, matrix, plan);
+    }
+    return ending_signal() != 0 ? tell_interrupted(session, matrix, plan) : report(session, result, plan);
 }
 
 Exit apply_when_confirmed(Session& session, const Value& matrix) {

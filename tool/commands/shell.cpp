@@ -3,8 +3,6 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
-#include <iostream>
-
 #include "tool/commands.h"
 #include "tool/interrupt.h"
 #include "tool/shell/line_reader.h"
@@ -22,12 +20,12 @@ void add_to_input(std::string& input, const std::string& line) {
 void talk(Session& session) {
     fmt::print("zmfb {}, {}\n.help shows what can be typed, .quit or Ctrl-D ends.\n", library_version(),
                session.options().database);
-    const InterruptWatch watch(InterruptWatch::Second::is_noted);  // between the lines, too
+    const ControlC only_noted(ControlC::Second::is_noted);  // between the lines
     Shell shell(session, true);
     LineReader reader(
         [&](std::string_view line, std::size_t start) { return shell.candidates(line, start); });
     std::string input;
-    while (!shell.done()) {
+    while (!shell.done() && ending_signal() == 0) {
         const std::optional<std::string> line = reader.read(shell.waiting() ? "  ...> " : "zmfb> ");
         if (!line && !reader.interrupted()) break;
         if (!line) {
@@ -51,7 +49,7 @@ Exit shell_command(Session& session) {
         return Exit::ok;
     }
     Shell shell(session, false);
-    shell.take_all(std::cin, "");
+    shell.take_all(LineInput::standard(), "");
     return shell.failed() ? Exit::failed : Exit::ok;
 }
 

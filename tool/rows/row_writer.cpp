@@ -36,7 +36,7 @@ bool RowWriter::row(const host::Value& values) {
     }
     ++rows_;
     write_row(cells_);
-    return !InterruptWatch::interrupted();
+    return !interrupted();
 }
 
 void RowWriter::end(bool complete) {
@@ -46,7 +46,7 @@ void RowWriter::end(bool complete) {
 
 std::string RowWriter::count_line(std::string_view note) const {
     return fmt::format("({} row{}{}{}{})\n", rows_, rows_ == 1 ? "" : "s",
-                       InterruptWatch::interrupted() ? ", interrupted" : "", note.empty() ? "" : "; ", note);
+                       interrupted() ? ", interrupted" : "", note.empty() ? "" : "; ", note);
 }
 
 std::unique_ptr<RowWriter> make_row_writer(Mode mode, Sink& sink, const Look& look) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
 
 #include "tool/catalog.h"
 #include "tool/commands.h"
@@ -156,13 +155,11 @@ void Shell::timer(const std::vector<std::string>& words) {
 void Shell::read(const std::vector<std::string>& words) {
     if (words.size() != 2) return fail(".read needs a file");
     if (depth_ == deepest_read) return fail("files that read files go too deep");
-    std::ifstream in(words[1]);
-    if (!in || in.peek() == std::ifstream::traits_type::eof()) {
-        if (!in.eof()) fail(fmt::format("cannot read {}", words[1]));
-        return;
-    }
+    std::optional<LineInput> in;
+    guarded([&] { in.emplace(words[1]); });
+    if (!in) return;
     ++depth_;
-    take_all(in, words[1]);
+    take_all(*in, words[1]);
     --depth_;
 }
 

@@ -91,15 +91,19 @@ int keys_of(std::FILE* in) {
 // One byte of the input, -1 at its end or when Ctrl-C came.
 int next_byte(std::FILE* in) {
     if (byte_kept >= 0) return std::exchange(byte_kept, -1);
-    for (;;) {
-        std::array<pollfd, 2> waits{{{keys_of(in), POLLIN, 0}, {InterruptWatch::descriptor(), POLLIN, 0}}};
-        if (::poll(waits.data(), waits.size(), -1) < 0 && errno != EINTR) return -1;
-        if (waits[1].revents != 0) return -1;
+    const Waiting waiting;
+    while (!interrupted()) {
+        pollfd keys{keys_of(in), POLLIN, 0};
+        if (::poll(&keys, 1, -1) < 0) {
+            if (errno == EINTR) continue;
+            return -1;
+        }
         unsigned char byte = 0;
-        const ssize_t got = ::read(waits[0].fd, &byte, 1);
+        const ssize_t got = ::read(keys.fd, &byte, 1);
         if (got == 1) return byte;
         if (got == 0 || (errno != EAGAIN && errno != EINTR)) return -1;
     }
+    return -1;
 }
 
 // A character: the editor wants it whole. What is no UTF-8, such as the letters of a terminal that speaks
@@ -178,10 +182,11 @@ LineReader::~LineReader() { candidates_in_use() = nullptr; }
 
 std::optional<std::string> LineReader::read(const std::string& prompt) {
     std::fflush(stdout);
-    const InterruptWatch watch(InterruptWatch::Second::is_noted);
+    const ControlC ends_the_line(ControlC::Second::is_noted);
     const std::unique_ptr<char, decltype(&std::free)> line(readline(prompt.c_str()), &std::free);
-    interrupted_ = InterruptWatch::interrupted();
-    if (!line || interrupted_) {
+    const bool ended = tool::interrupted();
+    interrupted_ = ended && ending_signal() == 0;
+    if (!line || ended) {
         std::fputs(interrupted_ ? "^C\n" : "\n", stdout);
         return std::nullopt;
     }

@@ -5,13 +5,17 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <optional>
+#include <utility>
 
 #include "tool/interrupt.h"
 #include "tool/json.h"
+#include "tool/output.h"
+#include "tool/rows/shown_text.h"
 #include "tool/shell/names.h"
-#include "tool/shell/statement.h"
 #include "tool/sql.h"
 #include "tool/suggest.h"
+#include "zmfbconn/cancel.h"
 
 namespace zmfb::tool {
 namespace {
@@ -23,6 +27,8 @@ double seconds_since(Clock::time_point start) {
 }
 
 bool is_blank(std::string_view text) { return input_of(text) == Input::nothing; }
+
+constexpr std::size_t longest_shown = 60;  // of what was typed, in a message
 
 constexpr std::string_view usual_advice =
     "SQL ends with \";\", a call has parentheses, a command begins with a dot: .help shows them.";
@@ -48,27 +54,40 @@ void Shell::fail(std::string_view message, std::string_view detail, std::string_
     print_error(place.empty() ? std::string(message) : fmt::format("{}: {}", place, message), detail, hint);
 }
 
-// Runs one input and prints how it failed, if it did.
+// Runs one input and prints how it failed, if it did. What ends the shell comes through.
 void Shell::guarded(const std::function<void()>& run) {
     const std::size_t raised_before = session_.raised().size();
     const Clock::time_point start = Clock::now();
+    std::optional<ControlC> ends_this_only;
+    if (interactive_) ends_this_only.emplace();
     try {
         run();
     } catch (const Failure& failure) {
-        fail(failure.message, failure.detail, failure.hint);
+        if (ending_signal() != 0 || std::ferror(stdout) != 0) throw;
+        if (interrupted()) {
+            fail(interrupted_message, failure.message == interrupted_message ? "" : failure.message);
+        } else {
+            fail(failure.message, failure.detail, failure.hint);
+        }
+    } catch (const Cancelled&) {
+        if (ending_signal() != 0) throw;
+        fail(interrupted_message);
     } catch (const std::exception& problem) {
+        if (std::ferror(stdout) != 0) throw;
         fail(problem.what());
     }
     if (session_.raised().size() != raised_before) failed_ = true;
-    std::fflush(stdout);
+    flush_output();
     if (timer_) fmt::print(stderr, "time: {:.3f} s\n", seconds_since(start));
 }
 
 void Shell::take(const std::string& line) {
-    if (waiting()) {
-        begun_ += "\n" + line;
-        return take_statements();
+    if (begun_.size() + line.size() >= LineInput::longest) {
+        fail(fmt::format("a statement of more than {} bytes", LineInput::longest));
+        done_ = !interactive_;  // what comes next may be in the middle of it
+        return forget();
     }
+    if (waiting()) return take_statements("\n" + line);
     const std::string word = first_word(line);
     switch (input_of(line)) {
         case Input::nothing:
@@ -78,35 +97,39 @@ void Shell::take(const std::string& line) {
         case Input::call:
             return guarded([&] { call_method(line); });
         case Input::statement:
-            begun_ = line;
             begun_place_ = place_;
-            return take_statements();
+            return take_statements(line);
         case Input::unknown:
             break;
     }
     if (word == "quit" || word == "exit" || word == "help") return run_dot_command("." + line);
     const std::string_view advice = advice_on(word);
     const std::string guess = advice == usual_advice ? did_you_mean(word, beginnings()) : "";
-    fail(fmt::format("\"{}\" begins neither SQL nor a call{}", word.empty() ? line : word, guess), advice);
+    const std::string shown = cut_to(word.empty() ? line : word, longest_shown);
+    fail(fmt::format("\"{}\" begins neither SQL nor a call{}", shown, guess), advice);
 }
 
-void Shell::take_statements() {
-    for (auto end = end_of_statement(begun_); end; end = end_of_statement(begun_)) {
-        const std::string statement = begun_.substr(0, *end - 1);
-        begun_.erase(0, *end);
+void Shell::take_statements(std::string_view piece) {
+    for (auto end = scan_.end_in(piece); end; end = scan_.end_in(piece)) {
+        begun_ += piece.substr(0, *end - 1);
+        piece.remove_prefix(*end);
+        const std::string statement = std::exchange(begun_, {});
         guarded([&] { run_one(statement); });
         begun_place_ = place_;
     }
-    if (is_blank(begun_)) forget();
-    if (!waiting()) begun_place_.clear();
+    begun_ += piece;
+    if (scan_.is_blank()) forget();
+}
+
+void Shell::forget() {
+    begun_.clear();
+    scan_ = {};
+    begun_place_.clear();
 }
 
 void Shell::run_one(std::string_view statement) {
     if (is_blank(statement)) return;
-    if (is_query(statement)) {
-        const InterruptWatch watch;  // Ctrl-C ends the rows, and not the shell
-        return run_query(session_, std::string(statement), {mode_, "", ".mode line"});
-    }
+    if (is_query(statement)) return run_query(session_, std::string(statement), {mode_, "", ".mode line"});
     const Clock::time_point start = Clock::now();
     run_statement(session_, std::string(statement));
     tables_.reset();
@@ -118,7 +141,8 @@ void Shell::run_one(std::string_view statement) {
 void Shell::call_method(const std::string& line) {
     const Call call = parse_call(line.substr(0, line.find_last_not_of(" \t\r;") + 1));
     if (!is_method(call.method)) {
-        fail(fmt::format("there is no method {}{}", call.method, did_you_mean(call.method, method_names())));
+        fail(fmt::format("there is no method {}{}", cut_to(call.method, longest_shown),
+                         did_you_mean(call.method, method_names())));
         return;
     }
     const Value result = session_.connection().call_with(call.method, host::Args(call.arguments));
@@ -126,18 +150,29 @@ void Shell::call_method(const std::string& line) {
     fmt::print("{}\n", mode_ == Mode::json ? json_line(to_json(result)) : to_literal(result));
 }
 
-void Shell::take_all(std::istream& in, const std::string& name) {
+void Shell::take_all(LineInput& in, const std::string& name) {
     const std::string outer = place_;
-    std::string line;
-    for (int number = 1; !done_ && std::getline(in, line); ++number) {
-        place_ = fmt::format("{}{}line {}", name, name.empty() ? "" : " ", number);
-        if (line.ends_with('\r')) line.pop_back();
-        take(line);
+    int number = 1;
+    for (auto line = next_line(in); line && !done_; line = next_line(in)) {
+        require_uninterrupted();
+        place_ = fmt::format("{}{}line {}", name, name.empty() ? "" : " ", number++);
+        if (line->ends_with('\r')) line->pop_back();
+        take(*line);
     }
     if (waiting()) fail("the statement does not end with \";\"");
     forget();
-    begun_place_.clear();
     place_ = outer;
+}
+
+// What can be read no further is at its end.
+std::optional<std::string> Shell::next_line(LineInput& in) {
+    try {
+        return done_ ? std::nullopt : in.next();
+    } catch (const Failure& failure) {
+        if (interrupted()) throw;
+        fail(failure.message, failure.detail, failure.hint);
+        return std::nullopt;
+    }
 }
 
 }  // namespace zmfb::tool

@@ -2,15 +2,16 @@
 #pragma once
 
 #include <functional>
-#include <istream>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "tool/line_input.h"
 #include "tool/literal.h"
 #include "tool/rows/row_writer.h"
 #include "tool/session.h"
+#include "tool/shell/statement.h"
 
 namespace zmfb::tool {
 
@@ -23,12 +24,12 @@ class Shell {
 
     void take(const std::string& line);
     /// Takes all lines of `in`; errors name the line, and `name` before it if there is one.
-    void take_all(std::istream& in, const std::string& name);
+    void take_all(LineInput& in, const std::string& name);
 
     /// Whether a statement has begun that has not ended yet.
     [[nodiscard]] bool waiting() const { return !begun_.empty(); }
     /// Forgets the statement that has begun.
-    void forget() { begun_.clear(); }
+    void forget();
     /// Whether it was told to end.
     [[nodiscard]] bool done() const { return done_; }
     /// Whether anything failed, or was raised, so far.
@@ -46,7 +47,8 @@ class Shell {
     };
     static const DotCommand dot_commands[];
 
-    void take_statements();
+    void take_statements(std::string_view piece);
+    std::optional<std::string> next_line(LineInput& in);
     void run_one(std::string_view statement);
     void call_method(const std::string& line);
     void run_dot_command(const std::string& line);
@@ -65,6 +67,7 @@ class Shell {
     Session& session_;
     bool interactive_;
     std::string begun_;
+    StatementScan scan_;       ///< of what has begun
     std::string place_;        ///< where the input is from, "line 3", for errors
     std::string begun_place_;  ///< the same of the statement that has begun
     Mode mode_ = Mode::table;

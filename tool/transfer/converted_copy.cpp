@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "tool/encoding.h"
+#include "tool/interrupt.h"
 #include "tool/transfer/dbf_check.h"
 #include "tool/transfer/dbf_records.h"
 
@@ -90,6 +91,7 @@ void write_converted(const DbfFile& file, const Conversion& conversion, const st
     target << file.header;
     std::uint32_t written = 0;
     for_each_record(file, [&](std::uint64_t number, std::string_view bytes) {
+        require_uninterrupted();
         if (conversion.skip_deleted && bytes[0] == '*') return;
         std::string record(bytes);
         for (const DbfField& field : file.fields) {

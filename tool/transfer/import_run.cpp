@@ -13,7 +13,9 @@
 #include "tool/dependents.h"
 #include "tool/drop.h"
 #include "tool/encoding.h"
+#include "tool/interrupt.h"
 #include "tool/json.h"
+#include "tool/output.h"
 #include "tool/text_table.h"
 #include "tool/transfer/converted_copy.h"
 #include "tool/transfer/dbf_check.h"
@@ -92,7 +94,6 @@ class Import {
 
     [[nodiscard]] std::string notes(bool made) const;
     [[nodiscard]] Json as_json() const;
-    [[noreturn]] void fail(const std::string& why, const std::string& detail);
 
     Session& session_;
     zmFBConn& connection_;
@@ -104,7 +105,7 @@ class Import {
     std::vector<Name> views_;  // those that go with the table that is there
     CheckResult found_;
     Rejects rejects_;
-    Begun begun_;
+    std::string data_file_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
@@ -124,7 +125,10 @@ void Import::check() {
     reports_.send(fmt::format("phase check {}", dbf_.records));
     found_ =
         check_records(dbf_, {options_.skip_deleted, [this](const BadValue& value) { rejects_.add(value); },
-                             [this](std::uint64_t number) { reports_.send(fmt::format("at {}", number)); }});
+                             [this](std::uint64_t number) {
+                                 require_uninterrupted();
+                                 reports_.send(fmt::format("at {}", number));
+                             }});
     reports_.send("phase none 0");
     rejects_.close();
 }
@@ -212,7 +216,7 @@ Exit Import::tell() const {
     Progress::clear();
     const bool possible = plan_.refusals.empty() && rejects_.count() == 0;
     print_plan(possible);
-    std::fflush(stdout);
+    flush_output();
     refuse();
     return possible ? Exit::ok : Exit::failed;
 }
@@ -248,13 +252,6 @@ void Import::make_room() {
     drop_with_views(connection_, Name(plan_.table), views_);
 }
 
-void Import::fail(const std::string& why, const std::string& detail) {
-    std::string lines = detail;
-    if (!lines.empty() && lines.back() != '\n') lines += '\n';
-    for (const std::string& line : undo(connection_, begun_)) lines += line + "\n";
-    throw Failure{Exit::failed, why, lines};
-}
-
 // The file to import: the given one, or a converted copy of it.
 std::string Import::source(std::optional<PrivateFolder>& folder) {
     const Conversion conversion{options_.skip_deleted, options_.encoding};
@@ -266,24 +263,22 @@ std::string Import::source(std::optional<PrivateFolder>& folder) {
 }
 
 void Import::bring(const std::string& path) {
-    begun_.table = plan_.table;
-    begun_.replaces = plan_.table_exists;
-    begun_.external = "EXT_" + plan_.table;
-    begun_.data_file = connection_.call("getfullpathdatfile").string();
-    reports_.send("data " + begun_.data_file);
-    reports_.send("external " + begun_.external);
-    reports_.send("table " + begun_.table);
+    data_file_ = connection_.call("getfullpathdatfile").string();
+    reports_.send("data " + data_file_);
+    reports_.send("external EXT_" + plan_.table);
+    reports_.send("table " + plan_.table);
     reports_.send(fmt::format("size {}", data_record_size(dbf_)));
     reports_.send(fmt::format("phase copy {}", found_.records));
     if (!connection_.call("bringdbf", path).logical()) {
-        fail(fmt::format("{} was not imported", file_), last_engine_message());
+        throw Failure{Exit::failed, fmt::format("{} was not imported", file_), last_engine_message()};
     }
     reports_.send("phase none 0");
     Progress::clear();
     if (!options_.keep_data_file) {
-        remove_files(begun_);
+        std::error_code ignored;
+        fs::remove(data_file_, ignored);
     } else if (!session_.options().json) {
-        fmt::print("data file: {}\n", begun_.data_file);
+        fmt::print("data file: {}\n", data_file_);
     }
 }
 
@@ -292,14 +287,13 @@ void Import::summarize() const {
     if (session_.options().json) {
         Json json = as_json();
         json["seconds"] = took.count();
-        if (options_.keep_data_file) json["data_file"] = begun_.data_file;
+        if (options_.keep_data_file) json["data_file"] = data_file_;
         fmt::print("{}\n", json_line(json));
     } else {
         fmt::print("{} -> {}: {}, {}, {:.2f} s\n{}", file_, to_utf8(plan_.table),
                    counted(found_.records, "record", "records"),
                    counted(plan_.columns.size(), "field", "fields"), took.count(), notes(true));
     }
-    std::fflush(stdout);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <filesystem>
 
 #include "tool/terminal.h"
+#include "zmfbconn/cancel.h"
 
 namespace zmfb::tool {
 namespace {
@@ -93,6 +94,8 @@ void Progress::tick() {
         look();
     } catch (const Failure&) {
         phase_ = Phase::none;  // an import goes on without being watched
+        return;
+    } catch (const Cancelled&) {
         return;
     }
     fmt::print("{}\033[K\r", text().substr(0, terminal_width() - 1));

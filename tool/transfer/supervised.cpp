@@ -3,109 +3,157 @@
 #include <fcntl.h>
 #include <fmt/format.h>
 #include <poll.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
+
+#include "tool/interrupt.h"
+#include "tool/json.h"
+#include "tool/output.h"
+#include "zmfbconn/cancel.h"
 
 namespace zmfb::tool {
 namespace {
 
 constexpr int tick_milliseconds = 100;
-constexpr std::array signals{SIGINT, SIGTERM, SIGHUP};
+constexpr std::string_view failure_head = "failed ", returned = "returned";
+// More than the child takes to end itself: it was stopped.
+constexpr std::chrono::seconds patience{30};
 
-volatile std::sig_atomic_t caught = 0;
-volatile std::sig_atomic_t passed_on_to = 0;
-
-void note(int signal) {
-    caught = signal;
-    if (passed_on_to != 0) kill(passed_on_to, signal);
-}
-
-// Notes these signals while it lives, and passes them on to a process if there is one.
-class Signals {
-  public:
-    Signals() {
-        caught = 0;
-        struct sigaction action {};
-        action.sa_handler = note;
-        sigemptyset(&action.sa_mask);
-        for (std::size_t i = 0; i < signals.size(); ++i) sigaction(signals[i], &action, &before_[i]);
-    }
-    ~Signals() {
-        passed_on_to = 0;
-        for (std::size_t i = 0; i < signals.size(); ++i) sigaction(signals[i], &before_[i], nullptr);
-    }
-    Signals(const Signals&) = delete;
-    Signals& operator=(const Signals&) = delete;
-
-  private:
-    std::array<struct sigaction, signals.size()> before_{};
+struct Child {
+    pid_t process;
+    pid_t parent;
 };
 
-pid_t fork_or_fail() {
+Child fork_or_fail() {
     std::fflush(nullptr);
+    const pid_t parent = getpid();
     const pid_t child = fork();
-    if (child < 0) throw Failure{Exit::failed, "cannot start a process"};
-    return child;
+    if (child < 0) throw Failure{Exit::failed, "cannot start a process", std::strerror(errno)};
+    return {child, parent};
 }
 
 [[noreturn]] void end(Exit status) {
-    std::fflush(nullptr);
-    _exit(static_cast<int>(status));
+    const Exit last = finish_output(status);
+    std::fflush(stderr);
+    _exit(static_cast<int>(last));
 }
 
-// The terminal's signals reach the child too, but only its watcher acts on it.
-[[noreturn]] void be_child(const Options& options, const std::function<Exit(Session&, const Reports&)>& work,
-                           int descriptor, pid_t watcher) {
-    std::signal(SIGINT, SIG_IGN);
-    std::signal(SIGHUP, SIG_IGN);
-    std::signal(SIGTERM, SIG_DFL);
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != watcher) _exit(static_cast<int>(Exit::failed));
-    end(told_in_session(options, [&](Session& session) { return work(session, Reports(descriptor)); }));
+void send_failure(const Reports& reports, const Failure& failure) {
+    const Json json{{"message", failure.message}, {"detail", failure.detail}, {"hint", failure.hint}};
+    reports.send(std::string(failure_head) + json_line(json));
+}
+
+Failure received_failure(std::string_view json_text) {
+    const Json json = Json::parse(json_text);
+    return {.message = json["message"], .detail = json["detail"], .hint = json["hint"]};
+}
+
+// Detaching, at the end of the session, is given its time as well.
+Exit worked(const Options& options, const std::function<Exit(Session&, const Reports&)>& work,
+            const Reports& reports) {
+    try {
+        Session session(options);
+        try {
+            const Exit status = work(session, reports);
+            reports.send(returned);
+            return status == Exit::ok && !session.raised().empty() ? Exit::failed : status;
+        } catch (...) {
+            begin_undoing();
+            throw;
+        }
+    } catch (const Failure& failure) {
+        if (ending_signal() == 0) send_failure(reports, failure);
+        return failure.status;
+    } catch (const Cancelled&) {
+        return ending_status();
+    } catch (const std::exception& problem) {
+        send_failure(reports, {.message = problem.what()});
+        return Exit::failed;
+    }
 }
 
 // Hands over the whole lines in `pending` and keeps the rest there.
-void hand_over(std::string& pending, const Supervision& supervision) {
+void hand_over(std::string& pending, const Supervision& supervision, Ended& ended) {
     for (std::size_t at = 0; (at = pending.find('\n')) != std::string::npos; pending.erase(0, at + 1)) {
-        if (supervision.on_report) supervision.on_report(std::string_view(pending).substr(0, at));
+        const std::string_view line = std::string_view(pending).substr(0, at);
+        if (line == returned) {
+            ended.returned = true;
+        } else if (line.starts_with(failure_head)) {
+            ended.failure = received_failure(line.substr(failure_head.size()));
+        } else {
+            supervision.on_report(line);
+        }
     }
 }
 
 // Returns whether there is more to come.
-bool take_reports(int descriptor, std::string& pending, const Supervision& supervision) {
+bool take_reports(int descriptor, std::string& pending) {
     std::array<char, 4096> buffer;
     const ssize_t got = read(descriptor, buffer.data(), buffer.size());
     if (got < 0) return errno == EINTR;
     pending.append(buffer.data(), static_cast<std::size_t>(got));
-    hand_over(pending, supervision);
     return got > 0;
 }
 
-int wait_for(pid_t child) {
+int wait_for_end(pid_t child) {
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
     return status;
 }
 
-int run_apart(const std::function<Exit()>& work) {
-    const Signals signals;
-    const pid_t child = fork_or_fail();
-    if (child == 0) {
-        caught = 0;
-        passed_on_to = 0;
-        end(told(work));
+std::string death_by(int signal) {
+    return fmt::format("its process was ended by signal {} ({})", signal, strsignal(signal));
+}
+
+// What the child could not tell any more.
+std::string unexpected_end(int status) {
+    return WIFSIGNALED(status) ? death_by(WTERMSIG(status))
+                               : fmt::format("its process ended with status {}", WEXITSTATUS(status));
+}
+
+// Asks the child to end when this process is to end, and ends it when it does not.
+class Ending {
+  public:
+    explicit Ending(pid_t child) : child_(child) {}
+    void look() {
+        if (ending_signal() == 0) return;
+        const auto now = std::chrono::steady_clock::now();
+        if (!since_) {
+            since_ = now;
+            begin_undoing();
+            kill(child_, ending_signal());
+        } else if (now - *since_ > patience) {
+            kill(child_, SIGKILL);
+        }
     }
-    passed_on_to = child;
-    if (caught != 0) kill(child, caught);
-    const int status = wait_for(child);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+
+  private:
+    pid_t child_;
+    std::optional<std::chrono::steady_clock::time_point> since_;
+};
+
+int run_apart(const std::function<Exit()>& work) {
+    const Child child = fork_or_fail();
+    if (child.process == 0) {
+        end(told([&] {
+            watch_signals_of_child(child.parent);
+            return work();
+        }));
+    }
+    pass_signals_on_to(child.process);
+    const int status = wait_for_end(child.process);
+    pass_signals_on_to(0);
+    if (WIFEXITED(status)) return WEXITSTATUS(status);
+    print_error(death_by(WTERMSIG(status)), "", "\"zmfb doctor\" says what was left, if anything was");
+    return 128 + WTERMSIG(status);
 }
 
 }  // namespace
@@ -123,31 +171,30 @@ Ended supervise(const Options& options, const std::function<Exit(Session&, const
                 const Supervision& supervision) {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) throw Failure{Exit::failed, "cannot make a pipe"};
-    const Signals signals;
-    const pid_t watcher = getpid();
-    const pid_t child = fork_or_fail();
-    if (child == 0) {
+    const Child child = fork_or_fail();
+    if (child.process == 0) {
         close(ends[0]);
-        be_child(options, work, ends[1], watcher);
+        const Reports reports(ends[1]);
+        end(told([&] {
+            watch_signals_of_child(child.parent);
+            return worked(options, work, reports);
+        }));
     }
     close(ends[1]);
+    Ended ended;
+    Ending ending(child.process);
     std::string pending;
-    for (bool more = true; more && caught == 0;) {
+    for (bool more = true; more; ending.look()) {
         pollfd wait{ends[0], POLLIN, 0};
-        if (poll(&wait, 1, tick_milliseconds) > 0) more = take_reports(ends[0], pending, supervision);
-        if (more && supervision.on_tick) supervision.on_tick();
-    }
-    const int signal = caught;
-    if (signal != 0) kill(child, SIGKILL);
-    const int status = wait_for(child);
-    // What the child said before its end still counts.
-    if (signal != 0) {
-        while (take_reports(ends[0], pending, supervision)) {
-        }
+        if (poll(&wait, 1, tick_milliseconds) > 0) more = take_reports(ends[0], pending);
+        hand_over(pending, supervision, ended);
+        if (more && ending_signal() == 0 && supervision.on_tick) supervision.on_tick();
     }
     close(ends[0]);
-    if (signal != 0) return {Exit::failed, signal};
-    return {WIFEXITED(status) ? static_cast<Exit>(WEXITSTATUS(status)) : Exit::failed, 0};
+    const int status = wait_for_end(child.process);
+    ended.status = WIFEXITED(status) ? static_cast<Exit>(WEXITSTATUS(status)) : Exit::failed;
+    if (!ended.returned && ended.failure.message.empty()) ended.failure.detail = unexpected_end(status);
+    return ended;
 }
 
 Exit for_each_apart(const std::vector<std::string>& names,

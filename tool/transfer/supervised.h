@@ -1,8 +1,9 @@
-/// Work done in processes of its own, so that Ctrl-C can end it at any point.
+/// Work done in processes of its own, so that whatever becomes of one of them is told and undone.
 ///
-/// A call into the engine cannot be interrupted. So the tool works in a child process and only watches it: on
-/// Ctrl-C the child is killed, and a process that is not caught in a call undoes what the child began. No
-/// process forks after it has attached, since the engine does not live through a fork.
+/// A worker can be killed, run out of memory or stand on a disk that is full. So the tool works in a child
+/// process and only watches it: the process that watches undoes what the child began, through an attachment
+/// of its own. A child whose parent dies is told to end. No process forks after it has attached, since the
+/// engine does not live through a fork.
 #pragma once
 
 #include <functional>
@@ -28,7 +29,10 @@ class Reports {
 /// How supervised work ended.
 struct Ended {
     Exit status = Exit::failed;
-    int signal = 0;  ///< the one that interrupted it: SIGINT, SIGTERM or SIGHUP; 0 when it came to its end
+    bool returned = false;  ///< `work` did, with this status; what it had to tell was told
+    /// Else why it did not, unless a signal to this process ended it; without a message when the child could
+    /// not say it any more.
+    Failure failure = {};
 };
 
 struct Supervision {
@@ -38,13 +42,14 @@ struct Supervision {
     std::function<void()> on_tick;
 };
 
-/// Runs `work` in a child process, with a session of its own, and watches it. Failures are printed there.
+/// Runs `work` in a child process, with a session of its own, and watches it. What it throws is not told but
+/// comes back.
 Ended supervise(const Options& options, const std::function<Exit(Session&, const Reports&)>& work,
                 const Supervision& supervision);
 
-/// Runs `work` for each name, in a process of its own which may attach; SIGINT and SIGTERM are passed on to
-/// it. Goes on after one that failed, not after one that was interrupted (which ends with 128 and more).
-/// Returns the status of the last that did not go well.
+/// Runs `work` for each name, in a process of its own which may attach; signals are passed on to it. Goes on
+/// after one that failed, not after one that was interrupted (which ends with 128 and more). Returns the
+/// status of the last that did not go well.
 Exit for_each_apart(const std::vector<std::string>& names,
                     const std::function<Exit(const std::string&)>& work);
 

@@ -2,10 +2,9 @@
 #pragma once
 
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "tool/session.h"
+#include "tool/transfer/supervised.h"
 
 namespace zmfb::tool {
 
@@ -15,25 +14,28 @@ struct Begun {
     std::string external;   ///< its external table; "" when none is made
     std::string data_file;  ///< the file behind it
     std::string folder;     ///< a private folder, removed with all in it
-    bool replaces = false;  ///< a table of this name was dropped before
+    std::string replaced;   ///< the table that was dropped for it, or was about to be; "" for none
 };
 
-/// Removes what there is of it, and only an external table that lies on this data file; returns what was
-/// undone, in words. What is still in use by a process that has just died is tried again for a while.
-std::vector<std::string> undo(zmFBConn& connection, const Begun& begun);
+/// How the work is spoken of.
+struct Spoken {
+    std::string of;      ///< "the import of people.dbf"
+    std::string failed;  ///< "people.dbf was not imported"
+};
+
+/// After work that did not return: removes what there is of it, and only an external table that lies on its
+/// data file, through an attachment made for that. Tells why the work ended, what was undone, and of what
+/// could not be the commands that do it. Returns the status to end with.
+Exit undo_and_tell(const Options& options, const Spoken& spoken, const Ended& ended, const Begun& begun);
 
 /// Removes the files of it only.
 void remove_files(const Begun& begun);
 
-/// The file of an external table; "" when the table is none, or is not there.
+/// The file of an external table; "" when the table is none, or is not there. Throws Failure.
 std::string external_file_of(zmFBConn& connection, const std::string& table);
 
 /// Drops an external table that an earlier run left, when there is one of this name on a data file of the
-/// driver's; returns whether it did. A note on standard error says so.
+/// driver's; returns whether it did. A note on standard error says so. Throws Failure.
 bool drop_leftover(zmFBConn& connection, const std::string& external);
-
-/// Undoes what an interrupted run has begun, through a session of its own, says on standard error what was
-/// undone, and returns the exit status of a process that this signal interrupted.
-Exit undo_interrupted(const Options& options, int signal, std::string_view what, const Begun& begun);
 
 }  // namespace zmfb::tool

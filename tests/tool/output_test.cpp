@@ -1,0 +1,63 @@
+// Standard output that cannot be written.
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+class Output : public Tool {
+  protected:
+    Output() : path(database()) {
+        on(path, {"call", "createtable('T', {{'A', 'N', 4, 0}})"});
+        on(path, {"matrix", "extract", "t", "-o", file("t.tf")});
+        write_file("script", "select 1 as n from rdb$database;\nupdate t set a = 1;\n");
+    }
+    std::string path;
+};
+
+class Unwritten : public Output, public ::testing::WithParamInterface<std::vector<std::string>> {};
+
+TEST_P(Unwritten, IsAFailureWithWords) {
+    std::vector<std::string> words{"--db", path};
+    for (std::string word : GetParam()) words.push_back(word == "MATRIX" ? file("t.tf") : word);
+    const Finished run = zmfb_after("exec < '" + file("script") + "' > /dev/full", words);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_TRUE(run.err.ends_with("error: cannot write to standard output: No space left on device\n"))
+        << run.err;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Tool, Unwritten,
+    ::testing::Values(std::vector<std::string>{"tables"}, std::vector<std::string>{"--json", "tables"},
+                      std::vector<std::string>{"struct", "t"},
+                      std::vector<std::string>{"query", "select 1 from rdb$database"},
+                      std::vector<std::string>{"query", "select * from rdb$fields"},
+                      std::vector<std::string>{"exec", "update t set a = 1"},
+                      std::vector<std::string>{"call", "isconnected()"}, std::vector<std::string>{"shell"},
+                      std::vector<std::string>{"locks"}, std::vector<std::string>{"opens"},
+                      std::vector<std::string>{"doctor"}, std::vector<std::string>{"methods"},
+                      std::vector<std::string>{"import", "--dry-run", ZMFB_EXAMPLE_DBF},
+                      std::vector<std::string>{"import", ZMFB_EXAMPLE_DBF},
+                      std::vector<std::string>{"matrix", "check", "MATRIX"},
+                      std::vector<std::string>{"generate", "man"}, std::vector<std::string>{"--help"}));
+
+TEST_F(Output, OfAShellThatCannotBeWrittenEndsIt) {
+    zmfb_after("exec < '" + file("script") + "' > /dev/full", {"--db", path, "shell"});
+    EXPECT_EQ(on(path, {"query", "--mode", "csv", "select count(*) from t where a = 1"}).out,
+              "COUNT\r\n0\r\n");
+}
+
+TEST_F(Output, ThatNobodyReadsEndsItQuietlyAsSigpipeWould) {
+    // A pipe whose only reader is gone before anything is written.
+    const std::string pipe = file("pipe");
+    const std::string closed = "mkfifo '" + pipe + "'; exec 3<> '" + pipe + "' > '" + pipe + "' 3>&-";
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"methods"},
+                                                  {"--db", path, "tables"},
+                                                  {"--db", path, "query", "select * from rdb$fields"}}) {
+        const Finished run = zmfb_after("rm -f '" + pipe + "'; " + closed, words);
+        EXPECT_EQ(run.status, 141);
+        EXPECT_EQ(run.err, "");
+    }
+}
+
+}  // namespace
+}  // namespace zmfb::test
