@@ -12,7 +12,7 @@ sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 from bench.conn import calls  # noqa: E402
 from bench.locks import record_locks  # noqa: E402
 from bench.matrix import extraction  # noqa: E402
-from bench.sql import growth, reading  # noqa: E402
+from bench.sql import growth, reading, typed  # noqa: E402
 from bench.support import report  # noqa: E402
 from bench.support.processes import Failure  # noqa: E402
 from bench.support.stage import NODE_MODULE, Stage  # noqa: E402
@@ -24,6 +24,7 @@ SKIPPED = 77
 BENCHMARKS = {
     "select": (reading.select, True),
     "memory": (reading.memory, True),
+    "typed": (typed.read, True),
     "import": (importing.bring, True),
     "convert": (importing.convert, False),
     "export": (exporting.exile, True),

@@ -11,4 +11,7 @@ namespace zmfb::bench {
 /// sample.ours: the first rows, as texts. hold.ours, hold.strings: keep the rows of one query.
 std::span<const Command> select_commands();
 
+/// select.typed: reads the columns of the table PEOPLE as C++ types. sample.typed: the first rows, as texts.
+std::span<const Command> typed_commands();
+
 }  // namespace zmfb::bench

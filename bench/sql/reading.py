@@ -27,16 +27,16 @@ def _wanted(name):
     return {"into": "structs"} if name == STRUCTS else {}
 
 
-def _check_sample(stage, database, who, ask):
+def check_sample(stage, database, who, ask):
     expected = stage.host.ask("rows", database=database, sql=people.texts_query(SAMPLE))["rows"]
     return losses(who, people.KINDS, expected, ask(people.query(SAMPLE))["rows"])
 
 
-def _sums(reply):
+def sums(reply):
     return reply["rows"], reply["id"], reply["credit"]
 
 
-class _Checked:
+class Checked:
     """Times one contestant; each run has to bring the rows that the bare client saw."""
 
     def __init__(self, who, expected, ask):
@@ -44,17 +44,17 @@ class _Checked:
 
     def __call__(self):
         reply = self.ask()
-        if self.expected and _sums(reply) != self.expected:
-            raise Failure(f"{self.who} brings {_sums(reply)} instead of {self.expected}")
+        if self.expected and sums(reply) != self.expected:
+            raise Failure(f"{self.who} brings {sums(reply)} instead of {self.expected}")
         return reply["seconds"]
 
 
 def _contestants(stage, worker, where, database, sql):
     """Functions that return seconds, by name; the peers' processes; what each peer loses."""
     lost = {}
-    _check_sample(stage, database, "internalselect", lambda text: worker.ask("sample.ours", sql=text))
-    expected = _sums(worker.ask("select.bare", sql=sql))
-    runs = {name: _Checked(name, expected, lambda what=what: worker.ask(what, sql=sql))
+    check_sample(stage, database, "internalselect", lambda text: worker.ask("sample.ours", sql=text))
+    expected = sums(worker.ask("select.bare", sql=sql))
+    runs = {name: Checked(name, expected, lambda what=what: worker.ask(what, sql=sql))
             for name, what in [("bare client", "select.bare"), ("ours", "select.ours"), (STRINGS, "select.strings")]
             if name != STRINGS or stage.options.extras}
     processes = []
@@ -63,8 +63,8 @@ def _contestants(stage, worker, where, database, sql):
         peer = stage.peer(name)
         processes.append(peer)
         peer.ask("attach", database=database)
-        lost[name] = _check_sample(stage, database, name, lambda text, peer=peer: peer.ask("sample", sql=text))
-        runs[name] = _Checked(name, expected, lambda name=name, peer=peer: peer.ask("select", sql=sql, **_wanted(name)))
+        lost[name] = check_sample(stage, database, name, lambda text, peer=peer: peer.ask("sample", sql=text))
+        runs[name] = Checked(name, expected, lambda name=name, peer=peer: peer.ask("select", sql=sql, **_wanted(name)))
     return runs, processes, lost
 
 
