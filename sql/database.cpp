@@ -94,6 +94,11 @@ std::string create(const std::string& database, std::string_view user, std::stri
     return fill ? fill(database) : "";
 }
 
+struct Detaching {
+    double handle;
+    ~Detaching() { sql::detach(handle); }
+};
+
 // A file of this process that goes unless it got another name.
 struct Unnamed {
     const std::string& name;
@@ -139,15 +144,11 @@ std::string run_script(std::string_view database, std::string_view user, std::st
     const conn::PublicCall under_way;
     const sql::Attachment attached = sql::attach(database, user, password, "");
     if (attached.sqlcode != 0) return last_engine_message();
-    std::string failure;
+    const Detaching in_the_end{attached.handle};
     for (const std::string& statement : statements_of(script)) {
-        if (run_statement(sql::handle_of(attached.handle), statement) < 0) {
-            failure = last_engine_message();
-            break;
-        }
+        if (run_statement(sql::handle_of(attached.handle), statement) < 0) return last_engine_message();
     }
-    sql::detach(attached.handle);
-    return failure;
+    return "";
 }
 
 std::string client_version() {

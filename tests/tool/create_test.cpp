@@ -71,6 +71,16 @@ TEST_F(Create, AFolderThatIsNotThereIsSaidSo) {
     EXPECT_FALSE(std::filesystem::exists(file("nowhere")));
 }
 
+TEST_F(Create, ALinkOfOnesOwnThatLeadsNowhereYetIsFollowed) {
+    if (on_server()) GTEST_SKIP() << "a server creates the file";
+    std::filesystem::create_directory(file("data"));
+    std::filesystem::create_symlink("data/real.fdb", new_database());
+    EXPECT_EQ(on(new_database(), {"create"}).err, "");
+    EXPECT_TRUE(std::filesystem::is_symlink(new_database()));
+    EXPECT_TRUE(std::filesystem::is_regular_file(file("data/real.fdb")));
+    EXPECT_EQ(on(new_database(), {"call", "isallneededudfsinstalled()"}).out, ".T.\n");
+}
+
 TEST_F(Create, WhenItIsKilledThereIsNoHalfDatabase) {
     if (on_server()) GTEST_SKIP() << "a server creates the file";
     constexpr int moments = 16;

@@ -53,9 +53,7 @@ TEST_F(ExportFailure, AFolderOfTheFilesNameStays) {
     fs::create_directory(folder_out + "/shop.dbf");
     const Finished run = export_to_folder("shop");
     EXPECT_EQ(run.status, 1);
-    EXPECT_TRUE(run.err.starts_with("error: cannot write " + folder_out +
-                                    "/shop.dbf: Is a directory\n  data file /tmp/zmrdd"))
-        << run.err;
+    EXPECT_EQ(run.err, "error: cannot write " + folder_out + "/shop.dbf: Is a directory\n");
     EXPECT_TRUE(fs::is_directory(folder_out + "/shop.dbf"));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_out), {}), 1);
 }

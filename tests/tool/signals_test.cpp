@@ -6,6 +6,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <filesystem>
+
 #include "tests/support/dialogue.h"
 #include "tests/support/environment.h"
 #include "tests/tool/tool.h"
@@ -129,13 +132,19 @@ TEST_F(Signals, EndAllOfManyProcessesAndLeaveTheDatabaseToTheNext) {
 
 TEST_F(Signals, LeaveNoFileOfADatabaseThatIsBeingMade) {
     if (on_server()) GTEST_SKIP() << "what is made on a server is the server's";
-    const auto tool = start({"--db", file("new.fdb"), "create"});
-    while (!std::filesystem::exists(file("new.fdb"))) poll(nullptr, 0, 5);
+    const std::filesystem::path folder = file("made");
+    std::filesystem::create_directory(folder);
+    const auto databases = [&] {
+        return std::count_if(std::filesystem::directory_iterator(folder), {},
+                             [](const auto& entry) { return entry.is_regular_file(); });
+    };
+    const auto tool = start({"--db", folder / "new.fdb", "create"});
+    while (databases() == 0) poll(nullptr, 0, 5);
     tool->send(SIGTERM);
     const Finished run = tool->end();
     if (run.status == 0) return;  // it was done by then
     EXPECT_EQ(run.status, 143) << run.err;
-    EXPECT_FALSE(std::filesystem::exists(file("new.fdb")));
+    EXPECT_EQ(databases(), 0);
 }
 
 TEST_F(Signals, HaveADropSayWhatIsGoneByThen) {
