@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <iterator>
 
 #include "host/number.h"
 #include "host/text.h"
@@ -18,6 +19,7 @@
 namespace zmfb::tool {
 namespace {
 
+constexpr std::string_view driver_description = "Created by ZMRDDFIRE";
 constexpr std::array<std::string_view, 3> system_tables{"RDDSYS_OPN", "RDDSYS_FLK", "RDDSYS_RLK"};
 
 std::string text_of(const Value& value) { return host::trim(value).string(); }
@@ -80,41 +82,83 @@ std::vector<Name> names_of(zmFBConn& connection, std::string_view query) {
     return names;
 }
 
-bool is_reserved(zmFBConn& connection, const Name& name) {
-    return connection.call("executequery", "select 1 as " + name.bytes() + " from rdb$database").size() < 2;
+namespace {
+
+bool are_free(zmFBConn& connection, std::span<const Name> names) {
+    std::string columns;
+    for (const Name& name : names) columns += (columns.empty() ? "1 as " : ", 1 as ") + name.bytes();
+    return connection.call("executequery", "select " + columns + " from rdb$database").size() == 2;
+}
+
+}  // namespace
+
+// Hardly ever one is, so many are asked for at once.
+std::vector<Name> reserved_among(zmFBConn& connection, std::span<const Name> names) {
+    constexpr std::size_t at_once = 100;
+    std::vector<Name> reserved;
+    while (!names.empty()) {
+        const auto some = names.first(std::min(names.size(), at_once));
+        names = names.subspan(some.size());
+        if (are_free(connection, some)) continue;
+        std::ranges::copy_if(some, std::back_inserter(reserved),
+                             [&](const Name& name) { return !are_free(connection, std::span(&name, 1)); });
+    }
+    return reserved;
 }
 
 namespace {
 
-// Whether it is a view, and how many of the generators named after it were made by others than its owner.
+// Whether it is a view, its description, and how many of the generators named after it were made by others
+// than its owner. The function is the driver's: without it, or the right to call it, nothing is told.
 constexpr std::string_view relations =
-    "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), (select count(*) from rdb$generators g "
+    "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), zmblobsubstr(r.rdb$description, 1, 255), "
+    "(select count(*) from rdb$generators g "
     "where g.rdb$owner_name <> r.rdb$owner_name and g.rdb$generator_name in ("
     "'G_' || trim(trailing from r.rdb$relation_name) || '_I', "
     "'G_' || trim(trailing from r.rdb$relation_name) || '_D')) from rdb$relations r where ";
 
-// The driver makes nothing but plain names, and all parts of a table as one user; the description alone
-// anybody can give a table.
-TableKind kind_by(zmFBConn& connection, const Name& name, bool is_view, bool others_generators) {
-    if (is_view) return TableKind::view;
-    if (!name.is_plain()) return TableKind::foreign;
-    if (std::ranges::find(system_tables, name.bytes()) != system_tables.end()) return TableKind::system;
-    if (connection.call("iszmrddtable", name.bytes()).logical()) {
-        const bool made_by_it =
-            !others_generators && is_nameable(connection, name) && !is_reserved(connection, name);
-        return made_by_it ? TableKind::driver : TableKind::foreign;
+constexpr std::string_view columns_of_described =
+    "select f.rdb$relation_name, f.rdb$field_name from rdb$relation_fields f join rdb$relations r on "
+    "r.rdb$relation_name = f.rdb$relation_name where r.rdb$description is not null and ";
+
+// Those with a column that the driver cannot name, when they have a description.
+std::vector<Name> with_odd_columns(zmFBConn& connection, std::string_view condition) {
+    std::vector<Name> found;
+    const Value rows = exact_rows(connection, fmt::format("{}{}", columns_of_described, condition));
+    for (const Value& row : rows.items()) {
+        if (!Name(row[2].text()).is_plain()) found.emplace_back(row[1].text());
     }
-    // The object answers .F. for a refused question, too: its function must be one that this user may call.
-    exact_rows(connection, "select zmblobsubstr(rdb$description, 1, 1) from rdb$database");
-    return TableKind::foreign;
+    return found;
 }
 
+bool is_in(const std::vector<Name>& names, const Name& name) {
+    return std::ranges::find(names, name) != names.end();
+}
+
+TableKind kind_by(const Value& row) {
+    const Name name(row[1].text());
+    if (number_of(row[2]) != 0) return TableKind::view;
+    if (!name.is_plain()) return TableKind::foreign;
+    if (std::ranges::find(system_tables, name.bytes()) != system_tables.end()) return TableKind::system;
+    const bool described = !row[3].is_nil() && host::alltrim(row[3]).string() == driver_description;
+    return described && number_of(row[4]) == 0 ? TableKind::driver : TableKind::foreign;
+}
+
+// The driver makes nothing but plain names, none of them reserved, and all parts of a table as one user; the
+// description alone anybody can give a table.
 std::vector<Table> tables_where(zmFBConn& connection, std::string_view condition) {
     std::vector<Table> tables;
+    std::vector<Name> of_the_driver;
     const Value rows = exact_rows(connection, fmt::format("{}{} order by 1", relations, condition));
     for (const Value& row : rows.items()) {
-        const Name name(row[1].text());
-        tables.push_back({name, kind_by(connection, name, number_of(row[2]) != 0, number_of(row[3]) != 0)});
+        tables.push_back({Name(row[1].text()), kind_by(row)});
+        if (tables.back().kind == TableKind::driver) of_the_driver.push_back(tables.back().name);
+    }
+    std::vector<Name> not_made_by_it = reserved_among(connection, of_the_driver);
+    std::ranges::copy(with_odd_columns(connection, condition), std::back_inserter(not_made_by_it));
+    for (Table& table : tables) {
+        if (table.kind == TableKind::driver && is_in(not_made_by_it, table.name))
+            table.kind = TableKind::foreign;
     }
     return tables;
 }

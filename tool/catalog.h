@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,8 +60,8 @@ std::string engine_version(zmFBConn& connection);
 /// The names that a query gives in its first column. Throws Failure.
 std::vector<Name> names_of(zmFBConn& connection, std::string_view query);
 
-/// Whether the engine takes the name, a plain one, for a word of its own: each version has others.
-bool is_reserved(zmFBConn& connection, const Name& name);
+/// Those of the names, all plain, that the engine takes for words of its own: each version has others.
+std::vector<Name> reserved_among(zmFBConn& connection, std::span<const Name> names);
 
 // All of these throw Failure when a query fails.
 

@@ -241,6 +241,10 @@ TEST_F(DoctorCommand, GeneratorsOfADroppedTableAreNamedAndTheAdviceHelps) {
     on(path, {"exec", "drop table C"});
     on(path, {"exec", "create sequence G_COUNTED_I"});
     on(path, {"exec", "create procedure counts as declare n bigint; begin n = gen_id(G_COUNTED_I, 1); end"});
+    EXPECT_TRUE(
+        on(path, {"exec", "create sequence G_C_I"})
+            .err.ends_with("  Sequence G_C_I already exists\nhint: a table of that name was dropped without "
+                           "its generators; \"zmfb doctor\" says what drops them\n"));
     const auto found = check("generators");
     EXPECT_EQ(found["state"], "note");
     EXPECT_EQ(found["text"], "without a table: G_C_D, G_C_I; a new table of that name is refused");

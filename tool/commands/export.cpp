@@ -68,14 +68,15 @@ std::uint32_t record_count(const fs::path& dbf) {
 // The table, when the method can name it and its columns without quotes.
 std::string nameable_table(zmFBConn& connection, const std::string& table) {
     const Name name = existing_name(connection, table);
+    const auto refuse = [&](const std::string& reason) {
+        throw Failure{Exit::failed, fmt::format("{} cannot be exported", name.shown()), reason};
+    };
     std::vector<Name> all = column_names_of(connection, name);
     all.push_back(name);
-    for (const Name& one : all) {
-        if (one.is_plain() && !is_reserved(connection, one)) continue;
-        throw Failure{Exit::failed, fmt::format("{} cannot be exported", name.shown()),
-                      one.is_plain() ? fmt::format("{} is a reserved word", one.bytes())
-                                     : fmt::format("{}: {}", one.shown(), plain_names_only)};
-    }
+    const auto odd = std::ranges::find(all, false, &Name::is_plain);
+    if (odd != all.end()) refuse(fmt::format("{}: {}", odd->shown(), plain_names_only));
+    const std::vector<Name> reserved = reserved_among(connection, all);
+    if (!reserved.empty()) refuse(joined(reserved) + ": reserved words");
     return name.bytes();
 }
 

@@ -18,6 +18,11 @@ constexpr std::size_t largest_precision = 18;
 constexpr std::size_t largest_char = 32767;
 constexpr std::size_t largest_row = 65535;
 
+bool is_reserved(zmFBConn& connection, const std::string& name) {
+    const Name one(name);
+    return !reserved_among(connection, std::span(&one, 1)).empty();
+}
+
 // Engines before 4 have names of 31 bytes.
 std::size_t longest_name(zmFBConn& connection) {
     const Value version = connection.call(
@@ -43,7 +48,7 @@ void check_table(zmFBConn& connection, const DbfFile& file, ImportPlan& plan) {
             "the table's name would be {}, of {} characters: {} are possible, for its indexes and "
             "triggers are named after it",
             shown, plan.table.size(), most));
-    } else if (is_reserved(connection, Name(plan.table))) {
+    } else if (is_reserved(connection, plan.table)) {
         plan.refusals.push_back(fmt::format("the table's name would be {}, a reserved word", shown));
     }
 }
@@ -65,7 +70,7 @@ std::string name_problem(zmFBConn& connection, const DbfField& field, std::set<s
         const bool own = field.name == "RECNO" || field.name == "RDD_AREAID";
         return own ? "is the name of a column of the driver's own" : "is there twice";
     }
-    return is_reserved(connection, Name(field.name)) ? "is a reserved word" : "";
+    return is_reserved(connection, field.name) ? "is a reserved word" : "";
 }
 
 std::string type_problem(const DbfField& field) {
