@@ -12,6 +12,10 @@
 
 namespace zmfb {
 
+class Decimal;
+// Declared here as well: a friend that only its class declares would not be exported.
+std::strong_ordering operator<=>(const Decimal& a, const Decimal& b);
+
 /// A number of up to 18 digits with up to 18 decimals, as NUMERIC and DECIMAL columns hold it. It never
 /// becomes a double by itself, and never loses a digit: what does not fit is thrown as SqlError (22003).
 class Decimal {
