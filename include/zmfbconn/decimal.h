@@ -13,7 +13,7 @@
 namespace zmfb {
 
 class Decimal;
-// Declared here as well: a friend that only its class declares would not be exported.
+/// Compares by value: 1.50 and 1.5 are equal. A friend that only its class declares would not be exported.
 std::strong_ordering operator<=>(const Decimal& a, const Decimal& b);
 
 /// A number of up to 18 digits with up to 18 decimals, as NUMERIC and DECIMAL columns hold it. It never
