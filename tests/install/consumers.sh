@@ -11,7 +11,8 @@ cpp_says="zmfbconn $ZMFB_VERSION
 trimmed: text
 thrown: [FBCONN Error];zmFBConn has no Method named: nosuch"
 attached="$cpp_says
-attached: 1, 11 functions"
+attached: 1, 11 functions
+SQLSTATE 42000"
 c_says="zmfbconn $ZMFB_VERSION
 zmFBConn has no Method named: nosuch"
 

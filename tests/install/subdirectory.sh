@@ -34,7 +34,8 @@ zmFBConn has no Method named: nosuch" "$(by_cmake/c_shared)"
 echo "the module of functions, when it is wanted"
 cmake --build by_cmake --target zmrddudfs >build.log || fail "$(cat build.log)"
 same "C++, attached" "$says
-attached: 1, 11 functions" "$(by_cmake/cpp_shared shared.fdb)"
+attached: 1, 11 functions
+SQLSTATE 42000" "$(by_cmake/cpp_shared shared.fdb)"
 
 echo "nothing is installed that the other project does not install itself"
 cmake --install by_cmake --prefix "$PWD/prefix" >install.log
