@@ -70,13 +70,11 @@ bool make_own_folder(const fs::path& folder) {
 
 // One that others could enter may have something of theirs in it: it is left as it is, and not used.
 bool make_private_folder(const fs::path& folder) {
-    struct stat before {};
-    const bool was_open = lstat(folder.c_str(), &before) == 0 && (before.st_mode & (S_IRWXG | S_IRWXO)) != 0;
-    if (!make_own_folder(folder)) return false;
+    struct stat status {};
     std::error_code error;
-    if (!was_open || fs::is_empty(folder, error)) return true;
-    chmod(folder.c_str(), before.st_mode);
-    return false;
+    const bool is_open = lstat(folder.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0;
+    if (is_open && !fs::is_empty(folder, error)) return false;
+    return make_own_folder(folder);
 }
 
 // What all that this user keeps private is in.
@@ -101,11 +99,12 @@ std::string make_own_folders(const fs::path& environment, const fs::path& locks)
         if (!make_own_folder(folder)) return folder.string() + " is no folder of this user's own; remove it";
     }
     std::error_code error;
-    for (const auto& entry : fs::recursive_directory_iterator(environment, error)) {
+    for (fs::recursive_directory_iterator at(environment, error), end; at != end; at.increment(error)) {
         struct stat status {};
-        if (lstat(entry.path().c_str(), &status) == 0 && status.st_uid != geteuid())
-            return entry.path().string() + " belongs to another user; remove it";
+        if (lstat(at->path().c_str(), &status) == 0 && status.st_uid != geteuid())
+            return at->path().string() + " belongs to another user; remove it";
     }
+    if (error) return "cannot look into " + environment.string() + ": " + error.message();
     return "";
 }
 

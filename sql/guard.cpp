@@ -25,7 +25,7 @@ namespace {
 // Each process that has a file open holds a read lock on one byte far behind the file's end. Where the byte
 // lies says which folder the process' engine keeps its locks in, and which process it is:
 //
-//     2^62 + identity of the folder (40 bits) * 2^22 + process id (22 bits)
+//     2^62 + identity of the folder (39 bits) * 2^22 + process id (22 bits)
 //
 // so that a lock anywhere in the region but in the part of one's own folder is a process that must not have
 // the file open together with this one. Read locks stand beside each other, and need no right to write.

@@ -21,7 +21,7 @@ namespace {
 // it too, and from then on the folder counts as another one.
 constexpr const char* mark_name = "fb_lock_zmfb";
 
-constexpr int identity_bits = 40;
+constexpr int identity_bits = 39;
 
 std::string first_line(const char* file) {
     std::ifstream in(file);

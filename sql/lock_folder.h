@@ -17,7 +17,7 @@ class LockFolder {
     std::string look();
 
     [[nodiscard]] const std::string& path() const { return path_; }
-    /// A number of 40 bits that two processes have in common only when their engines see each other's locks:
+    /// A number of 39 bits that two processes have in common only when their engines see each other's locks:
     /// it stands for one folder of one running system, and one numbering of its processes.
     [[nodiscard]] std::uint64_t identity() const { return identity_; }
 
