@@ -92,10 +92,8 @@ void OutputFile::begin_beside() {
     if (descriptor_ < 0) fail();
     temporary_ = std::move(name);
     constexpr mode_t permissions = 0777;
-    if (is_there && before.st_uid == ::geteuid() &&
-        ::fchmod(descriptor_, before.st_mode & permissions) != 0) {
-        fail();
-    }
+    const bool is_ours = is_there && before.st_uid == ::geteuid();
+    if (is_ours) static_cast<void>(::fchmod(descriptor_, before.st_mode & permissions));
 }
 
 // A pipe with a name waits for somebody who reads it.

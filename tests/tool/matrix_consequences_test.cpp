@@ -73,6 +73,25 @@ const std::vector<Case>& cases() {
          "DROP TABLE",
          "",
          {"DROPPED: goes along and is not made again: view ALONE"}},
+        {"PAIRED",
+         {"create view twin as select a.name as x, b.name as y from paired a, paired b"},
+         "DROP TABLE",
+         "",
+         {},
+         {"PAIRED: in use by view that names it twice TWIN"}},
+        {"ODDLY",
+         {"create view innocent as select 1 as n from rdb$database",
+          "create view \"innocent\" as select name from oddly"},
+         "DROP TABLE",
+         "",
+         {},
+         {"ODDLY: in use by view \"innocent\""}},
+        {"ODDER",
+         {"create index \"by\" on odder (name)"},
+         name_line,
+         "001::NAME::C::20::0",
+         {},
+         {"ODDER.NAME: in use by index \"by\""}},
         {"STACKED",
          {"create view lower_one as select name from stacked",
           "create view upper_one as select name from lower_one",
@@ -222,7 +241,7 @@ TEST_F(MatrixConsequences, ApplyingDoesWhatWasSaid) {
                   "select trim(rdb$relation_name) from rdb$relations where rdb$view_blr is not null "
                   "and rdb$system_flag = 0 order by 1"})
             .out,
-        "N\r\nBY_SINCE\r\nBY_UPPER\r\nLOWER_ONE\r\nNAMES\r\nUPPER_ONE\r\n");
+        "N\r\nBY_SINCE\r\nBY_UPPER\r\nINNOCENT\r\nLOWER_ONE\r\nNAMES\r\nUPPER_ONE\r\ninnocent\r\n");
     EXPECT_EQ(on(path, {"query", "--mode", "csv", "select price from rounded"}).out, "PRICE\r\n1\r\n3\r\n");
 }
 
