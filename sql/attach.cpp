@@ -108,6 +108,7 @@ void end_batch_of(isc_db_handle database) {
     ClassState& shared = state();
     if (shared.batch == isc_tr_handle() || shared.batch_database != database) return;
     client().rollback_transaction(shared.status, &shared.batch);
+    shared_batch_ended();
     shared.batch = isc_tr_handle();
 }
 

@@ -85,6 +85,7 @@ std::string ObjectClient::sqlstate(const IStatus* status) {
 }
 
 void ObjectClient::retain(IAttachment* object) { object->addRef(); }
+void ObjectClient::retain(ITransaction* object) { object->addRef(); }
 void ObjectClient::let_go(IAttachment* object) { object->release(); }
 void ObjectClient::let_go(ITransaction* object) { object->release(); }
 void ObjectClient::let_go(IStatement* object) { object->release(); }

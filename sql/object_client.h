@@ -65,6 +65,7 @@ class ObjectClient {
     static std::string sqlstate(const Firebird::IStatus* status);
 
     static void retain(Firebird::IAttachment* object);
+    static void retain(Firebird::ITransaction* object);
     static void let_go(Firebird::IAttachment* object);
     static void let_go(Firebird::ITransaction* object);
     static void let_go(Firebird::IStatement* object);

@@ -16,6 +16,14 @@ void attach_session(ISC_STATUS* status, const char* name, isc_db_handle* handle,
 /// Ends what is open on an attachment that is going to be detached: transactions are rolled back.
 void end_session(isc_db_handle handle);
 
+/// Starts the batch transaction so that programs can work in it, too: `transaction` names it to the calls by
+/// handle. .F. when the attachment was not made through the object interface, and nothing was done; else the
+/// outcome is in `status`.
+bool start_shared_batch(ISC_STATUS* status, isc_tr_handle* transaction, isc_db_handle handle);
+
+/// What the batch transaction was shared with has ended, by a call by handle.
+void shared_batch_ended();
+
 /// Whether a transaction that may change rows is open in this process.
 bool is_writing();
 

@@ -3,6 +3,7 @@
 #include "host/text.h"
 #include "sql/attachments.h"
 #include "sql/methods.h"
+#include "sql/sessions.h"
 #include "sql/state.h"
 #include "sql/statement_text.h"
 #include "sql/transaction.h"
@@ -14,6 +15,7 @@ namespace {
 void drop_batch() {
     ClassState& shared = state();
     client().rollback_transaction(shared.status, &shared.batch);
+    shared_batch_ended();
     shared.batch = isc_tr_handle();
 }
 
@@ -39,8 +41,11 @@ Value starttransaction(Self& self, Args) {
     isc_db_handle database = handle_of(self);
     if (database == isc_db_handle() || admit(database) != 0) return {};
     ClassState& shared = state();
-    client().start_transaction(shared.status, &shared.batch, &database, batch_block.size(),
-                               batch_block.data());
+    const bool is_open = shared.batch != isc_tr_handle();
+    if (is_open || !start_shared_batch(shared.status, &shared.batch, database)) {
+        client().start_transaction(shared.status, &shared.batch, &database, batch_block.size(),
+                                   batch_block.data());
+    }
     if (sqlcode() >= 0) shared.batch_database = database;
     return {};
 }
@@ -71,6 +76,7 @@ Value commitchanges(Self& self, Args) {
         code = sqlcode();
     }
     if (code < 0) drop_batch();
+    shared_batch_ended();
     return {};
 }
 

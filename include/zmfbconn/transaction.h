@@ -140,8 +140,8 @@ class Transaction {
     /// Begins one. Throws when the object is not attached (08003), or the Firebird client library is older
     /// than 3.0 (0A000).
     explicit Transaction(zmFBConn& connection, Access access = Access::read_write);
-    /// The batch that `starttransaction` has opened on the object, to work in it beside `cachedupdate`. It is
-    /// committed and rolled back here, or by `commitchanges`, and stays open when this goes. Throws when
+    /// The batch that `starttransaction` has opened on the object, to work in it beside `cachedupdate`. It
+    /// may be ended here as well as by `commitchanges`, and stays open when this goes. Throws (25000) when
     /// there is none.
     static Transaction batch(zmFBConn& connection);
     /// What was moved from is of no more use.
@@ -186,8 +186,9 @@ class Transaction {
 
   private:
     friend class BlobWriter;
-    explicit Transaction(std::shared_ptr<typed::Work> work) : work_(std::move(work)) {}
+    explicit Transaction(std::shared_ptr<typed::Work> batch) : work_(std::move(batch)), owns_(false) {}
     std::shared_ptr<typed::Work> work_;
+    bool owns_ = true;
 };
 
 /// Names what texts in columns without a character set of their own are kept in, as iconv calls it:

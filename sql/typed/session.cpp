@@ -8,6 +8,7 @@
 #include "sql/attachments.h"
 #include "sql/sessions.h"
 #include "sql/state.h"
+#include "sql/transaction.h"
 #include "sql/typed/failure.h"
 #include "sql/typed/statement.h"
 #include "sql/typed/work.h"
@@ -56,6 +57,18 @@ void Session::check_usable(std::string_view statement) const {
     } catch (const Cancelled& cancelled_by) {
         refuse(cancelled, cancelled_by.what(), statement);
     }
+}
+
+std::shared_ptr<Work>& shared_batch() {
+    static std::shared_ptr<Work>& batch = *new std::shared_ptr<Work>;
+    return batch;
+}
+
+std::shared_ptr<Work> Session::batch() const {
+    const std::shared_ptr<Work>& open = shared_batch();
+    if (open == nullptr || !open->active() || &open->session() != this)
+        refuse(ended, "No batch is open on the object: starttransaction opens one");
+    return open;
 }
 
 void Session::end() noexcept {
@@ -107,6 +120,27 @@ void end_session(isc_db_handle handle) {
     if (found == sessions().end()) return;
     found->second->end();
     sessions().erase(found);
+}
+
+bool start_shared_batch(ISC_STATUS* status, isc_tr_handle* transaction, isc_db_handle handle) {
+    const auto session = sessions().find(handle);
+    if (session == sessions().end()) return false;
+    Firebird::ITransaction* started = nullptr;
+    if (object_client().start_transaction(typed::status(), session->second->attachment(), &started,
+                                          batch_block) != 0) {
+        copy_errors(ObjectClient::errors(typed::status()), status);
+        return true;
+    }
+    if (object_client().transaction_handle(status, transaction, started) == 0) {
+        typed::shared_batch() = std::make_shared<typed::Work>(session->second, started);
+    } else if (object_client().rollback_transaction(typed::status(), started) != 0) {
+        ObjectClient::let_go(started);
+    }
+    return true;
+}
+
+void shared_batch_ended() {
+    if (typed::shared_batch() != nullptr) typed::shared_batch()->ended("The batch was ended");
 }
 
 bool is_writing() { return state().batch != isc_tr_handle() || typed::Work::writing() > 0; }

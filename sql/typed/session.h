@@ -34,6 +34,9 @@ class Session {
     [[nodiscard]] const Encoding& encoding() const { return *encoding_; }
     void set_encoding(std::shared_ptr<const Encoding> encoding) { encoding_ = std::move(encoding); }
 
+    /// The open batch of this attachment. Throws when there is none.
+    [[nodiscard]] std::shared_ptr<Work> batch() const;
+
     /// What has to end before the attachment does.
     void add(Work& work) { works_.push_back(&work); }
     void add(Prepared& statement) { statements_.push_back(&statement); }
@@ -50,5 +53,8 @@ class Session {
     std::vector<Work*> works_;
     std::vector<Prepared*> statements_;
 };
+
+/// The batch transaction of the process, when it was started through the object interface.
+std::shared_ptr<Work>& shared_batch();
 
 }  // namespace zmfb::typed

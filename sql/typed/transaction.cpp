@@ -10,8 +10,12 @@ namespace zmfb {
 Transaction::Transaction(zmFBConn& connection, Access access)
     : work_(std::make_shared<typed::Work>(typed::Session::of(connection), access == Access::read_only)) {}
 
+Transaction Transaction::batch(zmFBConn& connection) {
+    return Transaction(typed::Session::of(connection)->batch());
+}
+
 Transaction::~Transaction() {
-    if (work_ != nullptr) work_->give_up();
+    if (work_ != nullptr && owns_) work_->give_up();
 }
 
 void Transaction::commit() { work_->commit(); }

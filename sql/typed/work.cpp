@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "sql/sessions.h"
+#include "sql/state.h"
 #include "sql/transaction.h"
 #include "sql/typed/failure.h"
 
@@ -36,6 +37,14 @@ Work::Work(std::shared_ptr<Session> session, bool read_only)
     if (!read_only_) ++writers;
 }
 
+Work::Work(std::shared_ptr<Session> session, Firebird::ITransaction* batch)
+    : session_(std::move(session)), transaction_(batch), is_batch_(true) {
+    // The call by handle that ends it takes one reference with it.
+    sql::ObjectClient::retain(batch);
+    session_->add(*this);
+    ++writers;
+}
+
 Work::~Work() { give_up(); }
 
 void Work::check_active(std::string_view statement) const {
@@ -43,8 +52,13 @@ void Work::check_active(std::string_view statement) const {
 }
 
 void Work::ended(const char* how) noexcept {
-    transaction_ = nullptr;
+    if (transaction_ == nullptr) return;
+    Firebird::ITransaction* const transaction = std::exchange(transaction_, nullptr);
     how_ended_ = how;
+    if (is_batch_) {
+        sql::ObjectClient::let_go(transaction);
+        sql::state().batch = isc_tr_handle();
+    }
     session_->remove(*this);
     if (!read_only_) --writers;
     for (Dependent* const dependent : std::exchange(dependents_, {})) dependent->transaction_ended();

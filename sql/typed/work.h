@@ -18,6 +18,8 @@ class Work {
   public:
     /// Begins one. Throws.
     Work(std::shared_ptr<Session> session, bool read_only);
+    /// The batch transaction, which the calls by handle may end.
+    Work(std::shared_ptr<Session> session, Firebird::ITransaction* batch);
     Work(const Work&) = delete;
     Work& operator=(const Work&) = delete;
     ~Work();
@@ -36,6 +38,8 @@ class Work {
     void roll_back();
     /// Rolls back, whatever comes of it.
     void give_up() noexcept;
+    /// It has ended without any call here.
+    void ended(const char* how) noexcept;
 
     void add(Dependent& dependent) { dependents_.push_back(&dependent); }
     void remove(Dependent& dependent) { std::erase(dependents_, &dependent); }
@@ -44,11 +48,10 @@ class Work {
     static int writing();
 
   private:
-    void ended(const char* how) noexcept;
-
     std::shared_ptr<Session> session_;
     Firebird::ITransaction* transaction_ = nullptr;
-    bool read_only_;
+    bool read_only_ = false;
+    bool is_batch_ = false;
     const char* how_ended_ = "";
     std::vector<Dependent*> dependents_;
 };

@@ -259,6 +259,61 @@ TEST_F(TypedTransaction, MayOverlapAnotherInsteadOfNesting) {
               R"({"-1.-50"})");
 }
 
+TEST_F(TypedTransaction, MayBeTheBatchOfTheObject) {
+    EXPECT_EQ(state_of([&] { (void)Transaction::batch(connection()); }), "25000");
+    call("starttransaction");
+    call("cachedupdate", "insert into T values (3, 'three')");
+    {
+        Transaction batch = Transaction::batch(connection());
+        EXPECT_EQ(batch.one<int>("select count(*) from T"), 3);
+        batch.execute("insert into T values (?, ?)", 4, "four");
+    }
+    EXPECT_EQ(show(call("cachedupdate", "update T set B = 'new' where A = 4")), "\"\"");
+    EXPECT_EQ(stored(), "1one 2two ");
+    call("commitchanges");
+    EXPECT_EQ(stored(), "1one 2two 3three 4new ");
+    EXPECT_EQ(state_of([&] { (void)Transaction::batch(connection()); }), "25000");
+}
+
+TEST_F(TypedTransaction, EndsTheBatchOfTheObjectInBothWays) {
+    for (const bool commits : {true, false}) {
+        call("starttransaction");
+        Transaction batch = Transaction::batch(connection());
+        call("cachedupdate", "update T set B = 'x' where A = 1");
+        commits ? batch.commit() : batch.roll_back();
+        EXPECT_EQ(stored(), "1x 2two ");
+        EXPECT_TRUE(show(call("cachedupdate", "update T set B = 'y'")).starts_with("\"[ERROR]"));
+        call("commitchanges");
+        EXPECT_EQ(stored(), "1x 2two ");
+        execute("update T set B = 'x' where A = 1");
+    }
+}
+
+TEST_F(TypedTransaction, OfTheBatchEndsWithIt) {
+    call("starttransaction");
+    Transaction batch = Transaction::batch(connection());
+    auto rows = batch.query<int>("select A from T");
+    auto at = rows.begin();
+    call("commitchanges");
+    EXPECT_EQ(error_of([&] { batch.execute("delete from T"); }).message(), "The batch was ended");
+    EXPECT_EQ(state_of([&] { ++at; }), "24000");
+    call("starttransaction");
+    Transaction next = Transaction::batch(connection());
+    next.execute("delete from T");
+    call("disconnect");
+    EXPECT_FALSE(next.active());
+    EXPECT_EQ(stored(), "1one 2two ");
+}
+
+TEST_F(TypedTransaction, OfTheBatchIsThatOfItsObjectOnly) {
+    zmFBConn other = connect();
+    call("starttransaction");
+    EXPECT_EQ(state_of([&] { (void)Transaction::batch(other); }), "25000");
+    call("starttransaction");
+    EXPECT_TRUE(Transaction::batch(connection()).active());
+    call("commitchanges");
+}
+
 TEST_F(TypedTransaction, IsNotBegunNorGoneOnWithWhileTheProcessIsCancelled) {
     Transaction work(connection());
     auto statement = work.prepare("select A from T order by A");
