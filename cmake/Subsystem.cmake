@@ -2,7 +2,7 @@
 #
 # Makes the object library zmfb_<folder> of one subsystem folder. The folder sees its own headers and those of
 # the folders in MAY_INCLUDE and no others: each is reached through a directory that holds only a link to it,
-# so a forbidden include does not compile.
+# so a forbidden include does not compile. host/ is two such folders: its public headers lie in include/zmfbconn/host.
 function(zmfb_subsystem)
     cmake_parse_arguments(ARG "" "NAME" "SOURCES;MAY_INCLUDE" ${ARGN})
     add_library(zmfb_${ARG_NAME} OBJECT ${ARG_SOURCES})
@@ -11,9 +11,19 @@ function(zmfb_subsystem)
         if(NOT IS_DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}")
             continue()
         endif()
-        set(view "${PROJECT_BINARY_DIR}/include/${folder}")
-        file(MAKE_DIRECTORY "${view}")
-        file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${folder}" "${view}/${folder}" SYMBOLIC)
-        target_include_directories(zmfb_${ARG_NAME} PRIVATE "${view}")
+        zmfb_view(${folder} "${folder}")
+        target_include_directories(zmfb_${ARG_NAME} PRIVATE "${PROJECT_BINARY_DIR}/include/${folder}")
     endforeach()
+    if("host" IN_LIST ARG_NAME OR "host" IN_LIST ARG_MAY_INCLUDE)
+        zmfb_view(runtime include/zmfbconn/host)
+        target_include_directories(zmfb_${ARG_NAME} PRIVATE "${PROJECT_BINARY_DIR}/include/runtime")
+    endif()
+endfunction()
+
+# zmfb_view(name folder): include/<name> in the build folder, with a link to `folder` of the sources and nothing else.
+function(zmfb_view name folder)
+    set(view "${PROJECT_BINARY_DIR}/include/${name}")
+    file(MAKE_DIRECTORY "${view}")
+    cmake_path(GET folder FILENAME link)
+    file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${folder}" "${view}/${link}" SYMBOLIC)
 endfunction()

@@ -28,7 +28,7 @@ run_tidy() {
 
 run_cppcheck() {
     cppcheck --quiet -j "$(nproc)" --enable=warning,performance,portability --std=c++20 --inline-suppr \
-        --suppressions-list=scripts/cppcheck.txt --error-exitcode=1 -I . -I include "${folders[@]}"
+        --suppressions-list=scripts/cppcheck.txt --error-exitcode=1 -I . -I include -I include/zmfbconn "${folders[@]}"
     echo "cppcheck: nothing found in ${#units[@]} files"
 }
 

@@ -6,6 +6,8 @@
 cmake --install "$ZMFB_BUILD" --prefix "$PWD/made" >install.log
 mv made prefix
 if grep -rIlF -e "$ZMFB_SOURCE" -e "$PWD/made" prefix; then fail "these files name the machine's folders"; fi
+same "headers besides those of include/" "Only in prefix/include/zmfbconn: version.h" \
+    "$(diff -r -x '*.in' "$ZMFB_SOURCE/include" prefix/include || true)"
 
 cpp_says="zmfbconn $ZMFB_VERSION
 trimmed: text

@@ -3,11 +3,11 @@
 . "${0%/*}/../support/common.sh"
 
 library=$ZMFB_BUILD/$ZMFB_LIBDIR/libzmfbconn.so
-headers=$ZMFB_BUILD/include/public
+headers=$ZMFB_SOURCE/include
 nm -D --defined-only "$library" | awk '$2 != "A" {print $3}' | sed 's/@.*//' | sort -u >symbols
 
 # C: the very functions that the header declares.
-"$CC" -E -P -I "$headers" "$headers/zmfbconn.h" | grep -oE '\bzmfb_[a-z_]+\(' | tr -d '(' | sort -u >declared
+"$CC" -E -P -I "$headers" -I "$ZMFB_BUILD/include/generated" "$headers/zmfbconn.h" | grep -oE '\bzmfb_[a-z_]+\(' | tr -d '(' | sort -u >declared
 grep '^zmfb_' symbols >exported_c
 diff declared exported_c || fail "the C interface and its header differ"
 [ "$(wc -l <declared)" -ge 30 ] || fail "only $(wc -l <declared) functions are declared"
