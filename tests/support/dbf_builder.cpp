@@ -24,8 +24,8 @@ std::string padded(std::string value, char type, int length) {
 
 }  // namespace
 
-DbfBuilder& DbfBuilder::field(std::string_view name, char type, int length, int decimals) {
-    fields_.push_back({std::string(name), type, length, decimals});
+DbfBuilder& DbfBuilder::field(std::string_view name, char type, int length, int decimals, int flags) {
+    fields_.push_back({std::string(name), type, length, decimals, flags});
     return *this;
 }
 
@@ -44,35 +44,64 @@ DbfBuilder& DbfBuilder::raw_record(std::string_view bytes) {
 }
 
 DbfBuilder& DbfBuilder::type(int byte) { return type_ = byte, *this; }
+DbfBuilder& DbfBuilder::language(int byte) { return language_ = byte, *this; }
 DbfBuilder& DbfBuilder::record_count(std::uint32_t count) { return record_count_ = count, *this; }
 DbfBuilder& DbfBuilder::header_length(int length) { return header_length_ = length, *this; }
 DbfBuilder& DbfBuilder::record_length(int length) { return record_length_ = length, *this; }
 DbfBuilder& DbfBuilder::terminator(char byte) { return terminator_ = byte, *this; }
+DbfBuilder& DbfBuilder::no_terminator() { return terminator_.reset(), *this; }
 DbfBuilder& DbfBuilder::no_end_mark() { return end_mark_ = false, *this; }
 DbfBuilder& DbfBuilder::cut(std::size_t size) { return cut_ = size, *this; }
 
+bool DbfBuilder::is_type(std::initializer_list<int> bytes) const {
+    return std::find(bytes.begin(), bytes.end(), type_) != bytes.end();
+}
+
+std::string DbfBuilder::descriptor(const Field& field) const {
+    const bool long_text = field.type == 'C' || field.type == 'c';
+    const int decimals = long_text ? field.length / 256 : field.decimals;
+    const auto made = [&](std::size_t size, std::size_t name, std::size_t type, std::size_t length,
+                          std::size_t decimals_at) {
+        std::string bytes(size, '\0');
+        bytes.replace(0, std::min(field.name.size(), name), field.name.substr(0, name));
+        bytes[type] = field.type;
+        bytes[length] = static_cast<char>(field.length % 256);
+        bytes[decimals_at] = static_cast<char>(decimals);
+        return bytes;
+    };
+    if (is_type({0x02})) return made(16, 11, 11, 12, 15);
+    if (is_type({0x04, 0x8C})) return made(48, 32, 32, 33, 34);
+    std::string bytes = made(descriptor_size, 11, 11, 16, 17);
+    bytes[18] = static_cast<char>(field.flags);
+    return bytes;
+}
+
 std::string DbfBuilder::header() const {
-    std::string bytes(descriptor_size, '\0');
+    const bool second = is_type({0x02});
+    std::string bytes(second ? 8 : is_type({0x04, 0x8C}) ? 68 : descriptor_size, '\0');
     int record_length = 1;
     for (const Field& field : fields_) {
-        std::string descriptor(descriptor_size, '\0');
-        descriptor.replace(0, std::min<std::size_t>(field.name.size(), 11), field.name.substr(0, 11));
-        descriptor[11] = field.type;
-        descriptor[16] = static_cast<char>(field.length % 256);
-        const bool long_text = field.type == 'C' || field.type == 'c';
-        descriptor[17] = static_cast<char>(long_text ? field.length / 256 : field.decimals);
-        bytes += descriptor;
+        bytes += descriptor(field);
         record_length += field.length;
     }
-    bytes += terminator_;
+    if (terminator_) bytes += *terminator_;
+    if (is_type({0x30, 0x31, 0x32})) bytes.append(263, '\0');
     const auto length = static_cast<int>(bytes.size());
+    const auto announced = static_cast<std::uint32_t>(record_length_.value_or(record_length));
     bytes[0] = static_cast<char>(type_);
+    if (second) {
+        bytes.resize(521, '\0');
+        put_number(bytes, 1, record_count_.value_or(written_), 2);
+        put_number(bytes, 6, announced, 2);
+        return bytes;
+    }
     bytes[1] = 107;
     bytes[2] = 3;
     bytes[3] = 1;
     put_number(bytes, 4, record_count_.value_or(written_), 4);
     put_number(bytes, 8, static_cast<std::uint32_t>(header_length_.value_or(length)), 2);
-    put_number(bytes, 10, static_cast<std::uint32_t>(record_length_.value_or(record_length)), 2);
+    put_number(bytes, 10, announced, 2);
+    bytes[29] = static_cast<char>(language_);
     return bytes;
 }
 
@@ -86,6 +115,18 @@ void DbfBuilder::write(const std::string& path) const {
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file << bytes();
     if (!file.flush()) throw std::runtime_error("cannot write " + path);
+}
+
+std::string low_first(std::uint64_t number, int size) {
+    std::string bytes;
+    for (int i = 0; i < size; ++i) bytes += static_cast<char>(number >> (8 * i) & 0xFF);
+    return bytes;
+}
+
+std::string high_first(std::uint64_t number, int size) {
+    std::string bytes = low_first(number, size);
+    std::reverse(bytes.begin(), bytes.end());
+    return bytes;
 }
 
 }  // namespace zmfb::test
