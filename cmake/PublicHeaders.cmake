@@ -4,6 +4,7 @@
 #     zmfbconn.h               the C interface
 #     zmfbconn/*.h             the connection object
 #     zmfbconn/host/*.h        values and the runtime
+#     zmfbconn/dbf/*.h         the reader of DBF files
 #
 # The headers include each other by their places in it, and mark what they declare as exported
 # (#pragma GCC visibility).

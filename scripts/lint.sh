@@ -3,7 +3,7 @@
 # header, and that tests look at nothing beside the sources. The tests run this; scripts/analyse.sh has the static checks that take minutes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-folders=(host conn sql catalog locks schema transfer matrix c udf tool include examples tests bench fuzz)
+folders=(dbf host conn sql catalog locks schema transfer matrix c udf tool include examples tests bench fuzz)
 mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' -o -name '*.c' | sort)
 clang-format --dry-run --Werror "${sources[@]}"
 echo "clang-format: ${#sources[@]} files are laid out"

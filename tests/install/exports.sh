@@ -16,10 +16,10 @@ diff declared exported_c || fail "the C interface and its header differ"
 grep -v '^zmfb_' symbols | c++filt | sed -E 's/\[abi:cxx11\]//g' >exported_cpp
 [ "$(wc -l <exported_cpp)" -ge 150 ] || fail "only $(wc -l <exported_cpp) C++ symbols are exported"
 grep -q '^zmfb::zmFBConn::call_with(' exported_cpp || fail "the connection object is not exported"
-if grep -vE '^((vtable|typeinfo|typeinfo name) for )?zmfb::(host::)?[A-Za-z~]' exported_cpp; then
+if grep -vE '^((vtable|typeinfo|typeinfo name) for )?zmfb::((host|dbf)::)?[A-Za-z~]' exported_cpp; then
     fail "these symbols are exported and are none of the public namespaces'"
 fi
-cat "$headers"/zmfbconn/*.h "$headers"/zmfbconn/host/*.h | grep -oE '[A-Za-z_0-9]+' | sort -u >words
+cat "$headers"/zmfbconn/*.h "$headers"/zmfbconn/{host,dbf}/*.h | grep -oE '[A-Za-z_0-9]+' | sort -u >words
 sed -E 's/^(vtable|typeinfo|typeinfo name) for //; s/<.*//; s/ ?\(.*//; s/operator[^a-z].*/operator/; s/.*:://; s/^~//' \
     exported_cpp | sort -u >names
 comm -23 names words >unknown

@@ -1,0 +1,116 @@
+#include "zmfbconn/dbf/code_page.h"
+
+#include <iconv.h>
+
+#include <algorithm>
+#include <array>
+
+#include "dbf/companion.h"
+#include "zmfbconn/dbf/source.h"
+
+namespace zmfb::dbf {
+namespace {
+
+struct LanguageByte {
+    std::uint8_t language;
+    const char* code_page;
+};
+
+constexpr LanguageByte languages[] = {
+    {0x01, "CP437"},  {0x02, "CP850"},  {0x03, "CP1252"}, {0x08, "CP865"},  {0x13, "CP932"},
+    {0x26, "CP866"},  {0x4D, "CP936"},  {0x4E, "CP949"},  {0x4F, "CP950"},  {0x50, "CP874"},
+    {0x57, "CP1252"}, {0x58, "CP1252"}, {0x59, "CP1252"}, {0x64, "CP852"},  {0x65, "CP866"},
+    {0x66, "CP865"},  {0x67, "CP861"},  {0x6A, "CP737"},  {0x6B, "CP857"},  {0x6C, "CP863"},
+    {0x78, "CP950"},  {0x79, "CP949"},  {0x7A, "CP936"},  {0x7B, "CP932"},  {0x7C, "CP874"},
+    {0x7D, "CP1255"}, {0x7E, "CP1256"}, {0x86, "CP737"},  {0x87, "CP852"},  {0x88, "CP857"},
+    {0xC8, "CP1250"}, {0xC9, "CP1251"}, {0xCA, "CP1254"}, {0xCB, "CP1253"}, {0xCC, "CP1257"},
+};
+
+bool is_letter_or_digit(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }
+
+/// "ANSI 1252" as "ansi1252": words with what is neither a letter nor a digit left out.
+std::string bare(std::string_view words) {
+    std::string made = lower(words);
+    made.erase(std::remove_if(made.begin(), made.end(), [](char c) { return !is_letter_or_digit(c); }),
+               made.end());
+    return made;
+}
+
+bool is_known(const std::string& name) { return !name.empty() && ToUtf8(name).known(); }
+
+/// The number behind one of the words that a code page is written with.
+std::string number_behind(std::string_view text, std::initializer_list<std::string_view> words) {
+    for (const std::string_view word : words) {
+        if (!text.starts_with(word)) continue;
+        const std::string_view rest = text.substr(word.size());
+        const bool digits = !rest.empty() && rest.find_first_not_of("0123456789") == std::string_view::npos;
+        if (digits) return std::string(rest);
+    }
+    return {};
+}
+
+constexpr std::size_t longest_name = 256;
+
+}  // namespace
+
+std::string code_page_of(std::uint8_t language) {
+    const auto* const found = std::find_if(std::begin(languages), std::end(languages),
+                                           [&](const LanguageByte& one) { return one.language == language; });
+    return found == std::end(languages) ? "" : found->code_page;
+}
+
+std::string code_page_named(std::string_view words) {
+    const std::string text = bare(words);
+    if (text == "utf8" || text == "65001") return "UTF-8";
+    if (const std::string part = number_behind(text, {"iso8859", "8859"}); !part.empty()) {
+        if (const std::string name = "ISO-8859-" + part; is_known(name)) return name;
+    }
+    if (const std::string number = number_behind(text, {"", "cp", "ansi", "oem", "windows", "ibm"});
+        !number.empty()) {
+        if (const std::string name = "CP" + number; is_known(name)) return name;
+    }
+    return is_known(text) ? text : "";
+}
+
+std::string find_code_page_file(const std::string& path) { return find_companion(path, ".cpg"); }
+
+std::string code_page(const std::string& path, const Header& header) {
+    if (const std::string file = find_code_page_file(path); !file.empty()) {
+        const std::string words = read_bytes(*open_file(file), 0, longest_name);
+        if (std::string name = code_page_named(words); !name.empty()) return name;
+    }
+    return code_page_of(header.language);
+}
+
+struct ToUtf8::State {
+    iconv_t handle;
+};
+
+ToUtf8::ToUtf8(const std::string& character_set)
+    : state_(std::make_unique<State>(State{iconv_open("UTF-8", character_set.c_str())})) {}
+
+ToUtf8::~ToUtf8() {
+    if (known()) iconv_close(state_->handle);
+}
+
+// iconv_open() answers with the address -1.
+bool ToUtf8::known() const { return reinterpret_cast<std::intptr_t>(state_->handle) != -1; }
+
+std::optional<std::string> ToUtf8::convert(std::string_view text) {
+    if (!known()) return std::nullopt;
+    // Some sets have letters that are two characters in Unicode.
+    constexpr std::size_t longest_character = 8;
+    std::string source(text);
+    std::string utf8(source.size() * longest_character, '\0');
+    char* from = source.data();
+    char* to = utf8.data();
+    std::size_t from_left = source.size();
+    std::size_t to_left = utf8.size();
+    iconv(state_->handle, nullptr, nullptr, nullptr, nullptr);
+    if (iconv(state_->handle, &from, &from_left, &to, &to_left) != 0) return std::nullopt;
+    if (iconv(state_->handle, nullptr, nullptr, &to, &to_left) != 0) return std::nullopt;
+    utf8.resize(utf8.size() - to_left);
+    return utf8;
+}
+
+}  // namespace zmfb::dbf

@@ -1,0 +1,30 @@
+/// The descriptions of the fields in a header, in the forms that the dialects have.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zmfbconn/dbf/header.h"
+
+namespace zmfb::dbf {
+
+/// The fields as they are described, before they are held against the records: the length of a text is the
+/// one byte, its decimals are kept, and there are no offsets.
+struct Described {
+    std::vector<Field> fields;  ///< the NULL flags among them, of type 0
+    std::size_t end = 0;        ///< of the last description
+    bool ended = false;         ///< whether the carriage return stands there
+};
+
+/// Reads descriptions in the first `limit` bytes of a file.
+Described read_descriptions(std::string_view beginning, std::size_t limit, Dialect dialect);
+
+/// Names the types that there are none of and lengths that a type cannot have, each in words that follow the
+/// file's name.
+void add_type_problems(const std::vector<Field>& fields, std::vector<std::string>& problems);
+
+/// Gives the fields of a table with NULL flags of so many bytes their bits among them.
+void number_null_bits(std::vector<Field>& fields, std::size_t null_flags_size);
+
+}  // namespace zmfb::dbf

@@ -1,0 +1,98 @@
+#include "dbf/fit.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "dbf/layout.h"
+
+namespace zmfb::dbf {
+namespace {
+
+constexpr std::size_t database_name_size = 263;
+constexpr std::uint64_t most_marks = 256;
+
+bool is_mark(char byte) { return byte == record_in_use || byte == record_deleted; }
+
+/// How well a way fits.
+struct Look {
+    bool marks = false;   ///< each of the first records begins with a deletion mark
+    bool length = false;  ///< the file ends behind the last record, or behind the byte that says so
+};
+
+Look look_at(const Source& file, const Fit& way, std::uint64_t records) {
+    const std::uint64_t room = file.size() > way.start ? file.size() - way.start : 0;
+    const std::uint64_t whole = std::min(records, room / way.record_size);
+    Look look;
+    look.marks = whole > 0 || records == 0;
+    for (std::uint64_t i = 0; i < std::min(whole, most_marks); ++i) {
+        const std::string mark = read_bytes(file, way.start + i * way.record_size, 1);
+        look.marks = look.marks && mark.size() == 1 && is_mark(mark[0]);
+    }
+    const std::uint64_t rest = room - whole * way.record_size;
+    look.length = whole == records && (rest == 0 || rest == 1);
+    return look;
+}
+
+/// The ways there are, the announced one first.
+std::vector<Fit> ways(const Described& described, Dialect dialect, const Announced& announced) {
+    std::vector<std::uint64_t> starts{announced.start, described.end + (described.ended ? 1 : 0),
+                                      described.end + 2};
+    if (dialect == Dialect::visual_foxpro) starts.push_back(described.end + 1 + database_name_size);
+    std::vector<Fit> found;
+    for (const std::uint64_t start : starts) {
+        if (start < described.end) continue;
+        for (const bool long_texts : {true, false}) {
+            const std::size_t fields = record_size_of(described.fields, long_texts);
+            if (announced.record_size >= fields)
+                found.push_back({start, announced.record_size, long_texts, {}});
+            found.push_back({start, fields, long_texts, {}});
+        }
+    }
+    return found;
+}
+
+bool is_consistent(const Fit& way, const Described& described, const Announced& announced) {
+    return way.start == announced.start && way.record_size == announced.record_size &&
+           way.record_size == record_size_of(described.fields, way.long_texts);
+}
+
+}  // namespace
+
+std::size_t record_size_of(const std::vector<Field>& fields, bool long_texts) {
+    constexpr std::size_t unit = 256;
+    std::size_t size = 1;
+    for (const Field& field : fields) {
+        size += field.length;
+        if (long_texts && field.type == 'C') size += unit * static_cast<std::size_t>(field.decimals);
+    }
+    return size;
+}
+
+Fit find_fit(const Source& file, const Described& described, Dialect dialect, const Announced& announced) {
+    const Fit* consistent = nullptr;
+    const Fit* best = nullptr;
+    int best_rank = 0;
+    const std::vector<Fit> all = ways(described, dialect, announced);
+    for (const Fit& way : all) {
+        const Look look = look_at(file, way, announced.records);
+        if (is_consistent(way, described, announced) && consistent == nullptr) {
+            if (look.marks) return way;
+            consistent = &way;
+        }
+        const int rank = (look.marks ? 2 : 0) + (look.length ? 1 : 0);
+        if (look.marks && rank > best_rank) {
+            best = &way;
+            best_rank = rank;
+        }
+    }
+    // Marks alone are not enough against a header that agrees with itself: texts are full of blanks.
+    if (consistent != nullptr) return best_rank == 3 ? *best : *consistent;
+    if (best != nullptr) return *best;
+    return {.problem =
+                fmt::format("has a header that does not fit the file: records of {} bytes from {} on, "
+                            "fields of {} bytes",
+                            announced.record_size, announced.start, record_size_of(described.fields, true))};
+}
+
+}  // namespace zmfb::dbf

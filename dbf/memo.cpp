@@ -1,0 +1,106 @@
+#include "zmfbconn/dbf/memo.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+#include "dbf/companion.h"
+#include "dbf/layout.h"
+
+namespace zmfb::dbf {
+namespace {
+
+constexpr std::string_view dbase4_mark("\xFF\xFF\x08\x00", 4);
+constexpr std::size_t block_header_size = 8;
+constexpr std::size_t default_block_size = 512;
+
+std::string_view ending_of(Dialect dialect) {
+    if (dialect == Dialect::six) return ".smt";
+    return dialect == Dialect::visual_foxpro || dialect == Dialect::foxpro2 ? ".fpt" : ".dbt";
+}
+
+}  // namespace
+
+std::string find_memo_file(const std::string& path, const Header& header) {
+    for (const std::string_view ending : {ending_of(header.dialect), std::string_view(".fpt"),
+                                          std::string_view(".dbt"), std::string_view(".smt")}) {
+        if (std::string found = find_companion(path, ending); !found.empty()) return found;
+    }
+    return {};
+}
+
+MemoFile::MemoFile(std::unique_ptr<Source> file, const std::string& ending, const Header& header)
+    : file_(std::move(file)) {
+    if (header.dialect == Dialect::dbase4 || header.dialect == Dialect::dbase7) format_ = Format::dbase4;
+    read_file_header(lower(ending));
+}
+
+MemoFile::MemoFile(const std::string& path, const Header& header)
+    : MemoFile(open_file(path), std::filesystem::path(path).extension().string(), header) {}
+
+// .dbt: the length of a block at 20, in dBASE IV. .fpt: at 6, the high byte first. .smt: at 4, the low byte
+// first.
+void MemoFile::read_file_header(const std::string& ending) {
+    constexpr std::size_t needed = 24;
+    const std::string beginning = read_bytes(*file_, 0, needed);
+    if (beginning.size() < needed) throw Refused({"ends within the header of its memo file"});
+    if (ending == ".fpt") {
+        format_ = Format::foxpro;
+        block_size_ = big_endian(beginning, 6, 2);
+    } else if (ending == ".smt") {
+        format_ = Format::six;
+        block_size_ = little_endian(beginning, 4, 4);
+    } else if (format_ == Format::dbase4) {
+        block_size_ = little_endian(beginning, 20, 2);
+    }
+    // FoxPro's blocks of 0 are of one byte.
+    if (block_size_ == 0) block_size_ = format_ == Format::foxpro ? 1 : default_block_size;
+}
+
+Memo MemoFile::read(std::uint32_t block) const {
+    const std::uint64_t position = block * block_size_;
+    if (position >= file_->size())
+        return {{}, fmt::format("block {} is behind the end of the memo file", block)};
+    const std::string head = read_bytes(*file_, position, block_header_size);
+    // Files of dBASE III may have blocks of dBASE IV; no text begins so.
+    const bool marked = head.size() == block_header_size && head.starts_with(dbase4_mark);
+    if ((format_ == Format::dbase3 || format_ == Format::dbase4) && !marked) return up_to_end_mark(position);
+    if (head.size() < block_header_size) return {{}, fmt::format("block {} is cut off", block)};
+    const std::uint64_t behind_head = position + block_header_size;
+    switch (format_) {
+        case Format::foxpro:
+            return of_length(behind_head, big_endian(head, 4, 4));
+        case Format::six:
+            return of_length(behind_head, little_endian(head, 4, 4));
+        default: {
+            const std::uint64_t length = little_endian(head, 4, 4);
+            if (length < block_header_size) return {{}, fmt::format("block {} is no memo", block)};
+            return of_length(behind_head, length - block_header_size);
+        }
+    }
+}
+
+Memo MemoFile::of_length(std::uint64_t position, std::uint64_t length) const {
+    if (length > file_->size() - position) {
+        return {{}, fmt::format("a memo of {} bytes goes beyond the end of the memo file", length)};
+    }
+    Memo memo{read_bytes(*file_, position, static_cast<std::size_t>(length)), {}};
+    if (memo.bytes.size() < length) memo = {{}, "the memo file has become shorter"};
+    return memo;
+}
+
+Memo MemoFile::up_to_end_mark(std::uint64_t position) const {
+    constexpr std::size_t piece_size = 16 * default_block_size;
+    Memo memo;
+    for (;;) {
+        const std::string piece = read_bytes(*file_, position, piece_size);
+        const std::size_t end = piece.find(end_of_file);
+        memo.bytes += piece.substr(0, end);
+        if (end != std::string::npos || piece.size() < piece_size) return memo;
+        position += piece.size();
+    }
+}
+
+}  // namespace zmfb::dbf
