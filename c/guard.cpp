@@ -1,7 +1,5 @@
 #include "c/guard.h"
 
-#include <zmfbconn/host/error.h>
-
 #include <cstddef>
 #include <exception>
 #include <new>
@@ -26,16 +24,9 @@ State& state() noexcept {
     return the_state;
 }
 
-std::string description(const Value& error) {
-    if (error.object() == nullptr) return "unknown error";
-    const Value text = error.object()->get("description");
-    return text.is(Kind::character) ? std::string(text.text()) : "unknown error";
-}
-
-// The runtime's error block while a function of the interface runs.
 Value on_error(Args args) {
     const Value error = args[0];
-    const std::string text = description(error);
+    const std::string text = host::error_description(error);
     const Value handler = error_block_of_c();
     zmfb_status status = ZMFB_RAISED;
     if (handler.is(Kind::block)) {
@@ -52,12 +43,12 @@ Value on_error(Args args) {
     throw CallEnded{status};
 }
 
+}  // namespace
+
 const Value& error_block_of_the_interface() {
     static const Value block = Value::block(on_error);
     return block;
 }
-
-}  // namespace
 
 Value& error_block_of_c() noexcept { return state().error_block; }
 Value& last_error() noexcept { return state().last_error; }
@@ -102,9 +93,6 @@ zmfb_status fail_with_current_exception() noexcept {
         return fail(ZMFB_FAILED, "an exception of an unknown type");
     }
 }
-
-ErrorsToC::ErrorsToC() : before_(host::error_block(error_block_of_the_interface())) {}
-ErrorsToC::~ErrorsToC() { host::error_block(before_); }
 
 std::vector<Value> copies(const zmfb_value* const* arguments, std::size_t count) {
     std::vector<Value> values(count);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <zmfbconn.h>
+#include <zmfbconn/host/error.h>
 #include <zmfbconn/host/value.h>
 
 #include <cstddef>
@@ -33,23 +34,15 @@ struct CallEnded {
 /// Notes what is being caught, and returns its status.
 zmfb_status fail_with_current_exception() noexcept;
 
-/// While it lives, raised errors go to the error block of C programs, or end the call.
-class ErrorsToC {
-  public:
-    ErrorsToC();
-    ~ErrorsToC();
-    ErrorsToC(const ErrorsToC&) = delete;
-    ErrorsToC& operator=(const ErrorsToC&) = delete;
-
-  private:
-    Value before_;
-};
+/// The runtime's error block while a function of the interface runs: raised errors go to the error block of C
+/// programs, or end the call.
+const Value& error_block_of_the_interface();
 
 /// Runs `work`, which returns a status; what it throws becomes one.
 template <class Work>
 zmfb_status guard(Work work) noexcept {
     try {
-        const ErrorsToC scope;
+        const host::ScopedErrorBlock scope(error_block_of_the_interface());
         return work();
     } catch (...) {
         return fail_with_current_exception();

@@ -120,16 +120,10 @@ bool make_database(const std::string& database) {
     return connection.call("createtable", "customers", array_of(array_of("NAME", "C", 24, 0))).logical();
 }
 
-// The default error block would end the process on the spot, and its locks would stay.
-void throw_errors() {
-    zmfb::host::error_block(Value::block([](zmfb::Args args) -> Value {
-        throw std::runtime_error(args[0].object()->get("description").string());
-    }));
-}
-
 // Opens the table at one of the two, and does its part.
 int run(const char* name, const std::string& database, int turn, int other, void (*part)(Till&)) {
-    throw_errors();
+    // The default error block would end the process on the spot, and its locks would stay.
+    const zmfb::host::ThrowingErrors thrown;
     try {
         Till till(name, database, turn, other);
         part(till);

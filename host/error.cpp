@@ -4,9 +4,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <utility>
 
 #include "host/class.h"
 #include "host/leaving.h"
+#include "host/utf8.h"
 
 namespace zmfb::host {
 namespace {
@@ -39,8 +41,7 @@ constexpr std::array error_variables{
 constexpr int severity_error = 2;
 
 Value default_handler(Args args) {
-    std::string text =
-        args[0].object() == nullptr ? "unknown error" : args[0].object()->get("description").string();
+    std::string text = error_description(args[0]);
     for (char& c : text) {
         if (c == ';') c = '\n';
     }
@@ -78,6 +79,20 @@ Value error_block(const Value& handler) {
     Value before = current_handler();
     current_handler() = handler.is(Kind::block) ? handler : Value::block(default_handler);
     return before;
+}
+
+RaisedError::RaisedError(Value error)
+    : std::runtime_error(to_utf8(error_description(error))), error_(std::move(error)) {}
+
+RaisedError::~RaisedError() = default;
+
+ThrowingErrors::ThrowingErrors()
+    : block_(Value::block([](Args args) -> Value { throw RaisedError(args[0]); })) {}
+
+std::string error_description(const Value& error) {
+    if (error.object() == nullptr) return "unknown error";
+    const Value text = error.object()->get("description");
+    return text.is(Kind::character) ? std::string(text.text()) : "unknown error";
 }
 
 Value raise(const Value& error) { return error_block().eval(Args(error)); }

@@ -8,7 +8,6 @@
 #include <system_error>
 #include <utility>
 
-#include "host/error.h"
 #include "tool/encoding.h"
 #include "tool/hints.h"
 #include "tool/interrupt.h"
@@ -96,24 +95,15 @@ Exit told_in_session(const Options& options, const std::function<Exit(Session&)>
     });
 }
 
-Session::Session(Options options) : options_(std::move(options)) {
+Session::Session(Options options)
+    : options_(std::move(options)), errors_(host::Value::block([this](host::Args args) -> host::Value {
+          std::string text = to_utf8(host::error_description(args[0]));
+          print_raised(text, show_raised_);
+          raised_.push_back(std::move(text));
+          return {};
+      })) {
     // The embedded engine checks no password, but wants a user; its owner of everything is SYSDBA.
     if (options_.user.empty() && !names_a_server(options_.database)) options_.user = "SYSDBA";
-    const auto record = [this](host::Args args) -> host::Value {
-        std::string text = "unknown error";
-        if (host::Object* error = args[0].object(); error != nullptr) {
-            text = to_utf8(error->get("description").string());
-        }
-        print_raised(text, show_raised_);
-        raised_.push_back(std::move(text));
-        return {};
-    };
-    previous_handler_ = host::error_block(host::Value::block(record));
-}
-
-Session::~Session() {
-    connection_.reset();
-    host::error_block(previous_handler_);
 }
 
 void Session::require_database() const {

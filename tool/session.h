@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "host/error.h"
 #include "zmfbconn/connection.h"
 
 namespace zmfb::tool {
@@ -42,9 +43,6 @@ enum class Raised { lines, one_line, silent };
 class Session {
   public:
     explicit Session(Options options);
-    ~Session();
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
 
     [[nodiscard]] const Options& options() const { return options_; }
 
@@ -79,8 +77,8 @@ class Session {
     Options options_;
     Raised show_raised_ = Raised::lines;
     std::vector<std::string> raised_;
+    host::ScopedErrorBlock errors_;
     std::optional<zmFBConn> connection_;
-    host::Value previous_handler_;
     bool prepared_ = false;
 };
 

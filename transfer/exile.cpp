@@ -25,21 +25,9 @@ constexpr std::string_view native_driver = "DBFIDX";
 constexpr std::string_view export_alias = "dbffile";
 constexpr int go_top_after_use = 87;
 
-// Keeps what the runtime raises from the application's error handler while it lives: the operation just
-// fails.
-class Unreported {
-  public:
-    Unreported() : handler_(host::error_block(Value::block([](Args) { return Value(); }))) {}
-    Unreported(const Unreported&) = delete;
-    Unreported& operator=(const Unreported&) = delete;
-    ~Unreported() { host::error_block(handler_); }
-
-  private:
-    Value handler_;
-};
-
 bool create_dbf(const Value& tblname, const Value& structure) {
-    const Unreported only_the_result_tells;
+    // What the runtime raises is kept from the application's error handler: only the result tells.
+    const host::ScopedErrorBlock unreported(Value::block([](Args) { return Value(); }));
     return host::dbcreate(tblname + ".dbf", structure, native_driver).logical();
 }
 

@@ -9,9 +9,10 @@ namespace zmfb::bench {
 std::vector<std::string> kept_back_by(const std::function<void()>& transfer) {
     const Holdback holdback(
         [](std::string_view text) { return text.starts_with("INSERT INTO ") || text.starts_with("DROP "); });
-    const Value before = host::error_block(Value::block([](host::Args) { return Value(); }));
-    transfer();
-    host::error_block(before);
+    {
+        const host::ScopedErrorBlock passed_over(Value::block([](host::Args) { return Value(); }));
+        transfer();
+    }
     if (holdback.kept_back().empty()) throw std::runtime_error("the transfer stops before its copy");
     return holdback.kept_back();
 }

@@ -159,9 +159,8 @@ TEST_F(Dispatch, AxitMayBeCalledByTheApplicationAndAnswersTrue) {
 }
 
 TEST_F(Dispatch, AHandlerThatThrowsLeavesTheObjectUsable) {
-    const Value before = host::error_block(Value::block([](host::Args) -> Value { throw 7; }));
-    EXPECT_THROW(object.call("looptest", "CUSTOMER"), int);
-    host::error_block(before);
+    const host::ThrowingErrors thrown;
+    EXPECT_THROW(object.call("looptest", "CUSTOMER"), host::RaisedError);
     EXPECT_EQ(show(object.call("getloglevel")), "0");
 }
 

@@ -13,12 +13,11 @@ class Raise : public Runtime {};
 
 TEST_F(Raise, TheHandlerGetsDescriptionGencodeAndSeverity) {
     Value seen;
-    const Value before = error_block(Value::block([&seen](Args args) {
+    const ScopedErrorBlock block(Value::block([&seen](Args args) {
         seen = args[0];
         return Value("ignored");
     }));
     EXPECT_TRUE(conn::raiseerror("x").is_nil());
-    error_block(before);
     ASSERT_NE(seen.object(), nullptr);
     EXPECT_EQ(show(seen.object()->get("description")), "\"[FBCONN Error];x\"");
     EXPECT_EQ(show(seen.object()->get("gencode")), "-1");

@@ -49,10 +49,10 @@ class ExactSetting {
 
 // The value of an expression, nothing when it raised an error.
 std::optional<host::Value> outcome(std::string_view expression) {
-    const ThrownErrors thrown;
+    const host::ThrowingErrors thrown;
     try {
         return evaluate(expression);
-    } catch (const RaisedError&) {
+    } catch (const host::RaisedError&) {
         return {};
     }
 }

@@ -82,6 +82,44 @@ TEST(ErrorBlock, MayReplaceItselfWhileItRuns) {
     EXPECT_TRUE(error_block().same(original));
 }
 
+TEST(ScopedErrorBlock, BringsTheOneBeforeBackAlsoAfterAnException) {
+    const Value original = error_block();
+    const Value inner = Value::block([](Args) -> Value { throw std::runtime_error("thrown"); });
+    {
+        const ScopedErrorBlock outer(Value::block([](Args) { return Value(1); }));
+        EXPECT_THROW(
+            {
+                const ScopedErrorBlock scope(inner);
+                EXPECT_TRUE(error_block().same(inner));
+                raise(error_new());
+            },
+            std::runtime_error);
+        EXPECT_TRUE(is_same(raise(error_new()), 1));
+    }
+    EXPECT_TRUE(error_block().same(original));
+}
+
+TEST(ThrowingErrors, ThrowTheObjectWithItsDescriptionInUtf8) {
+    const ThrowingErrors thrown;
+    const Value error = described("descri\xE7\xE3o");
+    try {
+        raise(error);
+        FAIL() << "nothing was thrown";
+    } catch (const RaisedError& raised) {
+        EXPECT_STREQ(raised.what(), "descri\u00E7\u00E3o");
+        EXPECT_TRUE(raised.error().same(error));
+    }
+    EXPECT_THROW(raise(7), RaisedError);
+}
+
+TEST(ErrorDescription, OfWhatIsNoErrorIsUnknown) {
+    EXPECT_EQ(error_description(described("A")), "A");
+    EXPECT_EQ(error_description(Value()), "unknown error");
+    const Value damaged = error_new();
+    damaged.object()->set("description", 7);
+    EXPECT_EQ(error_description(damaged), "unknown error");
+}
+
 TEST(Raising, AnArgumentErrorFillsItsFields) {
     CaughtErrors caught("substitute");
     EXPECT_TRUE(is_same(argument_error(Subcode::trim, "TRIM", {100, "B"}), "substitute"));
@@ -118,15 +156,14 @@ TEST(Raising, OtherErrorsHaveTheirClass) {
 }
 
 TEST(Raising, AnExceptionOfTheHandlerPassesThroughOperations) {
-    const host_test::ThrownErrors thrown;
+    const ThrowingErrors thrown;
     const Value list = array_of("a text longer than fourteen", 1);
     const Value trimming = Value::block([](Args args) { return trim(args[0]); });
-    EXPECT_THROW(ascan(list, trimming), host_test::RaisedError);
-    EXPECT_THROW(Value("A") + Value(1), host_test::RaisedError);
-    EXPECT_THROW(static_cast<void>(list[3]), host_test::RaisedError);
-    EXPECT_THROW(space(1e300), host_test::RaisedError);
-    EXPECT_THROW(Value(new Instance(Class("none", {}, {}))).object()->send("nosuch", {}),
-                 host_test::RaisedError);
+    EXPECT_THROW(ascan(list, trimming), RaisedError);
+    EXPECT_THROW(Value("A") + Value(1), RaisedError);
+    EXPECT_THROW(static_cast<void>(list[3]), RaisedError);
+    EXPECT_THROW(space(1e300), RaisedError);
+    EXPECT_THROW(Value(new Instance(Class("none", {}, {}))).object()->send("nosuch", {}), RaisedError);
     EXPECT_TRUE(is_same(list, array_of("a text longer than fourteen", 1)));
 }
 
@@ -152,11 +189,11 @@ TEST(DefaultHandlerDeathTest, RunsNoDestructorOfWhatTheProgramHolds) {
 TEST(DefaultHandlerDeathTest, ABlockThatThrowsRunsThem) {
     EXPECT_EXIT(
         {
-            const host_test::ThrownErrors thrown;
+            const ThrowingErrors thrown;
             try {
                 const Guard guard;
                 raise(described("not printed"));
-            } catch (const host_test::RaisedError&) {
+            } catch (const RaisedError&) {
                 std::exit(7);
             }
         },

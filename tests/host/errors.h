@@ -1,7 +1,6 @@
 /// Error blocks for tests.
 #pragma once
 
-#include <exception>
 #include <string>
 #include <utility>
 
@@ -14,14 +13,11 @@ namespace zmfb::host_test {
 class CaughtErrors {
   public:
     explicit CaughtErrors(host::Value answer = {})
-        : before_(host::error_block(host::Value::block([this, answer = std::move(answer)](host::Args args) {
+        : block_(host::Value::block([this, answer = std::move(answer)](host::Args args) {
               last_ = args[0];
               ++count_;
               return answer;
-          }))) {}
-    CaughtErrors(const CaughtErrors&) = delete;
-    CaughtErrors& operator=(const CaughtErrors&) = delete;
-    ~CaughtErrors() { host::error_block(before_); }
+          })) {}
 
     /// How many were raised since the last call.
     int take_count() { return std::exchange(count_, 0); }
@@ -43,28 +39,7 @@ class CaughtErrors {
   private:
     int count_ = 0;
     host::Value last_;
-    host::Value before_;
-};
-
-/// What an error becomes while a ThrownErrors lives.
-struct RaisedError : std::exception {
-    explicit RaisedError(host::Value raised) : error(std::move(raised)) {}
-    [[nodiscard]] const char* what() const noexcept override { return "an error of the runtime"; }
-    host::Value error;
-};
-
-/// While it lives, errors are thrown as RaisedError.
-class ThrownErrors {
-  public:
-    ThrownErrors()
-        : before_(host::error_block(
-              host::Value::block([](host::Args args) -> host::Value { throw RaisedError(args[0]); }))) {}
-    ThrownErrors(const ThrownErrors&) = delete;
-    ThrownErrors& operator=(const ThrownErrors&) = delete;
-    ~ThrownErrors() { host::error_block(before_); }
-
-  private:
-    host::Value before_;
+    host::ScopedErrorBlock block_;
 };
 
 }  // namespace zmfb::host_test

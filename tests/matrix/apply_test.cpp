@@ -216,9 +216,9 @@ TEST_F(ApplyMatrix, ADamagedGroupFailsAloneAndTheOthersAreApplied) {
 }
 
 TEST_F(ApplyMatrix, AnErrorHandlerThatThrowsOnDamageLeavesEverythingUnchanged) {
-    const Value handler = host::error_block(Value::block([](host::Args) -> Value { throw 5; }));
-    EXPECT_THROW(apply_failing({{line("T", descriptor(1, a), "DROP FIELD")}, {"nonsense=>"}}), int);
-    host::error_block(handler);
+    const host::ThrowingErrors thrown;
+    EXPECT_THROW(apply_failing({{line("T", descriptor(1, a), "DROP FIELD")}, {"nonsense=>"}}),
+                 host::RaisedError);
     EXPECT_EQ(db.changes, Lines{});
 }
 

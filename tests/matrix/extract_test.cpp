@@ -192,9 +192,8 @@ TEST_F(ExtractMatrix, WriteThatFailsRaisesOnceAndClosesTheFile) {
 TEST_F(ExtractMatrix, WriteThatFailsClosesTheFileAlsoWhenTheErrorHandlerThrows) {
     std::filesystem::create_symlink("/dev/full", file("full.tf"));
     const std::size_t before = open_descriptors();
-    const Value handler = host::error_block(Value::block([](host::Args) -> Value { throw 5; }));
-    EXPECT_THROW(db.call("extractmatrix", Value(), file("full")), int);
-    host::error_block(handler);
+    const host::ThrowingErrors thrown;
+    EXPECT_THROW(db.call("extractmatrix", Value(), file("full")), host::RaisedError);
     EXPECT_EQ(open_descriptors(), before);
 }
 

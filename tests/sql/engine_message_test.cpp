@@ -95,16 +95,14 @@ TEST_F(EngineMessage, StaysThroughTheCallsOfAnErrorBlock) {
         call("istable", "T");
         return {};
     });
-    const Value before = host::error_block(asks);
+    const host::ScopedErrorBlock block(asks);
     EXPECT_FALSE(call("deleteallrecords", "NOWHERE").logical());
-    host::error_block(before);
     EXPECT_TRUE(tells_of_nowhere());
 }
 
 TEST_F(EngineMessage, IsGoneAfterTheNextCallWhenAnErrorBlockHasThrown) {
-    const Value before = host::error_block(Value::block([](host::Args) -> Value { throw 7; }));
-    EXPECT_THROW(call("deleteallrecords", "NOWHERE"), int);
-    host::error_block(before);
+    const host::ThrowingErrors thrown;
+    EXPECT_THROW(call("deleteallrecords", "NOWHERE"), host::RaisedError);
     EXPECT_TRUE(tells_of_nowhere());
     call("istable", "T");
     EXPECT_EQ(last_engine_message(), "");

@@ -229,14 +229,12 @@ TEST_F(Faults, ObjectWhoseAttachFailsIsUnattached) {
     expect_nothing_left_and_the_next_call_works();
 }
 
-struct Thrown {};
-
 TEST_F(Faults, ExceptionOutOfAnErrorBlockLeavesNoTransactionOpen) {
-    const Value before = host::error_block();
-    host::error_block(Value::block([](host::Args) -> Value { throw Thrown(); }));
-    EXPECT_THROW(call("internalselect", 7), Thrown);
-    EXPECT_THROW(call("executeupdate", 7), Thrown);
-    host::error_block(before);
+    {
+        const host::ThrowingErrors thrown;
+        EXPECT_THROW(call("internalselect", 7), host::RaisedError);
+        EXPECT_THROW(call("executeupdate", 7), host::RaisedError);
+    }
     expect_nothing_left_and_the_next_call_works();
 }
 

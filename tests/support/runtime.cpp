@@ -10,7 +10,6 @@
 #include <stdexcept>
 
 #include "conn/log.h"
-#include "host/error.h"
 #include "tests/support/environment.h"
 
 namespace zmfb::test {
@@ -41,19 +40,16 @@ std::optional<int> level_of_first_line(const std::string& line) {
 
 void PrintTo(const LogEntry& entry, std::ostream* out) { *out << '[' << entry.level << "] " << entry.text; }
 
-Runtime::Runtime() : folder_(fresh_folder()) {
+Runtime::Runtime()
+    : folder_(fresh_folder()), errors_(host::Value::block([this](host::Args args) {
+          raised_.push_back(host::error_description(args[0]));
+          return answer_;
+      })) {
     setenv("ZMFB_TEST_LOG", file("zmrddfire.log").c_str(), 1);
     log_at(0);
-    handler_before_ = host::error_block();
-    host::error_block(host::Value::block([this](host::Args args) {
-        host::Object* const error = args[0].object();
-        raised_.emplace_back(error == nullptr ? "" : error->get("description").string());
-        return answer_;
-    }));
 }
 
 Runtime::~Runtime() {
-    host::error_block(handler_before_);
     if (!HasFailure()) {
         std::error_code ignored;
         fs::remove_all(folder_, ignored);

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/error.h"
 #include "host/value.h"
 #include "tests/support/show.h"
 
@@ -59,7 +60,7 @@ class Runtime : public ::testing::Test {
     std::vector<std::string> raised_;
     bool raised_was_read_ = false;
     host::Value answer_;
-    host::Value handler_before_;
+    host::ScopedErrorBlock errors_;
 };
 
 }  // namespace zmfb::test

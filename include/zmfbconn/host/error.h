@@ -3,14 +3,16 @@
 /// Raising hands an error object to the error block. The default block leaves the full screen, prints the
 /// description to standard error, a line for each piece between ";", and ends the program with status 1, by
 /// std::exit() and on the spot: no destructor of what the functions on the way hold is run, and what one of
-/// them would give back, such as a lock, stays taken. A program installs its own with error_block(); that one
-/// may return (the operation then answers with what it returned, or NIL) or throw a C++ exception, which
-/// passes through every operation of the runtime and every method without harm, and runs the destructors on
-/// its way.
+/// them would give back, such as a lock, stays taken. A program installs its own, for a while with
+/// ScopedErrorBlock and for good with error_block(); that one may return (the operation then answers with
+/// what it returned, or NIL) or throw a C++ exception, which passes through every operation of the runtime
+/// and every method without harm, and runs the destructors on its way. ThrowingErrors is the one that throws.
 #pragma once
 
 #include <initializer_list>
 #include <span>
+#include <stdexcept>
+#include <string>
 #include <string_view>
 
 #include "value.h"
@@ -116,6 +118,45 @@ Value error_new();
 Value error_block();
 /// Makes `handler` the error handler and returns the one before it. NIL brings the default handler back.
 Value error_block(const Value& handler);
+
+/// While it lives, `handler` is the error handler; afterwards the one before it is again.
+class ScopedErrorBlock {
+  public:
+    explicit ScopedErrorBlock(const Value& handler) : before_(error_block(handler)) {}
+    ~ScopedErrorBlock() { error_block(before_); }
+    ScopedErrorBlock(const ScopedErrorBlock&) = delete;
+    ScopedErrorBlock& operator=(const ScopedErrorBlock&) = delete;
+
+  private:
+    Value before_;
+};
+
+/// What ThrowingErrors throws. what() is the description, in UTF-8.
+class RaisedError : public std::runtime_error {
+  public:
+    explicit RaisedError(Value error);
+    ~RaisedError() override;
+    RaisedError(const RaisedError&) = default;
+    RaisedError& operator=(const RaisedError&) = default;
+
+    /// The error object.
+    [[nodiscard]] const Value& error() const noexcept { return error_; }
+
+  private:
+    Value error_;
+};
+
+/// While it lives, what is raised is thrown as a RaisedError.
+class ThrowingErrors {
+  public:
+    ThrowingErrors();
+
+  private:
+    ScopedErrorBlock block_;
+};
+
+/// The description of an error object; "unknown error" for any other value.
+std::string error_description(const Value& error);
 
 /// Hands `error` to the error handler; returns what the handler returns.
 Value raise(const Value& error);

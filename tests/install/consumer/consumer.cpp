@@ -54,13 +54,11 @@ int main(int argc, char** argv) {
     std::cout << "zmfbconn " << ZMFB_VERSION << "\ntrimmed: " << zmfb::host::alltrim("  text ").string()
               << '\n';
 
-    zmfb::host::error_block(zmfb::Value::block([](zmfb::Args args) -> zmfb::Value {
-        throw std::runtime_error(args[0].object()->get("description").string());
-    }));
+    const zmfb::host::ThrowingErrors thrown;
     try {
         unattached.call("nosuch");
         return 1;
-    } catch (const std::runtime_error& error) {
+    } catch (const zmfb::host::RaisedError& error) {
         std::cout << "thrown: " << error.what() << '\n';
     }
     return argc > 1 ? attach(argv[1]) : 0;

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 #include "host/error.h"
@@ -18,13 +19,6 @@
 
 namespace zmfb::test {
 namespace {
-
-/// What a raised error ends a call with.
-struct Raised {
-    std::string description;
-};
-
-Value throw_raised(Args args) { throw Raised{args[0].object()->get("description").string()}; }
 
 void answer(const Value& value) { std::cout << tool::to_literal(value) << std::endl; }
 
@@ -37,7 +31,7 @@ void carry_out(std::optional<zmFBConn>& connection, const tool::Call& call) {
     if (call.method == "prepare") return answer(prepare_client(args[0].text()));
     if (call.method == "engine") return answer(last_engine_message());
     if (call.method == "shell") return answer(std::system(std::string(args[0].text()).c_str()));
-    if (!connection) throw Raised{"not attached"};
+    if (!connection) throw std::runtime_error("not attached");
     if (call.method == "contend") return answer(contend(*connection, args));
     if (call.method == "opentable") return answer(opentable(*connection, args));
     if (call.method == "closetable") return answer(closetable(*connection, args));
@@ -47,14 +41,12 @@ void carry_out(std::optional<zmFBConn>& connection, const tool::Call& call) {
 }
 
 void run() {
-    host::error_block(Value::block(throw_raised));
+    const host::ThrowingErrors thrown;
     std::optional<zmFBConn> connection;
     for (std::string line; std::getline(std::cin, line);) {
         try {
             carry_out(connection, tool::parse_call(line));
-        } catch (const Raised& raised) {
-            std::cout << "raised: " << raised.description << std::endl;
-        } catch (const tool::SyntaxError& error) {
+        } catch (const std::runtime_error& error) {
             std::cout << "raised: " << error.what() << std::endl;
         }
     }
