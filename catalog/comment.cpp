@@ -6,7 +6,6 @@
 
 #include "conn/log.h"
 #include "conn/statement.h"
-#include "host/number.h"
 #include "host/text.h"
 #include "host/utf8.h"
 
@@ -20,7 +19,7 @@ constexpr std::string_view engine_version =
 std::optional<double> ask_version(Self& self) {
     const Value result = call(self, "internalselect", engine_version);
     if (!has_row(result)) return std::nullopt;
-    return val(result[2][1]).number();
+    return first_number(result).number();
 }
 
 bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }

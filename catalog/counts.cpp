@@ -1,16 +1,13 @@
 #include "catalog/methods.h"
 #include "conn/statement.h"
-#include "host/number.h"
 #include "host/text.h"
 
 namespace zmfb::catalog {
 namespace {
 
 Value select_about(Self& self, std::string_view sstmt, const Value& tbl) {
-    return select(self, sstmt, parameter_array({{"@@TABLENAME", upper(tbl)}}));
+    return select(self, sstmt, {{"@@TABLENAME", upper(tbl)}});
 }
-
-Value first_number(const Value& result) { return has_row(result) ? val(result[2][1]) : Value(0); }
 
 constexpr std::string_view row_count = "SELECT COUNT(*) FROM @@TABLENAME";
 

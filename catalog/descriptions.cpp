@@ -24,7 +24,7 @@ Value escaped(const Value& descr) { return strtran(descr, "'", "''"); }
 Value description(Self& self, const Value& stmt) {
     const Value result = call(self, "internalselect", stmt);
     if (!has_row(result)) return host::array_of("");
-    Value row = result[2];
+    Value row = data_rows(result)[0];
     const std::string_view text = row[1].text();
     const bool ascii = std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
     if (!ascii && takes_comments_only(self)) row[1] = from_utf8(text);

@@ -2,15 +2,13 @@
 
 #include "catalog/methods.h"
 #include "conn/statement.h"
-#include "host/number.h"
 #include "host/text.h"
 
 namespace zmfb::catalog {
 namespace {
 
 bool counts_some(Self& self, const Value& stmt) {
-    const Value result = call(self, "internalselect", stmt);
-    return has_row(result) && val(result[2][1]).number() >= 1;
+    return first_number(call(self, "internalselect", stmt)).number() >= 1;
 }
 
 constexpr std::string_view udf_module = "zmrddudfs";
@@ -36,7 +34,7 @@ Value index_question(const Value& ind) {
 
 bool surely_absent(Self& self, const Value& question) {
     const Value result = call(self, "internalselect", question);
-    return has_row(result) && val(result[2][1]).number() < 1;
+    return has_row(result) && first_number(result).number() < 1;
 }
 
 Value istable(Self& self, Args args) { return counts_some(self, table_question(args[0])); }

@@ -1,5 +1,5 @@
 #include "catalog/methods.h"
-#include "catalog/result.h"
+#include "conn/statement.h"
 #include "host/text.h"
 
 namespace zmfb::catalog {
@@ -11,16 +11,16 @@ constexpr std::string_view user_tables =
 }  // namespace
 
 Value gettablesname(Self& self, Args) {
-    Value aret = data_rows(call(self, "internalselect", user_tables));
+    Value aret = host::array_of_rows(call(self, "internalselect", user_tables));
     for (Value& row : aret.items()) row = alltrim(row[1]);
     return aret;
 }
 
 Value getindexfields(Self& self, Args args) {
     const Value& ind = args[0];
-    return data_rows(call(self, "internalselect",
-                          "select rdb$field_name from rdb$index_segments where rdb$index_name = '" +
-                              upper(ind) + "' " + "order by rdb$field_position"));
+    return host::array_of_rows(call(self, "internalselect",
+                                    "select rdb$field_name from rdb$index_segments where rdb$index_name = '" +
+                                        upper(ind) + "' " + "order by rdb$field_position"));
 }
 
 namespace {
@@ -33,8 +33,7 @@ constexpr std::string_view trigger_fields =
 
 Value getfieldsontrigger(Self& self, Args args) {
     const Value& trigname = args[0];
-    const Value aparam = parameter_array({{"@@TRIGGERNAME", alltrim(upper(trigname))}});
-    return data_rows(select(self, trigger_fields, aparam));
+    return host::array_of_rows(select(self, trigger_fields, {{"@@TRIGGERNAME", alltrim(upper(trigname))}}));
 }
 
 }  // namespace zmfb::catalog

@@ -1,7 +1,8 @@
 #include "catalog/methods.h"
-#include "catalog/result.h"
+#include "host/array.h"
 #include "host/compare.h"
 #include "host/number.h"
+#include "host/result.h"
 #include "host/text.h"
 
 namespace zmfb::catalog {
@@ -58,7 +59,7 @@ Value numeric_length(Self& self, const Value& sfielddesc, const Value& sprecisio
 
 Value getinternaltablestruct(Self& self, Args args) {
     const Value& tbl = args[0];
-    return data_rows(
+    return host::array_of_rows(
         call(self, "internalselect",
              "select rf.rdb$field_name, fd.rdb$field_type, fd.rdb$field_sub_type, fd.rdb$field_length, "
              "fd.rdb$field_scale, rf.rdb$null_flag, fd.rdb$field_precision, rf.rdb$field_position from "

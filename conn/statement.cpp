@@ -2,33 +2,41 @@
 
 #include "conn/raise.h"
 #include "host/array.h"
+#include "host/number.h"
 #include "host/text.h"
 
 namespace zmfb {
+namespace {
 
-Value parameter_array(std::initializer_list<ParameterPair> parameters) {
-    Value aparam = host::array_of();
-    for (const ParameterPair& parameter : parameters)
-        add_parameter(aparam, parameter.placeholder, parameter.value);
-    return aparam;
+Value filled(Self& self, std::string_view sstmt, const Parameters& parameters) {
+    return call(self, "assemblestatement", sstmt, parameters.array());
 }
 
-void add_parameter(const Value& aparam, std::string_view placeholder, const Value& value) {
-    aadd(aparam, host::array_of(placeholder, value));
+// "" or the SQLCODE error text.
+Value run(Self& self, std::string_view sstmt, const Parameters& parameters) {
+    return call(self, "executeupdate", filled(self, sstmt, parameters));
 }
 
-Value select(Self& self, std::string_view sstmt, const Value& aparam) {
-    return call(self, "internalselect", call(self, "assemblestatement", sstmt, aparam));
+}  // namespace
+
+void Parameters::add(std::string_view placeholder, const Value& value) {
+    array_.push(host::array_of(placeholder, value));
 }
 
-bool has_row(const Value& result) { return result.size() >= 2; }
-
-Value update(Self& self, std::string_view sstmt, const Value& aparam) {
-    return call(self, "executeupdate", call(self, "assemblestatement", sstmt, aparam));
+Value select(Self& self, std::string_view sstmt, const Parameters& parameters) {
+    return call(self, "internalselect", filled(self, sstmt, parameters));
 }
 
-bool update_or_raise(Self& self, std::string_view sstmt, const Value& aparam, const Value& message) {
-    const Value saux = update(self, sstmt, aparam);
+Value first_number(const Value& result) {
+    return has_row(result) ? host::val(host::data_rows(result)[0][1]) : Value(0);
+}
+
+bool update(Self& self, std::string_view sstmt, const Parameters& parameters) {
+    return empty(run(self, sstmt, parameters));
+}
+
+bool update_or_raise(Self& self, std::string_view sstmt, const Parameters& parameters, const Value& message) {
+    const Value saux = run(self, sstmt, parameters);
     if (empty(saux)) return true;
     conn::raiseerror(message + saux);
     return false;

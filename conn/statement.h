@@ -5,31 +5,42 @@
 #include <string_view>
 
 #include "conn/self.h"
+#include "host/result.h"
 
 namespace zmfb {
 
-/// One pair of a parameter array.
-struct ParameterPair {
+/// What a placeholder of a template becomes.
+struct Parameter {
     std::string_view placeholder;
     Value value;
 };
 
-/// The parameter array of `parameters`, in their order: a value that holds a later placeholder is filled too.
-Value parameter_array(std::initializer_list<ParameterPair> parameters);
-/// Appends a pair to a parameter array.
-void add_parameter(const Value& aparam, std::string_view placeholder, const Value& value);
+/// The pairs that a template is filled with, in their order: a value that holds a later placeholder is filled
+/// too.
+class Parameters {
+  public:
+    Parameters(std::initializer_list<Parameter> pairs) {
+        for (const Parameter& pair : pairs) add(pair.placeholder, pair.value);
+    }
+
+    /// Adds a pair behind the others.
+    void add(std::string_view placeholder, const Value& value);
+    /// The same as assemblestatement takes them.
+    [[nodiscard]] const Value& array() const { return array_; }
+
+  private:
+    Value array_ = Value::array_of_size(0);
+};
 
 /// The result of the filled query as internalselect gives it: a header, then the data rows; empty when it
 /// failed.
-Value select(Self& self, std::string_view sstmt, const Value& aparam);
-/// Whether a query result has a data row. A failed query has none.
-bool has_row(const Value& result);
+Value select(Self& self, std::string_view sstmt, const Parameters& parameters);
+/// The number that the first value of the first data row holds; 0 without a row.
+Value first_number(const Value& result);
 
-/// Runs the filled statement; "" or the SQLCODE error text.
-Value update(Self& self, std::string_view sstmt, const Value& aparam);
-
-/// Runs the filled statement; one that fails raises `message` followed by the SQLCODE error text. Whether it
-/// ran.
-bool update_or_raise(Self& self, std::string_view sstmt, const Value& aparam, const Value& message);
+/// Whether the filled statement ran.
+bool update(Self& self, std::string_view sstmt, const Parameters& parameters);
+/// The same; one that fails raises `message` followed by the SQLCODE error text.
+bool update_or_raise(Self& self, std::string_view sstmt, const Parameters& parameters, const Value& message);
 
 }  // namespace zmfb

@@ -5,6 +5,7 @@
 // The database is made, and customers.tf beside it.
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
+#include <zmfbconn/host/result.h>
 
 #include <fstream>
 #include <iostream>
@@ -54,10 +55,8 @@ void show_table(zmFBConn& connection) {
                   << field[4].integer() << '\n';
     }
     const Value rows = connection.call("executequery", "select code, fullname, since from customers");
-    for (std::size_t row = 2; row <= rows.size(); ++row) {
-        std::cout << rows[row][1].text() << " | " << rows[row][2].text() << " | " << rows[row][3].text()
-                  << '\n';
-    }
+    for (const Value& row : zmfb::host::data_rows(rows))
+        std::cout << row[1].text() << " | " << row[2].text() << " | " << row[3].text() << '\n';
 }
 
 }  // namespace

@@ -7,10 +7,7 @@ namespace zmfb::locks {
 namespace {
 
 /// The id in the first data row without the blanks that its CHAR column adds; "" without a row.
-Value holder_in(const Value& result) {
-    if (!has_row(result)) return "";
-    return host::trim(result[2][1]);
-}
+Value holder_in(const Value& result) { return has_row(result) ? host::trim(data_rows(result)[0][1]) : ""; }
 
 /// Held, and by an area other than `area`. The comparison follows SET EXACT.
 bool held_by_another(const Value& holder, const Value& area) {

@@ -4,12 +4,16 @@
 
 #include <string_view>
 
+#include "conn/statement.h"
+
 namespace zmfb::locks {
 
 /// A placeholder of statement templates and the name that it stands for.
 struct SystemName {
     std::string_view placeholder;
     std::string_view name;
+
+    operator Parameter() const { return {placeholder, name}; }  // NOLINT: it stands among other pairs
 };
 
 /// Widths that table names and area ids must fit.

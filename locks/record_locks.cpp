@@ -66,7 +66,7 @@ Value getlockedrecords(Self& self, Args args) {
                                 {table_of_rlocks, rck_col_tablerecno, rck_col_tablename, rck_col_areaid,
                                  tablename(tbl), areaid(area)});
     Value aret = Value::array_of_size(0);
-    for (std::size_t i = 2; i <= result.size(); ++i) host::aadd(aret, host::val(result[i][1]));
+    for (const Value& row : data_rows(result)) host::aadd(aret, host::val(row[1]));
     return aret;
 }
 

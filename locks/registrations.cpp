@@ -76,8 +76,7 @@ Value getapprecnofromarea(Self& self, Args args) {
     const Value result = select(
         self, last_append, {table_of_opn, opn_col_tablename, opn_col_areaid, tablename(tbl), areaid(area)});
     if (!has_row(result)) return 0;
-    const Value nret = host::val(result[2][1]);
-    return host::val(host::alltrim(host::str(nret, 20, 0)));
+    return host::val(host::alltrim(host::str(first_number(result), 20, 0)));
 }
 
 }  // namespace zmfb::locks

@@ -1,4 +1,3 @@
-#include "host/array.h"
 #include "locks/methods.h"
 #include "locks/statement.h"
 
@@ -57,9 +56,8 @@ constexpr std::string_view all_table_locks =
 }  // namespace
 
 Value getlockedtables(Self& self, Args) {
-    const Value result = select(self, all_table_locks, {table_of_flocks, fck_col_tablename, fck_col_areaid});
-    if (!has_row(result)) return Value::array_of_size(0);
-    return host::acopy(result, Value::array_of_size(result.size() - 1), 2);
+    return host::array_of_rows(
+        select(self, all_table_locks, {table_of_flocks, fck_col_tablename, fck_col_areaid}));
 }
 
 }  // namespace zmfb::locks

@@ -21,10 +21,9 @@ Value addfield(Self& self, Args args) {
     const Value sfieldlen = alltrim(str(fldstru[3])), sfielddec = alltrim(str(fldstru[4]));
     const auto column = column_of_type(sfieldtype);
     if (!column) return false;
-    const Value aparam =
-        parameter_array({{"@@TABLENAME", upper(tbl)}, {"@@FIELDDEF", column_template(*column)}});
+    Parameters aparam{{"@@TABLENAME", upper(tbl)}, {"@@FIELDDEF", column_template(*column)}};
     add_size_parameters(aparam, *column, sfieldlen, sfielddec);
-    add_parameter(aparam, "@@FIELDNAME", sfieldname);
+    aparam.add("@@FIELDNAME", sfieldname);
     const Value campo = sfieldname + " Tabela: " + tbl + ";FB Error: ";
     if (!update_or_raise(self, add_column, aparam, "Erro ao adicionar Campo: " + campo)) return false;
 
@@ -54,9 +53,9 @@ constexpr std::string_view rename_column = "ALTER TABLE @@TABLENAME ALTER @@OLDF
 
 Value renamefield(Self& self, Args args) {
     const Value &tbl = args[0], &oldnm = args[1], &newnm = args[2];
-    const Value aparam = parameter_array({{"@@TABLENAME", alltrim(upper(tbl))},
-                                          {"@@OLDFIELDNAME", alltrim(upper(oldnm))},
-                                          {"@@NEWFIELDNAME", alltrim(upper(newnm))}});
+    const Parameters aparam{{"@@TABLENAME", alltrim(upper(tbl))},
+                            {"@@OLDFIELDNAME", alltrim(upper(oldnm))},
+                            {"@@NEWFIELDNAME", alltrim(upper(newnm))}};
     return update_or_raise(self, rename_column, aparam,
                            "Erro ao renomear Campo: " + oldnm + " Tabela: " + tbl + ";FB Error: ");
 }
@@ -70,8 +69,8 @@ constexpr std::string_view move_column = "ALTER TABLE @@TABLENAME ALTER @@FIELDN
 Value setfieldposition(Self& self, Args args) {
     const Value &tbl = args[0], &fstru = args[1], &pos = args[2];
     const Value sfieldname = alltrim(upper(fstru[1]));
-    const Value aparam = parameter_array(
-        {{"@@TABLENAME", alltrim(upper(tbl))}, {"@@FIELDNAME", sfieldname}, {"@@FIELDPOS", strzero(pos, 3)}});
+    const Parameters aparam{
+        {"@@TABLENAME", alltrim(upper(tbl))}, {"@@FIELDNAME", sfieldname}, {"@@FIELDPOS", strzero(pos, 3)}};
     return update_or_raise(self, move_column, aparam,
                            "Erro ao reposicionar Campo: " + sfieldname + " Tabela: " + tbl + ";FB Error: ");
 }
@@ -81,9 +80,9 @@ namespace {
 constexpr std::string_view copy_column = "UPDATE @@TABLENAME SET @@NEWFIELDNAME = @@OLDFIELDNAME";
 
 bool copy_to_auxiliary(Self& self, const Value& tbl, const Value& afieldaux, const Value& soldfldnam) {
-    const Value aparam = parameter_array({{"@@TABLENAME", alltrim(upper(tbl))},
-                                          {"@@NEWFIELDNAME", afieldaux[1]},
-                                          {"@@OLDFIELDNAME", soldfldnam}});
+    const Parameters aparam{{"@@TABLENAME", alltrim(upper(tbl))},
+                            {"@@NEWFIELDNAME", afieldaux[1]},
+                            {"@@OLDFIELDNAME", soldfldnam}};
     if (update_or_raise(self, copy_column, aparam,
                         "Erro ao popular AuxCampo: " + afieldaux[1] + " Tabela: " + tbl + ";FB Error: ")) {
         return true;

@@ -39,10 +39,10 @@ std::optional<Column> column_of_type(const Value& type) {
     return {};
 }
 
-void add_size_parameters(const Value& aparam, Column column, const Value& len, const Value& dec) {
+void add_size_parameters(Parameters& aparam, Column column, const Value& len, const Value& dec) {
     const bool numeric = column == Column::numeric;
-    if (numeric || column == Column::character) add_parameter(aparam, "@@FIELDLEN", len);
-    if (numeric) add_parameter(aparam, "@@FIELDDEC", dec);
+    if (numeric || column == Column::character) aparam.add("@@FIELDLEN", len);
+    if (numeric) aparam.add("@@FIELDDEC", dec);
 }
 
 Value column_description(Column column, const Value& len, const Value& dec) {
@@ -63,7 +63,7 @@ Field field_of(const Value& descriptor) {
             .dec = alltrim(str(descriptor[4]))};
 }
 
-bool add_columns(Self& self, const Value& aparam, const Value& stablename, const Value& structure) {
+bool add_columns(Self& self, Parameters& aparam, const Value& stablename, const Value& structure) {
     bool bok = true;
     for (const Value& descriptor : structure.items()) {
         const Field field = field_of(descriptor);
@@ -73,8 +73,8 @@ bool add_columns(Self& self, const Value& aparam, const Value& stablename, const
             bok = false;
             continue;
         }
-        add_parameter(aparam, "@@FIELDS", column_template(*column) + Value(",@@FIELDS"));
-        add_parameter(aparam, "@@FIELDNAME", field.name);
+        aparam.add("@@FIELDS", column_template(*column) + Value(",@@FIELDS"));
+        aparam.add("@@FIELDNAME", field.name);
         add_size_parameters(aparam, *column, field.len, field.dec);
     }
     return bok;

@@ -31,13 +31,13 @@ Start start(Self& self, const Value& tblname, const Value& structure, const Valu
 constexpr std::string_view create_statement = "CREATE TABLE @@TABLENAME( @@FIELDS, PRIMARY KEY(@@RECNO) )";
 
 bool create_relation(Self& self, const TableName& table, const Value& structure) {
-    const Value aparam = parameter_array({{"@@TABLENAME", table.stored}});
+    Parameters aparam{{"@@TABLENAME", table.stored}};
     if (!add_columns(self, aparam, table.stored, structure)) return false;
-    add_parameter(aparam, "@@FIELDS", column_template(Column::area_identity) + Value(",@@FIELDS"));
-    add_parameter(aparam, "@@FIELDS", column_template(Column::record_number));
-    add_parameter(aparam, "@@RECNO", "RECNO");
-    add_parameter(aparam, "@@AREAID", "RDD_AREAID");
-    add_parameter(aparam, "@@FIELDLEN", "50");
+    aparam.add("@@FIELDS", column_template(Column::area_identity) + Value(",@@FIELDS"));
+    aparam.add("@@FIELDS", column_template(Column::record_number));
+    aparam.add("@@RECNO", "RECNO");
+    aparam.add("@@AREAID", "RDD_AREAID");
+    aparam.add("@@FIELDLEN", "50");
     return update_or_raise(self, create_statement, aparam, "Error on creating Table; FB Error: ");
 }
 
@@ -71,7 +71,7 @@ constexpr std::string_view insert_generator = "CREATE GENERATOR G_@@TABLENAME_I"
 constexpr std::string_view delete_generator = "CREATE GENERATOR G_@@TABLENAME_D";
 
 bool create_part(Self& self, const TableName& table, std::string_view sstmt, std::string_view message) {
-    return update_or_raise(self, sstmt, parameter_array({{"@@TABLENAME", table.stored}}), message);
+    return update_or_raise(self, sstmt, {{"@@TABLENAME", table.stored}}, message);
 }
 
 constexpr std::string_view insert_trigger =
@@ -87,10 +87,10 @@ constexpr std::string_view insert_trigger =
     "NEW.@@AREAID = NULL;     END   END END ";
 
 bool create_insert_trigger(Self& self, const TableName& table) {
-    const Value aparam = parameter_array({{"@@TRIGGERNAME", table.stored + "_RECNO"},
-                                          {"@@TABLENAME", table.stored},
-                                          {"@@RECNO", "RECNO"},
-                                          {"@@AREAID", "RDD_AREAID"}});
+    const Parameters aparam{{"@@TRIGGERNAME", table.stored + "_RECNO"},
+                            {"@@TABLENAME", table.stored},
+                            {"@@RECNO", "RECNO"},
+                            {"@@AREAID", "RDD_AREAID"}};
     return update_or_raise(self, insert_trigger, aparam, "Erro na criação da trigger Recno; FB Error: "_l1);
 }
 
@@ -99,8 +99,7 @@ constexpr std::string_view delete_trigger =
     "DECLARE VARIABLE IAUX INTEGER;BEGIN   IAUX = GEN_ID( G_@@TABLENAME_D, 1 ); END ";
 
 bool create_delete_trigger(Self& self, const TableName& table) {
-    const Value aparam =
-        parameter_array({{"@@TRIGGERNAME", table.stored + "_DELETES"}, {"@@TABLENAME", table.stored}});
+    const Parameters aparam{{"@@TRIGGERNAME", table.stored + "_DELETES"}, {"@@TABLENAME", table.stored}};
     return update_or_raise(self, delete_trigger, aparam, "Erro na criação da trigger Deletes; FB Error: "_l1);
 }
 
@@ -131,9 +130,9 @@ Value createtableexternal(Self& self, Args args) {
     const Start begin = start(self, tblname, structure, "A tabela já existe; Tabela: "_l1);
     if (begin != Start::create) return begin == Start::nothing;
     const Value stablename = alltrim(upper(tblname));
-    const Value aparam = parameter_array({{"@@TABLENAME", stablename}, {"@@DATFILE", datfile}});
+    Parameters aparam{{"@@TABLENAME", stablename}, {"@@DATFILE", datfile}};
     if (!add_columns(self, aparam, stablename, structure)) return false;
-    add_parameter(aparam, ",@@FIELDS", "");
+    aparam.add(",@@FIELDS", "");
     return update_or_raise(self, external_statement, aparam, "Error on creating External Table; FB Error: ");
 }
 

@@ -11,8 +11,7 @@ constexpr std::string_view delete_record = "DELETE FROM @@TABLENAME WHERE RECNO 
 
 Value deleterecord(Self& self, Args args) {
     const Value &tbl = args[0], &rec = args[1];
-    return update_or_raise(self, delete_record,
-                           parameter_array({{"@@TABLENAME", upper(tbl)}, {"@@RECNUMBER", rec}}),
+    return update_or_raise(self, delete_record, {{"@@TABLENAME", upper(tbl)}, {"@@RECNUMBER", rec}},
                            "Erro ao deletar registro; Tabela: " + tbl + " Recno: " + rec + ";FB Error: ");
 }
 
@@ -24,7 +23,7 @@ constexpr std::string_view delete_all = "DELETE FROM @@TABLENAME";
 
 Value deleteallrecords(Self& self, Args args) {
     const Value& tbl = args[0];
-    return update_or_raise(self, delete_all, parameter_array({{"@@TABLENAME", upper(tbl)}}),
+    return update_or_raise(self, delete_all, {{"@@TABLENAME", upper(tbl)}},
                            "Erro ao zerar tabela; Tabela: " + tbl + ";FB Error: ");
 }
 

@@ -17,7 +17,7 @@ struct Drop {
 Value drop(Self& self, const Drop& kind, const Value& name) {
     if (empty(name)) return false;
     const Value sname = alltrim(upper(name));
-    return update_or_raise(self, kind.sstmt, parameter_array({{kind.placeholder, sname}}),
+    return update_or_raise(self, kind.sstmt, {{kind.placeholder, sname}},
                            kind.message + sname + "; FB Error: ");
 }
 

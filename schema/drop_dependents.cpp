@@ -10,12 +10,6 @@ namespace {
 
 using host::operator""_l1;
 
-/// The data rows of a query result, without its header.
-std::span<Value> data_rows(const Value& aselect) {
-    const std::span<Value> all = aselect.items();
-    return all.empty() ? all : all.subspan(1);
-}
-
 /// Whether a name of the catalog means the same object when it stands in a statement without quotes.
 bool is_plain(std::string_view name) {
     const auto letter = [](char c) { return c >= 'A' && c <= 'Z'; };
@@ -45,8 +39,7 @@ constexpr std::string_view views_of_table =
 Value dropviewsfromtable(Self& self, Args args) {
     const Value& tblname = args[0];
     if (empty(tblname)) return false;
-    const Value aselect =
-        select(self, views_of_table, parameter_array({{"@@TABLENAME", alltrim(upper(tblname))}}));
+    const Value aselect = select(self, views_of_table, {{"@@TABLENAME", alltrim(upper(tblname))}});
     return drop_each(aselect, [&](const Value& view) { return ask(self, "dropview", view); });
 }
 
@@ -62,8 +55,8 @@ Value droptable(Self& self, Args args) {
 
 namespace {
 
-Value column_parameters(const Value& tbl, const Value& fldname) {
-    return parameter_array({{"@@TABLENAME", alltrim(upper(tbl))}, {"@@FIELDNAME", alltrim(upper(fldname))}});
+Parameters column_parameters(const Value& tbl, const Value& fldname) {
+    return {{"@@TABLENAME", alltrim(upper(tbl))}, {"@@FIELDNAME", alltrim(upper(fldname))}};
 }
 
 constexpr std::string_view indexes_on_column =
@@ -106,10 +99,10 @@ constexpr std::string_view drop_column = "ALTER TABLE @@TABLENAME DROP @@FIELDNA
 Value dropfield(Self& self, Args args) {
     const Value &tbl = args[0], &fldstru = args[1];
     const Value sfieldname = fldstru[1];
-    const Value aparam = parameter_array({{"@@TABLENAME", alltrim(upper(tbl))}});
+    Parameters aparam{{"@@TABLENAME", alltrim(upper(tbl))}};
     if (!ask(self, "dropindexbasedonfield", tbl, sfieldname)) return false;
     if (!ask(self, "droptriggerbasedonfield", tbl, sfieldname)) return false;
-    add_parameter(aparam, "@@FIELDNAME", sfieldname);
+    aparam.add("@@FIELDNAME", sfieldname);
     return update_or_raise(self, drop_column, aparam,
                            "Erro ao deletar Campo: " + sfieldname + " Tabela: " + tbl + ";FB Error: ");
 }

@@ -12,8 +12,8 @@ constexpr std::string_view view_statement = "CREATE VIEW @@VIEWNAME (@@FIELDS) A
 
 Value createview(Self& self, Args args) {
     const Value &vwname = args[0], &fldsalias = args[1], &stmt = args[2];
-    const Value aparam = parameter_array(
-        {{"@@VIEWNAME", alltrim(upper(vwname))}, {"@@FIELDS", fldsalias}, {"@@SELECT_EXPR", stmt}});
+    const Parameters aparam{
+        {"@@VIEWNAME", alltrim(upper(vwname))}, {"@@FIELDS", fldsalias}, {"@@SELECT_EXPR", stmt}};
     return update_or_raise(self, view_statement, aparam, "Error on creating VIEW; FB Error: ");
 }
 
@@ -25,9 +25,8 @@ constexpr std::string_view grant_statement = "GRANT @@PRIVILEGES ON @@TABLENAME 
 
 Value grantaccess(Self& self, Args args) {
     const Value &priv = args[0], &tbl = args[1], &user = args[2];
-    const Value aparam =
-        parameter_array({{"@@PRIVILEGES", priv}, {"@@TABLENAME", alltrim(upper(tbl))}, {"@@USER", user}});
-    if (empty(update(self, grant_statement, aparam))) return true;
+    const Parameters aparam{{"@@PRIVILEGES", priv}, {"@@TABLENAME", alltrim(upper(tbl))}, {"@@USER", user}};
+    if (update(self, grant_statement, aparam)) return true;
     conn::raiseerror("Error granting Privileges To:" + user + " Target: " + tbl);
     return false;
 }

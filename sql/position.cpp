@@ -1,12 +1,11 @@
 #include "host/number.h"
+#include "host/result.h"
 #include "host/text.h"
 #include "sql/methods.h"
 
 namespace zmfb::sql {
 
 namespace {
-
-constexpr std::size_t first_data_row = 2;
 
 Value trimmed_number(const Value& n) { return host::alltrim(host::str(n)); }
 
@@ -18,9 +17,7 @@ Value selection(const Value& tbl, const Value& cond, const Value& plan, const Va
 
 Value no_rows() { return Value::array_of_size(0); }
 
-Value first_row(const Value& result) {
-    return result.size() >= first_data_row ? result[first_data_row] : no_rows();
-}
+Value first_row(const Value& result) { return has_row(result) ? data_rows(result)[0] : no_rows(); }
 
 }  // namespace
 
@@ -37,7 +34,7 @@ Value getfirstrows(Self& self, Args args) {
     const Value stmt = "select first " + trimmed_number(qti) + " skip " + trimmed_number(sk) +
                        selection(tbl, cond, plan, order);
     const Value result = call(self, "internalselect", stmt);
-    return result.size() >= first_data_row ? result : no_rows();
+    return has_row(result) ? result : no_rows();
 }
 
 Value executeudfskippad(Self& self, Args args) {

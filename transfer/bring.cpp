@@ -170,23 +170,23 @@ bool Import::has_dates() const {
 
 bool Import::make_null_dates_trigger() {
     if (!has_dates()) return true;
-    const Value aparam = parameter_array({{"@@TRIGGERNAME", null_dates_name()}, {"@@TABLENAME", table}});
+    Parameters aparam{{"@@TRIGGERNAME", null_dates_name()}, {"@@TABLENAME", table}};
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (fields[i].type != 'D') continue;
-        add_parameter(aparam, "@@IFS", null_date);
-        add_parameter(aparam, "@@DATEFIELD", structure[i + 1][1]);
+        aparam.add("@@IFS", null_date);
+        aparam.add("@@DATEFIELD", structure[i + 1][1]);
     }
-    add_parameter(aparam, "@@IFS", "");
-    return empty(update(self, null_dates_trigger, aparam));
+    aparam.add("@@IFS", "");
+    return update(self, null_dates_trigger, aparam);
 }
 
 bool Import::copy() {
-    const Value aparam = parameter_array({{"@@TABLENAME", table}, {"@@EXTTABLE", external_table()}});
-    for (const Value& field : structure.items()) add_parameter(aparam, "@@COLUMNS", field[1] + ",@@COLUMNS");
+    Parameters aparam{{"@@TABLENAME", table}, {"@@EXTTABLE", external_table()}};
+    for (const Value& field : structure.items()) aparam.add("@@COLUMNS", field[1] + ",@@COLUMNS");
     // The two driver columns behind the user's: the area's, and the record number that the table's own
     // trigger sets.
-    add_parameter(aparam, "@@COLUMNS", "null,@@COLUMNS");
-    add_parameter(aparam, "@@COLUMNS", "0");
+    aparam.add("@@COLUMNS", "null,@@COLUMNS");
+    aparam.add("@@COLUMNS", "0");
     // Counted before the copy, so that nothing of another file comes in, and after it, in case another
     // program has made the file its own between.
     const bool copied =

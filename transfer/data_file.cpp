@@ -41,10 +41,11 @@ std::size_t complete(std::span<char> block, std::size_t size, std::size_t record
 bool has_single_bytes(Self& self) {
     const Value wide = call(self, "internalselect", wide_character_set);
     if (!has_row(wide)) return true;
-    const Value name = alltrim(wide[2][1]);
+    const Value& found = data_rows(wide)[0];
+    const Value name = alltrim(found[1]);
     call(self, "writelog", "[ERROR] Default character set of more than one byte: " + name,
          transfer_log_level);
-    conn::raiseerror("Default character set " + name + " takes up to " + wide[2][2] +
+    conn::raiseerror("Default character set " + name + " takes up to " + found[2] +
                      " bytes a character;DBF files go in and out of databases where it takes one");
     return false;
 }

@@ -47,13 +47,13 @@ Value external_columns(const Value& structure) {
 
 bool copy_to_external_table(Self& self, const Value& tblname, const Value& ext_table,
                             const Value& structure) {
-    const Value aparam = parameter_array({{"@@TABLENAME", tblname}, {"@@EXTTABLE", ext_table}});
+    Parameters aparam{{"@@TABLENAME", tblname}, {"@@EXTTABLE", ext_table}};
     for (const Value& field : structure.items()) {
         const bool is_date = field[2].text() == "D";
         const Value column = is_date ? "SkipPad('{{D}}'||" + field[1] + ")" : field[1];
-        add_parameter(aparam, "@@COLUMNS", column + ",@@COLUMNS");
+        aparam.add("@@COLUMNS", column + ",@@COLUMNS");
     }
-    add_parameter(aparam, "@@COLUMNS", "'\n'");
+    aparam.add("@@COLUMNS", "'\n'");
     return update_or_raise(
         self, copy_rows, aparam,
         "Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: "_l1);

@@ -6,6 +6,7 @@
 
 #include "bench/sql/commands.h"
 #include "bench/sql/string_rows.h"
+#include "host/result.h"
 
 namespace zmfb::bench {
 
@@ -35,11 +36,10 @@ struct Sums {
     }
 };
 
-// The first element is the header.
 Sums sums_of(const Value& result) {
     Sums sums;
-    for (std::size_t i = 2; i <= result.size(); ++i)
-        sums.add(result[i][id_column + 1].text(), result[i][credit_column + 1].text());
+    for (const Value& row : host::data_rows(result))
+        sums.add(row[id_column + 1].text(), row[credit_column + 1].text());
     return sums;
 }
 
@@ -86,9 +86,9 @@ json select_strings(Worker& worker, const json& request) {
 json sample_ours(Worker& worker, const json& request) {
     const Value result = worker.ours->call("internalselect", request.at("sql").get<std::string>());
     json rows = json::array();
-    for (std::size_t i = 2; i <= result.size(); ++i) {
-        json& row = rows.emplace_back(json::array());
-        for (const Value& value : result[i].items()) row.push_back(value.text());
+    for (const Value& row : host::data_rows(result)) {
+        json& texts = rows.emplace_back(json::array());
+        for (const Value& value : row.items()) texts.push_back(value.text());
     }
     return {{"rows", rows}};
 }

@@ -112,14 +112,14 @@ using ConversionOfRows = Database;
 TEST_F(ConversionOfRows, NotNullColumnIsNeverNull) {
     execute("create table T (V integer not null)");
     execute("insert into T values (0)");
-    EXPECT_EQ(data_rows(call("internalselect", "select V from T")), (Rows{{"0"}}));
+    EXPECT_EQ(row_texts(call("internalselect", "select V from T")), (Rows{{"0"}}));
 }
 
 TEST_F(ConversionOfRows, NullsOfEveryColumnAreToldApart) {
     execute("create table T (A integer, B varchar(3), C timestamp, D double precision)");
     execute("insert into T values (1, null, '2007-03-01', null)");
     execute("insert into T values (null, 'x', null, 2)");
-    EXPECT_EQ(data_rows(call("internalselect", "select * from T")),
+    EXPECT_EQ(row_texts(call("internalselect", "select * from T")),
               (Rows{{"1", "NULL", "2007-03-01 00:00:00.0000", "NULL"}, {"NULL", "x  ", "NULL", "2.000000"}}));
 }
 
@@ -128,7 +128,7 @@ TEST_F(ConversionOfRows, UnconvertedTypeTakesTheTextConvertedBefore) {
     execute("insert into T values (1, '2007-03-01', 'abc', '10:00', 'x')");
     execute("insert into T values (null, '2007-03-01', null, '10:00', null)");
     const std::string padded = "abc" + std::string(17, ' ');
-    EXPECT_EQ(data_rows(call("internalselect", "select * from T order by A desc nulls last")),
+    EXPECT_EQ(row_texts(call("internalselect", "select * from T order by A desc nulls last")),
               (Rows{{"1", "1", padded, padded, padded}, {"NULL", "NULL", "NULL", "NULL", "NULL"}}));
 }
 
@@ -136,15 +136,15 @@ TEST_F(ConversionOfRows, UnconvertedFirstColumnTakesTheLastTextOfTheRowBefore) {
     execute("create table T (B date, A varchar(16))");
     execute("insert into T values ('2007-03-01', 'first')");
     execute("insert into T values ('2007-03-02', 'second')");
-    EXPECT_EQ(data_rows(call("internalselect", "select * from T order by A")),
+    EXPECT_EQ(row_texts(call("internalselect", "select * from T order by A")),
               (Rows{{"", "first           "}, {"first           ", "second          "}}));
 }
 
 TEST_F(ConversionOfRows, ConversionsOfOneCallDoNotReachTheNext) {
     execute("create table T (A integer, B date)");
     execute("insert into T values (5, '2007-03-01')");
-    EXPECT_EQ(data_rows(call("internalselect", "select A, B from T")), (Rows{{"5", "5"}}));
-    EXPECT_EQ(data_rows(call("internalselect", "select B from T")), (Rows{{""}}));
+    EXPECT_EQ(row_texts(call("internalselect", "select A, B from T")), (Rows{{"5", "5"}}));
+    EXPECT_EQ(row_texts(call("internalselect", "select B from T")), (Rows{{""}}));
 }
 
 TEST_F(ConversionOfRows, TextsEndAtAZeroByte) {

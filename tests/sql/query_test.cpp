@@ -80,7 +80,7 @@ TEST_F(Query, ManyColumnsAreDescribedAgain) {
 TEST_F(Query, RowsComeInTheirOrder) {
     execute("create table T (A integer)");
     for (const char* a : {"3", "1", "2"}) execute(std::string("insert into T values (") + a + ")");
-    EXPECT_EQ(data_rows(call("internalselect", "select A from T order by A desc")),
+    EXPECT_EQ(row_texts(call("internalselect", "select A from T order by A desc")),
               (Rows{{"3"}, {"2"}, {"1"}}));
 }
 

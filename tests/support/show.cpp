@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "host/date.h"
+#include "host/result.h"
 
 namespace zmfb::test {
 
@@ -67,11 +68,9 @@ std::string show(const Value& value) {
     return "?";
 }
 
-std::vector<std::vector<std::string>> data_rows(const Value& result) {
+std::vector<std::vector<std::string>> row_texts(const Value& result) {
     std::vector<std::vector<std::string>> rows;
-    if (!result.is(Kind::array)) return rows;
-    for (const Value& row : result.items()) {
-        if (&row == &result.items().front()) continue;
+    for (const Value& row : host::data_rows(result)) {
         std::vector<std::string>& texts = rows.emplace_back();
         for (const Value& value : row.items()) {
             texts.push_back(value.is(Kind::character) ? std::string(value.text()) : show(value));

@@ -15,7 +15,7 @@ std::string show(const host::Value& value);
 
 /// The data rows of a query result (what executequery returns) as texts, the header left out; values of other
 /// kinds as show() has them.
-std::vector<std::vector<std::string>> data_rows(const host::Value& result);
+std::vector<std::vector<std::string>> row_texts(const host::Value& result);
 
 }  // namespace zmfb::test
 
