@@ -102,7 +102,7 @@ void read_value(Cursor& cursor, std::size_t column, Read read, T& value) {
 
 }  // namespace typed
 
-/// The value of one column of a row. Only to be used until the next row is read.
+/// The value of one column of a row. It can be read until the next row is, and throws (24000) from then on.
 class Field {
   public:
     /// Whether the value is NULL.
@@ -137,13 +137,13 @@ class Field {
 
   private:
     friend class Row;
-    Field(typed::Cursor& cursor, std::uint64_t row, std::size_t index)
-        : cursor_(&cursor), row_(row), index_(index) {}
+    Field(std::shared_ptr<typed::Cursor> cursor, std::uint64_t row, std::size_t index)
+        : cursor_(std::move(cursor)), row_(row), index_(index) {}
     /// Throws when the row is no longer the current one.
     [[nodiscard]] typed::Cursor& current() const;
     [[nodiscard]] const typed::Prepared& statement() const { return typed::statement_of(*cursor_); }
 
-    typed::Cursor* cursor_;
+    std::shared_ptr<typed::Cursor> cursor_;
     std::uint64_t row_;
     std::size_t index_;
 };
@@ -190,8 +190,15 @@ class RowIterator {
 }  // namespace typed
 
 /// The rows of a query, read one after another while they are gone through, once. See Statement::rows().
+///
+/// They may outlive the statement. Iterators are of the object that they were taken from: when it has gone,
+/// or was moved elsewhere, they are of no more use.
 class Rows {
   public:
+    Rows(Rows&&) noexcept = default;
+    Rows& operator=(Rows&&) noexcept = default;
+    ~Rows() = default;
+
     /// Reads the first row; the next one is read when the iterator is moved on. Throws when it was called
     /// before.
     auto begin() {
@@ -218,10 +225,15 @@ class Rows {
 };
 
 /// The same as tuples of types. The tuple is one object, filled anew for each row: `auto [name, credit]`
-/// copies its values, `auto& [name, credit]` does not. See Statement::query().
+/// copies its values, `auto& [name, credit]` does not. A std::string_view in it lives until the next row is
+/// read. See Statement::query().
 template <typed::Readable... T>
 class TypedRows {
   public:
+    TypedRows(TypedRows&&) noexcept = default;
+    TypedRows& operator=(TypedRows&&) noexcept = default;
+    ~TypedRows() = default;
+
     /// Reads the first row; the next one is read when the iterator is moved on. Throws when it was called
     /// before.
     auto begin() {

@@ -66,6 +66,11 @@ concept WholeNumber =
     std::integral<T> && !std::same_as<T, bool> && !std::same_as<T, char> && !std::same_as<T, wchar_t> &&
     !std::same_as<T, char8_t> && !std::same_as<T, char16_t> && !std::same_as<T, char32_t>;
 
+/// What a parameter would refer into.
+template <class T>
+concept Owner = std::same_as<T, std::string> || std::same_as<T, Bytes> ||
+    std::same_as<T, std::optional<std::string>> || std::same_as<T, std::optional<Bytes>>;
+
 /// A blob that was written, as a parameter.
 struct WrittenBlob {
     std::uint64_t id;
@@ -74,8 +79,8 @@ struct WrittenBlob {
 
 }  // namespace typed
 
-/// A value for a "?" of a statement. Texts, bytes and blobs are not copied: they have to live until the
-/// statement has run.
+/// A value for a "?" of a statement. Texts and bytes are not copied: they have to live until the statement
+/// has run. One of a std::string or Bytes that would be gone before that does not compile.
 ///
 /// The value has to be of the parameter's kind, and reach it whole; else it is thrown (07006, 22001, 22003)
 /// before anything is sent. Whole numbers go into every column of numbers that can hold them, Decimal where
@@ -110,6 +115,8 @@ class Parameter {
     Parameter(TimeOfDay value) : content_(value) {}
     Parameter(Timestamp value) : content_(value) {}
     Parameter(const BlobWriter& value);
+    template <typed::Owner Temporary>
+    Parameter(Temporary&& gone_too_soon) = delete;
     template <class Value>
     Parameter(const std::optional<Value>& value) {
         if (value) content_ = Parameter(*value).content_;

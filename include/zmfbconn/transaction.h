@@ -14,8 +14,9 @@
 /// database holds them in is named by set_database_encoding(). One thread at a
 /// time; cancel() (zmfbconn/cancel.h) has the call that runs throw, from another one.
 ///
-/// Objects may go in any order. When a transaction has ended, or its connection is detached, what is left of
-/// its statements, rows and blobs throws when it is used.
+/// Objects may go in any order: those of statements, rows, fields and blobs that remain keep what they need.
+/// When a transaction has ended, or its connection is detached, they throw when they are used: statements and
+/// blobs 25000, rows and fields 24000. A transaction itself is rolled back when its connection is detached.
 #pragma once
 
 #include <array>
@@ -74,8 +75,14 @@ One<T...> one_of(std::tuple<T...>&& row) {
 
 /// A statement that is prepared once and run often, each time with other values for its "?". What takes
 /// `values` takes as many as there are, or one std::span of Parameter.
+///
+/// Copies are the same statement, and one that was moved from still is it.
 class Statement {
   public:
+    Statement(const Statement&) = default;
+    Statement& operator=(const Statement&) = default;
+    ~Statement() = default;
+
     /// Runs a statement that returns no rows. Returns how many rows it changed.
     template <class... Values>
     std::int64_t execute(const Values&... values) {
@@ -144,7 +151,7 @@ class Transaction {
     /// may be ended here as well as by `commitchanges`, and stays open when this goes. Throws (25000) when
     /// there is none.
     static Transaction batch(zmFBConn& connection);
-    /// What was moved from is of no more use.
+    /// What was moved from throws (25000) from then on.
     Transaction(Transaction&&) noexcept = default;
     Transaction& operator=(Transaction&&) = delete;
     ~Transaction();
@@ -186,6 +193,8 @@ class Transaction {
 
   private:
     friend class BlobWriter;
+    /// Throws when it was moved from.
+    [[nodiscard]] const std::shared_ptr<typed::Work>& work() const;
     explicit Transaction(std::shared_ptr<typed::Work> batch) : work_(std::move(batch)), owns_(false) {}
     std::shared_ptr<typed::Work> work_;
     bool owns_ = true;

@@ -139,7 +139,7 @@ std::uint64_t BlobReader::size() const { return blob_ == nullptr ? 0 : blob_->si
 std::string_view BlobReader::read() { return blob_ == nullptr ? std::string_view() : blob_->read(); }
 
 BlobWriter::BlobWriter(Transaction& transaction)
-    : blob_(std::make_shared<typed::Blob>(transaction.work_, 0)) {}
+    : blob_(std::make_shared<typed::Blob>(transaction.work(), 0)) {}
 
 void BlobWriter::write(std::string_view bytes) { blob_->write(bytes); }
 

@@ -46,7 +46,7 @@ Field Row::operator[](std::string_view name) const {
                       fmt::format("There is no column {}, or more than one: {}", name, names_of(columns)),
                       cursor_->statement().text());
     }
-    return {*cursor_, cursor_->row(), found};
+    return {cursor_, cursor_->row(), found};
 }
 
 Field Row::operator[](std::size_t index) const {
@@ -54,7 +54,7 @@ Field Row::operator[](std::size_t index) const {
         typed::refuse(typed::no_column, fmt::format("There is no column {}: there are {}", index, size()),
                       cursor_->statement().text());
     }
-    return {*cursor_, cursor_->row(), index};
+    return {cursor_, cursor_->row(), index};
 }
 
 std::size_t Row::size() const { return typed::columns_of(cursor_->statement()).size(); }

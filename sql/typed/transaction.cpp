@@ -18,14 +18,19 @@ Transaction::~Transaction() {
     if (work_ != nullptr && owns_) work_->give_up();
 }
 
-void Transaction::commit() { work_->commit(); }
+const std::shared_ptr<typed::Work>& Transaction::work() const {
+    if (work_ == nullptr) typed::refuse(typed::ended, "The transaction was moved elsewhere");
+    return work_;
+}
 
-void Transaction::roll_back() { work_->roll_back(); }
+void Transaction::commit() { work()->commit(); }
+
+void Transaction::roll_back() { work()->roll_back(); }
 
 bool Transaction::active() const { return work_ != nullptr && work_->active(); }
 
 Statement Transaction::prepare(std::string_view sql) {
-    return Statement(std::make_shared<typed::Prepared>(work_, sql));
+    return Statement(std::make_shared<typed::Prepared>(work(), sql));
 }
 
 void set_database_encoding(zmFBConn& connection, std::string_view name) {

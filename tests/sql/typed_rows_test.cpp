@@ -186,16 +186,6 @@ TEST_F(TypedRowsOfCustomers, SeveralStatementsAreReadSideBySide) {
     EXPECT_EQ(seen, "AnnaBoCid");
 }
 
-TEST_F(TypedRowsOfCustomers, StayReadableWhenStatementAndTransactionObjectsAreMoved) {
-    auto moved = std::move(work());
-    auto statement = moved.prepare("select CODE from CUSTOMERS order by CODE");
-    auto rows = statement.query<int>();
-    auto elsewhere = std::move(statement);
-    int sum = 0;
-    for (auto& [code] : rows) sum += code;
-    EXPECT_EQ(sum, 6);
-}
-
 TEST_F(TypedRowsOfCustomers, ManyTablesRowsAreReadWhole) {
     std::int64_t sum = 0, rows = 0;
     constexpr const char* thousand =

@@ -1,4 +1,4 @@
-// What transactions keep and undo, and how long what belongs to them can be used.
+// What transactions keep and undo.
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -149,76 +149,6 @@ TEST_F(TypedTransaction, HoldsItsCommitBackFromStatements) {
     EXPECT_TRUE(work.active());
 }
 
-TEST_F(TypedTransaction, ThatHasEndedIsThrownWhereItIsUsed) {
-    Transaction work(connection());
-    auto statement = work.prepare("select A from T order by A");
-    auto rows = statement.query<int>();
-    auto at = rows.begin();
-    work.commit();
-    const auto error = error_of([&] { work.prepare("select 1 from T"); });
-    EXPECT_EQ(error.sqlstate(), "25000");
-    EXPECT_EQ(error.message(), "The transaction was committed");
-    EXPECT_EQ(state_of([&] { (void)statement.query<int>(); }), "25000");
-    EXPECT_EQ(state_of([&] { ++at; }), "24000");
-    EXPECT_EQ(state_of([&] { work.commit(); }), "25000");
-    EXPECT_EQ(state_of([&] { work.roll_back(); }), "25000");
-}
-
-TEST_F(TypedTransaction, ThatIsGoneIsThrownWhereItsRowsAndStatementsAreUsed) {
-    std::optional<Transaction> work(connection());
-    auto statement = work->prepare("select A, B from T order by A");
-    auto tuples = work->query<int, std::string>("select A, B from T order by A");
-    auto at = tuples.begin();
-    auto rows = work->rows("select A from T order by A");
-    auto row = rows.begin();
-    const Field field = (*row)["A"];
-    work.reset();
-    EXPECT_EQ(std::get<1>(*at), "one");
-    EXPECT_EQ(state_of([&] { ++at; }), "24000");
-    EXPECT_EQ(state_of([&] { ++row; }), "24000");
-    EXPECT_EQ(state_of([&] { (void)field.as<int>(); }), "24000");
-    EXPECT_EQ(state_of([&] { (void)statement.rows(); }), "25000");
-}
-
-TEST_F(TypedTransaction, ThatIsGoneStillDescribesItsStatements) {
-    std::optional<Transaction> work(connection());
-    auto statement = work->prepare("select A, B from T where A = ?");
-    work.reset();
-    EXPECT_EQ(statement.columns().size(), 2u);
-    EXPECT_EQ(statement.parameter_count(), 1u);
-}
-
-TEST_F(TypedTransaction, EndsWithTheAttachmentOfItsObject) {
-    Transaction work(connection());
-    work.execute("delete from T");
-    auto statement = work.prepare("select A from T");
-    auto rows = work.rows("select A from rdb$database, T");
-    call("disconnect");
-    EXPECT_FALSE(work.active());
-    EXPECT_EQ(state_of([&] { work.commit(); }), "25000");
-    EXPECT_EQ(state_of([&] { (void)statement.query<int>(); }), "25000");
-    EXPECT_EQ(state_of([&] { rows.begin(); }), "24000");
-    EXPECT_EQ(state_of([&] { Transaction again(connection()); }), "08003");
-    EXPECT_EQ(stored(), "1one 2two ");
-}
-
-TEST_F(TypedTransaction, EndsWithItsObject) {
-    std::optional<zmFBConn> object(connect());
-    Transaction work(*object);
-    auto rows = work.query<int>("select A from T");
-    auto at = rows.begin();
-    object.reset();
-    EXPECT_FALSE(work.active());
-    EXPECT_EQ(state_of([&] { ++at; }), "24000");
-}
-
-TEST_F(TypedTransaction, OfAnObjectThatWasAttachedAnewIsOnTheNewAttachment) {
-    zmFBConn object = connect();
-    object.call("disconnect");
-    object.call("init", database(), sysdba, sysdba_password, "");
-    EXPECT_EQ(Transaction(object).one<int>("select count(*) from T"), 2);
-}
-
 TEST_F(TypedTransaction, NeedsAnObjectThatIsAttached) {
     zmFBConn object;
     const auto error = error_of([&] { Transaction work(object); });
@@ -228,35 +158,6 @@ TEST_F(TypedTransaction, NeedsAnObjectThatIsAttached) {
     object.set("dbhndl", 12345);
     EXPECT_EQ(state_of([&] { Transaction work(object); }), "08003");
     object.set("bconn", false);
-}
-
-TEST_F(TypedTransaction, LeavesTheMethodsOfTheObjectAlone) {
-    zmFBConn& object = connection();
-    Transaction work(object, Access::read_only);
-    auto first = work.query<int>("select A from T order by A");
-    auto at = first.begin();
-    EXPECT_EQ(object.call("gettablestruct", "T").size(), 2u);
-    EXPECT_EQ(show(object.call("executequery", "select A, B from T where A = 2")[2]),
-              R"({"2", "two       "})");
-    ++at;
-    EXPECT_EQ(std::get<0>(*at), 2);
-}
-
-TEST_F(TypedTransaction, MayOverlapAnotherInsteadOfNesting) {
-    std::optional<Transaction> first(connection());
-    auto rows_of_first = first->query<std::optional<Decimal>>("select cast(-1.50 as numeric(9,2)) from T");
-    auto at = rows_of_first.begin();
-    std::optional<Transaction> second(connection());
-    auto rows_of_second = second->query<int>("select A from T order by A");
-    auto other = rows_of_second.begin();
-    ++at;
-    EXPECT_EQ(std::get<0>(*at), Decimal("-1.5"));
-    first.reset();
-    ++other;
-    EXPECT_EQ(std::get<0>(*other), 2);
-    second.reset();
-    EXPECT_EQ(show(call("executequery", "select cast(-1.50 as numeric(9,2)) from rdb$database")[2]),
-              R"({"-1.-50"})");
 }
 
 TEST_F(TypedTransaction, MayBeTheBatchOfTheObject) {
@@ -287,22 +188,6 @@ TEST_F(TypedTransaction, EndsTheBatchOfTheObjectInBothWays) {
         EXPECT_EQ(stored(), "1x 2two ");
         execute("update T set B = 'x' where A = 1");
     }
-}
-
-TEST_F(TypedTransaction, OfTheBatchEndsWithIt) {
-    call("starttransaction");
-    Transaction batch = Transaction::batch(connection());
-    auto rows = batch.query<int>("select A from T");
-    auto at = rows.begin();
-    call("commitchanges");
-    EXPECT_EQ(error_of([&] { batch.execute("delete from T"); }).message(), "The batch was ended");
-    EXPECT_EQ(state_of([&] { ++at; }), "24000");
-    call("starttransaction");
-    Transaction next = Transaction::batch(connection());
-    next.execute("delete from T");
-    call("disconnect");
-    EXPECT_FALSE(next.active());
-    EXPECT_EQ(stored(), "1one 2two ");
 }
 
 TEST_F(TypedTransaction, OfTheBatchIsThatOfItsObjectOnly) {
