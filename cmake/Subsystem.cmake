@@ -2,7 +2,8 @@
 #
 # Makes the object library zmfb_<folder> of one subsystem folder. The folder sees its own headers and those of
 # the folders in MAY_INCLUDE and no others: each is reached through a directory that holds only a link to it,
-# so a forbidden include does not compile. host/ is two such folders: its public headers lie in include/zmfbconn/host.
+# so a forbidden include does not compile. host/ and dbf/ are two such folders each: their public headers lie in
+# include/zmfbconn/ under these names.
 function(zmfb_subsystem)
     cmake_parse_arguments(ARG "" "NAME" "SOURCES;MAY_INCLUDE" ${ARGN})
     add_library(zmfb_${ARG_NAME} OBJECT ${ARG_SOURCES})
@@ -13,11 +14,11 @@ function(zmfb_subsystem)
         endif()
         zmfb_view(${folder} "${folder}")
         target_include_directories(zmfb_${ARG_NAME} PRIVATE "${PROJECT_BINARY_DIR}/include/${folder}")
+        if(IS_DIRECTORY "${PROJECT_SOURCE_DIR}/include/zmfbconn/${folder}")
+            zmfb_view(public_${folder} include/zmfbconn/${folder})
+            target_include_directories(zmfb_${ARG_NAME} PRIVATE "${PROJECT_BINARY_DIR}/include/public_${folder}")
+        endif()
     endforeach()
-    if("host" IN_LIST ARG_NAME OR "host" IN_LIST ARG_MAY_INCLUDE)
-        zmfb_view(runtime include/zmfbconn/host)
-        target_include_directories(zmfb_${ARG_NAME} PRIVATE "${PROJECT_BINARY_DIR}/include/runtime")
-    endif()
 endfunction()
 
 # zmfb_view(name folder): include/<name> in the build folder, with a link to `folder` of the sources and nothing else.

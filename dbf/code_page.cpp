@@ -1,4 +1,4 @@
-#include "zmfbconn/dbf/code_page.h"
+#include "dbf/code_page.h"
 
 #include <iconv.h>
 
@@ -6,7 +6,7 @@
 #include <array>
 
 #include "dbf/companion.h"
-#include "zmfbconn/dbf/source.h"
+#include "dbf/source.h"
 
 namespace zmfb::dbf {
 namespace {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "zmfbconn/dbf/header.h"
+#include "dbf/header.h"
 
 namespace zmfb::dbf {
 

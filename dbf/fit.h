@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "dbf/descriptors.h"
-#include "zmfbconn/dbf/header.h"
-#include "zmfbconn/dbf/source.h"
+#include "dbf/header.h"
+#include "dbf/source.h"
 
 namespace zmfb::dbf {
 

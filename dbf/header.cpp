@@ -1,4 +1,4 @@
-#include "zmfbconn/dbf/header.h"
+#include "dbf/header.h"
 
 #include <fmt/format.h>
 
@@ -8,7 +8,7 @@
 #include "dbf/descriptors.h"
 #include "dbf/fit.h"
 #include "dbf/layout.h"
-#include "zmfbconn/dbf/records.h"
+#include "dbf/records.h"
 
 namespace zmfb::dbf {
 namespace {

@@ -1,4 +1,4 @@
-#include "zmfbconn/dbf/source.h"
+#include "dbf/source.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,4 +1,4 @@
-#include "zmfbconn/dbf/value.h"
+#include "dbf/value.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,10 +1,10 @@
-#include "zmfbconn/dbf/code_page.h"
+#include "dbf/code_page.h"
 
 #include <gtest/gtest.h>
 
+#include "dbf/memo.h"
 #include "tests/host/folder.h"
 #include "tests/support/dbf_builder.h"
-#include "zmfbconn/dbf/memo.h"
 
 namespace zmfb::dbf {
 namespace {

@@ -1,4 +1,4 @@
-#include "zmfbconn/dbf/header.h"
+#include "dbf/header.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "zmfbconn/dbf/memo.h"
+#include "dbf/memo.h"
 
 #include <gtest/gtest.h>
 

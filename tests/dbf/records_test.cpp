@@ -1,4 +1,4 @@
-#include "zmfbconn/dbf/records.h"
+#include "dbf/records.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <type_traits>
 #include <variant>
 
-#include "zmfbconn/dbf/value.h"
+#include "dbf/value.h"
 
 namespace zmfb::dbf_test {
 

@@ -1,12 +1,12 @@
-#include "zmfbconn/dbf/value.h"
+#include "dbf/value.h"
 
 #include <gtest/gtest.h>
 
 #include <bit>
 
+#include "dbf/records.h"
 #include "shown.h"
 #include "tests/support/dbf_builder.h"
-#include "zmfbconn/dbf/records.h"
 
 namespace zmfb::dbf {
 namespace {

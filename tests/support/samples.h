@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace zmfb::test {
 
@@ -9,6 +10,9 @@ namespace zmfb::test {
 /// with
 /// ":" between them; "" when none has it or none is named. Throws when one of them is no folder.
 std::string sample(const std::string& name);
+
+/// The paths of all files of those folders that end with `ending`, in any letter case, in order.
+std::vector<std::string> samples(const std::string& ending);
 
 /// Why a test that wants the sample `name` is skipped.
 std::string without_sample(const std::string& name);
