@@ -122,6 +122,7 @@ Value error_block(const Value& handler);
 /// While it lives, `handler` is the error handler; afterwards the one before it is again.
 class ScopedErrorBlock {
   public:
+    /// Puts it in.
     explicit ScopedErrorBlock(const Value& handler) : before_(error_block(handler)) {}
     ~ScopedErrorBlock() { error_block(before_); }
     ScopedErrorBlock(const ScopedErrorBlock&) = delete;
@@ -134,10 +135,9 @@ class ScopedErrorBlock {
 /// What ThrowingErrors throws. what() is the description, in UTF-8.
 class RaisedError : public std::runtime_error {
   public:
+    /// One that keeps the error object.
     explicit RaisedError(Value error);
     ~RaisedError() override;
-    RaisedError(const RaisedError&) = default;
-    RaisedError& operator=(const RaisedError&) = default;
 
     /// The error object.
     [[nodiscard]] const Value& error() const noexcept { return error_; }
