@@ -47,6 +47,14 @@ zmfb_status zmfb_prepare_statement(zmfb_statement* statement, zmfb_transaction* 
     });
 }
 
+zmfb_status zmfb_parameter_count(zmfb_statement* statement, size_t* count) {
+    return on_prepared(statement, [=](zmfb_statement& handle) {
+        if (count == nullptr) return fail_null();
+        *count = handle.given.size();
+        return ZMFB_OK;
+    });
+}
+
 zmfb_status zmfb_execute(zmfb_statement* statement, int64_t* changed) {
     return run(statement, [=](zmfb_statement& handle, const std::vector<zmfb::Parameter>& values) {
         const std::int64_t count = handle.prepared->execute(values);

@@ -352,6 +352,9 @@ void zmfb_free_statement(zmfb_statement* statement);
  */
 zmfb_status zmfb_prepare_statement(zmfb_statement* statement, zmfb_transaction* transaction, const char* sql);
 
+/** Tells how many values a prepared statement takes. */
+zmfb_status zmfb_parameter_count(zmfb_statement* statement, size_t* count);
+
 /** @{ */
 /**
  * Gives "?" number `index`, from 1, a value, which is copied and stays until another is given. It has to suit

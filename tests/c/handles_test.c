@@ -26,6 +26,7 @@ static void each_is_refused(zmfb_statement* statement, const char* words) {
     REFUSED(zmfb_bind_date(statement, 1, &moment));
     REFUSED(zmfb_bind_time(statement, 1, &moment));
     REFUSED(zmfb_bind_timestamp(statement, 1, &moment));
+    REFUSED(zmfb_parameter_count(statement, &size));
     REFUSED(zmfb_execute(statement, &number));
     REFUSED(zmfb_query(statement));
     REFUSED(zmfb_next(statement));

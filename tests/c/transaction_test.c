@@ -29,6 +29,8 @@ static void a_statement_runs_often_with_the_values_that_stay(zmfb_value* connect
     zmfb_transaction* work = begun(connection);
     zmfb_statement* insert = prepared(work, "insert into T select A + ? from T where A = ?");
     int64_t changed = -1;
+    size_t parameters = 0;
+    CHECK(zmfb_parameter_count(insert, &parameters) == ZMFB_OK && parameters == 2);
     CHECK(zmfb_execute(insert, &changed) == ZMFB_WRONG_ARGUMENT && said("parameter 1 was given no value"));
     CHECK(zmfb_bind_number(insert, 2, 1, 0) == ZMFB_OK);
     for (int64_t k = 1; k <= 3; ++k) {
