@@ -1,9 +1,7 @@
 #!/usr/bin/env bash
-# prints.sh FILE COMMAND... runs a program and compares what it prints with the file. ZMFB_PRELOAD names libraries to
-# preload into it.
+# prints.sh FILE COMMAND... runs a program and compares what it prints with the file.
 set -euo pipefail
 expected=$1
 shift
-[ -z "${ZMFB_PRELOAD:-}" ] || set -- env LD_PRELOAD="$ZMFB_PRELOAD" "$@"
-printed=$("$@")
+printed=$("${0%/*}/../support/preloaded.sh" "$@")
 diff "$expected" - <<<"$printed"
