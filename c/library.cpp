@@ -1,9 +1,7 @@
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
-#include <zmfbconn/exact.h>
 #include <zmfbconn/host/settings.h>
 
-#include <memory>
 #include <string>
 
 #include "c/guard.h"
@@ -52,15 +50,6 @@ zmfb_status zmfb_create_database(const char* database, const char* user, const c
 zmfb_status zmfb_declare_functions(const char* database, const char* user, const char* password) {
     if (database == nullptr) return fail_null();
     return guard([=] { return done(zmfb::declare_functions(database, text_of(user), text_of(password))); });
-}
-
-zmfb_status zmfb_exact_queries(int exact) {
-    static std::unique_ptr<zmfb::ExactQueries> in_force;
-    return guard([=] {
-        if (exact == 0) in_force.reset();
-        if (exact != 0 && in_force == nullptr) in_force = std::make_unique<zmfb::ExactQueries>();
-        return ZMFB_OK;
-    });
 }
 
 zmfb_status zmfb_setting(int number, const zmfb_value* value, zmfb_value* before) {

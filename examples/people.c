@@ -18,15 +18,6 @@ static void must(zmfb_status status) {
 
 static void set_text(zmfb_value* place, const char* text) { must(zmfb_set_text(place, text, strlen(text))); }
 
-/* Calls a method with one text. */
-static void call(const zmfb_value* connection, const char* method, const char* text, zmfb_value* result) {
-    zmfb_value* argument = zmfb_new();
-    const zmfb_value* arguments[] = {argument};
-    set_text(argument, text);
-    must(zmfb_call(connection, method, arguments, 1, result));
-    zmfb_free(argument);
-}
-
 /* createtable("people", {{"name", "C", 10, 0}, {"born", "D", 8, 0}, {"credit", "N", 12, 2}}) */
 static void create_table(const zmfb_value* connection) {
     static const struct {
@@ -49,28 +40,56 @@ static void create_table(const zmfb_value* connection) {
     zmfb_free(part), zmfb_free(column), zmfb_free(structure), zmfb_free(name);
 }
 
-/* The rows of a query, a line each; the first row is the header, {{name, type, length, decimals}, ...}. */
-static void print_rows(const zmfb_value* rows) {
-    zmfb_value *row = zmfb_new(), *cell = zmfb_new();
-    size_t row_count = 0, cell_count = 0, length = 0;
-    const char* text = NULL;
-    must(zmfb_get_size(rows, &row_count));
-    for (size_t k = 2; k <= row_count; ++k) {
-        must(zmfb_get_element(rows, k, row));
-        must(zmfb_get_size(row, &cell_count));
-        for (size_t c = 1; c <= cell_count; ++c) {
-            must(zmfb_get_element(row, c, cell));
-            if (c > 1) printf(" | ");
-            if (zmfb_kind_of(cell) == ZMFB_NIL) {
-                printf("NULL");
-            } else {
-                must(zmfb_get_text(cell, &text, &length));
-                printf("%.*s", (int)length, text);
-            }
-        }
+/* Puts a person in; no birthday is NULL. */
+static void add(zmfb_statement* insert, const char* name, const zmfb_moment* born, int64_t cents) {
+    int64_t added = 0;
+    must(zmfb_bind_text(insert, 1, name, strlen(name)));
+    must(born == NULL ? zmfb_bind_null(insert, 2) : zmfb_bind_date(insert, 2, born));
+    must(zmfb_bind_number(insert, 3, cents, 2));
+    must(zmfb_execute(insert, &added));
+    printf("%d added\n", (int)added);
+}
+
+/* Both or none: a transaction that is not committed is rolled back. */
+static void add_people(const zmfb_value* connection) {
+    static const zmfb_moment born = {2007, 3, 1, 0, 0, 0, 0};
+    zmfb_transaction* work = zmfb_new_transaction();
+    zmfb_statement* insert = zmfb_new_statement();
+    must(zmfb_begin(work, connection, ZMFB_READ_WRITE));
+    must(zmfb_prepare_statement(insert, work, "insert into people (name, born, credit) values (?, ?, ?)"));
+    add(insert, "Anna", &born, -1250);
+    add(insert, "Bo", NULL, 0);
+    must(zmfb_commit(work));
+    zmfb_free_statement(insert), zmfb_free_transaction(work);
+}
+
+static void print_field(zmfb_statement* row, size_t index) {
+    const char* text = "NULL";
+    size_t length = 4;
+    int is_null = 0;
+    must(zmfb_field_is_null(row, index, &is_null));
+    if (!is_null) must(zmfb_field_text(row, index, &text, &length));
+    printf("%s%.*s", index > 1 ? " | " : "", (int)length, text);
+}
+
+/* The rows of a query, a line each. */
+static void print_people(const zmfb_value* connection, int64_t largest_credit) {
+    zmfb_transaction* work = zmfb_new_transaction();
+    zmfb_statement* query = zmfb_new_statement();
+    zmfb_status status = ZMFB_OK;
+    size_t columns = 0;
+    must(zmfb_begin(work, connection, ZMFB_READ_ONLY));
+    must(zmfb_prepare_statement(
+        query, work, "select name, cast(born as date), credit from people where credit <= ? order by name"));
+    must(zmfb_bind_number(query, 1, largest_credit, 0));
+    must(zmfb_column_count(query, &columns));
+    must(zmfb_query(query));
+    while ((status = zmfb_next(query)) == ZMFB_OK) {
+        for (size_t k = 1; k <= columns; ++k) print_field(query, k);
         printf("\n");
     }
-    zmfb_free(cell), zmfb_free(row);
+    if (status != ZMFB_END) must(status); /* the rows broke off half-way */
+    zmfb_free_statement(query), zmfb_free_transaction(work);
 }
 
 static zmfb_status twice(void* context, const zmfb_value* const* arguments, size_t count,
@@ -92,7 +111,8 @@ static void lend_a_block(void) {
     must(zmfb_get_number(number, &doubled, NULL, NULL));
     printf("twice 21 is %.0f\n", doubled);
     must(zmfb_set_text(number, "no number", 9));
-    printf("twice a text: status %d\n", (int)zmfb_eval(block, arguments, 1, NULL));
+    const zmfb_status status = zmfb_eval(block, arguments, 1, NULL);
+    printf("twice a text: %s\n", status == ZMFB_WRONG_KIND ? "refused" : "taken");
     zmfb_free(number), zmfb_free(block);
 }
 
@@ -140,21 +160,16 @@ int main(int argc, char** argv) {
         fprintf(stderr, "usage: people DATABASE\n");
         return 2;
     }
-    zmfb_value *connection = zmfb_new(), *result = zmfb_new();
+    zmfb_value* connection = zmfb_new();
     must(zmfb_prepare(argv[1]));
     must(zmfb_create_database(argv[1], "SYSDBA", NULL));
     must(zmfb_connect(connection, argv[1], "SYSDBA", NULL, NULL));
     create_table(connection);
-    call(connection, "executeupdate",
-         "insert into people (name, born, credit) values ('Anna', '2007-03-01', -12.5)", result);
-    call(connection, "executeupdate", "insert into people (name) values ('Bo')", result);
-    must(zmfb_exact_queries(1));
-    call(connection, "executequery", "select name, cast(born as date), credit from people order by name",
-         result);
-    print_rows(result);
+    add_people(connection);
+    print_people(connection, 0);
     lend_a_block();
     bytes_with_zeros();
     hear_of_errors(connection);
-    zmfb_free(result), zmfb_free(connection); /* disconnects */
+    zmfb_free(connection); /* disconnects */
     return EXIT_SUCCESS;
 }

@@ -19,7 +19,6 @@ $ffi->attach(["zmfb_$_->[0]" => $_->[0]], $_->[1], $_->[2]) for (
     [prepare        => ['string']                                        => 'int'],
     [create_database => ['string', 'string', 'string']                   => 'int'],
     [connect        => ['opaque', 'string', 'string', 'string', 'string'] => 'int'],
-    [exact_queries  => ['int']                                           => 'int'],
     [call           => ['opaque', 'string', 'opaque[]', 'size_t', 'opaque'] => 'int'],
     [eval           => ['opaque', 'opaque[]', 'size_t', 'opaque']        => 'int'],
     [get_member     => ['opaque', 'string', 'opaque']                    => 'int'],
@@ -29,6 +28,23 @@ $ffi->attach(["zmfb_$_->[0]" => $_->[0]], $_->[1], $_->[2]) for (
     [set_number     => ['opaque', 'double', 'int', 'int']                => 'int'],
     [set_block      => ['opaque', 'body', 'opaque', 'opaque']            => 'int'],
     [append         => ['opaque', 'opaque']                              => 'int'],
+    [new_transaction => []                                               => 'opaque'],
+    [free_transaction => ['opaque']                                      => 'void'],
+    [begin          => ['opaque', 'opaque', 'int']                       => 'int'],
+    [commit         => ['opaque']                                        => 'int'],
+    [new_statement  => []                                                => 'opaque'],
+    [free_statement => ['opaque']                                        => 'void'],
+    [prepare_statement => ['opaque', 'opaque', 'string']                 => 'int'],
+    [bind_null      => ['opaque', 'size_t']                              => 'int'],
+    [bind_text      => ['opaque', 'size_t', 'opaque', 'size_t']          => 'int'],
+    [bind_number    => ['opaque', 'size_t', 'sint64', 'int']             => 'int'],
+    [bind_date      => ['opaque', 'size_t', 'sint32[7]']                 => 'int'],
+    [execute        => ['opaque', 'sint64*']                             => 'int'],
+    [query          => ['opaque']                                        => 'int'],
+    [next           => ['opaque']                                        => 'int'],
+    [column_count   => ['opaque', 'size_t*']                             => 'int'],
+    [field_is_null  => ['opaque', 'size_t', 'int*']                      => 'int'],
+    [field_text     => ['opaque', 'size_t', 'opaque*', 'size_t*']        => 'int'],
     [get_text       => ['opaque', 'opaque*', 'size_t*']                  => 'int'],
     [get_number     => ['opaque', 'double*', 'opaque', 'opaque']         => 'int'],
     [get_logical    => ['opaque', 'int*']                                => 'int'],
@@ -36,7 +52,8 @@ $ffi->attach(["zmfb_$_->[0]" => $_->[0]], $_->[1], $_->[2]) for (
     [get_element    => ['opaque', 'size_t', 'opaque']                    => 'int'],
 );
 use constant { TEXT => 1, NUMBER => 2, LOGICAL => 3, ARRAY => 5 };
-use constant { OK => 0, WRONG_KIND => 2 };
+use constant { OK => 0, WRONG_KIND => 2, END_OF_ROWS => 7 };
+use constant { READ_WRITE => 0, READ_ONLY => 1 };
 
 sub must { my ($status) = @_; die main::message() . "\n" if $status != OK; }
 
@@ -114,13 +131,43 @@ my $connection = main::new();
 must(main::connect($connection, $database, 'SYSDBA', undef, undef));
 call_method($connection, 'createtable', 'people',
     [['name', 'C', \10, \0], ['born', 'D', \8, \0], ['credit', 'N', \12, \2]]);
-call_method($connection, 'executeupdate',
-    "insert into people (name, born, credit) values ('Anna', '2007-03-01', -12.5)");
-call_method($connection, 'executeupdate', "insert into people (name) values ('Bo')");
-must(exact_queries(1));
-my (undef, $rows) = call_method($connection, 'executequery',
-    'select name, cast(born as date), credit from people order by name');
-print join(' | ', map { $_ // 'NULL' } @$_), "\n" for @$rows[1 .. $#$rows];
+
+# Both or none: a transaction that is not committed is rolled back.
+my ($work, $insert) = (new_transaction(), new_statement());
+must(begin($work, $connection, READ_WRITE));
+must(prepare_statement($insert, $work, 'insert into people (name, born, credit) values (?, ?, ?)'));
+for (['Anna', [2007, 3, 1, 0, 0, 0, 0], -1250], ['Bo', undef, 0]) {
+    my ($name, $born, $cents) = @$_;
+    must(bind_text($insert, 1, scalar_to_buffer($name)));
+    must(defined $born ? bind_date($insert, 2, $born) : bind_null($insert, 2));
+    must(bind_number($insert, 3, $cents, 2));
+    must(execute($insert, \my $added));
+    print "$added added\n";
+}
+must(commit($work));
+free_statement($insert);
+
+sub field {
+    my ($row, $index) = @_;
+    must(field_is_null($row, $index, \my $is_null));
+    return 'NULL' if $is_null;
+    must(field_text($row, $index, \my $start, \my $length));
+    return $length ? buffer_to_scalar($start, $length) : '';
+}
+
+my ($query, $status) = (new_statement());
+must(begin($work, $connection, READ_ONLY));
+must(prepare_statement($query, $work,
+    'select name, cast(born as date), credit from people where credit <= ? order by name'));
+must(bind_number($query, 1, 0, 0));
+must(query($query));
+must(column_count($query, \my $columns));
+while (($status = main::next($query)) == OK) {
+    print join(' | ', map { field($query, $_) } 1 .. $columns), "\n";
+}
+must($status) if $status != END_OF_ROWS;    # the rows broke off half-way
+free_statement($query);
+free_transaction($work);
 
 my $twice = $ffi->closure(sub {
     my (undef, $list, $count, $result) = @_;
@@ -132,8 +179,8 @@ my $block = place($twice);
 my $eval  = sub { main::eval($block, @_) };
 my (undef, $doubled) = run($eval, \21);
 print "twice 21 is $doubled\n";
-my ($status) = run($eval, 'no number');
-print "twice a text: status $status\n";
+($status) = run($eval, 'no number');
+print 'twice a text: ', $status == WRONG_KIND ? 'refused' : 'taken', "\n";
 
 my $array = place(["a\0b"]);
 print 'bytes: ', join(' ', map { sprintf '%02x', ord } split //, value($array)->[0]), "\n";

@@ -130,12 +130,6 @@ zmfb_status zmfb_create_database(const char* database, const char* user, const c
 zmfb_status zmfb_declare_functions(const char* database, const char* user, const char* password);
 
 /**
- * With `exact` other than 0 the queries of every object give values as they are stored: NIL for NULL, all
- * digits of numbers, dates as "2007-03-01". With 0, as at first, they give the texts that methods work with.
- */
-zmfb_status zmfb_exact_queries(int exact);
-
-/**
  * Reads the runtime's setting `number` into `before`, and sets it when `value` is not NULL: 1 is EXACT, 3
  * DECIMALS, 4 DATE FORMAT, 5 EPOCH. A value of another kind than the setting's is not taken. Either place may
  * be NULL.

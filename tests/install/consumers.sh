@@ -54,6 +54,8 @@ needs ./cpp yes
 needs ./c yes
 needs ./c_static no
 
-echo "the first program of docs/c-interface.md"
-sed -n '/^```c$/,/^```$/p' "$ZMFB_SOURCE/docs/c-interface.md" | sed '1d;$d' >first.c
-"$CC" -std=c11 -Wall -Wextra -Wpedantic -Werror first.c -o first "${flags[@]}" "${shared[@]}"
+echo "the programs of docs/c-interface.md: the first is whole, the second a function"
+awk '/^```c$/ {file = "page" ++count ".c"; next} /^```$/ {file = ""} file {print > file}' "$ZMFB_SOURCE/docs/c-interface.md"
+same "their number" 2 "$(find . -maxdepth 1 -name 'page*.c' | wc -l)"
+"$CC" -std=c11 -Wall -Wextra -Wpedantic -Werror page1.c -o page1 "${flags[@]}" "${shared[@]}"
+"$CC" -std=c11 -Wall -Wextra -Wpedantic -Werror -c page2.c -o page2.o "${flags[@]}"
