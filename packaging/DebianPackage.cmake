@@ -14,12 +14,13 @@ set(CPACK_DEBIAN_PACKAGE_SECTION database)
 set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
 "zmFBConn, the connection object: tables of xBase applications in a Firebird
 database instead of in DBF files. The library with its C++ and C interface,
-the command-line tool zmfb, and the module of SQL functions that databases need.")
+the module for Python over it, the command-line tool zmfb, and the module of
+SQL functions that databases need.")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # The embedded engine is loaded by name, which no list of linked libraries shows.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS firebird3.0-server-core)
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS firebird3.0-utils)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "firebird3.0-server, firebird-dev, libfmt-dev, libncurses-dev")
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS "firebird3.0-server, firebird-dev, libfmt-dev, libncurses-dev, python3")
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 if(CMAKE_LIBRARY_ARCHITECTURE MATCHES "^i[3-6]86-")
     set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE i386)

@@ -26,7 +26,8 @@ for file in bin/zmfb include/zmfbconn.h include/zmfbconn/connection.h "$folder/l
     "$folder/libzmfbconn.a" "$folder/cmake/zmfbconn/zmfbconn-config.cmake" "$folder/pkgconfig/zmfbconn.pc" \
     "$folder/firebird/3.0/UDF/zmrddudfs.so" "$folder/zmfbconn/zmrddudfs.so" share/zmfbconn/zmrddudfs.sql \
     share/man/man1/zmfb.1 share/bash-completion/completions/zmfb share/zsh/vendor-completions/_zmfb \
-    share/fish/vendor_completions.d/zmfb.fish share/doc/zmfbconn/CHANGELOG.md; do
+    share/fish/vendor_completions.d/zmfb.fish share/doc/zmfbconn/CHANGELOG.md \
+    lib/python3/dist-packages/zmfbconn/__init__.py; do
     [ -s "$usr/$file" ] || fail "the package has no $file"
 done
 [ -d "/usr/$folder/firebird/3.0/UDF" ] || fail "Firebird's folder of functions is elsewhere"
@@ -42,6 +43,12 @@ zmfb import "$ZMFB_SOURCE/examples/data/customers.dbf" >import.log
 same "the rows" 10 "$(zmfb call 'gettablereccount("customers")')"
 grep -qxF "UdfAccess = Restrict $usr/$folder/zmfbconn" "$XDG_CACHE_HOME"/zmfbconn/firebird-*/firebird.conf ||
     fail "the tool took its functions from elsewhere"
+
+echo "the module for Python"
+same "what it says" "$ZMFB_VERSION 42" "$(PYTHONPATH=$usr/lib/python3/dist-packages LD_LIBRARY_PATH=$usr/$folder \
+    python3 -B -c 'import zmfbconn; print(zmfbconn.__version__, zmfbconn.Block(lambda n: 2 * n)(21))')"
+same "its files" "$(cd "$ZMFB_SOURCE/python" && find . -name '*.py' | sort)" \
+    "$(cd "$usr/lib/python3/dist-packages" && find . -type f | sort)"
 
 echo "the completions and the manual page"
 same "what bash completes" "struct" "$(
