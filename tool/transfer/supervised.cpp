@@ -126,18 +126,19 @@ class Ending {
     void look() {
         if (ending_signal() == 0) return;
         const auto now = std::chrono::steady_clock::now();
-        if (!since_) {
-            since_ = now;
+        if (killed_at_ == never) {
+            killed_at_ = now + patience;
             begin_undoing();
             kill(child_, ending_signal());
-        } else if (now - *since_ > patience) {
+        } else if (now > killed_at_) {
             kill(child_, SIGKILL);
         }
     }
 
   private:
+    static constexpr auto never = std::chrono::steady_clock::time_point::max();
     pid_t child_;
-    std::optional<std::chrono::steady_clock::time_point> since_;
+    std::chrono::steady_clock::time_point killed_at_ = never;
 };
 
 int run_apart(const std::function<Exit()>& work) {
