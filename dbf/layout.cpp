@@ -3,6 +3,9 @@
 namespace zmfb::dbf {
 namespace {
 
+constexpr std::size_t records_at = 4;
+constexpr std::size_t header_at = 8;
+constexpr std::size_t record_at = 10;
 constexpr std::size_t name_size = 11;
 constexpr std::size_t type_at = 11;
 constexpr std::size_t length_at = 16;
@@ -27,15 +30,28 @@ std::uint64_t big_endian(std::string_view bytes, std::size_t position, std::size
     return number;
 }
 
+void put_little_endian(std::string& bytes, std::size_t position, std::size_t size, std::uint64_t number) {
+    for (std::size_t i = 0; i < size; ++i) bytes[position + i] = static_cast<char>(number >> (8 * i) & 0xFF);
+}
+
 char upper(char letter) {
     return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
 }
 
 Sizes read_sizes(std::string_view beginning) {
     return {.first_byte = byte_at(beginning, 0),
-            .records = static_cast<std::uint32_t>(little_endian(beginning, 4, 4)),
-            .header = static_cast<std::uint16_t>(little_endian(beginning, 8, 2)),
-            .record = static_cast<std::uint16_t>(little_endian(beginning, 10, 2))};
+            .records = static_cast<std::uint32_t>(little_endian(beginning, records_at, 4)),
+            .header = static_cast<std::uint16_t>(little_endian(beginning, header_at, 2)),
+            .record = static_cast<std::uint16_t>(little_endian(beginning, record_at, 2))};
+}
+
+std::string make_prolog(const Sizes& sizes) {
+    std::string bytes(prolog_size, '\0');
+    bytes[0] = static_cast<char>(sizes.first_byte);
+    put_little_endian(bytes, records_at, 4, sizes.records);
+    put_little_endian(bytes, header_at, 2, sizes.header);
+    put_little_endian(bytes, record_at, 2, sizes.record);
+    return bytes;
 }
 
 Descriptor read_descriptor(std::string_view bytes) {
@@ -44,6 +60,16 @@ Descriptor read_descriptor(std::string_view bytes) {
             .length = byte_at(bytes, length_at),
             .decimals = byte_at(bytes, decimals_at),
             .flags = byte_at(bytes, flags_at)};
+}
+
+std::string make_descriptor(const Descriptor& descriptor) {
+    std::string bytes(descriptor_size, '\0');
+    bytes.replace(0, descriptor.name.size(), descriptor.name);
+    bytes[type_at] = descriptor.type;
+    bytes[length_at] = static_cast<char>(descriptor.length);
+    bytes[decimals_at] = static_cast<char>(descriptor.decimals);
+    bytes[flags_at] = static_cast<char>(descriptor.flags);
+    return bytes;
 }
 
 Descriptor with_long_text(Descriptor descriptor) {

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace zmfb::dbf {
@@ -23,6 +24,9 @@ inline constexpr char record_deleted = '*';
 std::uint64_t little_endian(std::string_view bytes, std::size_t position, std::size_t size);
 std::uint64_t big_endian(std::string_view bytes, std::size_t position, std::size_t size);
 
+/// Puts the `size` low bytes of a number there, the lowest first.
+void put_little_endian(std::string& bytes, std::size_t position, std::size_t size, std::uint64_t number);
+
 /// A letter in upper case; any other byte as it is.
 char upper(char letter);
 
@@ -36,6 +40,8 @@ struct Sizes {
 inline constexpr std::size_t sizes_size = 12;
 /// `beginning` has to have sizes_size bytes.
 Sizes read_sizes(std::string_view beginning);
+/// The prolog that has these sizes, and zeros for everything else.
+std::string make_prolog(const Sizes& sizes);
 
 /// What stands in a descriptor.
 struct Descriptor {
@@ -47,6 +53,8 @@ struct Descriptor {
 };
 /// `bytes` has to have descriptor_size bytes, and to outlive the descriptor.
 Descriptor read_descriptor(std::string_view bytes);
+/// Its bytes; the length has to be below 256.
+std::string make_descriptor(const Descriptor& descriptor);
 /// A text field with decimals is a long one: 256 bytes more for each of them, and no decimals.
 Descriptor with_long_text(Descriptor descriptor);
 

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 
+#include "dbf/layout.h"
 #include "host/dbf_format.h"
 #include "host/dbf_table.h"
 #include "host/table_error.h"
@@ -67,7 +68,7 @@ Descriptor open_locked(const std::string& path, Access access) {
 
 /// Writes the file of an empty table; 0, or the system's error.
 int write_empty_table(Descriptor& file, const std::string& path, const std::string& header) {
-    const std::string content = header + dbf_end_of_file;
+    const std::string content = header + dbf::end_of_file;
     if (!file.truncate(0)) return errno;
     int error = 0;
     if (file.write_at(0, content) != content.size()) error = errno == 0 ? ENOSPC : errno;

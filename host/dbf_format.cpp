@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "dbf/layout.h"
 #include "host/date.h"
 #include "host/number.h"
 #include "host/text.h"
@@ -12,33 +13,11 @@
 namespace zmfb::host {
 namespace {
 
-// Header: type, year - 1900, month, day, number of records (4 bytes), header size (2), record size (2),
-// zeros. Field descriptor: name (11 bytes, filled up with zeros), type, 4 zeros, length, decimals, zeros. All
-// little-endian.
-constexpr std::size_t descriptor_size = 32;
-constexpr std::size_t records_position = 4;
-constexpr std::size_t header_size_position = 8;
-constexpr std::size_t record_size_position = 10;
+// The layout is in dbf/layout.h. The day of the last change is its year - 1900, month and day.
 constexpr std::size_t name_size = 10;
-constexpr std::size_t type_position = 11;
-constexpr std::size_t length_position = 16;
-constexpr std::size_t decimals_position = 17;
-constexpr char plain_table = 3;
-constexpr unsigned char table_with_memo = 0x83;
-constexpr char end_of_fields = 0x0D;
+constexpr std::uint8_t plain_table = 3;
+constexpr std::uint8_t table_with_memo = 0x83;
 constexpr int date_length = 8;
-
-std::uint32_t little_endian(std::string_view bytes, std::size_t position, std::size_t size) {
-    std::uint32_t number = 0;
-    for (std::size_t i = size; i > 0; --i) {
-        number = number << 8 | static_cast<unsigned char>(bytes[position + i - 1]);
-    }
-    return number;
-}
-
-void put_little_endian(std::string& bytes, std::size_t position, std::size_t size, std::size_t number) {
-    for (std::size_t i = 0; i < size; ++i) bytes[position + i] = static_cast<char>(number >> (8 * i) & 0xFF);
-}
 
 std::string wrong_field(const Field& field, std::string_view what) {
     return fmt::format("field {}: {}", field.name, what);
@@ -71,23 +50,26 @@ std::string fit_field(Field& field) {
     return field.length < 1 ? wrong_field(field, "no length") : std::string();
 }
 
-/// Reads one descriptor; returns what is wrong with it, else "".
-std::string read_field(std::string_view descriptor, Field& field) {
-    const std::string_view name = descriptor.substr(0, type_position);
-    field.name = upper(trim(name.substr(0, name.find('\0')))).string();
-    field.type = upper(descriptor.substr(type_position, 1)).string().front();
-    field.length = static_cast<unsigned char>(descriptor[length_position]);
-    field.decimals = static_cast<unsigned char>(descriptor[decimals_position]);
-    if (field.type == 'C') {
-        field.length += 256 * field.decimals;
-        field.decimals = 0;
-    }
+/// What a descriptor means to the driver; returns what is wrong with it, else "".
+std::string read_field(const dbf::Descriptor& descriptor, Field& field) {
+    field.name = upper(trim(descriptor.name.substr(0, descriptor.name.find('\0')))).string();
+    field.type = descriptor.type;
+    field.length = static_cast<int>(descriptor.length);
+    field.decimals = descriptor.decimals;
     if (field.length < 1) return wrong_field(field, "no length");
     if (field.type == 'D' && field.length != date_length)
         return wrong_field(field, "a date that is not 8 long");
     if (std::string_view("CNDL").find(field.type) == std::string_view::npos)
         return wrong_field(field, "unknown type");
     return {};
+}
+
+dbf::Descriptor descriptor_of(const Field& field) {
+    constexpr int unit = 256;
+    return {.name = field.name,
+            .type = field.type,
+            .length = static_cast<std::size_t>(field.length % unit),
+            .decimals = field.type == 'C' ? field.length / unit : field.decimals};
 }
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
@@ -170,31 +152,21 @@ std::string fit_for_dbf(std::vector<Field>& structure) {
             return "a record longer than 65535 bytes";
     }
     constexpr std::size_t most_fields =
-        (std::numeric_limits<std::uint16_t>::max() - descriptor_size - 1) / descriptor_size;
+        (std::numeric_limits<std::uint16_t>::max() - dbf::prolog_size - 1) / dbf::descriptor_size;
     return structure.size() > most_fields ? "too many fields" : std::string();
 }
 
 std::string dbf_header(std::span<const Field> structure) {
-    const std::size_t size = descriptor_size * (structure.size() + 1) + 1;
-    std::string header(size, '\0');
-    header[0] = plain_table;
-    header.replace(dbf_change_position, 7, dbf_change(0));
-    put_little_endian(header, header_size_position, 2, size);
+    const std::size_t size = dbf::prolog_size + dbf::descriptor_size * structure.size() + 1;
     std::size_t record_size = 1;
-    std::size_t position = descriptor_size;
-    for (const Field& field : structure) {
-        const auto length = static_cast<std::size_t>(field.length);
-        header.replace(position, field.name.size(), field.name);
-        header[position + type_position] = field.type;
-        header[position + length_position] = static_cast<char>(length % 256);
-        header[position + decimals_position] =
-            static_cast<char>(field.type == 'C' ? length / 256 : static_cast<std::size_t>(field.decimals));
-        record_size += length;
-        position += descriptor_size;
-    }
-    put_little_endian(header, record_size_position, 2, record_size);
-    header[position] = end_of_fields;
-    return header;
+    for (const Field& field : structure) record_size += static_cast<std::size_t>(field.length);
+    std::string header = dbf::make_prolog({.first_byte = plain_table,
+                                           .header = static_cast<std::uint16_t>(size),
+                                           .record = static_cast<std::uint16_t>(record_size)});
+    const std::string change = dbf_change(0);
+    header.replace(dbf_change_position, change.size(), change);
+    for (const Field& field : structure) header += dbf::make_descriptor(descriptor_of(field));
+    return header + dbf::end_of_descriptors;
 }
 
 std::string dbf_change(std::uint32_t records) {
@@ -203,36 +175,30 @@ std::string dbf_change(std::uint32_t records) {
     change[0] = static_cast<char>(today.year - 1900);
     change[1] = static_cast<char>(today.month);
     change[2] = static_cast<char>(today.day);
-    put_little_endian(change, records_position - dbf_change_position, 4, records);
+    dbf::put_little_endian(change, 3, 4, records);
     return change;
-}
-
-std::uint32_t dbf_record_count(std::string_view header) {
-    return header.size() < records_position + 4 ? 0 : little_endian(header, records_position, 4);
-}
-
-std::size_t dbf_header_size(std::string_view beginning) {
-    return beginning.size() < descriptor_size ? 0 : little_endian(beginning, header_size_position, 2);
 }
 
 std::string read_dbf_header(std::string_view beginning, std::int64_t file_size, DbfLayout& layout) {
     layout = {};
     if (beginning.empty()) return "not a DBF file: it is empty";
-    if (static_cast<unsigned char>(beginning[0]) == table_with_memo) return "a DBF file with memo fields";
-    if (beginning[0] != plain_table || beginning.size() < descriptor_size) return "not a DBF file";
-    layout.header_size = dbf_header_size(beginning);
-    layout.record_size = little_endian(beginning, record_size_position, 2);
-    if (layout.header_size > beginning.size() || layout.header_size <= descriptor_size) {
+    const auto first_byte = static_cast<std::uint8_t>(beginning[0]);
+    if (first_byte == table_with_memo) return "a DBF file with memo fields";
+    if (first_byte != plain_table || beginning.size() < dbf::prolog_size) return "not a DBF file";
+    const dbf::Sizes sizes = dbf::read_sizes(beginning);
+    layout.header_size = sizes.header;
+    layout.record_size = sizes.record;
+    if (layout.header_size > beginning.size() || layout.header_size <= dbf::prolog_size) {
         return "a damaged DBF header: its size cannot be";
     }
     std::size_t offset = 1;
-    for (std::size_t at = descriptor_size; at + descriptor_size <= layout.header_size;
-         at += descriptor_size) {
-        if (beginning[at] == end_of_fields) break;
+    for (std::size_t at = dbf::prolog_size; at + dbf::descriptor_size <= layout.header_size;
+         at += dbf::descriptor_size) {
+        if (beginning[at] == dbf::end_of_descriptors) break;
         Field field;
-        if (std::string wrong = read_field(beginning.substr(at, descriptor_size), field); !wrong.empty()) {
-            return "a damaged DBF header: " + wrong;
-        }
+        const std::string_view bytes = beginning.substr(at, dbf::descriptor_size);
+        const std::string wrong = read_field(dbf::with_long_text(dbf::read_descriptor(bytes)), field);
+        if (!wrong.empty()) return "a damaged DBF header: " + wrong;
         layout.offsets.push_back(offset);
         offset += static_cast<std::size_t>(field.length);
         layout.fields.push_back(std::move(field));
@@ -241,7 +207,7 @@ std::string read_dbf_header(std::string_view beginning, std::int64_t file_size, 
     if (offset > layout.record_size) return "a damaged DBF header: the fields are longer than a record";
     const std::int64_t room = (file_size - static_cast<std::int64_t>(layout.header_size)) /
                               static_cast<std::int64_t>(layout.record_size);
-    layout.records = static_cast<std::uint32_t>(std::min<std::int64_t>(dbf_record_count(beginning), room));
+    layout.records = static_cast<std::uint32_t>(std::min<std::int64_t>(sizes.records, room));
     return {};
 }
 

@@ -12,9 +12,6 @@
 
 namespace zmfb::host {
 
-inline constexpr char dbf_end_of_file = 0x1A;
-inline constexpr char dbf_record_in_use = ' ';
-inline constexpr char dbf_record_deleted = '*';
 /// Where the date of the last change stands in the header, and behind it the number of records.
 inline constexpr std::size_t dbf_change_position = 1;
 
@@ -34,13 +31,9 @@ std::string fit_for_dbf(std::vector<Field>& structure);
 std::string dbf_header(std::span<const Field> structure);
 /// The seven bytes at dbf_change_position: today, and the number of records.
 std::string dbf_change(std::uint32_t records);
-/// The number of records in the first eight bytes of a file.
-std::uint32_t dbf_record_count(std::string_view header);
 /// Reads the header of a file of `file_size` bytes from its beginning. Returns what is wrong with it, else
 /// "". A number of records that the file has no room for is brought down to those it has.
 std::string read_dbf_header(std::string_view beginning, std::int64_t file_size, DbfLayout& layout);
-/// The header's size as its first 32 bytes tell; 0 when they are fewer.
-std::size_t dbf_header_size(std::string_view beginning);
 
 /// The value that a field's bytes mean. A number has the field's width and decimals as its picture.
 Value decode_field(const Field& field, std::string_view bytes);

@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "dbf/layout.h"
 #include "host/table_error.h"
 
 namespace zmfb::host {
@@ -135,7 +136,7 @@ void DbfTable::roll_back() {
     // Nothing more can be done should this fail: the header is right, and the file only longer than it needs
     // to be.
     if (file_.truncate(position_of(count_ + 1))) {
-        file_.write_at(position_of(count_ + 1), {&dbf_end_of_file, 1});
+        file_.write_at(position_of(count_ + 1), {&dbf::end_of_file, 1});
     }
 }
 
@@ -144,11 +145,11 @@ void DbfTable::roll_back() {
 
 /// In shared use others append: asks the file how many records there are.
 void DbfTable::refresh_count() {
-    char beginning[8];
+    char beginning[dbf::sizes_size];
     if (!shared() || file_.read_at(0, beginning) != sizeof beginning) return;
     const std::int64_t room =
         (file_.size() - position_of(1)) / static_cast<std::int64_t>(layout_.record_size);
-    count_ = std::min<std::int64_t>(dbf_record_count({beginning, sizeof beginning}), room);
+    count_ = std::min<std::int64_t>(dbf::read_sizes({beginning, sizeof beginning}).records, room);
     committed_ = count_;
 }
 
@@ -180,14 +181,14 @@ bool DbfTable::skip(std::int64_t count) {
 bool DbfTable::deleted() {
     if (eof()) return false;
     const char* const bytes = record_bytes(record_);
-    return bytes != nullptr && *bytes == dbf_record_deleted;
+    return bytes != nullptr && *bytes == dbf::record_deleted;
 }
 
 bool DbfTable::set_deleted(bool deleted) {
     if (!may_write("DBDELETE") || eof()) return false;
     char* const bytes = record_bytes(record_);
     if (bytes == nullptr) return false;
-    *bytes = deleted ? dbf_record_deleted : dbf_record_in_use;
+    *bytes = deleted ? dbf::record_deleted : dbf::record_in_use;
     mark_changed(record_);
     return true;
 }
@@ -269,7 +270,7 @@ int DbfTable::append_shared() {
     int error = record > std::numeric_limits<std::uint32_t>::max() ? EFBIG : 0;
     if (error == 0) {
         block_.assign(layout_.record_size, ' ');
-        block_.push_back(dbf_end_of_file);
+        block_.push_back(dbf::end_of_file);
         count_ = record;
         if (file_.write_at(position_of(record), {block_.data(), block_.size()}) != block_.size())
             error = reason(ENOSPC);
@@ -277,7 +278,7 @@ int DbfTable::append_shared() {
         if (error != 0) {
             count_ = record - 1;
             if (file_.truncate(position_of(record)))
-                file_.write_at(position_of(record), {&dbf_end_of_file, 1});
+                file_.write_at(position_of(record), {&dbf::end_of_file, 1});
         }
         block_.resize(error == 0 ? layout_.record_size : 0);
         block_first_ = record;
@@ -311,7 +312,7 @@ int DbfTable::store() {
     if (const int error = write_block(); error != 0) return error;
     if (!shared() && appended) {
         const std::int64_t end = position_of(count_ + 1);
-        if (file_.write_at(end, {&dbf_end_of_file, 1}) != 1) return reason(ENOSPC);
+        if (file_.write_at(end, {&dbf::end_of_file, 1}) != 1) return reason(ENOSPC);
         if (!file_.truncate(end + 1) || !file_.sync()) return errno;
     }
     if (!shared()) {

@@ -4,10 +4,10 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
+#include <stdexcept>
 
-#include "host/dbf_format.h"
+#include "dbf/header.h"
 #include "host/text.h"
 #include "tool/catalog.h"
 #include "tool/commands.h"
@@ -57,12 +57,13 @@ fs::path make_private_folder(const fs::path& beside) {
     return name;
 }
 
-std::uint32_t record_count(const fs::path& dbf) {
-    std::string beginning(32, '\0');
-    std::ifstream file(dbf, std::ios::binary);
-    file.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
-    return host::dbf_record_count(
-        std::string_view(beginning).substr(0, static_cast<std::size_t>(file.gcount())));
+// A file that is not there, or is no DBF file, has none.
+std::int64_t record_count(const fs::path& dbf) {
+    try {
+        return static_cast<std::int64_t>(dbf::read_header(*dbf::open_file(dbf.string())).records);
+    } catch (const std::runtime_error&) {
+        return 0;
+    }
 }
 
 // The table, when the method can name it and its columns without quotes.
@@ -130,7 +131,7 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
     reports.send("external EXT_" + upper);
     const double seconds = write_file(session, name, folder);
     const auto rows = connection.call("counttablerecords", name).integer();
-    const std::uint32_t records = record_count(folder / (name + ".dbf"));
+    const std::int64_t records = record_count(folder / (name + ".dbf"));
     if (rows != records) {
         throw Failure{Exit::failed, fmt::format("{} was not exported: the file has {} records, the table {}",
                                                 table, records, rows)};
