@@ -193,17 +193,17 @@ std::string_view field_bytes(const Field& field, std::string_view record) {
     return record.substr(std::min(field.offset, record.size()), field.length);
 }
 
+// Imports ask this of every date there is.
 Date read_date(std::string_view digits) {
     using namespace std::chrono;
-    if (digits.size() != 8 || !std::all_of(digits.begin(), digits.end(), is_digit)) return {};
-    const auto number = [&](std::size_t from, std::size_t size) {
-        int made = 0;
-        for (const char digit : digits.substr(from, size)) made = made * 10 + (digit - '0');
-        return made;
-    };
-    const Date date(year(number(0, 4)), month(static_cast<unsigned>(number(4, 2))),
-                    day(static_cast<unsigned>(number(6, 2))));
-    return date.year() >= year(1) ? date : Date{};
+    if (digits.size() != 8) return {};
+    unsigned number = 0;
+    for (const char digit : digits) {
+        if (!is_digit(digit)) return {};
+        number = number * 10 + static_cast<unsigned>(digit - '0');
+    }
+    if (number < 10000) return {};
+    return {year(static_cast<int>(number / 10000)), month(number / 100 % 100), day(number % 100)};
 }
 
 Value read_value(const Header& header, const Field& field, std::string_view record, ValueOptions options) {

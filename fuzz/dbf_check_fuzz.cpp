@@ -1,6 +1,7 @@
 // The look through a DBF file ahead of an import, beside the import's own reader.
 #include <algorithm>
 
+#include "dbf/value.h"
 #include "fuzz/fuzz.h"
 #include "tool/transfer/dbf_check.h"
 #include "tool/transfer/dbf_file.h"
@@ -13,8 +14,8 @@ namespace {
 void check_beside_import(const tool::DbfFile& file, std::string_view bytes) {
     const auto header = transfer::read_dbf_header(bytes.substr(0, transfer::dbf_header_bytes));
     require(header && header->type == transfer::dbf_plain, "what is taken for a DBF file is imported as one");
-    const auto fields = transfer::read_dbf_fields(
-        *header, bytes.substr(transfer::dbf_descriptors_start, header->descriptor_bytes()));
+    const auto fields =
+        transfer::read_dbf_fields(*header, bytes.substr(dbf::prolog_size, header->descriptor_bytes()));
     require(fields && transfer::record_holds_fields(*header, *fields), "its fields are imported");
     require(fields->size() == file.fields.size(), "both find the same fields");
     for (std::size_t i = 0; i < fields->size(); ++i) {
@@ -53,7 +54,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         const auto begin = std::min<std::uint64_t>(size, file.start + field.offset);
         const std::string_view day = bytes.substr(static_cast<std::size_t>(begin), 8);
         if (day.size() == 8) {
-            require(tool::is_date(day) == transfer::is_calendar_day(day.data()), "both know the same days");
+            require(tool::is_date(day) == dbf::read_date(day).ok(), "both know the same days");
         }
     }
     return 0;

@@ -11,11 +11,10 @@
 namespace zmfb::fuzz {
 namespace {
 
-using transfer::DbfField;
 using transfer::DbfHeader;
 
 // What a field is to become, said in another way than the conversion says it.
-std::string expected_field(const DbfField& field, std::string_view record, std::size_t from) {
+std::string expected_field(const dbf::Field& field, std::string_view record, std::size_t from) {
     const std::string_view there = record.substr(std::min(from, record.size()), field.length);
     std::string bytes(there);
     bytes.resize(field.length, ' ');
@@ -32,7 +31,8 @@ std::string expected_field(const DbfField& field, std::string_view record, std::
     return bytes;
 }
 
-std::string expected_data(const DbfHeader& header, std::span<const DbfField> fields, std::string_view file) {
+std::string expected_data(const DbfHeader& header, std::span<const dbf::Field> fields,
+                          std::string_view file) {
     std::string made;
     const auto length = static_cast<std::size_t>(header.record_length);
     std::string_view rest = file.substr(std::min(file.size(), static_cast<std::size_t>(header.start)));
@@ -40,7 +40,7 @@ std::string expected_data(const DbfHeader& header, std::span<const DbfField> fie
         std::string record(rest.substr(0, length));
         record.resize(length, ' ');
         std::size_t from = 1;
-        for (const DbfField& field : fields) {
+        for (const dbf::Field& field : fields) {
             made += expected_field(field, record, from);
             from += field.length;
         }
@@ -49,10 +49,10 @@ std::string expected_data(const DbfHeader& header, std::span<const DbfField> fie
     return made;
 }
 
-void convert_whole_file(const DbfHeader& header, std::span<const DbfField> fields, std::string_view file) {
+void convert_whole_file(const DbfHeader& header, std::span<const dbf::Field> fields, std::string_view file) {
     const transfer::RecordConversion conversion(fields, static_cast<std::size_t>(header.record_length));
     std::size_t length = 0;
-    for (const DbfField& field : fields) length += transfer::dat_width(field);
+    for (const dbf::Field& field : fields) length += transfer::dat_width(field);
     require(conversion.dat_length() == length, "a data record is as long as its fields");
 
     const Value dbf = host::fopen(scratch_file("in.dbf", file), 0);
@@ -82,7 +82,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (!header) return 0;
     require(header->record_length >= 0 && header->records >= 0, "no size is negative");
     const std::string_view descriptors =
-        file.substr(std::min<std::size_t>(size, transfer::dbf_descriptors_start), header->descriptor_bytes());
+        file.substr(std::min<std::size_t>(size, dbf::prolog_size), header->descriptor_bytes());
     const bool terminated = transfer::has_dbf_terminator(*header, descriptors);
     require(!terminated || descriptors.back() == '\r', "a terminator is one");
     const auto fields = transfer::read_dbf_fields(*header, descriptors);

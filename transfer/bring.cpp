@@ -42,7 +42,7 @@ struct Import {
     const Value& dbfname;
     Value dbf = {};
     DbfHeader header = {};
-    std::vector<DbfField> fields = {};
+    std::vector<dbf::Field> fields = {};
     Value structure = {};
     Value table = {};
     Value data_file = {};
@@ -99,7 +99,7 @@ bool Import::read_header() {
 }
 
 bool Import::read_fields() {
-    const std::string descriptors = read(dbf_descriptors_start, header.descriptor_bytes());
+    const std::string descriptors = read(dbf::prolog_size, header.descriptor_bytes());
     conn::log_event(
         transfer_log_level,
         fmt::format("[BRING] Bringing to Heaven DBF: {} #Records: {} #Fields: {} FileSz: {} bytes "
@@ -111,7 +111,7 @@ bool Import::read_fields() {
              "[WARN] Possible DBF header corruption or not a FlagShip native DBF! File:" + dbfname,
              transfer_log_level);
     }
-    std::optional<std::vector<DbfField>> found = read_dbf_fields(header, descriptors);
+    std::optional<std::vector<dbf::Field>> found = read_dbf_fields(header, descriptors);
     if (!found || !record_holds_fields(header, *found)) return refuse_as_no_dbf();
     fields = std::move(*found);
     return true;
@@ -119,7 +119,7 @@ bool Import::read_fields() {
 
 void Import::make_structure() {
     structure = array_of();
-    for (const DbfField& field : fields) {
+    for (const dbf::Field& field : fields) {
         structure.push(array_of(call(self, "removezerobytes", host::upper(field.name)),
                                 std::string_view(&field.type, 1), field.length, field.decimals));
     }
@@ -165,7 +165,8 @@ bool Import::make_external() {
 }
 
 bool Import::has_dates() const {
-    return std::any_of(fields.begin(), fields.end(), [](const DbfField& field) { return field.type == 'D'; });
+    return std::any_of(fields.begin(), fields.end(),
+                       [](const dbf::Field& field) { return field.type == 'D'; });
 }
 
 bool Import::make_null_dates_trigger() {

@@ -1,24 +1,21 @@
-/// The header of a DBF file: sizes and field descriptors, taken from its bytes alone.
-///
-/// Layout, integers little-endian: byte 0 the file type, 4 to 7 the number of records, 8 and 9 the length of
-/// the header, 10 and 11 the length of a record with its deletion flag; from byte 32 on a descriptor of 32
-/// bytes for each field (0 to 9 the name, 11 the type letter, 16 the length, 17 the decimals), then a
-/// carriage return.
+/// The header of a DBF file as the import takes it: by its sizes alone, whatever the file holds. Where things
+/// stand in it is in dbf/layout.h.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <string>
 #include <string_view>
 #include <vector>
+
+#include "dbf/header.h"
+#include "dbf/layout.h"
 
 namespace zmfb::transfer {
 
 inline constexpr std::size_t dbf_header_bytes =
     16;  ///< of the 32 before the descriptors, those that are read
-inline constexpr std::int64_t dbf_descriptors_start = 32;
 inline constexpr unsigned char dbf_plain = 3;
 inline constexpr unsigned char dbf_with_memo = 131;
 
@@ -40,22 +37,14 @@ struct DbfHeader {
 /// The sizes in the first 16 bytes of a file; none when `bytes` has fewer.
 std::optional<DbfHeader> read_dbf_header(std::string_view bytes);
 
-struct DbfField {
-    std::string name;        ///< the ten bytes of the file, zero bytes included
-    char type = 0;           ///< upper case
-    std::size_t length = 0;  ///< in bytes
-    int decimals = 0;
-};
-
 /// The fields that `bytes`, the file from byte 32 on, describes; none when a descriptor of `header.fields` is
-/// not whole. A field of type C with decimals is a long one: 256 bytes more for each of them, and no
-/// decimals.
-std::optional<std::vector<DbfField>> read_dbf_fields(const DbfHeader& header, std::string_view bytes);
+/// not whole. Their names are ten bytes, zero bytes included.
+std::optional<std::vector<dbf::Field>> read_dbf_fields(const DbfHeader& header, std::string_view bytes);
 
 /// Whether the carriage return stands behind the last descriptor in `bytes`, the file from byte 32 on.
 bool has_dbf_terminator(const DbfHeader& header, std::string_view bytes);
 
 /// Whether a record of the announced length holds the deletion flag and all fields.
-bool record_holds_fields(const DbfHeader& header, std::span<const DbfField> fields);
+bool record_holds_fields(const DbfHeader& header, std::span<const dbf::Field> fields);
 
 }  // namespace zmfb::transfer

@@ -3,26 +3,16 @@
 #include <algorithm>
 #include <cstring>
 
+#include "dbf/value.h"
+
 namespace zmfb::transfer {
 
 namespace {
 
 constexpr std::size_t date_digits = 8;
 
-int number_of(const char* digits, std::size_t count) {
-    int number = 0;
-    for (std::size_t i = 0; i < count; ++i) number = number * 10 + (digits[i] - '0');
-    return number;
-}
-
-int days_in_month(int year, int month) {
-    constexpr int days[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return days[month - 1] + (month == 2 && leap ? 1 : 0);
-}
-
 void convert_date(const char* eight, char* ten) {
-    if (!is_calendar_day(eight)) {
+    if (!dbf::read_date({eight, date_digits}).ok()) {
         std::memcpy(ten, no_date.data(), no_date.size());
         return;
     }
@@ -42,29 +32,19 @@ void convert_number(char* number, std::size_t length) {
 
 }  // namespace
 
-std::size_t dat_width(const DbfField& field) { return field.type == 'D' ? no_date.size() : field.length; }
+std::size_t dat_width(const dbf::Field& field) { return field.type == 'D' ? no_date.size() : field.length; }
 
-bool is_calendar_day(const char* eight) {
-    for (std::size_t i = 0; i < date_digits; ++i) {
-        if (eight[i] < '0' || eight[i] > '9') return false;
-    }
-    const int year = number_of(eight, 4);
-    const int month = number_of(eight + 4, 2);
-    const int day = number_of(eight + 6, 2);
-    return year >= 1 && month >= 1 && month <= 12 && day >= 1 && day <= days_in_month(year, month);
-}
-
-RecordConversion::RecordConversion(std::span<const DbfField> fields, std::size_t record_length)
+RecordConversion::RecordConversion(std::span<const dbf::Field> fields, std::size_t record_length)
     : record_length_(record_length) {
     std::size_t from = 1;
-    for (const DbfField& field : fields) {
+    for (const dbf::Field& field : fields) {
         place(field, from);
         from += field.length;
         dat_length_ += dat_width(field);
     }
 }
 
-void RecordConversion::place(const DbfField& field, std::size_t from) {
+void RecordConversion::place(const dbf::Field& field, std::size_t from) {
     const std::size_t there = std::min(field.length, record_length_ - std::min(from, record_length_));
     const std::size_t missing = field.length - there;
     if (field.type == 'D') {

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "transfer/dbf_header.h"
+#include "dbf/header.h"
 
 namespace zmfb::transfer {
 
@@ -17,10 +17,7 @@ namespace zmfb::transfer {
 inline constexpr std::string_view no_date = "0001-01-01";
 
 /// The width of a field in the data file.
-std::size_t dat_width(const DbfField& field);
-
-/// Whether eight bytes are the digits YYYYMMDD of a calendar day: the rule of STOD.
-bool is_calendar_day(const char* eight);
+std::size_t dat_width(const dbf::Field& field);
 
 /// The way from the records of one DBF file to those of its data file.
 ///
@@ -34,7 +31,7 @@ bool is_calendar_day(const char* eight);
 /// last field go nowhere.
 class RecordConversion {
   public:
-    RecordConversion(std::span<const DbfField> fields, std::size_t record_length);
+    RecordConversion(std::span<const dbf::Field> fields, std::size_t record_length);
 
     /// Length of a DBF record, deletion flag included, and of a record of the data file.
     [[nodiscard]] std::size_t record_length() const { return record_length_; }
@@ -51,7 +48,7 @@ class RecordConversion {
         std::size_t length;
     };
 
-    void place(const DbfField& field, std::size_t from);
+    void place(const dbf::Field& field, std::size_t from);
     void copy(std::size_t from, std::size_t length);
     void convert_one(const char* record, char* dat) const;
 

@@ -23,8 +23,8 @@ bool convert(const std::string& dbf, const std::string& data_file) {
     const Value from = host::fopen(dbf, 0);
     const auto header = transfer::read_dbf_header(read(from, 0, transfer::dbf_header_bytes));
     if (!header) return false;
-    const auto fields = transfer::read_dbf_fields(
-        *header, read(from, transfer::dbf_descriptors_start, header->descriptor_bytes()));
+    const auto fields =
+        transfer::read_dbf_fields(*header, read(from, dbf::prolog_size, header->descriptor_bytes()));
     if (!fields) return false;
     host::fseek(from, header->start);
     const Value to = host::fcreate(data_file, transfer::data_file_permissions);

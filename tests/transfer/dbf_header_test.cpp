@@ -13,7 +13,7 @@ DbfHeader header_of(const DbfBuilder& file) { return read_dbf_header(file.bytes(
 
 std::string descriptors_of(const DbfBuilder& file) { return file.bytes().substr(32); }
 
-std::vector<DbfField> fields_of(const DbfBuilder& file) {
+std::vector<dbf::Field> fields_of(const DbfBuilder& file) {
     return read_dbf_fields(header_of(file), descriptors_of(file)).value();
 }
 
@@ -78,7 +78,7 @@ TEST(DbfHeader, NumberOfFieldsIsTheWholePartOfTheHeaderLength) {
 }
 
 TEST(DbfFields, AreReadInOrder) {
-    const std::vector<DbfField> fields = fields_of(people());
+    const std::vector<dbf::Field> fields = fields_of(people());
     ASSERT_EQ(fields.size(), 3U);
     EXPECT_EQ(fields[0].name, std::string("NAME\0\0\0\0\0\0", 10));
     EXPECT_EQ(fields[0].type, 'C');
@@ -91,7 +91,7 @@ TEST(DbfFields, AreReadInOrder) {
 }
 
 TEST(DbfFields, TypeLetterIsUpperCasedAndTheEleventhNameByteIsNotRead) {
-    const std::vector<DbfField> fields = fields_of(DbfBuilder().field("ELEVENBYTES", 'n', 255, 17));
+    const std::vector<dbf::Field> fields = fields_of(DbfBuilder().field("ELEVENBYTES", 'n', 255, 17));
     EXPECT_EQ(fields[0].name, "ELEVENBYTE");
     EXPECT_EQ(fields[0].type, 'N');
     EXPECT_EQ(fields[0].length, 255U);
@@ -99,7 +99,7 @@ TEST(DbfFields, TypeLetterIsUpperCasedAndTheEleventhNameByteIsNotRead) {
 }
 
 TEST(DbfFields, CharacterFieldWithDecimalsIsALongOne) {
-    const std::vector<DbfField> fields = fields_of(
+    const std::vector<dbf::Field> fields = fields_of(
         DbfBuilder().field("A", 'C', 300).field("B", 'c', 512).field("C", 'C', 65535).field("D", 'L', 1, 3));
     EXPECT_EQ(fields[0].length, 300U);
     EXPECT_EQ(fields[0].decimals, 0);

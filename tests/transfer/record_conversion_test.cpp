@@ -6,26 +6,27 @@
 #include <string>
 #include <vector>
 
+#include "dbf/value.h"
 #include "host/date.h"
 
 namespace zmfb::transfer {
 namespace {
 
-DbfField field(char type, std::size_t length) {
-    DbfField made;
+dbf::Field field(char type, std::size_t length) {
+    dbf::Field made;
     made.type = type;
     made.length = length;
     return made;
 }
 
-std::size_t sum_of_lengths(const std::vector<DbfField>& fields) {
+std::size_t sum_of_lengths(const std::vector<dbf::Field>& fields) {
     std::size_t sum = 1;
-    for (const DbfField& each : fields) sum += each.length;
+    for (const dbf::Field& each : fields) sum += each.length;
     return sum;
 }
 
 // The data of records, converted; with a guard behind it that must stay.
-std::string converted(const std::vector<DbfField>& fields, std::size_t record_length,
+std::string converted(const std::vector<dbf::Field>& fields, std::size_t record_length,
                       const std::string& records) {
     const RecordConversion conversion(fields, record_length);
     const std::size_t count = records.size() / record_length;
@@ -36,7 +37,7 @@ std::string converted(const std::vector<DbfField>& fields, std::size_t record_le
     return dat.substr(0, size);
 }
 
-std::string converted(const std::vector<DbfField>& fields, const std::string& records) {
+std::string converted(const std::vector<dbf::Field>& fields, const std::string& records) {
     return converted(fields, sum_of_lengths(fields), records);
 }
 
@@ -100,8 +101,8 @@ TEST(RecordConversion, LogicalAndUnknownTypesStandAsTheyAre) {
 }
 
 TEST(RecordConversion, FieldsInMixedOrderKeepTheirPlaces) {
-    const std::vector<DbfField> fields = {field('C', 2), field('D', 8), field('N', 3), field('L', 1),
-                                          field('D', 8), field('N', 2), field('C', 1)};
+    const std::vector<dbf::Field> fields = {field('C', 2), field('D', 8), field('N', 3), field('L', 1),
+                                            field('D', 8), field('N', 2), field('C', 1)};
     EXPECT_EQ(converted(fields,
                         " ab"
                         "20070301"
@@ -147,7 +148,7 @@ TEST(RecordConversion, MissingBytesOfAFieldBeyondTheRecordAreBlanks) {
 }
 
 TEST(RecordConversion, LengthsAreThoseOfBothRecords) {
-    const std::vector<DbfField> fields = {field('C', 300), field('D', 8), field('N', 5)};
+    const std::vector<dbf::Field> fields = {field('C', 300), field('D', 8), field('N', 5)};
     const RecordConversion conversion(fields, 314);
     EXPECT_EQ(conversion.record_length(), 314U);
     EXPECT_EQ(conversion.dat_length(), 315U);
@@ -155,7 +156,7 @@ TEST(RecordConversion, LengthsAreThoseOfBothRecords) {
 
 TEST(CalendarDay, IsWhatStodTakesForADate) {
     const auto agrees = [](const std::string& eight) {
-        return is_calendar_day(eight.data()) == (host::stod(eight).date() != host::Date{});
+        return dbf::read_date(eight).ok() == (host::stod(eight).date() != host::Date{});
     };
     for (const int year :
          {0, 1, 4, 99, 100, 400, 1582, 1800, 1899, 1900, 1904, 1999, 2000, 2001, 2004, 2100, 9999}) {
