@@ -26,7 +26,7 @@ zmfb_status on_field(zmfb_statement* handle, size_t index, Tell tell, Places*...
 
 /// The same of a field that is not NULL.
 template <class Tell, class... Places>
-zmfb_status on_value(zmfb_statement* handle, size_t index, Tell tell, Places*... places) noexcept {
+zmfb_status on_value(zmfb_statement* handle, size_t index, Tell tell, Places*... places) {
     const auto checked = [=](const zmfb::Field& field, Room& room) {
         if (field.is_null()) {
             throw zmfb::SqlError({.sqlcode = -303,

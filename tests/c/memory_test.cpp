@@ -96,7 +96,7 @@ int main() {
         if (reached_the_end) break;
     }
     countdown = 0;
-    CHECK(zmfb_new() == nullptr);
+    CHECK(zmfb_new() == nullptr && zmfb_new_transaction() == nullptr && zmfb_new_statement() == nullptr);
     countdown = -1;
     CHECK(failures > 10);
     return failed_checks == 0 ? EXIT_SUCCESS : EXIT_FAILURE;

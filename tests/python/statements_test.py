@@ -80,7 +80,7 @@ class Values(Fresh):
             for values in [(), (1,), (1, 2, 3)]:
                 self.failure("07001", statement.query, *values)
 
-    def test_of_types_that_are_not_read_are_told_as_such(self):
+    def test_of_types_that_are_not_read_can_still_be_null(self):
         self.create("create table T (V integer [3])")
         with self.connection.transaction() as work:
             work.execute("insert into T values (null)")
