@@ -81,6 +81,10 @@ static void running_again_gives_up_the_rows(zmfb_value* connection) {
     CHECK(zmfb_next(query) == ZMFB_OK && shows(query, 1, "2") && zmfb_next(query) == ZMFB_END);
     CHECK(zmfb_bind_text(query, 1, "no number", 9) == ZMFB_OK && zmfb_query(query) == ZMFB_FAILED);
     CHECK(zmfb_next(query) == ZMFB_WRONG_ARGUMENT); /* the rows of before are gone */
+    CHECK(zmfb_bind_number(query, 1, 1, 0) == ZMFB_OK && zmfb_query(query) == ZMFB_OK);
+    CHECK(zmfb_prepare_statement(query, work, "select 1 from rdb$database where 1 = ?") == ZMFB_OK);
+    CHECK(zmfb_next(query) == ZMFB_WRONG_ARGUMENT); /* and with their statement, as the values are */
+    CHECK(zmfb_query(query) == ZMFB_WRONG_ARGUMENT && said("parameter 1 was given no value"));
     zmfb_free_statement(query), zmfb_free_transaction(work);
 }
 
