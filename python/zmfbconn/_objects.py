@@ -53,7 +53,7 @@ def _fill(at, value):
 
 def _fill_number(at, value):
     number = float(value)
-    if isinstance(value, int) and int(number) != value:
+    if not isinstance(value, float) and decimal.Decimal(repr(number)) != value:
         raise OverflowError(f"{value} has more digits than numbers of methods have")
     exponent = value.as_tuple().exponent if isinstance(value, decimal.Decimal) else 0
     decimals = -exponent if isinstance(exponent, int) and exponent < 0 else 0

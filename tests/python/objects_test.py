@@ -94,7 +94,8 @@ class Blocks(unittest.TestCase):
         self.assertEqual(self.same(b"\xe9", (1, 2), Decimal("1.50")), ["é", [1, 2], 1.5])
 
     def test_refuse_values_that_there_are_none_for(self):
-        for value, error in [("€", UnicodeEncodeError), (2**53 + 1, OverflowError), (math.inf, zmfbconn.Error),
+        for value, error in [("€", UnicodeEncodeError), (2**53 + 1, OverflowError),
+                             (Decimal("12345678901234567.89"), OverflowError), (math.inf, zmfbconn.Error),
                              (datetime(2007, 3, 1), TypeError), ({}, TypeError)]:
             with self.subTest(value=value), self.assertRaises(error):
                 self.same(value)
