@@ -55,17 +55,17 @@ zmfb_status zmfb_set_member(const zmfb_value* object, const char* name, const zm
     return with_object(object, [=](const Value& owner) { owner.object()->set(name, value->value); });
 }
 
-size_t zmfb_method_count(void) { return zmfb::method_count(); }
+size_t zmfb_method_count(void) { return zmfb::methods().size(); }
 
 zmfb_status zmfb_method(size_t index, const char** name, int* parameters, const char** kind,
                         const char** help) {
     return guard([=] {
-        if (index >= zmfb::method_count()) return fail(ZMFB_OUT_OF_RANGE, "no such method");
+        if (index >= zmfb::methods().size()) return fail(ZMFB_OUT_OF_RANGE, "no such method");
         // The table's texts are literals, which end with a zero byte.
-        const zmfb::MethodRow row = zmfb::method_row(index);
+        const zmfb::MethodRow& row = zmfb::methods()[index];
         if (name != nullptr) *name = row.name.data();
-        if (parameters != nullptr) *parameters = row.parameters;
-        if (kind != nullptr) *kind = row.kind.data();
+        if (parameters != nullptr) *parameters = static_cast<int>(row.parameters.size());
+        if (kind != nullptr) *kind = zmfb::host::kind_name(row.kind).data();
         if (help != nullptr) *help = row.help.data();
         return ZMFB_OK;
     });

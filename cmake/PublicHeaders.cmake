@@ -3,6 +3,7 @@
 #
 #     zmfbconn.h               the C interface
 #     zmfbconn/*.h             the connection object
+#     zmfbconn/methods/*.h     the declarations of its methods
 #     zmfbconn/host/*.h        values and the runtime
 #     zmfbconn/dbf/*.h         the reader of DBF files
 #

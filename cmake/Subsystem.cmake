@@ -19,6 +19,10 @@ function(zmfb_subsystem)
             target_include_directories(zmfb_${ARG_NAME} PRIVATE "${PROJECT_BINARY_DIR}/include/public_${folder}")
         endif()
     endforeach()
+    # The frame of conn/ stands on the declarations of the methods.
+    if("conn" IN_LIST ARG_NAME OR "conn" IN_LIST ARG_MAY_INCLUDE)
+        target_include_directories(zmfb_${ARG_NAME} PRIVATE ${zmfb_public_headers})
+    endif()
 endfunction()
 
 # zmfb_view(name folder): include/<name> in the build folder, with a link to `folder` of the sources and nothing else.

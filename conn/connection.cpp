@@ -27,6 +27,12 @@ Value zmFBConn::call_with(std::string_view method, Args args) {
     return object().send(method, args);
 }
 
+Value zmFBConn::call_declared(std::string_view method, MethodKind kind, Args args) {
+    if (kind != MethodKind::assign) return call_with(method, args);
+    set(method, args[0]);
+    return args[0];
+}
+
 bool zmFBConn::isconnected() {
     const Value attached = call_with("isconnected", Args());
     return attached.is(host::Kind::logical) && attached.logical();
@@ -36,11 +42,13 @@ Value zmFBConn::get(std::string_view property) { return object().get(property); 
 
 void zmFBConn::set(std::string_view property, const Value& value) { object().set(property, value); }
 
-std::size_t method_count() { return conn::zmfbconn_class().methods().size(); }
-
-MethodRow method_row(std::size_t index) {
-    const host::Method& row = conn::zmfbconn_class().methods()[index];
-    return {row.name, row.parameters, host::kind_name(row.kind), row.help};
+std::span<const MethodRow> methods() {
+    static constexpr auto rows = [] {
+        std::array<MethodRow, method_order.size()> all{};
+        std::ranges::transform(method_order, all.begin(), [](const MethodRow* row) { return *row; });
+        return all;
+    }();
+    return rows;
 }
 
 std::string_view library_version() { return ZMFB_VERSION; }

@@ -1,168 +1,48 @@
-/// The names of all methods, in the order of the method table.
+/// The methods in the order of the method table, for calls by names that stand in the code.
 ///
-/// A MethodName made of a literal is looked up here when the code is compiled: a name that is not listed does
-/// not compile, and one that is costs an index into the table. Each name here has its row in the methods.h of
-/// the folder that has its routine; conn/method_table.cpp joins the rows and holds both lists against each
-/// other.
+/// A MethodName made of a literal is looked up when the code is compiled: a name that is not declared, or
+/// that takes fewer arguments than are given, does not compile, and one that does costs an index into the
+/// table.
 #pragma once
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <span>
 #include <string_view>
+
+#include "zmfbconn/methods.h"
 
 namespace zmfb {
 
-/// Byte order. A property that can be assigned stands twice: its access row, then its assign row.
-inline constexpr auto method_names = std::to_array<std::string_view>({
-    "addfield",
-    "addlimbofield",
-    "alterfield",
-    "announcealias",
-    "applymatrix",
-    "assemblestatement",
-    "axit",
-    "bconn",
-    "bconn",
-    "bringdbf",
-    "cachedupdate",
-    "checkmatrix",
-    "clearsystemtables",
-    "closealltables",
-    "commitchanges",
-    "counttablerecords",
-    "createtable",
-    "createtableexternal",
-    "createtableofflocks",
-    "createtableofopn",
-    "createtableofrlocks",
-    "createview",
-    "dbhndl",
-    "dbhndl",
-    "deleteallrecords",
-    "deleterecord",
-    "disconnect",
-    "dropfield",
-    "dropgenerator",
-    "dropindex",
-    "dropindexbasedonfield",
-    "droponlytable",
-    "droptable",
-    "droptrigger",
-    "droptriggerbasedonfield",
-    "dropview",
-    "dropviewsfromtable",
-    "evalmeth",
-    "execregex",
-    "executequery",
-    "executeudfskippad",
-    "executeupdate",
-    "exiletable",
-    "existsanotheruserflock",
-    "existsanotheruserrlocks",
-    "existsuserrlocks",
-    "extracmatrixoftable",
-    "extractmatrix",
-    "fclsfile",
-    "fcrtfile",
-    "filternormalfields",
-    "filterrddfields",
-    "fopnfile",
-    "getapprecnofromarea",
-    "getdatabasename",
-    "getfielddescription",
-    "getfieldsontrigger",
-    "getfilename",
-    "getfirstrows",
-    "getflockareaid",
-    "getfullpathdatfile",
-    "getglbskipcachesize",
-    "getglbskipmode",
-    "gethostname",
-    "getindexdescription",
-    "getindexfields",
-    "getinternaltablestruct",
-    "getipaddress",
-    "getlockedrecords",
-    "getlockedtables",
-    "getloglevel",
-    "getpid",
-    "getrlockareaid",
-    "getrow",
-    "gettabledescription",
-    "gettablenumberofinserts",
-    "gettablereccount",
-    "gettablesname",
-    "gettablestruct",
-    "getuniqueareaid",
-    "grantaccess",
-    "hasfieldnamechanged",
-    "hidegreetscr",
-    "init",
-    "internalselect",
-    "isallneededudfsinstalled",
-    "isconnected",
-    "iscurseson",
-    "isfielddropped",
-    "isfieldinstru",
-    "isfieldoftable",
-    "isfieldstructurechanged",
-    "isfieldstructuredifferent",
-    "isfirebirdarea",
-    "isindex",
-    "isindexoftable",
-    "islimbofield",
-    "isrddactive",
-    "isrecordlocked",
-    "isrecordlockedbyanotheruser",
-    "isrecordlockedbyuser",
-    "istable",
-    "istableinexclusivemode",
-    "istableinuse",
-    "istablelockedbyuser",
-    "istableusedbyarea",
-    "istrigger",
-    "istriggeroftable",
-    "isudf",
-    "isvalidfielddescriptor",
-    "isview",
-    "iszmrddtable",
-    "looptest",
-    "nomethod",
-    "releaselocks",
-    "removealias",
-    "removefilenameext",
-    "removezerobytes",
-    "renamefield",
-    "restorepreviousrdd",
-    "samefieldname",
-    "savepreviousrdd",
-    "sdbname",
-    "setfielddescription",
-    "setfieldposition",
-    "setfullpathdatfile",
-    "setglbskipcachesize",
-    "setglbskipmode",
-    "setibrdd",
-    "setindexdescription",
-    "setloglevel",
-    "setrddactive",
-    "setrddfields",
-    "setrecordaslocked",
-    "setrecordasunlocked",
-    "settableaslocked",
-    "settableasunlocked",
-    "settabledescription",
-    "settableusedbyarea",
-    "showgreetscr",
-    "srolename",
-    "starttransaction",
-    "susername",
-    "toarray",
-    "unlockallrecords",
-    "writelog",
-});
+namespace declared {
 
+inline constexpr std::span<const MethodRow> subjects[] = {connection, sql,      catalog, locks,
+                                                          schema,     transfer, matrix};
+inline constexpr std::size_t method_count = [] {
+    std::size_t count = 0;
+    for (const auto rows : subjects) count += rows.size();
+    return count;
+}();
+
+}  // namespace declared
+
+/// Every declaration, in byte order of the names. A property that can be assigned stands twice: its access
+/// row, then its assign row.
+inline constexpr auto method_order = [] {
+    std::array<const MethodRow*, declared::method_count> order{};
+    auto next = order.begin();
+    for (const auto rows : declared::subjects) {
+        for (const MethodRow& row : rows) *next++ = &row;
+    }
+    std::ranges::sort(order, [](const MethodRow* a, const MethodRow* b) {
+        return a->name != b->name ? a->name < b->name : a->kind < b->kind;
+    });
+    return order;
+}();
+
+/// A method that is called with that many arguments, named by a literal.
+template <std::size_t Arguments>
 class MethodName {
   public:
     consteval MethodName(const char* name) : row_(find(name)) {}  // NOLINT(google-explicit-constructor)
@@ -170,9 +50,10 @@ class MethodName {
 
   private:
     static consteval std::size_t find(std::string_view name) {
-        const auto found = std::lower_bound(method_names.begin(), method_names.end(), name);
-        if (found == method_names.end() || *found != name) throw "no method of that name";
-        return static_cast<std::size_t>(found - method_names.begin());
+        const auto found = std::ranges::lower_bound(method_order, name, {}, &MethodRow::name);
+        if (found == method_order.end() || (*found)->name != name) throw "no method of that name";
+        if (Arguments > (*found)->parameters.size()) throw "more arguments than the method takes";
+        return static_cast<std::size_t>(found - method_order.begin());
     }
 
     std::size_t row_;

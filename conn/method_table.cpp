@@ -21,7 +21,7 @@ using host::Variable;
 using host::Visibility;
 
 constexpr auto joined_table() {
-    std::array<Method, method_names.size()> table{};
+    std::array<Method, method_order.size()> table{};
     std::size_t count = 0;
     for (const std::span<const Method> rows :
          {std::span<const Method>(conn::methods), std::span<const Method>(sql::methods),
@@ -37,8 +37,8 @@ constexpr auto joined_table() {
 }
 
 constexpr auto table = joined_table();
-static_assert(std::ranges::equal(table, method_names, {}, &Method::name),
-              "the rows of the folders and the list of names differ");
+static_assert(std::ranges::equal(table, method_order, {}, &Method::name, &MethodRow::name),
+              "the methods of the folders and those that are declared differ");
 
 Value empty_array() { return Value::array_of_size(0); }
 Value empty_text() { return ""; }

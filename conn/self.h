@@ -42,9 +42,9 @@ enum class Var : std::size_t {
 inline Value& var(Self& self, Var slot) { return self.variable(static_cast<std::size_t>(slot)); }
 
 /// Calls a method of the object by name, through the method table: call(self, "istable", name).
-/// The name is checked when the code is compiled.
+/// The name and the number of arguments are checked when the code is compiled.
 template <class... Arguments>
-Value call(Self& self, MethodName method, Arguments&&... arguments) {
+Value call(Self& self, MethodName<sizeof...(Arguments)> method, Arguments&&... arguments) {
     if constexpr (sizeof...(Arguments) == 0) {
         return self.call(method.row(), Args());
     } else {
@@ -55,9 +55,14 @@ Value call(Self& self, MethodName method, Arguments&&... arguments) {
 
 /// The same for methods that answer .T. or .F.; any other answer is a no.
 template <class... Arguments>
-bool ask(Self& self, MethodName method, Arguments&&... arguments) {
+bool ask(Self& self, MethodName<sizeof...(Arguments)> method, Arguments&&... arguments) {
     const Value answer = call(self, method, std::forward<Arguments>(arguments)...);
     return answer.is(host::Kind::logical) && answer.logical();
+}
+
+/// The row of the method table that has `routine` do what `declared` says.
+consteval host::Method bound(const MethodRow& declared, host::Routine routine) {
+    return {declared.name, static_cast<int>(declared.parameters.size()), declared.kind, routine};
 }
 
 }  // namespace zmfb

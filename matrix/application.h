@@ -16,7 +16,7 @@ class Application {
 
     /// Calls the method that makes a change and returns whether it did; .T. without a call in a simulation.
     template <class... Arguments>
-    bool change(MethodName method, Arguments&&... arguments) {
+    bool change(MethodName<sizeof...(Arguments)> method, Arguments&&... arguments) {
         return simulation_ || ask(self, method, std::forward<Arguments>(arguments)...);
     }
 

@@ -1,7 +1,8 @@
-/// The methods of matrix/: their routines and their rows of the method table.
+/// The methods of matrix/: their routines, bound to their declarations.
 #pragma once
 
 #include "conn/self.h"
+#include "zmfbconn/methods/matrix.h"
 
 namespace zmfb::matrix {
 
@@ -53,63 +54,19 @@ Value samefieldname(Self& self, Args args);
 /// {} unless both are texts, and for an empty line; an empty separator splits nothing but counts as the end.
 Value toarray(Self& self, Args args);
 
-/// Ordered by name.
+/// The routine of each method.
 inline constexpr host::Method methods[] = {
-    {.name = "applymatrix",
-     .parameters = 2,
-     .kind = MethodKind::exported,
-     .routine = applymatrix,
-     .help = "Changes tables to the structures of a matrix"},
-    {.name = "checkmatrix",
-     .parameters = 1,
-     .kind = MethodKind::exported,
-     .routine = checkmatrix,
-     .help = "Tells what applying a matrix would do"},
-    {.name = "extracmatrixoftable",
-     .parameters = 1,
-     .kind = MethodKind::protected_,
-     .routine = extracmatrixoftable,
-     .help = "Matrix block of one table"},
-    {.name = "extractmatrix",
-     .parameters = 2,
-     .kind = MethodKind::exported,
-     .routine = extractmatrix,
-     .help = "Writes out the structures of tables as a matrix"},
-    {.name = "hasfieldnamechanged",
-     .parameters = 2,
-     .kind = MethodKind::protected_,
-     .routine = hasfieldnamechanged,
-     .help = "Whether two field descriptors differ in name"},
-    {.name = "isfielddropped",
-     .parameters = 1,
-     .kind = MethodKind::protected_,
-     .routine = isfielddropped,
-     .help = "Whether a field descriptor is the drop mark"},
-    {.name = "isfieldstructurechanged",
-     .parameters = 2,
-     .kind = MethodKind::protected_,
-     .routine = isfieldstructurechanged,
-     .help = "Whether a field of a structure has another type or size"},
-    {.name = "isfieldstructuredifferent",
-     .parameters = 3,
-     .kind = MethodKind::protected_,
-     .routine = isfieldstructuredifferent,
-     .help = "Whether two structures differ at a position"},
-    {.name = "isvalidfielddescriptor",
-     .parameters = 1,
-     .kind = MethodKind::protected_,
-     .routine = isvalidfielddescriptor,
-     .help = "Whether the pieces of a descriptor are well formed"},
-    {.name = "samefieldname",
-     .parameters = 3,
-     .kind = MethodKind::protected_,
-     .routine = samefieldname,
-     .help = "Whether two structures have the same name at a position"},
-    {.name = "toarray",
-     .parameters = 2,
-     .kind = MethodKind::protected_,
-     .routine = toarray,
-     .help = "Splits a text on a separator"},
+    bound(m::applymatrix, applymatrix),
+    bound(m::checkmatrix, checkmatrix),
+    bound(m::extracmatrixoftable, extracmatrixoftable),
+    bound(m::extractmatrix, extractmatrix),
+    bound(m::hasfieldnamechanged, hasfieldnamechanged),
+    bound(m::isfielddropped, isfielddropped),
+    bound(m::isfieldstructurechanged, isfieldstructurechanged),
+    bound(m::isfieldstructuredifferent, isfieldstructuredifferent),
+    bound(m::isvalidfielddescriptor, isvalidfielddescriptor),
+    bound(m::samefieldname, samefieldname),
+    bound(m::toarray, toarray),
 };
 
 }  // namespace zmfb::matrix

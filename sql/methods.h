@@ -1,7 +1,8 @@
-/// The methods of sql/: their routines and their rows of the method table.
+/// The methods of sql/: their routines, bound to their declarations.
 #pragma once
 
 #include "conn/self.h"
+#include "zmfbconn/methods/sql.h"
 
 namespace zmfb::sql {
 
@@ -42,63 +43,14 @@ Value looptest(Self& self, Args args);
 /// commitchanges no other method that runs SQL should be called.
 Value starttransaction(Self& self, Args args);
 
-/// Ordered by name.
+/// The routine of each method.
 inline constexpr host::Method methods[] = {
-    {.name = "assemblestatement",
-     .parameters = 2,
-     .kind = MethodKind::exported,
-     .routine = assemblestatement,
-     .help = "Fills the placeholders of a statement template"},
-    {.name = "cachedupdate",
-     .parameters = 1,
-     .kind = MethodKind::exported,
-     .routine = cachedupdate,
-     .help = "Runs a statement in the open batch transaction"},
-    {.name = "commitchanges",
-     .parameters = 0,
-     .kind = MethodKind::exported,
-     .routine = commitchanges,
-     .help = "Commits the batch transaction"},
-    {.name = "executequery",
-     .parameters = 1,
-     .kind = MethodKind::exported,
-     .routine = executequery,
-     .help = "Runs a SELECT and returns its header and rows"},
-    {.name = "executeudfskippad",
-     .parameters = 3,
-     .kind = MethodKind::exported,
-     .routine = executeudfskippad,
-     .help = "Value of the skippad function for one record"},
-    {.name = "executeupdate",
-     .parameters = 1,
-     .kind = MethodKind::exported,
-     .routine = executeupdate,
-     .help = "Runs a statement in a transaction of its own"},
-    {.name = "getfirstrows",
-     .parameters = 6,
-     .kind = MethodKind::exported,
-     .routine = getfirstrows,
-     .help = "Rows from an offset of an ordered, filtered table"},
-    {.name = "getrow",
-     .parameters = 5,
-     .kind = MethodKind::exported,
-     .routine = getrow,
-     .help = "The row at an offset of an ordered, filtered table"},
-    {.name = "internalselect",
-     .parameters = 1,
-     .kind = MethodKind::protected_,
-     .routine = internalselect,
-     .help = "Runs a SELECT and returns its header and rows"},
-    {.name = "looptest",
-     .parameters = 4,
-     .kind = MethodKind::exported,
-     .routine = looptest,
-     .help = "Placeholder that raises an error"},
-    {.name = "starttransaction",
-     .parameters = 0,
-     .kind = MethodKind::exported,
-     .routine = starttransaction,
-     .help = "Opens a batch transaction"},
+    bound(m::assemblestatement, assemblestatement), bound(m::cachedupdate, cachedupdate),
+    bound(m::commitchanges, commitchanges),         bound(m::executequery, executequery),
+    bound(m::executeudfskippad, executeudfskippad), bound(m::executeupdate, executeupdate),
+    bound(m::getfirstrows, getfirstrows),           bound(m::getrow, getrow),
+    bound(m::internalselect, internalselect),       bound(m::looptest, looptest),
+    bound(m::starttransaction, starttransaction),
 };
 
 }  // namespace zmfb::sql

@@ -67,7 +67,8 @@ bool make_external_table(Self& self, const Value& name, const Value& structure, 
     return ask(self, "createtableexternal", name, structure, strtran(path, "'", "''"));
 }
 
-bool holds_rows(Self& self, MethodName counter, const Value& name, std::int64_t records, const Value& path) {
+bool holds_rows(Self& self, MethodName<1> counter, const Value& name, std::int64_t records,
+                const Value& path) {
     if (conn::integer_or_zero(var(self, Var::dbhndl)) == 0) return true;
     const std::int64_t rows = call(self, counter, name).integer();
     return rows == records || refuse_rows(self, name, rows, records, path);

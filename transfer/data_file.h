@@ -31,7 +31,8 @@ bool make_external_table(Self& self, const Value& name, const Value& structure, 
 
 /// Whether the method `counter` counts `records` rows in the table `name`; see refuse_rows(). Without a
 /// database, where statements succeed without being sent, there is nothing to count.
-bool holds_rows(Self& self, MethodName counter, const Value& name, std::int64_t records, const Value& path);
+bool holds_rows(Self& self, MethodName<1> counter, const Value& name, std::int64_t records,
+                const Value& path);
 /// Logs at level 4, and raises, that the table `name` has another number of rows than the program has
 /// records: the engine had another file than that at `path`, or had it otherwise. Returns .F..
 bool refuse_rows(Self& self, const Value& name, std::int64_t rows, std::int64_t records, const Value& path);

@@ -1,7 +1,8 @@
-/// The methods of transfer/: their routines and their rows of the method table.
+/// The methods of transfer/: their routines, bound to their declarations.
 #pragma once
 
 #include "conn/self.h"
+#include "zmfbconn/methods/transfer.h"
 
 namespace zmfb::transfer {
 
@@ -59,48 +60,16 @@ Value removefilenameext(Self& self, Args args);
 /// removezerobytes(line): what stands before the first zero byte.
 Value removezerobytes(Self& self, Args args);
 
-/// Ordered by name.
+/// The routine of each method.
 inline constexpr host::Method methods[] = {
-    {.name = "bringdbf",
-     .parameters = 1,
-     .kind = MethodKind::exported,
-     .routine = bringdbf,
-     .help = "Imports a DBF file into a new table"},
-    {.name = "exiletable",
-     .parameters = 1,
-     .kind = MethodKind::exported,
-     .routine = exiletable,
-     .help = "Exports a table into a new DBF file"},
-    {.name = "fclsfile",
-     .parameters = 1,
-     .kind = MethodKind::protected_,
-     .routine = fclsfile,
-     .help = "Unlocks and closes a file"},
-    {.name = "fcrtfile",
-     .parameters = 1,
-     .kind = MethodKind::protected_,
-     .routine = fcrtfile,
-     .help = "Creates an empty file"},
-    {.name = "fopnfile",
-     .parameters = 2,
-     .kind = MethodKind::protected_,
-     .routine = fopnfile,
-     .help = "Opens a file for reading, or locked for writing"},
-    {.name = "getfilename",
-     .parameters = 1,
-     .kind = MethodKind::protected_,
-     .routine = getfilename,
-     .help = "File name of a path"},
-    {.name = "removefilenameext",
-     .parameters = 1,
-     .kind = MethodKind::protected_,
-     .routine = removefilenameext,
-     .help = "File name up to its first dot"},
-    {.name = "removezerobytes",
-     .parameters = 1,
-     .kind = MethodKind::protected_,
-     .routine = removezerobytes,
-     .help = "Text up to its first zero byte"},
+    bound(m::bringdbf, bringdbf),
+    bound(m::exiletable, exiletable),
+    bound(m::fclsfile, fclsfile),
+    bound(m::fcrtfile, fcrtfile),
+    bound(m::fopnfile, fopnfile),
+    bound(m::getfilename, getfilename),
+    bound(m::removefilenameext, removefilenameext),
+    bound(m::removezerobytes, removezerobytes),
 };
 
 }  // namespace zmfb::transfer

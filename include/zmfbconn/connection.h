@@ -1,10 +1,12 @@
 /// zmFBConn: the connection object, for C++ programs.
 #pragma once
 
+#include <span>
 #include <string_view>
 #include <utility>
 
 #include "host/value.h"
+#include "method.h"
 
 #pragma GCC visibility push(default)
 
@@ -17,7 +19,7 @@ using host::Value;
 /// end-of-life handler disconnects it.
 ///
 ///     zmfb::zmFBConn connection("customers.fdb", "SYSDBA", "masterkey");
-///     if (connection.call("isconnected").logical()) connection.call("bringdbf", "customer.dbf");
+///     if (connection.isconnected()) connection(zmfb::m::bringdbf, "customer.dbf");
 ///
 /// Failures of SQL come back in the results; what a method cannot go on from is raised through the error
 /// block (host/error.h), whose default handler ends the program. One thread at a time.
@@ -32,9 +34,17 @@ class zmFBConn {
     /// one.
     static zmFBConn of(const Value& object);
 
-    /// Calls a method by its name, in any case of letters; arguments left out arrive as NIL. A name that is
-    /// no method is logged ("[ERROR] Meth: ... does not exist inside zmFBConn", level 0) and raised; the
-    /// answer is NIL then.
+    /// Calls a method by its declaration (zmfbconn/methods.h): connection(m::istable, "customers"). The
+    /// number and the kinds of the arguments are checked when this is compiled; those that may be left out,
+    /// at the end, arrive as NIL. Throws UnexpectedAnswer for an answer of another kind than is declared.
+    template <class Result, class... Parameters, class... Arguments>
+    Result operator()(const Method<Result(Parameters...)>& method, const Arguments&... arguments) {
+        const auto values = method.values(arguments...);
+        return method.answer(call_declared(method.name(), method.kind(), Args(values)));
+    }
+    /// Calls a method by a name that is known only when the program runs, in any case of letters; arguments
+    /// left out arrive as NIL. A name that is no method is logged ("[ERROR] Meth: ... does not exist inside
+    /// zmFBConn", level 0) and raised; the answer is NIL then.
     template <class... Arguments>
     Value call(std::string_view method, Arguments&&... arguments) {
         if constexpr (sizeof...(Arguments) == 0) {
@@ -60,23 +70,15 @@ class zmFBConn {
   private:
     struct Adopt {};
     zmFBConn(Adopt, Value object) : object_(std::move(object)) {}
+    Value call_declared(std::string_view method, MethodKind kind, Args args);
     host::Object& object();
 
     Value object_;
 };
 
-/// One row of the method table, for tools that list it.
-struct MethodRow {
-    std::string_view name;  ///< lower case
-    int parameters;         ///< after the object
-    std::string_view kind;  ///< "exported", "protected", "access" or "assign"
-    std::string_view help;  ///< one line for users
-};
-
-/// How many rows the method table has.
-std::size_t method_count();
-/// Row `index` of the method table, counted from 0, ordered by name; unchecked. Its texts live for ever.
-MethodRow method_row(std::size_t index);
+/// The rows of the method table, ordered by name, a property's access row before its assign row. They live
+/// for ever.
+std::span<const MethodRow> methods();
 
 /// The version of this library, such as "1.0.0"; ZMFB_VERSION (zmfbconn/version.h) is that of the headers.
 std::string_view library_version();

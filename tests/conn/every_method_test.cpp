@@ -18,9 +18,9 @@ class EveryMethod : public Database {
     /// that reached the handler of unknown names.
     std::vector<std::string> call_all(zmFBConn& object) {
         std::vector<std::string> unknown;
-        for (std::size_t i = 0; i < method_count(); ++i) {
-            const MethodRow row = method_row(i);
-            if (row.kind == "assign" || row.name == "nomethod" || ends_the_attachment(row.name)) continue;
+        for (const MethodRow& row : methods()) {
+            if (row.kind == MethodKind::assign || row.name == "nomethod" || ends_the_attachment(row.name))
+                continue;
             forget_raised();
             object.call(row.name);
             object.call(row.name, "CLIENT", "CLIENT", "CLIENT");

@@ -13,7 +13,7 @@ from pathlib import Path
 
 WANTED = {
     "index.html": "The C++ interface",
-    "classzmfb_1_1zmFBConn.html": "Calls a method by its name, in any case of letters",
+    "classzmfb_1_1zmFBConn.html": "Calls a method by its declaration",
     "classzmfb_1_1host_1_1Value.html": "The bytes of a character value",
     "classzmfb_1_1Transaction.html": "Ends it and undoes what it changed",
     "zmfbconn_8h.html": "zmfb_call",

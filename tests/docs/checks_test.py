@@ -137,12 +137,13 @@ class Commands(unittest.TestCase):
 
 
 class Methods(unittest.TestCase):
-    ROW = {"name": "istable", "parameters": 1, "kind": "exported", "help": "Whether it is there"}
+    ROW = {"name": "istable", "kind": "exported", "signature": "istable(tbl: table): logical",
+           "help": "Whether it is there"}
     TEXT = """# Page
 ## Family
 ### istable
 
-`istable(tbl)` · exported
+`istable(tbl: table): logical` · exported
 
 Whether it is there. More.
 
@@ -174,7 +175,7 @@ Whether it is there. More.
         self.assertEqual(len(methods.check_table(entries, [self.ROW])), 1)
 
     def test_what_does_not_agree_with_the_row(self):
-        for old, new in (("(tbl)", "(tbl, more)"), ("exported", "protected"), ("it is there", "it is here"),
+        for old, new in (("(tbl: table)", "(tbl: table, more: text)"), (": table", ": text"), ("): logical", "): text"), ("exported", "protected"), ("it is there", "it is here"),
                          ("`istable(", "`isother("), ("`tbl`: ", "`name`: ")):
             self.assertNotEqual(self.table((old, new)), [], new)
 
@@ -208,11 +209,18 @@ Whether it is there. More.
         self.assertEqual(len(methods.check_sql(self.entries(line), {})), 1)
         self.assertEqual(len(methods.check_sql(self.entries((line[0], line[1].replace("in quotes: ", ""))), table)), 1)
 
-    def test_entry_of_another_folder(self):
+    def test_every_parameter_is_told_of(self):
+        row = self.ROW | {"signature": "istable(tbl: table, [more: text]): logical"}
+        entries = self.entries(("istable(tbl: table): logical", row["signature"]))
+        self.assertEqual(methods.check_table(entries, [row]), ["catalog.md:3: istable: does not tell of the parameter more"])
+
+    def test_declaration_of_another_page_or_name(self):
         headers = {page: "" for page in methods.FOLDERS}
-        self.assertEqual(len(methods.check_folders(self.entries(), headers)), 1)
-        headers["catalog"] = '{.name = "istable",'
-        self.assertEqual(methods.check_folders(self.entries(), headers), [])
+        self.assertEqual(len(methods.check_declarations(self.entries(), headers)), 1)
+        headers["catalog"] = 'inline constexpr Method<bool(TableName)> istabel{\n    "istable", {"tbl"}, "Whether"};'
+        self.assertEqual(methods.check_declarations(self.entries(), headers), ["catalog.h: istabel declares istable"])
+        headers["catalog"] = headers["catalog"].replace("istabel", "istable")
+        self.assertEqual(methods.check_declarations(self.entries(), headers), [])
 
 
 if __name__ == "__main__":

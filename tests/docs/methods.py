@@ -6,7 +6,7 @@ The tool lists the table (`zmfb methods --json`). Each row has one entry in docs
 
     ### name
 
-    `name(first, second)` · kind
+    `name(first: text, second: number): logical` · kind
 
     The help text of the row, with a full stop.
     ...
@@ -16,9 +16,11 @@ The tool lists the table (`zmfb methods --json`). Each row has one entry in docs
     - **Logs:** ...
     - **Raises:** ...
 
-An entry stands on the page of the folder that has its routine, names every parameter in backticks, and what it quotes
-as logged or raised is in the sources; every text that the sources log or raise is quoted by some entry of its page.
-The line SQL may be missing. What it says is what the table "What becomes SQL" of docs/security.md says. The two rows of a property that can be assigned are "### name" and "### name :=", `name` and `name := value`.
+The signature is that of the row. An entry stands on the page of the subject that declares it
+(include/zmfbconn/methods/), names every parameter in backticks, and what it quotes as logged or raised is in the sources;
+every text that the sources log or raise is quoted by some entry of its page.
+The line SQL may be missing. What it says is what the table "What becomes SQL" of docs/security.md says. The two rows of a property that can be assigned are "### name" and "### name :=", `name: kind` and `name := value`.
+A declaration has the name of its method, one that assigns assign_ before it.
 """
 
 import json
@@ -32,7 +34,8 @@ from pages import Page
 
 FIELDS = ("Parameters", "Result", "Logs", "Raises")
 SQL_HEADING = "## What becomes SQL"
-SIGNATURE = re.compile(r"^`([a-z]+)(?:\((.*)\)| := (\w+))?` · (\w+)$")
+PARAMETER = re.compile(r"(?<=[(\[ ])(\w+): |:= (\w+)")
+DECLARATION = re.compile(r'^inline constexpr Method<[^;{]*>\s+(\w+)\{\s*"(\w+)"', re.M)
 ITEM = re.compile(r"^- \*\*(\w+):\*\*\s*(.*)$")
 QUOTED = re.compile(r"`([^`]+)`")
 LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"(_l1)?')
@@ -82,19 +85,11 @@ def entries_of(page, name):
 
 
 def check_entry(entry, row):
-    """What is wrong with an entry; `row` is {"name", "parameters", "kind", "help"}."""
-    found = SIGNATURE.match(entry.signature)
-    if not found:
-        return [f"{entry.where}: the line under the heading is no signature"]
-    name, parameters, assigned, kind = found.groups()
-    names = [word.strip() for word in (parameters or assigned or "").split(",") if word.strip()]
+    """What is wrong with an entry; `row` is {"name", "kind", "signature", "help"}."""
     problems = []
-    if name != row["name"]:
-        problems.append(f"the signature is of {name}")
-    if kind != row["kind"]:
-        problems.append(f"the table says {row['kind']}")
-    if len(names) != row["parameters"]:
-        problems.append(f"the table has {row['parameters']} parameters, the signature {len(names)}")
+    signature = f"`{row['signature']}` · {row['kind']}"
+    if entry.signature != signature:
+        problems.append(f"the signature is {signature}")
     if not entry.help.startswith(row["help"] + "."):
         problems.append(f"does not begin with the help text \"{row['help']}.\"")
     if tuple(entry.fields) not in (FIELDS, FIELDS[:1] + ("SQL",) + FIELDS[1:]):
@@ -103,6 +98,7 @@ def check_entry(entry, row):
         if not text:
             problems.append(f"{title} is empty or there twice")
     described = QUOTED.findall(entry.fields.get("Parameters") or "")
+    names = [first or second for first, second in PARAMETER.findall(row["signature"])]
     problems += [f"does not tell of the parameter {name}" for name in names if name not in described]
     return [f"{entry.where}: {entry.title}: {problem}" for problem in problems]
 
@@ -201,10 +197,14 @@ def check_sql(entries, table):
                        if method not in said]
 
 
-def check_folders(entries, headers):
-    """Entries on another page than that of their folder; `headers` is {page: text of methods.h}."""
-    return [f"{entry.where}: {entry.title} is no method of {FOLDERS[entry.page]}/" for entry in entries
-            if f'.name = "{entry.title.split()[0]}"' not in headers[entry.page]]
+def check_declarations(entries, headers):
+    """Declarations that have not the name of their method, and entries on another page than theirs; `headers` is {page:
+    text of the header with its declarations}."""
+    declared = {page: set(DECLARATION.findall(text)) for page, text in headers.items()}
+    problems = [f"{page}.h: {name} declares {method}" for page, names in declared.items() for name, method in names
+                if name not in (method, f"assign_{method}")]
+    return problems + [f"{entry.where}: {entry.page}.h declares no {entry.title}" for entry in entries
+                       if entry.title.split()[0] not in (method for _, method in declared[entry.page])]
 
 
 def main():
@@ -215,8 +215,8 @@ def main():
     problems = [f"docs/methods/{name}.md belongs to no folder" for name in pages if name not in FOLDERS]
     entries = [entry for name, page in pages.items() if name in FOLDERS for entry in entries_of(page, name)]
     problems += check_table(entries, rows)
-    problems += check_folders(entries, {page: (top / folder / "methods.h").read_text() for page, folder in
-                                        FOLDERS.items()})
+    problems += check_declarations(entries, {
+        page: (top / "include" / "zmfbconn" / "methods" / f"{page}.h").read_text() for page in FOLDERS})
     problems += check_sql(entries, sql_table(Page(top / "docs" / "security.md")))
     problems += check_messages(entries, {
         page: {str(path.relative_to(top)): path.read_text(encoding="utf-8")

@@ -71,9 +71,7 @@ TEST_F(EveryCall, IsMadeByNoneOfTheOtherMethods) {
 TEST(EveryMethod, HasAScenario) {
     std::set<std::string> have;
     for (const Scenario& scenario : all_scenarios()) have.insert(scenario.method);
-    for (std::size_t i = 0; i < method_count(); ++i) {
-        EXPECT_TRUE(have.contains(std::string(method_row(i).name))) << method_row(i).name;
-    }
+    for (const MethodRow& row : methods()) EXPECT_TRUE(have.contains(std::string(row.name))) << row.name;
 }
 
 void add_declared(const char* file, std::set<std::string>& declared) {

@@ -67,7 +67,7 @@ Value unknown(Instance&, Args args) {
 Value set_secret(Instance& self, Args args) { return self.variable(hidden_slot) = args[0]; }
 
 constexpr Method row(std::string_view name, MethodKind kind, Routine routine) {
-    return {.name = name, .parameters = 0, .kind = kind, .routine = routine, .help = ""};
+    return {.name = name, .parameters = 0, .kind = kind, .routine = routine};
 }
 
 constexpr std::array methods{

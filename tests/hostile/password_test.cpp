@@ -43,8 +43,8 @@ TEST_F(SecretPassword, IsNotKeptInAnObjectThatIsAttached) {
     zmFBConn object(name, sysdba, sysdba_password);
     ASSERT_TRUE(object.isconnected());
     std::string texts;
-    for (std::size_t i = 0; i < method_count(); ++i) {
-        if (method_row(i).kind == "access") texts += show(object.get(method_row(i).name)) + "\n";
+    for (const MethodRow& row : methods()) {
+        if (row.kind == MethodKind::access) texts += show(object.get(row.name)) + "\n";
     }
     object.call("disconnect");
     EXPECT_NE(texts.find(sysdba), std::string::npos) << texts;

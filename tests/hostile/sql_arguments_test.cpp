@@ -79,11 +79,8 @@ const Argument& argument(const std::string& name) {
     return found == arguments().end() ? other : found->second;
 }
 
-/// An entry of a page: the names of the arguments, and what it says becomes SQL.
-struct Entry {
-    std::vector<std::string> arguments;
-    std::map<std::string, Reach> said;
-};
+/// What an entry of a page says becomes SQL, by the names of the arguments.
+using Said = std::map<std::string, Reach>;
 
 std::vector<std::string> words_in_backticks(std::string_view text) {
     std::vector<std::string> words;
@@ -95,34 +92,22 @@ std::vector<std::string> words_in_backticks(std::string_view text) {
     return words;
 }
 
-void take_signature(const std::string& line, std::string& method, std::map<std::string, Entry>& entries) {
-    const std::size_t open = line.find('('), close = line.find(")` ");
-    if (!line.starts_with('`') || close == std::string::npos) return;
-    method = line.substr(1, open - 1);
-    Entry& entry = entries[method];
-    for (std::size_t at = open + 1; at < close;) {
-        const std::size_t end = std::min(line.find(", ", at), close);
-        entry.arguments.push_back(line.substr(at, end - at));
-        at = end + 2;
-    }
-}
-
 /// "- **SQL:** `tbl`; in quotes: `areaid`."
-void take_sql(const std::string& line, Entry& entry) {
+void take_sql(const std::string& line, Said& said) {
     constexpr std::string_view mark = "in quotes: ";
     const std::size_t parting = std::min(line.find(mark), line.size());
-    for (const std::string& name : words_in_backticks(line.substr(0, parting))) entry.said[name] = Reach::sql;
-    for (const std::string& name : words_in_backticks(line.substr(parting))) entry.said[name] = Reach::quoted;
+    for (const std::string& name : words_in_backticks(line.substr(0, parting))) said[name] = Reach::sql;
+    for (const std::string& name : words_in_backticks(line.substr(parting))) said[name] = Reach::quoted;
 }
 
-const std::map<std::string, Entry>& pages() {
-    static const std::map<std::string, Entry> entries = [] {
-        std::map<std::string, Entry> found;
+const std::map<std::string, Said>& pages() {
+    static const std::map<std::string, Said> entries = [] {
+        std::map<std::string, Said> found;
         for (const auto& page : std::filesystem::directory_iterator(ZMFB_METHOD_PAGES)) {
             std::ifstream in(page.path());
             std::string method;
             for (std::string line; std::getline(in, line);) {
-                take_signature(line, method, found);
+                if (line.starts_with("### ")) found.try_emplace(method = line.substr(4));
                 if (line.starts_with("- **SQL:** ")) take_sql(line, found.at(method));
             }
         }
@@ -175,23 +160,24 @@ class SqlArguments : public Database {
     ~SqlArguments() override { std::filesystem::current_path(before_); }
 
     /// How far argument `place` of a method reaches.
-    Reach reach_of(const std::string& method, std::size_t place) {
-        const std::vector<std::string>& names = pages().at(method).arguments;
-        const auto prepared = preparations.find(method + "." + names[place]);
+    Reach reach_of(const MethodRow& method, std::size_t place) {
+        const auto prepared =
+            preparations.find(std::string(method.name) + "." + std::string(method.parameters[place].name));
         const std::string text = prepared == preparations.end() ? "ZQ'ZQ" : prepared->second.text;
         if (prepared != preparations.end()) prepare(prepared->second.statement);
         std::vector<Value> args;
-        for (std::size_t i = 0; i < names.size(); ++i) {
-            args.push_back(i == place ? argument(names[i]).with(text) : argument(names[i]).usual);
+        for (std::size_t i = 0; i < method.parameters.size(); ++i) {
+            const Argument& one = argument(std::string(method.parameters[i].name));
+            args.push_back(i == place ? one.with(text) : one.usual);
         }
         call("setfullpathdatfile", file("data.dat"));
         log_at(8);
         clear_log();
-        const Value result = connection().call_with(method, host::Args(args));
+        const Value result = connection().call_with(method.name, host::Args(args));
         Reach reach = Reach::nowhere;
         for (const std::string& statement : sql_log()) reach = std::max(reach, reach_in(statement, text));
         // What it makes is a statement, though it sends none.
-        if (method == "assemblestatement") reach = reach_in(result.string(), text);
+        if (method.name == "assemblestatement") reach = reach_in(result.string(), text);
         return reach;
     }
 
@@ -212,28 +198,27 @@ class SqlArguments : public Database {
 /// Methods that attach, detach or change the log are not among them.
 bool is_asked(const MethodRow& row) {
     static const std::set<std::string_view> left_out{"init", "disconnect", "axit", "setloglevel"};
-    return row.kind != "assign" && row.parameters > 0 && !left_out.contains(row.name);
+    return row.kind != MethodKind::assign && !row.parameters.empty() && !left_out.contains(row.name);
 }
 
 TEST_F(SqlArguments, ArePutIntoStatementsAsThePagesSay) {
     int reaching = 0, asked = 0;
-    for (std::size_t i = 0; i < method_count(); ++i) {
-        const MethodRow row = method_row(i);
+    for (const MethodRow& row : methods()) {
         if (!is_asked(row)) continue;
-        const Entry& entry = pages().at(std::string(row.name));
-        for (std::size_t place = 0; place < entry.arguments.size(); ++place) {
-            const std::string& name = entry.arguments[place];
-            const Reach reach = reach_of(std::string(row.name), place);
+        const Said& page = pages().at(std::string(row.name));
+        for (std::size_t place = 0; place < row.parameters.size(); ++place) {
+            const std::string name(row.parameters[place].name);
+            const Reach reach = reach_of(row, place);
             const bool is_sql = reach == Reach::sql || reach == Reach::quoted;
-            const auto said = entry.said.find(name);
-            const Reach expected = said == entry.said.end() ? Reach::nowhere : said->second;
+            const auto said = page.find(name);
+            const Reach expected = said == page.end() ? Reach::nowhere : said->second;
             EXPECT_EQ(static_cast<int>(is_sql ? reach : Reach::nowhere), static_cast<int>(expected))
                 << row.name << "." << name << " (0 nowhere, 2 in quotes, 3 SQL)";
             reaching += is_sql ? 1 : 0;
             ++asked;
         }
-        for (const auto& [name, said] : entry.said) {
-            EXPECT_NE(std::ranges::find(entry.arguments, name), entry.arguments.end())
+        for (const auto& [name, said] : page) {
+            EXPECT_NE(std::ranges::find(row.parameters, name, &ParameterRow::name), row.parameters.end())
                 << row.name << " has no " << name;
         }
     }

@@ -32,7 +32,8 @@ std::size_t longest_text() {
 
 /// Methods that attach and detach have tests of their own below.
 bool is_swept(const MethodRow& row) {
-    return row.kind != "assign" && row.name != "init" && row.name != "disconnect" && row.name != "axit";
+    return row.kind != MethodKind::assign && row.name != "init" && row.name != "disconnect" &&
+           row.name != "axit";
 }
 
 class HostileSweep : public Database {
@@ -49,7 +50,7 @@ class HostileSweep : public Database {
     }
 
     void call_with_every_value(zmFBConn& object, const MethodRow& row) {
-        const auto count = static_cast<std::size_t>(std::max(row.parameters, 1));
+        const auto count = std::max<std::size_t>(row.parameters.size(), 1);
         for (const HostileValue& hostile : values_) {
             SCOPED_TRACE(std::string(row.name) + " with " + hostile.name);
             for (const std::vector<Value>& companion : companions()) {
@@ -87,22 +88,20 @@ class HostileSweep : public Database {
 
 TEST_F(HostileSweep, EveryMethodStandsEveryValue) {
     tidy_up();
-    for (std::size_t i = 0; i < method_count(); ++i) {
-        const MethodRow row = method_row(i);
+    for (const MethodRow& row : methods()) {
         if (!is_swept(row)) continue;
         call_with_every_value(connection(), row);
         tidy_up();
         EXPECT_EQ(row_texts(call("executequery", "select 1 from rdb$database")), (Rows{{"1"}})) << row.name;
     }
     std::printf("%zu calls with %zu values, %zu errors raised\n", calls_, values_.size(), raised().size());
-    EXPECT_GT(calls_, method_count() * values_.size());
+    EXPECT_GT(calls_, methods().size() * values_.size());
     EXPECT_FALSE(raised().empty());
 }
 
 TEST_F(HostileSweep, AnObjectWithoutADatabaseStandsEveryValue) {
     zmFBConn object;
-    for (std::size_t i = 0; i < method_count(); ++i) {
-        const MethodRow row = method_row(i);
+    for (const MethodRow& row : methods()) {
         if (is_swept(row)) call_with_every_value(object, row);
     }
     std::printf("%zu calls with %zu values, %zu errors raised\n", calls_, values_.size(), raised().size());

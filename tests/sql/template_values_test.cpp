@@ -144,12 +144,11 @@ TEST_F(TemplateValues, OfNoMethodAreLeftOut) {
     }
     const std::vector<Value> companions{"CLIENT", "NAME", "1", "1", "1", "1"};
     std::size_t refused = 0;
-    for (std::size_t i = 0; i < method_count(); ++i) {
-        const MethodRow row = method_row(i);
-        if (row.kind == "assign" || row.name == "disconnect" || row.name == "axit") continue;
-        for (int place = 0; place < row.parameters; ++place) {
+    for (const MethodRow& row : methods()) {
+        if (row.kind == MethodKind::assign || row.name == "disconnect" || row.name == "axit") continue;
+        for (std::size_t place = 0; place < row.parameters.size(); ++place) {
             std::vector<Value> arguments = companions;
-            arguments[static_cast<std::size_t>(place)] = 7;
+            arguments[place] = 7;
             forget_raised();
             connection().call_with(row.name, host::Args(arguments));
             const bool by_a_template = std::ranges::any_of(raised(), [](const std::string& text) {

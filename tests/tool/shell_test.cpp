@@ -161,7 +161,7 @@ TEST_F(Shell, HelpListsCommandsAndDescribesMethods) {
     for (const char* word : {".mode", ".timer", ".read", ".quit", ".tables", ".struct", ".locks"}) {
         EXPECT_NE(run.out.find(std::string("\n") + word), std::string::npos) << word;
     }
-    EXPECT_NE(run.out.find("istable: Whether a table or view exists\n1 argument, exported\n"),
+    EXPECT_NE(run.out.find("istable(tbl: table): logical\nWhether a table or view exists, exported\n"),
               std::string::npos);
 }
 

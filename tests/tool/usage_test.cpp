@@ -1,11 +1,13 @@
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <map>
 #include <nlohmann/json.hpp>
 
-#include "tests/conn/expected_methods.h"
 #include "tests/support/environment.h"
 #include "tests/tool/tool.h"
+#include "zmfbconn/connection.h"
 
 namespace zmfb::test {
 namespace {
@@ -17,9 +19,8 @@ TEST_F(Usage, MethodsListsNameParametersAndKindOneALine) {
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
     std::string expected;
-    for (const ExpectedMethod& method : expected_methods) {
-        expected += std::string(method.name) + "\t" + std::to_string(method.parameters) + "\t" +
-                    std::string(method.kind) + "\n";
+    for (const MethodRow& row : methods()) {
+        expected += fmt::format("{}\t{}\t{}\n", row.name, row.parameters.size(), host::kind_name(row.kind));
     }
     EXPECT_EQ(run.out, expected);
 }
@@ -203,14 +204,31 @@ TEST_F(Usage, ADatabaseThatIsNoneOfTheDriversEndsWithThreeAndSaysWhatHelps) {
 }
 
 TEST_F(Usage, MethodsAsJsonHaveTheirHelp) {
-    const auto methods = nlohmann::json::parse(zmfb({"--json", "methods"}).out);
-    ASSERT_EQ(methods.size(), std::size(expected_methods));
-    for (std::size_t i = 0; i < methods.size(); ++i) {
-        EXPECT_EQ(methods[i]["name"], expected_methods[i].name);
-        EXPECT_EQ(methods[i]["parameters"], expected_methods[i].parameters);
-        EXPECT_EQ(methods[i]["kind"], expected_methods[i].kind);
-        EXPECT_NE(methods[i]["help"], "");
+    const auto listed = nlohmann::json::parse(zmfb({"--json", "methods"}).out);
+    ASSERT_EQ(listed.size(), methods().size());
+    for (std::size_t i = 0; i < listed.size(); ++i) {
+        EXPECT_EQ(listed[i]["name"], methods()[i].name);
+        EXPECT_EQ(listed[i]["parameters"], methods()[i].parameters.size());
+        EXPECT_EQ(listed[i]["kind"], host::kind_name(methods()[i].kind));
+        EXPECT_EQ(listed[i]["help"], methods()[i].help);
     }
+}
+
+TEST_F(Usage, MethodsAsJsonHaveTheirSignatures) {
+    std::map<std::string, std::string> found;
+    for (const auto& row : nlohmann::json::parse(zmfb({"--json", "methods"}).out)) {
+        found[row["name"].get<std::string>() + " " + row["kind"].get<std::string>()] = row["signature"];
+    }
+    const std::map<std::string, std::string> expected{
+        {"setrecordaslocked exported", "setrecordaslocked(tbl: table, areaid: area, recno: record): logical"},
+        {"fopnfile protected", "fopnfile(name: text, [mode: text]): number"},
+        {"closealltables exported", "closealltables(): NIL"},
+        {"getlockedrecords exported", "getlockedrecords(tbl: table, areaid: area): records"},
+        {"applymatrix exported", "applymatrix(matrix: matrix, [simulate: logical]): {ok, log}"},
+        {"sdbname access", "sdbname: text"},
+        {"bconn assign", "bconn := value"},
+    };
+    for (const auto& [method, signature] : expected) EXPECT_EQ(found[method], signature);
 }
 
 }  // namespace

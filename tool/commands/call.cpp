@@ -8,6 +8,7 @@
 #include "tool/line_input.h"
 #include "tool/literal.h"
 #include "tool/output.h"
+#include "tool/shell/names.h"
 #include "tool/suggest.h"
 
 namespace zmfb::tool {
@@ -22,10 +23,8 @@ bool is_failure_text(const Value& result) {
 
 /// Prints which method may have been meant, when there is none of that name.
 void suggest_method(const std::string& name) {
-    std::vector<std::string> names;
-    for (std::size_t i = 0; i < method_count(); ++i) names.emplace_back(method_row(i).name);
-    if (std::ranges::find(names, name) != names.end()) return;
-    const std::string nearest = nearest_name(name, names);
+    if (is_method(name)) return;
+    const std::string nearest = nearest_name(name, method_names());
     if (!nearest.empty()) fmt::print(stderr, "hint: did you mean {}?\n", nearest);
 }
 

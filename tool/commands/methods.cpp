@@ -2,19 +2,22 @@
 
 #include "tool/commands.h"
 #include "tool/json.h"
+#include "tool/shell/names.h"
 
 namespace zmfb::tool {
 namespace {
 
 Exit methods_command(Session& session) {
     Json list = Json::array();
-    for (std::size_t i = 0; i < method_count(); ++i) {
-        const MethodRow row = method_row(i);
+    for (const MethodRow& row : methods()) {
         if (session.options().json) {
-            list.push_back(
-                {{"name", row.name}, {"parameters", row.parameters}, {"kind", row.kind}, {"help", row.help}});
+            list.push_back({{"name", row.name},
+                            {"parameters", row.parameters.size()},
+                            {"kind", host::kind_name(row.kind)},
+                            {"signature", signature_of(row)},
+                            {"help", row.help}});
         } else {
-            fmt::print("{}\t{}\t{}\n", row.name, row.parameters, row.kind);
+            fmt::print("{}\t{}\t{}\n", row.name, row.parameters.size(), host::kind_name(row.kind));
         }
     }
     if (session.options().json) fmt::print("{}\n", json_lines(list));

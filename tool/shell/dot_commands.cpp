@@ -122,11 +122,9 @@ void Shell::help_on(const std::string& name) {
     std::string method = name.substr(0, name.find('('));
     std::ranges::transform(method, method.begin(),
                            [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    for (std::size_t i = 0; i < method_count(); ++i) {
-        const MethodRow row = method_row(i);
+    for (const MethodRow& row : methods()) {
         if (row.name != method) continue;
-        fmt::print("{}: {}\n{} argument{}, {}\n", row.name, row.help, row.parameters,
-                   row.parameters == 1 ? "" : "s", row.kind);
+        fmt::print("{}\n{}, {}\n", signature_of(row), row.help, host::kind_name(row.kind));
         return;
     }
     fail(fmt::format("there is no method {}{}", name, did_you_mean(method, method_names())));

@@ -1,10 +1,11 @@
 #include "tool/shell/names.h"
 
+#include <fmt/ranges.h>
+
 #include <algorithm>
 #include <sstream>
 
 #include "tool/shell/statement.h"
-#include "zmfbconn/connection.h"
 
 namespace zmfb::tool {
 namespace {
@@ -26,10 +27,22 @@ std::vector<std::string> words_of(std::string_view text) {
 const std::vector<std::string>& method_names() {
     static const std::vector<std::string> names = [] {
         std::vector<std::string> all;
-        for (std::size_t i = 0; i < method_count(); ++i) all.emplace_back(method_row(i).name);
+        for (const MethodRow& row : methods()) all.emplace_back(row.name);
         return all;
     }();
     return names;
+}
+
+std::string signature_of(const MethodRow& method) {
+    std::string signature(method.name);
+    if (method.kind == MethodKind::assign) return signature + " := " + std::string(method.parameters[0].name);
+    if (method.kind == MethodKind::access) return fmt::format("{}: {}", signature, method.result);
+    std::vector<std::string> parameters;
+    for (const ParameterRow& one : method.parameters) {
+        const std::string shown = fmt::format("{}: {}", one.name, one.kind);
+        parameters.push_back(one.optional ? "[" + shown + "]" : shown);
+    }
+    return fmt::format("{}({}): {}", signature, fmt::join(parameters, ", "), method.result);
 }
 
 bool is_method(std::string_view name) { return std::ranges::binary_search(method_names(), name); }

@@ -30,7 +30,6 @@ struct Method {
     int parameters;         ///< after the object
     MethodKind kind;        ///< recorded and shown; a protected method is not refused to an outside caller
     Routine routine;        ///< what it does
-    std::string_view help;  ///< one line for users
 };
 
 /// Who may use a variable by name: everybody, its class, nobody, everybody through its property.
