@@ -3,9 +3,12 @@
 //     hello shop.fdb
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
+#include <zmfbconn/methods.h>
 
 #include <iostream>
 #include <string>
+
+namespace m = zmfb::m;
 
 int main(int argc, char** argv) {
     if (argc != 2) {
@@ -24,10 +27,8 @@ int main(int argc, char** argv) {
         std::cerr << zmfb::last_engine_message() << '\n';
         return 1;
     }
-    std::cout << connection.call("getdatabasename").string() << " is attached\n";
-    const zmfb::Value tables = connection.call("gettablesname");
-    for (const zmfb::Value& table : tables.items()) {
-        std::cout << table.text() << ": " << connection.call("gettablereccount", table).integer()
-                  << " records\n";
+    std::cout << connection(m::getdatabasename) << " is attached\n";
+    for (const zmfb::TableName& table : connection(m::gettablesname)) {
+        std::cout << table.text() << ": " << connection(m::gettablereccount, table) << " records\n";
     }
 }

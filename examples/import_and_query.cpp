@@ -5,9 +5,12 @@
 #include <zmfbconn/database.h>
 #include <zmfbconn/exact.h>
 #include <zmfbconn/host/utf8.h>
+#include <zmfbconn/methods.h>
 
 #include <iostream>
 #include <string>
+
+namespace m = zmfb::m;
 
 int main(int argc, char** argv) {
     if (argc != 3) {
@@ -24,12 +27,10 @@ int main(int argc, char** argv) {
     }
 
     zmfb::zmFBConn connection(database, "SYSDBA");
-    if (!connection.isconnected() || !connection.call("bringdbf", argv[2]).logical()) return 1;
+    if (!connection.isconnected() || !connection(m::bringdbf, argv[2])) return 1;
 
-    const zmfb::Value tables = connection.call("gettablesname");
-    for (const zmfb::Value& table : tables.items()) {
-        std::cout << table.text() << ": " << connection.call("gettablereccount", table).integer()
-                  << " records\n";
+    for (const zmfb::TableName& table : connection(m::gettablesname)) {
+        std::cout << table.text() << ": " << connection(m::gettablereccount, table) << " records\n";
     }
     const zmfb::ExactQueries as_stored;  // numbers with one sign, texts without blanks at their end
     const zmfb::Value result =

@@ -6,6 +6,7 @@
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
 #include <zmfbconn/host/result.h>
+#include <zmfbconn/methods.h>
 
 #include <fstream>
 #include <iostream>
@@ -14,17 +15,17 @@
 
 namespace {
 
+namespace m = zmfb::m;
 using zmfb::Value;
 using zmfb::zmFBConn;
-using zmfb::host::array_of;
 
 bool make_table(zmFBConn& connection) {
-    const Value structure =
-        array_of(array_of("CODE", "N", 6, 0), array_of("NAME", "C", 12, 0), array_of("FAX", "C", 10, 0));
-    if (!connection.call("createtable", "customers", structure).logical()) return false;
-    connection.call("executeupdate", "insert into customers (code, name, fax) values (1, 'Ana', '123')");
-    connection.call("executeupdate", "insert into customers (code, name, fax) values (2, 'Tom', '456')");
-    return true;
+    const zmfb::Structure structure{{"CODE", "N", 6, 0}, {"NAME", "C", 12, 0}, {"FAX", "C", 10, 0}};
+    return connection(m::createtable, "customers", structure) &&
+           connection(m::executeupdate, "insert into customers (code, name, fax) values (1, 'Ana', '123')")
+               .ok() &&
+           connection(m::executeupdate, "insert into customers (code, name, fax) values (2, 'Tom', '456')")
+               .ok();
 }
 
 // What a person would do with an editor.
@@ -42,17 +43,15 @@ void edit(const std::string& file) {
     std::ofstream(file, std::ios::binary) << text;
 }
 
-// The log of a matrix is an array of {text}.
-void show_log(const char* title, const Value& outcome) {
-    std::cout << title << ", ok: " << (outcome[1].logical() ? ".T." : ".F.") << '\n';
-    for (const Value& line : outcome[2].items()) std::cout << "  " << line[1].text() << '\n';
+void show_log(const char* title, const zmfb::MatrixLog& log) {
+    std::cout << title << ", ok: " << (log.ok ? ".T." : ".F.") << '\n';
+    for (const std::string& line : log.lines) std::cout << "  " << line << '\n';
 }
 
 void show_table(zmFBConn& connection) {
-    const Value fields = connection.call("filterrddfields", connection.call("gettablestruct", "customers"));
-    for (const Value& field : fields.items()) {
-        std::cout << field[1].text() << ' ' << field[2].text() << ' ' << field[3].integer() << ' '
-                  << field[4].integer() << '\n';
+    const zmfb::Structure all = connection(m::gettablestruct, "customers");
+    for (const zmfb::FieldDescriptor& field : connection(m::filterrddfields, all)) {
+        std::cout << field.name << ' ' << field.type << ' ' << field.length << ' ' << field.decimals << '\n';
     }
     const Value rows = connection.call("executequery", "select code, fullname, since from customers");
     for (const Value& row : zmfb::host::data_rows(rows))
@@ -77,9 +76,9 @@ int main(int argc, char** argv) {
     zmFBConn connection(database, "SYSDBA");
     if (!connection.isconnected() || !make_table(connection)) return 1;
 
-    connection.call("extractmatrix", array_of("customers"), "customers");
+    connection(m::extractmatrix, zmfb::TableNames{"customers"}, "customers");
     edit("customers.tf");
-    show_log("checked", connection.call("checkmatrix", "customers.tf"));
-    show_log("applied", connection.call("applymatrix", "customers.tf"));
+    show_log("checked", connection(m::checkmatrix, "customers.tf"));
+    show_log("applied", connection(m::applymatrix, "customers.tf"));
     show_table(connection);
 }

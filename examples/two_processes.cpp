@@ -9,6 +9,7 @@
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
 #include <zmfbconn/host/error.h>
+#include <zmfbconn/methods.h>
 
 #include <csignal>
 #include <cstdlib>
@@ -18,16 +19,20 @@
 
 namespace {
 
-using zmfb::Value;
+namespace m = zmfb::m;
+using zmfb::RecordNumber;
 
 // One of the two: its connection, its work area, and the pipe that gives it its turn.
 class Till {
   public:
     Till(std::string name, const std::string& database, int turn, int other)
-        : name_(std::move(name)), turn_(turn), other_(other), connection_(database, "SYSDBA") {
+        : name_(std::move(name)),
+          turn_(turn),
+          other_(other),
+          connection_(database, "SYSDBA"),
+          area_(connection_(m::getuniqueareaid, "CUSTOMERS", name_)) {
         if (!connection_.isconnected()) throw std::runtime_error(zmfb::last_engine_message());
-        area_ = connection_.call("getuniqueareaid", "CUSTOMERS", name_);
-        connection_.call("settableusedbyarea", true, "CUSTOMERS", area_, true);
+        connection_(m::settableusedbyarea, true, "CUSTOMERS", area_, true);
     }
 
     Till(const Till&) = delete;
@@ -48,44 +53,44 @@ class Till {
         if (read(turn_, &turn, 1) != 1) throw std::runtime_error("the other process is gone");
     }
 
-    void lock_record(const char* recno) {
-        say(std::string("locks record ") + recno,
-            connection_.call("setrecordaslocked", "CUSTOMERS", area_, recno));
+    void lock_record(int recno) {
+        say("locks record " + std::to_string(recno),
+            connection_(m::setrecordaslocked, "CUSTOMERS", area_, RecordNumber(recno)));
     }
 
-    void unlock_record(const char* recno) {
-        say(std::string("unlocks record ") + recno,
-            connection_.call("setrecordasunlocked", "CUSTOMERS", area_, recno));
+    void unlock_record(int recno) {
+        say("unlocks record " + std::to_string(recno),
+            connection_(m::setrecordasunlocked, "CUSTOMERS", area_, RecordNumber(recno)));
     }
 
-    void lock_table() { say("locks the table", connection_.call("settableaslocked", "CUSTOMERS", area_)); }
+    void lock_table() { say("locks the table", connection_(m::settableaslocked, "CUSTOMERS", area_)); }
 
     // A work area that closes takes back its locks and its registration.
     void close() {
         open_ = false;
-        connection_.call("unlockallrecords", "CUSTOMERS", area_);
-        connection_.call("settableasunlocked", "CUSTOMERS", area_);
-        connection_.call("settableusedbyarea", false, "CUSTOMERS", area_, true);
-        say("closes the table; is it in use?", connection_.call("istableinuse", "CUSTOMERS"));
+        connection_(m::unlockallrecords, "CUSTOMERS", area_);
+        connection_(m::settableasunlocked, "CUSTOMERS", area_);
+        connection_(m::settableusedbyarea, false, "CUSTOMERS", area_, true);
+        say("closes the table; is it in use?", connection_(m::istableinuse, "CUSTOMERS"));
     }
 
   private:
-    void say(const std::string& what, const Value& answer) {
-        std::cout << name_ << ' ' << what << ": " << (answer.logical() ? ".T." : ".F.") << std::endl;
+    void say(const std::string& what, bool answer) {
+        std::cout << name_ << ' ' << what << ": " << (answer ? ".T." : ".F.") << std::endl;
     }
 
     std::string name_;
     int turn_, other_;
     zmfb::zmFBConn connection_;
-    Value area_;
+    zmfb::AreaId area_;
     bool open_ = true;
 };
 
 void first(Till& desk) {
-    desk.lock_record("3");
+    desk.lock_record(3);
     desk.pass_on();
     desk.wait_for_turn();
-    desk.unlock_record("3");
+    desk.unlock_record(3);
     desk.pass_on();
     desk.wait_for_turn();
     desk.lock_table();
@@ -95,11 +100,11 @@ void first(Till& desk) {
 
 void second(Till& till) {
     till.wait_for_turn();
-    till.lock_record("3");  // the desk has it
-    till.lock_record("4");
+    till.lock_record(3);  // the desk has it
+    till.lock_record(4);
     till.pass_on();
     till.wait_for_turn();
-    till.lock_record("3");
+    till.lock_record(3);
     till.pass_on();
     till.wait_for_turn();
     till.lock_table();
@@ -116,8 +121,7 @@ bool make_database(const std::string& database) {
         return false;
     }
     zmfb::zmFBConn connection(database, "SYSDBA");
-    using zmfb::host::array_of;
-    return connection.call("createtable", "customers", array_of(array_of("NAME", "C", 24, 0))).logical();
+    return connection(m::createtable, "customers", zmfb::Structure{{"NAME", "C", 24, 0}});
 }
 
 // Opens the table at one of the two, and does its part.

@@ -15,6 +15,7 @@
 #include <zmfbconn/host/settings.h>
 #include <zmfbconn/host/text.h>
 #include <zmfbconn/host/workarea.h>
+#include <zmfbconn/methods.h>
 #include <zmfbconn/transaction.h>
 #include <zmfbconn/version.h>
 
@@ -35,6 +36,7 @@ int attach(const std::string& database) {
     zmfb::zmFBConn connection(database, "SYSDBA");
     const zmfb::Value rows = connection.call("executequery", "select rdb$function_name from rdb$functions");
     std::cout << "attached: " << connection.isconnected() << ", " << rows.size() - 1 << " functions\n";
+    if (!connection(zmfb::m::istable, "rdb$functions")) return 1;
     zmfb::Transaction work(connection);
     try {
         work.execute("select nothing");
@@ -49,7 +51,13 @@ int attach(const std::string& database) {
 
 int main(int argc, char** argv) {
     zmfb::zmFBConn unattached;
-    unattached.call("setloglevel", -1);
+    unattached(zmfb::m::setloglevel, -1);
+    unattached.call("setrddactive", "a text");
+    try {
+        return unattached(zmfb::m::isrddactive) ? 1 : 2;
+    } catch (const zmfb::UnexpectedAnswer& error) {
+        if (error.answer().text() != "a text") return 1;
+    }
     if (zmfb::library_version() != ZMFB_VERSION) return 1;
     std::cout << "zmfbconn " << ZMFB_VERSION << "\ntrimmed: " << zmfb::host::alltrim("  text ").string()
               << '\n';
