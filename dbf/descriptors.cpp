@@ -132,7 +132,8 @@ Described read_descriptions(std::string_view beginning, std::size_t limit, Diale
 }
 
 void add_type_problems(const std::vector<Field>& fields, std::vector<std::string>& problems) {
-    if (fields.empty()) problems.emplace_back("has no fields");
+    const bool none = std::all_of(fields.begin(), fields.end(), [](const Field& f) { return f.type == '0'; });
+    if (none) problems.emplace_back("has no fields");
     for (const Field& field : fields) {
         if (known_types.find(field.type) == std::string_view::npos) {
             problems.push_back(

@@ -107,7 +107,7 @@ class Reading {
                             (record_size_of(all.fields, true) == announced.record_size ||
                              record_size_of(all.fields, false) == announced.record_size);
         if (better) return all;
-        if (within.fields.empty() && limit > beginning_.size()) throw Refused({"ends within its header"});
+        if (limit > beginning_.size()) throw Refused({"ends within its header"});
         return within;
     }
 

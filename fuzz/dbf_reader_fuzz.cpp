@@ -1,72 +1,105 @@
-// The reader of DBF headers and the converter of DBF records, on a file of any bytes.
-#include <algorithm>
+// The reader of DBF files of every dialect, and of their memo files.
+//
+// An input: which memo file it is and how long, the memo file, and the file.
+#include <cmath>
+#include <cstdlib>
+#include <optional>
 
+#include "dbf/code_page.h"
+#include "dbf/memo.h"
+#include "dbf/records.h"
+#include "dbf/value.h"
 #include "fuzz/fuzz.h"
-#include "host/date.h"
-#include "host/file.h"
-#include "transfer/data_file.h"
-#include "transfer/dbf_header.h"
-#include "transfer/record_conversion.h"
 
 namespace zmfb::fuzz {
 namespace {
 
-using transfer::DbfHeader;
+constexpr const char* endings[] = {".dbt", ".fpt", ".smt"};
+constexpr std::uint64_t most_records_looked_at = 200;
 
-// What a field is to become, said in another way than the conversion says it.
-std::string expected_field(const dbf::Field& field, std::string_view record, std::size_t from) {
-    const std::string_view there = record.substr(std::min(from, record.size()), field.length);
-    std::string bytes(there);
-    bytes.resize(field.length, ' ');
-    if (field.type == 'D') {
-        const Value day = host::stod(there);
-        if (field.length != 8 || day.date() == host::Date{}) return std::string(transfer::no_date);
-        return bytes.substr(0, 4) + "-" + bytes.substr(4, 2) + "-" + bytes.substr(6, 2);
+std::optional<dbf::Header> header_of(const dbf::Source& file) {
+    try {
+        return dbf::read_header(file);
+    } catch (const dbf::Refused& refused) {
+        require(!refused.reasons().empty(), "a file is refused for a reason");
+        for (const std::string& reason : refused.reasons()) require(!reason.empty(), "a reason is a text");
+        return std::nullopt;
     }
-    if (field.type == 'N') {
-        const std::size_t end = bytes.find_last_not_of(std::string_view(" \0", 2)) + 1;
-        std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(end), bytes.end(), ' ');
-        if (end == 0 && !bytes.empty()) bytes[0] = '0';
-    }
-    return bytes;
 }
 
-std::string expected_data(const DbfHeader& header, std::span<const dbf::Field> fields,
-                          std::string_view file) {
-    std::string made;
-    const auto length = static_cast<std::size_t>(header.record_length);
-    std::string_view rest = file.substr(std::min(file.size(), static_cast<std::size_t>(header.start)));
-    for (std::int64_t left = header.records; left > 0 && rest.size() > 1; --left) {
-        std::string record(rest.substr(0, length));
-        record.resize(length, ' ');
-        std::size_t from = 1;
-        for (const dbf::Field& field : fields) {
-            made += expected_field(field, record, from);
-            from += field.length;
+std::optional<dbf::MemoFile> memos_of(const std::string& bytes, const std::string& ending,
+                                      const dbf::Header& header) {
+    try {
+        return std::optional<dbf::MemoFile>(std::in_place, dbf::in_memory(bytes), ending, header);
+    } catch (const dbf::Refused&) {
+        return std::nullopt;
+    }
+}
+
+void check_header(const dbf::Header& header, std::uint64_t size) {
+    require(!header.fields.empty(), "a file that is read has fields");
+    require(header.record_size > 0, "a record has its mark");
+    std::size_t end = 1;
+    for (const dbf::Field& field : header.fields) {
+        require(field.offset >= end, "fields follow one another");
+        end = field.offset + field.length;
+    }
+    require(end <= header.record_size, "a record holds its fields");
+    const std::uint64_t records = header.records + header.behind;
+    require(records == 0 || header.start + records * header.record_size <= size,
+            "the file holds the records");
+    require(header.records <= header.counted, "no more records than are counted");
+    require(header.cut_off < header.record_size, "what is cut off is less than a record");
+}
+
+/// What holds of a value by its type.
+struct Check {
+    const std::optional<dbf::MemoFile>& memos;
+    std::size_t memo_size;
+
+    void operator()(dbf::Blank) const {}
+    void operator()(dbf::Null) const {}
+    void operator()(dbf::Bad bad) const { require(!bad.reason.empty(), "a bad value has a reason"); }
+    void operator()(dbf::Text text) const {
+        dbf::ToUtf8 utf8("CP850");
+        require(utf8.convert(text.bytes).has_value(), "every byte is a character of this set");
+    }
+    void operator()(dbf::Bytes) const {}
+    void operator()(const dbf::Number& number) const {
+        char* end = nullptr;
+        std::strtod(number.text.c_str(), &end);
+        require(end == number.text.c_str() + number.text.size(), "a number is one to the C library");
+    }
+    void operator()(dbf::Date date) const { require(date.ok(), "a date is a day"); }
+    void operator()(bool) const {}
+    void operator()(std::int32_t) const {}
+    void operator()(dbf::Currency) const {}
+    void operator()(double real) const { require(std::isfinite(real), "a real is a number"); }
+    void operator()(dbf::Timestamp time) const {
+        const dbf::Date day(std::chrono::floor<std::chrono::days>(time));
+        require(int{day.year()} >= 1 && int{day.year()} <= 9999, "a time is in the years of the engine");
+    }
+    void operator()(dbf::MemoBlock memo) const {
+        require(memo.block != 0, "block 0 is no memo");
+        if (!memos) return;
+        const dbf::Memo found = memos->read(memo.block);
+        require(found.bytes.size() <= memo_size, "a memo is no longer than its file");
+        require(found.problem.empty() || found.bytes.empty(), "a memo is there or it is not");
+    }
+};
+
+void check_records(const dbf::Source& file, const dbf::Header& header, const Check& check) {
+    std::uint64_t found = 0;
+    for (dbf::Records records(file, header, true); records.next(); ++found) {
+        require(records.number() == found + 1, "records are counted");
+        require(records.bytes().size() == header.record_size, "records are of one length");
+        if (found >= most_records_looked_at) continue;
+        for (const dbf::Field& field : header.fields) {
+            std::visit(check, dbf::read_value(header, field, records.bytes()));
+            dbf::read_value(header, field, records.bytes(), {.decimal_comma = true});
         }
-        rest.remove_prefix(std::min(length, rest.size()));
     }
-    return made;
-}
-
-void convert_whole_file(const DbfHeader& header, std::span<const dbf::Field> fields, std::string_view file) {
-    const transfer::RecordConversion conversion(fields, static_cast<std::size_t>(header.record_length));
-    std::size_t length = 0;
-    for (const dbf::Field& field : fields) length += transfer::dat_width(field);
-    require(conversion.dat_length() == length, "a data record is as long as its fields");
-
-    const Value dbf = host::fopen(scratch_file("in.dbf", file), 0);
-    const std::string target = (scratch_folder() / "out.dat").string();
-    const Value dat = host::fcreate(target, 0);
-    require(dbf.number() >= 0 && dat.number() >= 0, "the scratch files open");
-    host::fseek(dbf, header.start);
-    require(transfer::write_data_file(dbf, header.records, conversion, dat).has_value(),
-            "the data file is written");
-    host::fclose(dbf);
-    host::fclose(dat);
-    const bool nothing = header.record_length <= 1 || length == 0;
-    require(content_of(target) == (nothing ? "" : expected_data(header, fields, file)),
-            "the data file has each field as it is to be");
+    require(found == header.records + header.behind, "every record comes");
 }
 
 }  // namespace
@@ -75,24 +108,14 @@ void convert_whole_file(const DbfHeader& header, std::span<const dbf::Field> fie
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace zmfb;
     using namespace zmfb::fuzz;
-    be_quiet();
-    const std::string_view file(reinterpret_cast<const char*>(data), size);
-    const auto header = transfer::read_dbf_header(file.substr(0, transfer::dbf_header_bytes));
-    require(header.has_value() == (size >= transfer::dbf_header_bytes), "sixteen bytes make a header");
+    Input input(data, size);
+    const std::string ending = endings[input.below(3)];
+    const std::string memo(input.bytes(input.number<std::uint16_t>()));
+    const auto file = dbf::in_memory(std::string(input.rest()));
+    const auto header = header_of(*file);
     if (!header) return 0;
-    require(header->record_length >= 0 && header->records >= 0, "no size is negative");
-    const std::string_view descriptors =
-        file.substr(std::min<std::size_t>(size, dbf::prolog_size), header->descriptor_bytes());
-    const bool terminated = transfer::has_dbf_terminator(*header, descriptors);
-    require(!terminated || descriptors.back() == '\r', "a terminator is one");
-    const auto fields = transfer::read_dbf_fields(*header, descriptors);
-    require(!terminated || fields.has_value(), "descriptors ahead of a terminator are whole");
-    if (!fields) return 0;
-    for (const auto& field : *fields) {
-        require(field.name.size() == 10, "a name has ten bytes");
-        require(field.length <= 255 || field.type == 'C', "only texts are longer than 255");
-        require(field.decimals >= 0 && field.decimals <= 255, "decimals are a byte");
-    }
-    if (transfer::record_holds_fields(*header, *fields)) convert_whole_file(*header, *fields, file);
+    check_header(*header, file->size());
+    const auto memos = memos_of(memo, ending, *header);
+    check_records(*file, *header, {memos, memo.size()});
     return 0;
 }
