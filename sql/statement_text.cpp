@@ -62,6 +62,19 @@ bool begins_with(std::string_view statement, std::string_view word) {
     return next_word(statement, Comments::blank) == word;
 }
 
+std::string_view first_quoted_name(std::string_view statement) {
+    while (!statement.empty()) {
+        if (skip_comment(statement)) continue;
+        const char c = statement.front();
+        const bool opens = c == '\'' || c == '"';
+        const std::size_t end = opens ? statement.find(c, 1) : 0;
+        const std::size_t length = end == std::string_view::npos ? statement.size() : end + 1;
+        if (c == '"') return statement.substr(0, length);
+        statement.remove_prefix(length);
+    }
+    return {};
+}
+
 int refuse_unfit(const Value& stmt) {
     if (!stmt.is(host::Kind::character)) return refuse(invalid_token, "The statement is no text");
     if (stmt.text().find('\0') != std::string_view::npos)

@@ -19,4 +19,7 @@ int refuse_unfit(const Value& stmt);
 /// Whether the first word of a statement is this one, which is in capitals.
 bool begins_with(std::string_view statement, std::string_view word);
 
+/// The first name in double quotes that stands in a statement, with its quotes; "" when there is none.
+std::string_view first_quoted_name(std::string_view statement);
+
 }  // namespace zmfb::sql

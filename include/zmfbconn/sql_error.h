@@ -51,6 +51,8 @@ class SqlError : public std::runtime_error {
     [[nodiscard]] const std::string& message() const noexcept { return details_->message; }
     [[nodiscard]] const std::string& statement() const noexcept { return details_->statement; }
     /// @}
+    /// What a method gives and logs of such a failure: "[ERROR] SQLCODE=-204 (Table unknown)".
+    [[nodiscard]] std::string method_text() const;
 
   private:
     std::shared_ptr<const Details> details_;

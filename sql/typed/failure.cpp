@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "conn/log.h"
 #include "sql/attachments.h"
 #include "sql/state.h"
 
@@ -25,6 +26,10 @@ SqlError::SqlError(Details details)
       details_(std::make_shared<const Details>(std::move(details))) {}
 
 SqlError::~SqlError() = default;
+
+std::string SqlError::method_text() const {
+    return conn::sqlcode_text(sqlcode(), sql::sqlcode_message(sqlcode()));
+}
 
 namespace typed {
 

@@ -20,10 +20,23 @@ using sql::object_client;
 
 namespace {
 
+// The engine has names in UTF-8, whatever the texts in its tables are.
+std::string bytes_of(std::string_view text, const Encoding& encoding) {
+    std::string bytes;
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::string_view name = sql::first_quoted_name(rest);
+        const std::string_view before = name.empty() ? rest : rest.substr(0, name.data() - rest.data());
+        bytes += encoded(before, encoding, "the statement", text);
+        bytes += name;
+        rest.remove_prefix(before.size() + name.size());
+    }
+    return bytes;
+}
+
 Firebird::IStatement* prepare(Work& work, const std::string& text) {
     work.check_active(text);
     work.session().check_usable(text);
-    const std::string bytes = encoded(text, work.session().encoding(), "the statement", text);
+    const std::string bytes = bytes_of(text, work.session().encoding());
     Firebird::IStatement* statement = nullptr;
     check(object_client().prepare(status(), work.session().attachment(), work.transaction(text), &statement,
                                   bytes),
@@ -40,8 +53,7 @@ Prepared::Prepared(std::shared_ptr<Work> work, std::string_view text) : work_(st
         check(object_client().statement_type(status(), statement_, &type_), text_);
         if (type_ == isc_info_sql_stmt_commit || type_ == isc_info_sql_stmt_rollback ||
             type_ == isc_info_sql_stmt_start_trans) {
-            refuse(not_here, "Transactions are begun and ended by the class Transaction, not by statements",
-                   text_);
+            refuse(not_here, "A statement begins or ends no transaction here", text_);
         }
         check(object_client().has_cursor(status(), statement_, &has_cursor_), text_);
         Firebird::IMessageMetadata* message = nullptr;

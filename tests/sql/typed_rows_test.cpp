@@ -213,6 +213,7 @@ TEST_F(TypedRowsOfCustomers, WhatTheEngineHasAgainstAStatementIsThrownWhole) {
     EXPECT_EQ(error.message(),
               "Dynamic SQL Error\nSQL error code = -206\nColumn unknown\nNOSUCH\nAt line 1, column 8");
     EXPECT_EQ(error.statement(), "select NOSUCH from CUSTOMERS");
+    EXPECT_EQ(error.method_text(), "[ERROR] SQLCODE=-206 (Column does not belong to referenced table)");
     EXPECT_EQ(std::string(error.what()),
               error.message() + "\nSQLSTATE 42S22, SQLCODE -206\nin: select NOSUCH from CUSTOMERS");
 }

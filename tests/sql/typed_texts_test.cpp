@@ -73,6 +73,19 @@ TEST_F(TypedText, OfAStatementMayNotHaveOtherCharactersThanTheDatabase) {
               "In the statement there is '" + euro + "', a character that ISO-8859-1 does not have");
 }
 
+TEST_F(TypedText, OfANameInDoubleQuotesIsUtf8WhateverTheDatabaseHolds) {
+    Transaction making(connection());
+    making.execute("create table \"" + euro + "\" (\"" + e_acute + "\"\"\" varchar(3)) /* \" */ -- '");
+    making.commit();
+    Transaction work(connection());
+    work.execute("insert into \"" + euro + "\" values ('" + e_acute + "\"')");
+    for (const auto& row : work.rows("select '\"', \"" + e_acute + "\"\"\" from \"" + euro + "\""))
+        EXPECT_EQ(row[e_acute + "\""].as<std::string>(), e_acute + "\"");
+    EXPECT_EQ(work.one<int>("select octet_length(\"" + e_acute + "\"\"\") from \"" + euro + "\""), 2);
+    EXPECT_EQ(state_of([&] { work.prepare("select '\"' || '" + euro + "' from \"" + euro + "\""); }),
+              "22021");
+}
+
 TEST_F(TypedText, OfTheEnginesOwnTablesIsReadWhateverItsBytesAre) {
     execute("comment on table T is '\xE9'");
     Transaction work(connection());
