@@ -7,26 +7,20 @@
 #include <cstdlib>
 #include <iterator>
 
-#include "host/number.h"
-#include "host/text.h"
 #include "tool/column_type.h"
 #include "tool/counted.h"
 #include "tool/encoding.h"
+#include "tool/reading.h"
 #include "tool/session.h"
-#include "zmfbconn/database.h"
-#include "zmfbconn/exact.h"
 
 namespace zmfb::tool {
 namespace {
 
-constexpr std::string_view driver_description = "Created by ZMRDDFIRE";
 constexpr std::array<std::string_view, 3> system_tables{"RDDSYS_OPN", "RDDSYS_FLK", "RDDSYS_RLK"};
 
-std::string text_of(const Value& value) { return host::trim(value).string(); }
-
-int number_of(const Value& value) {
-    return value.is_nil() ? 0 : std::atoi(std::string(value.text()).c_str());
-}
+/// A column of the engine's tables, most of which may be NULL.
+using Text = std::optional<std::string>;
+using Number = std::optional<int>;
 
 std::string driver_use_of(std::string_view column) {
     if (column == "RECNO") return "record number";
@@ -58,28 +52,9 @@ std::string_view kind_name(TableKind kind) {
     return names.at(static_cast<std::size_t>(kind));
 }
 
-Value exact_rows(zmFBConn& connection, std::string_view query) {
-    const ExactQueries exact;
-    const Value result = connection.call("executequery", query);
-    if (exact.sqlcode() != 0 || result.size() == 0) {
-        throw Failure{Exit::failed, "cannot read the engine's tables", last_engine_message()};
-    }
-    Value rows = Value::array_of_size(0);
-    for (const Value& row : result.items().subspan(1)) rows.push(row);
-    return rows;
-}
-
 std::string engine_version(zmFBConn& connection) {
-    const Value rows =
-        exact_rows(connection, "select rdb$get_context('SYSTEM', 'ENGINE_VERSION') from rdb$database");
-    return text_of(rows[1][1]);
-}
-
-std::vector<Name> names_of(zmFBConn& connection, std::string_view query) {
-    std::vector<Name> names;
-    const Value rows = exact_rows(connection, query);
-    for (const Value& row : rows.items()) names.emplace_back(row[1].text());
-    return names;
+    constexpr const char* query = "select rdb$get_context('SYSTEM', 'ENGINE_VERSION') from rdb$database";
+    return std::get<0>(rows_of<std::string>(connection, query).at(0));
 }
 
 namespace {
@@ -108,10 +83,13 @@ std::vector<Name> reserved_among(zmFBConn& connection, std::span<const Name> nam
 
 namespace {
 
-// Whether it is a view, its description, and how many of the generators named after it were made by others
-// than its owner. The function is the driver's: without it, or the right to call it, nothing is told.
+// Whether it is a view, whether it has the driver's description, and how many of the generators named after
+// it were made by others than its owner. The function is the driver's: without it, or the right to call it,
+// nothing is told.
+using Relation = std::tuple<std::string, int, int, std::int64_t>;
 constexpr std::string_view relations =
-    "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), zmblobsubstr(r.rdb$description, 1, 255), "
+    "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), "
+    "iif(trim(zmblobsubstr(r.rdb$description, 1, 255)) = 'Created by ZMRDDFIRE', 1, 0), "
     "(select count(*) from rdb$generators g "
     "where g.rdb$owner_name <> r.rdb$owner_name and g.rdb$generator_name in ("
     "'G_' || trim(trailing from r.rdb$relation_name) || '_I', "
@@ -122,11 +100,13 @@ constexpr std::string_view columns_of_described =
     "r.rdb$relation_name = f.rdb$relation_name where r.rdb$description is not null and ";
 
 // Those with a column that the driver cannot name, when they have a description.
-std::vector<Name> with_odd_columns(zmFBConn& connection, std::string_view condition) {
+template <class... Values>
+std::vector<Name> with_odd_columns(zmFBConn& connection, std::string_view condition,
+                                   const Values&... values) {
     std::vector<Name> found;
-    const Value rows = exact_rows(connection, fmt::format("{}{}", columns_of_described, condition));
-    for (const Value& row : rows.items()) {
-        if (!Name(row[2].text()).is_plain()) found.emplace_back(row[1].text());
+    const std::string query = fmt::format("{}{}", columns_of_described, condition);
+    for (const auto& [table, column] : rows_of<std::string, std::string>(connection, query, values...)) {
+        if (!Name(column).is_plain()) found.emplace_back(table);
     }
     return found;
 }
@@ -135,27 +115,29 @@ bool is_in(const std::vector<Name>& names, const Name& name) {
     return std::ranges::find(names, name) != names.end();
 }
 
-TableKind kind_by(const Value& row) {
-    const Name name(row[1].text());
-    if (number_of(row[2]) != 0) return TableKind::view;
+TableKind kind_by(const Relation& relation) {
+    const auto& [text, is_view, described, generators_of_others] = relation;
+    const Name name(text);
+    if (is_view != 0) return TableKind::view;
     if (!name.is_plain()) return TableKind::foreign;
     if (std::ranges::find(system_tables, name.bytes()) != system_tables.end()) return TableKind::system;
-    const bool described = !row[3].is_nil() && host::alltrim(row[3]).string() == driver_description;
-    return described && number_of(row[4]) == 0 ? TableKind::driver : TableKind::foreign;
+    return described != 0 && generators_of_others == 0 ? TableKind::driver : TableKind::foreign;
 }
 
 // The driver makes nothing but plain names, none of them reserved, and all parts of a table as one user; the
 // description alone anybody can give a table.
-std::vector<Table> tables_where(zmFBConn& connection, std::string_view condition) {
+template <class... Values>
+std::vector<Table> tables_where(zmFBConn& connection, std::string_view condition, const Values&... values) {
     std::vector<Table> tables;
     std::vector<Name> of_the_driver;
-    const Value rows = exact_rows(connection, fmt::format("{}{} order by 1", relations, condition));
-    for (const Value& row : rows.items()) {
-        tables.push_back({Name(row[1].text()), kind_by(row)});
+    const std::string query = fmt::format("{}{} order by 1", relations, condition);
+    for (const Relation& relation :
+         rows_of<std::string, int, int, std::int64_t>(connection, query, values...)) {
+        tables.push_back({Name(std::get<0>(relation)), kind_by(relation)});
         if (tables.back().kind == TableKind::driver) of_the_driver.push_back(tables.back().name);
     }
     std::vector<Name> not_made_by_it = reserved_among(connection, of_the_driver);
-    std::ranges::copy(with_odd_columns(connection, condition), std::back_inserter(not_made_by_it));
+    std::ranges::copy(with_odd_columns(connection, condition, values...), std::back_inserter(not_made_by_it));
     for (Table& table : tables) {
         if (table.kind == TableKind::driver && is_in(not_made_by_it, table.name))
             table.kind = TableKind::foreign;
@@ -169,29 +151,27 @@ std::vector<Table> tables_of(zmFBConn& connection) {
     return tables_where(connection, "r.rdb$system_flag = 0");
 }
 
-namespace {
-
-bool is_relation(zmFBConn& connection, const Name& name) {
+bool is_there(zmFBConn& connection, ObjectKind kind, const Name& name) {
     constexpr std::size_t longest = 63 * 4;
     if (name.bytes().size() > longest || !is_utf8(name.bytes())) return false;
-    return !names_of(connection, "select rdb$relation_name from rdb$relations where rdb$relation_name = " +
-                                     name.literal())
-                .empty();
+    constexpr std::array queries{"select 1 from rdb$relations where rdb$relation_name = {}",
+                                 "select 1 from rdb$generators where rdb$generator_name = {}"};
+    const std::string query = fmt::format(fmt::runtime(queries.at(static_cast<std::size_t>(kind))), any_name);
+    return !rows_of<int>(connection, query, name.bytes()).empty();
 }
-
-}  // namespace
 
 Name existing_name(zmFBConn& connection, const std::string& typed) {
     const Name name = typed_name(typed);
-    if (is_relation(connection, name)) return name;
+    if (is_there(connection, ObjectKind::relation, name)) return name;
     const Name exactly(typed);
-    const std::string hint =
-        is_relation(connection, exactly) ? "with its double quotes: " + shell_word(exactly.quoted()) : "";
+    const std::string hint = is_there(connection, ObjectKind::relation, exactly)
+                                 ? "with its double quotes: " + shell_word(exactly.quoted())
+                                 : "";
     throw Failure{Exit::failed, fmt::format("there is no table {}", typed), "", hint};
 }
 
 TableKind kind_of(zmFBConn& connection, const Name& name) {
-    const std::vector<Table> found = tables_where(connection, "r.rdb$relation_name = " + name.literal());
+    const std::vector<Table> found = tables_where(connection, "r.rdb$relation_name = ?", name.bytes());
     if (found.empty()) throw Failure{Exit::failed, fmt::format("there is no table {}", name.shown())};
     return found.front().kind;
 }
@@ -201,15 +181,27 @@ Table existing_table(zmFBConn& connection, const std::string& typed) {
     return {name, kind_of(connection, name)};
 }
 
+namespace {
+
+// Nothing when it cannot be asked.
+std::optional<std::uint64_t> number_from(zmFBConn& connection, std::string_view query) try {
+    return static_cast<std::uint64_t>(std::get<0>(rows_of<std::int64_t>(connection, query).at(0)));
+} catch (const Failure&) {
+    return std::nullopt;
+}
+
+}  // namespace
+
 std::optional<std::uint64_t> records_of(zmFBConn& connection, const Table& table) {
     if (table.kind == TableKind::view) return std::nullopt;
-    const bool counted = table.kind == TableKind::driver || table.kind == TableKind::system;
-    const ExactQueries exact;
-    const Value result = counted
-                             ? connection.call("gettablereccount", table.name.bytes())
-                             : connection.call("executequery", "select count(*) from " + table.name.quoted());
-    if (exact.sqlcode() != 0) return std::nullopt;
-    return static_cast<std::uint64_t>((counted ? result : host::val(result[2][1])).integer());
+    std::optional<std::uint64_t> records;
+    if (table.kind == TableKind::driver) {
+        records = number_from(connection,
+                              fmt::format("select gen_id(G_{0}_I, 0) - gen_id(G_{0}_D, 0) from rdb$database",
+                                          table.name.bytes()));
+    }
+    if (!records) records = number_from(connection, "select count(*) from " + table.name.quoted());
+    return records;
 }
 
 std::string records_in_words(std::optional<std::uint64_t> records) {
@@ -217,8 +209,10 @@ std::string records_in_words(std::optional<std::uint64_t> records) {
 }
 
 std::vector<Name> column_names_of(zmFBConn& connection, const Name& table) {
-    return names_of(connection, "select rdb$field_name from rdb$relation_fields where rdb$relation_name = " +
-                                    table.literal() + " order by rdb$field_position");
+    return names_of(connection,
+                    "select rdb$field_name from rdb$relation_fields where rdb$relation_name = ? "
+                    "order by rdb$field_position",
+                    table.bytes());
 }
 
 bool is_nameable(zmFBConn& connection, const Name& table) {
@@ -226,91 +220,92 @@ bool is_nameable(zmFBConn& connection, const Name& table) {
 }
 
 std::vector<ColumnType> columns_of(zmFBConn& connection, const Name& table) {
-    const Value rows =
-        exact_rows(connection,
-                   "select rf.rdb$field_name, f.rdb$field_type, f.rdb$field_sub_type, f.rdb$field_length, "
-                   "f.rdb$field_scale, f.rdb$field_precision, f.rdb$character_length, "
-                   "coalesce(rf.rdb$null_flag, f.rdb$null_flag, 0), f.rdb$computed_source "
-                   "from rdb$relation_fields rf join rdb$fields f on f.rdb$field_name = rf.rdb$field_source "
-                   "where rf.rdb$relation_name = " +
-                       table.literal() + " order by rf.rdb$field_position");
+    const auto rows = rows_of<std::string, int, Number, Number, Number, Number, Number, int, int>(
+        connection,
+        "select rf.rdb$field_name, f.rdb$field_type, f.rdb$field_sub_type, f.rdb$field_length, "
+        "f.rdb$field_scale, f.rdb$field_precision, f.rdb$character_length, "
+        "coalesce(rf.rdb$null_flag, f.rdb$null_flag, 0), iif(f.rdb$computed_source is null, 0, 1) "
+        "from rdb$relation_fields rf join rdb$fields f on f.rdb$field_name = rf.rdb$field_source "
+        "where rf.rdb$relation_name = ? order by rf.rdb$field_position",
+        table.bytes());
     std::vector<ColumnType> columns;
-    for (const Value& row : rows.items()) {
-        const StoredType stored{.code = number_of(row[2]),
-                                .sub_type = number_of(row[3]),
-                                .bytes = number_of(row[4]),
-                                .scale = number_of(row[5]),
-                                .precision = number_of(row[6]),
-                                .characters = number_of(row[7])};
-        std::string type = type_name(stored);
-        if (number_of(row[8]) != 0) type += " NOT NULL";
-        if (!row[9].is_nil()) type += " COMPUTED";
-        const Name name(row[1].text());
+    for (const auto& [text, code, sub_type, bytes, scale, precision, characters, not_null, computed] : rows) {
+        std::string type = type_name({.code = code,
+                                      .sub_type = sub_type.value_or(0),
+                                      .bytes = bytes.value_or(0),
+                                      .scale = scale.value_or(0),
+                                      .precision = precision.value_or(0),
+                                      .characters = characters.value_or(0)});
+        if (not_null != 0) type += " NOT NULL";
+        if (computed != 0) type += " COMPUTED";
+        const Name name(text);
         columns.push_back({name, type, driver_use_of(name.bytes())});
     }
     return columns;
 }
 
 std::vector<Index> indexes_of(zmFBConn& connection, const Name& table) {
-    const Value rows = exact_rows(
+    const auto rows = rows_of<std::string, int, int, int, Text, Text>(
         connection,
         "select i.rdb$index_name, coalesce(i.rdb$unique_flag, 0), coalesce(i.rdb$index_type, 0), "
         "coalesce(i.rdb$index_inactive, 0), s.rdb$field_name, rc.rdb$constraint_type from rdb$indices i "
         "left join rdb$index_segments s on s.rdb$index_name = i.rdb$index_name "
         "left join rdb$relation_constraints rc on rc.rdb$index_name = i.rdb$index_name "
-        "where i.rdb$relation_name = " +
-            table.literal() + " order by i.rdb$index_name, s.rdb$field_position");
+        "where i.rdb$relation_name = ? order by i.rdb$index_name, s.rdb$field_position",
+        table.bytes());
     std::vector<Index> indexes;
-    for (const Value& row : rows.items()) {
-        const Name name(row[1].text());
+    for (const auto& [text, unique, descending, inactive, field, constraint] : rows) {
+        const Name name(text);
         if (indexes.empty() || indexes.back().name != name) {
             indexes.push_back({.name = name,
                                .fields = {},
-                               .constraint = row[6].is_nil() ? "" : text_of(row[6]),
-                               .unique = number_of(row[2]) != 0,
-                               .descending = number_of(row[3]) != 0,
-                               .active = number_of(row[4]) == 0});
+                               .constraint = constraint.value_or(""),
+                               .unique = unique != 0,
+                               .descending = descending != 0,
+                               .active = inactive == 0});
         }
-        if (!row[5].is_nil()) indexes.back().fields.emplace_back(row[5].text());
+        if (field) indexes.back().fields.emplace_back(*field);
     }
     return indexes;
 }
 
 std::vector<Trigger> triggers_of(zmFBConn& connection, const Name& table) {
-    const Value rows = exact_rows(
+    const auto rows = rows_of<std::string, int, int>(
         connection,
         "select rdb$trigger_name, rdb$trigger_type, coalesce(rdb$trigger_inactive, 0) from rdb$triggers "
-        "where coalesce(rdb$system_flag, 0) = 0 and rdb$relation_name = " +
-            table.literal() + " order by rdb$trigger_type, rdb$trigger_sequence, rdb$trigger_name");
+        "where coalesce(rdb$system_flag, 0) = 0 and rdb$relation_name = ? "
+        "order by rdb$trigger_type, rdb$trigger_sequence, rdb$trigger_name",
+        table.bytes());
     std::vector<Trigger> triggers;
-    for (const Value& row : rows.items()) {
-        triggers.push_back({Name(row[1].text()), moment_of(number_of(row[2])), number_of(row[3]) == 0});
+    for (const auto& [name, type, inactive] : rows) {
+        triggers.push_back({Name(name), moment_of(type), inactive == 0});
     }
     return triggers;
 }
 
 std::vector<Name> generator_names_of(zmFBConn& connection, const Name& table) {
-    return names_of(connection, fmt::format("select rdb$generator_name from rdb$generators where "
-                                            "rdb$generator_name in ({}, {}) order by 1 desc",
-                                            Name("G_" + table.bytes() + "_I").literal(),
-                                            Name("G_" + table.bytes() + "_D").literal()));
+    return names_of(connection,
+                    fmt::format("select rdb$generator_name from rdb$generators where "
+                                "rdb$generator_name in ({0}, {0}) order by 1 desc",
+                                any_name),
+                    "G_" + table.bytes() + "_I", "G_" + table.bytes() + "_D");
 }
 
 std::vector<Generator> generators_of(zmFBConn& connection, const Name& table) {
     std::vector<Generator> generators;
     for (const Name& name : generator_names_of(connection, table)) {
-        const Value value =
-            exact_rows(connection, fmt::format("select gen_id({}, 0) from rdb$database", name.quoted()));
-        generators.push_back({name, std::atoll(std::string(value[1][1].text()).c_str())});
+        const auto rows = rows_of<std::int64_t>(
+            connection, fmt::format("select gen_id({}, 0) from rdb$database", name.quoted()));
+        generators.push_back({name, std::get<0>(rows.at(0))});
     }
     return generators;
 }
 
 std::vector<Name> views_on(zmFBConn& connection, const Name& table) {
     return names_of(connection,
-                    "select distinct rdb$view_name from rdb$view_relations where "
-                    "rdb$relation_name = " +
-                        table.literal() + " order by 1");
+                    "select distinct rdb$view_name from rdb$view_relations where rdb$relation_name = ? "
+                    "order by 1",
+                    table.bytes());
 }
 
 std::string views_in_words(const std::vector<Name>& views) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tool/name.h"
+#include "tool/reading.h"
 #include "zmfbconn/connection.h"
 
 namespace zmfb::tool {
@@ -51,14 +52,24 @@ struct Generator {
     std::int64_t value = 0;
 };
 
-/// The rows of a query with their values as they are stored, without the header. Throws Failure.
-Value exact_rows(zmFBConn& connection, std::string_view query);
-
 /// The version of the engine that has the database, such as "3.0.11". Throws Failure.
 std::string engine_version(zmFBConn& connection);
 
-/// The names that a query gives in its first column. Throws Failure.
-std::vector<Name> names_of(zmFBConn& connection, std::string_view query);
+/// The names that a query gives, which has no other column. Throws Failure.
+template <class... Values>
+std::vector<Name> names_of(zmFBConn& connection, std::string_view query, const Values&... values) {
+    std::vector<Name> names;
+    for (const auto& [name] : rows_of<std::string>(connection, query, values...)) names.emplace_back(name);
+    return names;
+}
+
+/// A name as a value of a query where it need be no name that the engine allows: a "?" behind "=" takes none
+/// that is longer than the column.
+inline constexpr std::string_view any_name = "cast(? as varchar(252) character set utf8)";
+
+enum class ObjectKind { relation, generator };
+/// Whether there is one of that name. Throws Failure when that cannot be asked.
+bool is_there(zmFBConn& connection, ObjectKind kind, const Name& name);
 
 /// Those of the names, all plain, that the engine takes for words of its own: each version has others.
 std::vector<Name> reserved_among(zmFBConn& connection, std::span<const Name> names);

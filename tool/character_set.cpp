@@ -2,19 +2,18 @@
 
 #include <fmt/format.h>
 
-#include <cstdlib>
-
 #include "tool/catalog.h"
 
 namespace zmfb::tool {
 
 CharacterSet default_character_set(zmFBConn& connection) {
-    const Value rows = exact_rows(
+    const auto rows = rows_of<std::string, int>(
         connection,
         "SELECT C.RDB$CHARACTER_SET_NAME, C.RDB$BYTES_PER_CHARACTER FROM RDB$CHARACTER_SETS C JOIN "
         "RDB$DATABASE D ON C.RDB$CHARACTER_SET_NAME = COALESCE(D.RDB$CHARACTER_SET_NAME, 'NONE')");
-    if (rows.size() == 0) return {"NONE", 1};
-    return {std::string(rows[1][1].text()), std::atoi(std::string(rows[1][2].text()).c_str())};
+    if (rows.empty()) return {"NONE", 1};
+    const auto& [name, bytes] = rows.front();
+    return {name, bytes};
 }
 
 std::string width_problem(const CharacterSet& set) {

@@ -11,13 +11,14 @@ namespace zmfb::tool {
 namespace {
 
 // RDB$DEPENDENT_TYPE.
-constexpr std::string_view trigger = "2", computed = "3";
+constexpr int trigger = 2, computed = 3;
 
-std::string kind_of_dependent(const std::string& type) {
-    static const std::map<std::string, std::string, std::less<>> kinds{
-        {"0", "table"},          {"1", "view"},      {"2", "trigger"},
-        {"3", "computed field"}, {"5", "procedure"}, {"6", "index on an expression"},
-        {"15", "function"},      {"18", "package"},  {"19", "package"}};
+std::string kind_of_dependent(int type) {
+    static const std::map<int, std::string> kinds{{0, "table"},         {1, "view"},
+                                                  {trigger, "trigger"}, {computed, "computed field"},
+                                                  {5, "procedure"},     {6, "index on an expression"},
+                                                  {15, "function"},     {18, "package"},
+                                                  {19, "package"}};
     const auto found = kinds.find(type);
     return found == kinds.end() ? "object" : found->second;
 }
@@ -28,18 +29,18 @@ void take(Dependents& dependents, Dependent one) {
 }
 
 void add_indexes(zmFBConn& connection, const Name& table, const Name& field, Dependents& dependents) {
-    const Value rows = exact_rows(
+    const auto rows = rows_of<std::string, std::optional<std::string>>(
         connection,
-        fmt::format("select i.rdb$index_name, c.rdb$constraint_name from rdb$index_segments s join "
-                    "rdb$indices i on i.rdb$index_name = s.rdb$index_name left join "
-                    "rdb$relation_constraints c on c.rdb$index_name = i.rdb$index_name where "
-                    "i.rdb$relation_name = {} and s.rdb$field_name = {} order by 1",
-                    table.literal(), field.literal()));
-    for (const Value& row : rows.items()) {
-        if (row[2].is_nil()) {
-            take(dependents, {"index", Name(row[1].text())});
+        "select i.rdb$index_name, c.rdb$constraint_name from rdb$index_segments s join "
+        "rdb$indices i on i.rdb$index_name = s.rdb$index_name left join "
+        "rdb$relation_constraints c on c.rdb$index_name = i.rdb$index_name where "
+        "i.rdb$relation_name = ? and s.rdb$field_name = ? order by 1",
+        table.bytes(), field.bytes());
+    for (const auto& [index, constraint] : rows) {
+        if (constraint) {
+            dependents.in_the_way.push_back({"constraint", Name(*constraint)});
         } else {
-            dependents.in_the_way.push_back({"constraint", Name(row[2].text())});
+            take(dependents, {"index", Name(index)});
         }
     }
 }
@@ -49,24 +50,23 @@ void add_indexes(zmFBConn& connection, const Name& table, const Name& field, Dep
 Dependents dependents_of_field(zmFBConn& connection, const Name& table, const Name& field) {
     Dependents dependents;
     add_indexes(connection, table, field, dependents);
-    const Value rows = exact_rows(
+    const auto rows = rows_of<int, std::string, int>(
         connection,
         fmt::format("select distinct d.rdb$dependent_type, coalesce(c.rdb$constraint_name, "
                     "f.rdb$field_name, d.rdb$dependent_name), iif(c.rdb$constraint_name is null, 0, 1) from "
                     "rdb$dependencies d left join rdb$check_constraints c on d.rdb$dependent_type = {} and "
                     "c.rdb$trigger_name = d.rdb$dependent_name left join rdb$relation_fields f on "
                     "d.rdb$dependent_type = {} and f.rdb$field_source = d.rdb$dependent_name where "
-                    "d.rdb$depended_on_name = {} and d.rdb$depended_on_type = 0 and d.rdb$field_name = {} "
+                    "d.rdb$depended_on_name = ? and d.rdb$depended_on_type = 0 and d.rdb$field_name = ? "
                     "order by 1, 2",
-                    trigger, computed, table.literal(), field.literal()));
-    for (const Value& row : rows.items()) {
-        const std::string type(row[1].text());
-        const bool of_constraint = row[3].text() == "1";
-        const Name name(row[2].text());
-        if (type == trigger && !of_constraint) {
-            take(dependents, {kind_of_dependent(type), name});
+                    trigger, computed),
+        table.bytes(), field.bytes());
+    for (const auto& [type, name, of_constraint] : rows) {
+        if (type == trigger && of_constraint == 0) {
+            take(dependents, {kind_of_dependent(type), Name(name)});
         } else {
-            dependents.in_the_way.push_back({of_constraint ? "constraint" : kind_of_dependent(type), name});
+            dependents.in_the_way.push_back(
+                {of_constraint != 0 ? "constraint" : kind_of_dependent(type), Name(name)});
         }
     }
     return dependents;
@@ -74,12 +74,17 @@ Dependents dependents_of_field(zmFBConn& connection, const Name& table, const Na
 
 Dependents dependents_of_table(zmFBConn& connection, const Name& table) {
     Dependents dependents;
-    std::string dropped = table.literal();
-    for (const Name& name : views_on(connection, table)) {
-        take(dependents, {"view", name});
-        dropped += ", " + name.literal();
+    const std::vector<Name> views = views_on(connection, table);
+    for (const Name& view : views) take(dependents, {"view", view});
+    std::string dropped = "?";
+    for (std::size_t i = 0; i < views.size(); ++i) dropped += ", ?";
+    std::vector<Parameter> values;
+    for (int twice = 0; twice < 2; ++twice) {
+        values.emplace_back(table.bytes());
+        for (const Name& view : views) values.emplace_back(view.bytes());
     }
-    const Value rows = exact_rows(
+    values.insert(values.end(), 2, table.bytes());
+    const auto rows = rows_of<int, std::string>(
         connection,
         fmt::format("select distinct d.rdb$dependent_type, d.rdb$dependent_name from rdb$dependencies d "
                     "left join rdb$triggers t on t.rdb$trigger_name = d.rdb$dependent_name left join "
@@ -91,11 +96,11 @@ Dependents dependents_of_table(zmFBConn& connection, const Name& table) {
                     "({0}) union all select 0, c.rdb$relation_name from rdb$ref_constraints r join "
                     "rdb$relation_constraints c on c.rdb$constraint_name = r.rdb$constraint_name join "
                     "rdb$relation_constraints o on o.rdb$constraint_name = r.rdb$const_name_uq where "
-                    "o.rdb$relation_name = {1} and c.rdb$relation_name <> {1} order by 1, 2",
-                    dropped, table.literal()));
-    for (const Value& row : rows.items()) {
-        dependents.in_the_way.push_back({kind_of_dependent(std::string(row[1].text())), Name(row[2].text())});
-    }
+                    "o.rdb$relation_name = ? and c.rdb$relation_name <> ? order by 1, 2",
+                    dropped),
+        values);
+    for (const auto& [type, name] : rows)
+        dependents.in_the_way.push_back({kind_of_dependent(type), Name(name)});
     return dependents;
 }
 

@@ -15,11 +15,7 @@ namespace {
 
 std::string what_was_dropped(zmFBConn& connection, const Name& table, std::vector<Name> objects) {
     objects.push_back(table);
-    std::erase_if(objects, [&](const Name& one) {
-        return exact_rows(connection,
-                          "select 1 from rdb$relations where rdb$relation_name = " + one.literal())
-                   .size() != 0;
-    });
+    std::erase_if(objects, [&](const Name& one) { return is_there(connection, ObjectKind::relation, one); });
     return objects.empty() ? "nothing was dropped" : fmt::format("{} dropped by then", joined(objects));
 }
 

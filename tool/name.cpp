@@ -11,10 +11,10 @@
 namespace zmfb::tool {
 namespace {
 
-std::string in_quotes(std::string_view text, char quote) {
-    std::string all(1, quote);
-    for (const char c : text) all.append(c == quote ? 2 : 1, c);
-    return all + quote;
+std::string in_quotes(std::string_view text) {
+    std::string all = "\"";
+    for (const char c : text) all.append(c == '"' ? 2 : 1, c);
+    return all + '"';
 }
 
 std::string_view between_blanks(std::string_view text) {
@@ -42,13 +42,11 @@ bool Name::is_plain() const {
     return !bytes_.empty() && letter(bytes_[0]) && std::ranges::all_of(bytes_, inner);
 }
 
-std::string Name::quoted() const { return in_quotes(bytes_, '"'); }
-
-std::string Name::literal() const { return in_quotes(bytes_, '\''); }
+std::string Name::quoted() const { return in_quotes(bytes_); }
 
 std::string Name::text() const { return is_utf8(bytes_) ? bytes_ : to_utf8(bytes_); }
 
-std::string Name::shown() const { return is_plain() ? bytes_ : in_quotes(text(), '"'); }
+std::string Name::shown() const { return is_plain() ? bytes_ : in_quotes(text()); }
 
 Name typed_name(std::string_view typed) {
     const std::string_view text = between_blanks(typed);

@@ -9,7 +9,7 @@ namespace zmfb::tool {
 
 /// A name as the engine's own tables have it. Whoever may make an object may give it any name, one that is
 /// SQL too, and methods put names into their statements as they are: they get plain ones only. What is not
-/// plain goes into a statement through quoted(), or as a value through literal(), and is shown so.
+/// plain goes into a statement through quoted(), or as a parameter, and is shown in quotes.
 class Name {
   public:
     /// Blanks at the end are not part of a name.
@@ -22,8 +22,6 @@ class Name {
     [[nodiscard]] bool is_plain() const;
     /// In double quotes, for a statement.
     [[nodiscard]] std::string quoted() const;
-    /// A literal of SQL, in single quotes.
-    [[nodiscard]] std::string literal() const;
     /// In UTF-8, as it is.
     [[nodiscard]] std::string text() const;
     /// In UTF-8, as a statement of a person has it: in double quotes unless it is plain.

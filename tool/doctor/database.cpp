@@ -6,7 +6,6 @@
 #include <cstdlib>
 #include <map>
 
-#include "host/text.h"
 #include "tool/area_id.h"
 #include "tool/catalog.h"
 #include "tool/doctor/checks.h"
@@ -37,19 +36,19 @@ bool has_unique_index(zmFBConn& connection, const SystemTable& table) {
     });
 }
 
-/// What an interrupted run leaves. The names that make a row of the query go into the statement that clears
-/// it up; a row with another name than a plain one is not the driver's.
+/// What an interrupted run leaves. The names that make a row of the query, up to three, go into the statement
+/// that clears it up; a row with another name than a plain one is not the driver's.
 struct Leftover {
     std::string_view query;
     std::string_view clears;
 };
 
 constexpr std::array leftovers{
-    Leftover{"SELECT RDB$RELATION_NAME FROM RDB$RELATIONS WHERE RDB$EXTERNAL_FILE IS NOT NULL AND "
-             "RDB$RELATION_NAME STARTING WITH 'EXT_' ORDER BY 1",
+    Leftover{"SELECT RDB$RELATION_NAME, NULL, NULL FROM RDB$RELATIONS WHERE RDB$EXTERNAL_FILE IS NOT NULL "
+             "AND RDB$RELATION_NAME STARTING WITH 'EXT_' ORDER BY 1",
              "drop table {}"},
-    Leftover{"SELECT RDB$TRIGGER_NAME FROM RDB$TRIGGERS WHERE TRIM(RDB$TRIGGER_NAME) LIKE '%\\_NULLDATES' "
-             "ESCAPE '\\' AND COALESCE(RDB$SYSTEM_FLAG, 0) = 0 ORDER BY 1",
+    Leftover{"SELECT RDB$TRIGGER_NAME, NULL, NULL FROM RDB$TRIGGERS WHERE TRIM(RDB$TRIGGER_NAME) LIKE "
+             "'%\\_NULLDATES' ESCAPE '\\' AND COALESCE(RDB$SYSTEM_FLAG, 0) = 0 ORDER BY 1",
              "drop trigger {}"},
     // A changed field's values are copied into one of this name, which takes the field's name when the field
     // is gone: from then on it is the only one that has them.
@@ -58,8 +57,8 @@ constexpr std::array leftovers{
              "FROM RDB$RELATION_FIELDS O WHERE O.RDB$RELATION_NAME = F.RDB$RELATION_NAME AND "
              "O.RDB$FIELD_NAME = SUBSTRING(F.RDB$FIELD_NAME FROM 8)) ORDER BY 1, 2",
              "alter table {} alter {} to {}"},
-    Leftover{"SELECT F.RDB$RELATION_NAME, F.RDB$FIELD_NAME FROM RDB$RELATION_FIELDS F WHERE F.RDB$FIELD_NAME "
-             "STARTING WITH 'RDDAUX_' AND EXISTS(SELECT 1 FROM RDB$RELATION_FIELDS O WHERE "
+    Leftover{"SELECT F.RDB$RELATION_NAME, F.RDB$FIELD_NAME, NULL FROM RDB$RELATION_FIELDS F WHERE "
+             "F.RDB$FIELD_NAME STARTING WITH 'RDDAUX_' AND EXISTS(SELECT 1 FROM RDB$RELATION_FIELDS O WHERE "
              "O.RDB$RELATION_NAME = F.RDB$RELATION_NAME AND O.RDB$FIELD_NAME = SUBSTRING(F.RDB$FIELD_NAME "
              "FROM 8)) ORDER BY 1, 2",
              "alter table {} drop {}"},
@@ -68,10 +67,12 @@ constexpr std::array leftovers{
 /// The commands that clear up what there is of a kind.
 std::vector<std::string> commands_against(zmFBConn& connection, const Leftover& kind) {
     std::vector<std::string> commands;
-    const Value rows = exact_rows(connection, kind.query);
-    for (const Value& row : rows.items()) {
+    using Text = std::optional<std::string>;
+    for (const auto& [first, second, third] : rows_of<Text, Text, Text>(connection, kind.query)) {
         std::vector<Name> names;
-        for (const Value& name : row.items()) names.emplace_back(name.text());
+        for (const Text& text : {first, second, third}) {
+            if (text) names.emplace_back(*text);
+        }
         if (!all_plain(names)) continue;
         names.resize(3, Name(""));
         commands.push_back(exec_command_line(
@@ -117,10 +118,10 @@ Finding check_dead_processes(Session& session) {
     std::map<long, int> dead;
     for (const SystemTable& table : system_tables()) {
         if (!connection.call("istable", table.name).logical()) continue;
-        const Value rows =
-            exact_rows(connection, fmt::format("SELECT {} FROM {}", table.area_column, table.name));
-        for (const Value& row : rows.items()) {
-            const std::string text = host::trim(row[1]).string();
+        const std::string query =
+            fmt::format("SELECT TRIM(TRAILING FROM {}) FROM {}", table.area_column, table.name);
+        for (const auto& [owner] : rows_of<std::optional<std::string>>(connection, query)) {
+            const std::string text = owner.value_or("");
             const AreaId id = split_area_id(text);
             if (is_alive(id, text, host) == Alive::no) ++dead[id.process.value_or(0)];
         }

@@ -71,8 +71,8 @@ class ExternalTable {
         const Value failed = connection_.call(
             "executeupdate", fmt::format("INSERT INTO {} (TEXT) VALUES ('readable')", name_));
         if (failed.size() != 0) return last_engine_message();
-        const Value rows = exact_rows(connection_, fmt::format("SELECT TEXT FROM {}", name_));
-        if (rows.size() != 1 || rows[1][1].text() != "readable") return "the row did not come back";
+        const auto rows = rows_of<std::string>(connection_, fmt::format("SELECT TEXT FROM {}", name_));
+        if (rows.size() != 1 || std::get<0>(rows[0]) != "readable") return "the row did not come back";
         std::error_code none;
         if (std::filesystem::file_size(path_, none) == 0) {
             return fmt::format("the engine's {} is another file than this program's", path_);
@@ -110,10 +110,11 @@ Finding check_functions_callable(Session& session) {
     for (const Function& function : functions) {
         if (!connection.call("isudf", function.name, module_name).logical()) continue;
         try {
-            exact_rows(connection, fmt::format("SELECT {} FROM RDB$DATABASE", function.call));
+            rows_of<int>(connection,
+                         fmt::format("SELECT IIF({} IS NULL, 0, 1) FROM RDB$DATABASE", function.call));
         } catch (const Failure& failure) {
             failed += (failed.empty() ? "" : ", ") + std::string(function.name);
-            said = last_engine_message();
+            said = failure.detail;
         }
     }
     if (failed.empty()) return {"functions callable", State::ok, "every one that is declared"};

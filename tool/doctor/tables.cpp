@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 
 #include <array>
+#include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -24,20 +26,18 @@ constexpr std::string_view parts_of_tables =
     "F.RDB$RELATION_NAME = R.RDB$RELATION_NAME AND F.RDB$FIELD_NAME IN ('RECNO', 'RDD_AREAID')) = 2 ORDER BY "
     "1";
 
-/// A part that a table of the driver has, and how many of it.
+/// A part that a table of the driver has, how many of it there have to be, and how many there are.
 struct Part {
     std::string_view name;
-    std::string_view count;
+    std::int64_t wanted;
+    std::int64_t count;
 };
-constexpr std::array parts{Part{"its description", "1"}, Part{"its index", "1"}, Part{"a generator", "2"},
-                           Part{"a trigger", "2"}};
 
-/// What a row of the query lacks; empty for a whole table.
-std::string missing_in(const Value& row) {
+/// What is lacking of it; empty for a whole table.
+std::string missing_in(std::span<const Part> parts) {
     std::string missing;
-    for (std::size_t i = 0; i < parts.size(); ++i) {
-        if (row[i + 2].text() == parts[i].count) continue;
-        missing += fmt::format("{}{}", missing.empty() ? "" : ", ", parts[i].name);
+    for (const Part& part : parts) {
+        if (part.count != part.wanted) missing += fmt::format("{}{}", missing.empty() ? "" : ", ", part.name);
     }
     return missing;
 }
@@ -47,10 +47,13 @@ std::string missing_in(const Value& row) {
 Finding check_tables(Session& session) {
     std::string text;
     std::string calls;
-    const Value rows = exact_rows(session.connection_to_any(), parts_of_tables);
-    for (const Value& row : rows.items()) {
-        const Name name(row[1].text());
-        const std::string missing = missing_in(row);
+    const auto rows = rows_of<std::string, int, std::int64_t, std::int64_t, std::int64_t>(
+        session.connection_to_any(), parts_of_tables);
+    for (const auto& [table, descriptions, indexes, generators, triggers] : rows) {
+        const Name name(table);
+        const std::string missing =
+            missing_in(std::array{Part{"its description", 1, descriptions}, Part{"its index", 1, indexes},
+                                  Part{"a generator", 2, generators}, Part{"a trigger", 2, triggers}});
         if (!name.is_plain() || missing.empty()) continue;
         text += fmt::format("{}{} lacks {}", text.empty() ? "" : "; ", name.bytes(), missing);
         calls += fmt::format("{}zmfb call 'droptable(\"{}\")'", calls.empty() ? "" : ", ", name.bytes());

@@ -49,9 +49,9 @@ class Walk {
         Dependents dependents = dependents_of_table(connection_, Name(table_));
         const std::vector<Name> twice =
             names_of(connection_,
-                     fmt::format("select rdb$view_name from rdb$view_relations where rdb$relation_name = {} "
-                                 "group by 1 having count(*) > 1",
-                                 Name(table_).literal()));
+                     "select rdb$view_name from rdb$view_relations where rdb$relation_name = ? "
+                     "group by 1 having count(*) > 1",
+                     table_);
         for (const Name& view : twice) {
             std::erase_if(dependents.taken, [&](const Dependent& one) { return one.name == view; });
             dependents.in_the_way.push_back({"view that names it twice", view});

@@ -53,8 +53,6 @@ begin
   suspend;
 end)";
 
-std::int64_t whole(const Value& value) { return std::stoll(std::string(value.text())); }
-
 }  // namespace
 
 std::string wanted_type(const FieldLine& line) {
@@ -68,24 +66,22 @@ Fit fit_of(zmFBConn& connection, const FieldLine& line) {
         fit.refusal = "there is no such type";
         return fit;
     }
-    Value rows;
+    using Whole = std::optional<std::int64_t>;
+    const std::string query = fmt::format(conversion, fmt::arg("table", Name(line.table).quoted()),
+                                          fmt::arg("field", Name(line.field).quoted()),
+                                          fmt::arg("type", sql_type(line)), fmt::arg("named", named_records));
     try {
-        rows = exact_rows(connection,
-                          fmt::format(conversion, fmt::arg("table", Name(line.table).quoted()),
-                                      fmt::arg("field", Name(line.field).quoted()),
-                                      fmt::arg("type", sql_type(line)), fmt::arg("named", named_records)));
+        for (const auto& [kind, record, total] : rows_of<int, Whole, Whole>(connection, query)) {
+            Records& records = kind == 1 ? fit.misfits : fit.changed;
+            if (record) {
+                records.first.push_back(*record);
+            } else {
+                records.count = static_cast<std::uint64_t>(total.value_or(0));
+            }
+        }
     } catch (const Failure& failure) {
         fit.refusal = failure.detail;
         std::ranges::replace(fit.refusal, '\n', ' ');
-        return fit;
-    }
-    for (const Value& row : rows.items()) {
-        Records& records = row[1].text() == "1" ? fit.misfits : fit.changed;
-        if (row[2].is_nil()) {
-            records.count = static_cast<std::uint64_t>(whole(row[3]));
-        } else {
-            records.first.push_back(whole(row[2]));
-        }
     }
     return fit;
 }

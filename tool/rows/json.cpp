@@ -44,7 +44,7 @@ class JsonWriter : public RowWriter {
     void write_tail(bool) override { put(rows() == 0 ? "]\n" : "\n]\n"); }
 
     void add_value(const ResultColumn& column, const Cell& cell) {
-        const bool bare = column.letter == 'L' || (column.is_number() && cell && is_finite(*cell));
+        const bool bare = column.type == SqlType::boolean || (column.is_number() && cell && is_finite(*cell));
         line_ += !cell ? "null" : bare ? *cell : json_text(*cell);
     }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "tool/encoding.h"
 #include "tool/interrupt.h"
 #include "tool/name.h"
 
@@ -16,27 +15,17 @@ std::optional<Mode> mode_of(std::string_view name) {
     return static_cast<Mode>(found - std::begin(mode_names));
 }
 
-void RowWriter::header(const host::Value& columns) {
-    for (const host::Value& column : columns.items()) {
-        columns_.push_back({Name(column[1].text()).text(), column[2].text().front(), column[5].logical()});
-    }
+void RowWriter::write(Rows rows) {
+    for (const Column& column : rows.columns()) columns_.push_back({Name(column.name).text(), column.type});
     cells_.resize(columns_.size());
     begun_ = true;
     write_head();
-}
-
-bool RowWriter::row(const host::Value& values) {
-    for (std::size_t i = 0; i < cells_.size(); ++i) {
-        const host::Value& value = values[i + 1];
-        if (value.is(host::Kind::nil)) {
-            cells_[i].reset();
-        } else {
-            cells_[i] = columns_[i].is_utf8 ? std::string(value.text()) : to_utf8(value.text());
-        }
+    for (const Row& row : rows) {
+        for (std::size_t i = 0; i < cells_.size(); ++i) cells_[i] = row[i].text();
+        ++rows_;
+        write_row(cells_);
+        if (interrupted()) break;
     }
-    ++rows_;
-    write_row(cells_);
-    return !interrupted();
 }
 
 void RowWriter::end(bool complete) {

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tool/rows/sink.h"
-#include "zmfbconn/exact.h"
+#include "zmfbconn/transaction.h"
 
 namespace zmfb::tool {
 
@@ -30,20 +30,24 @@ using Cell = std::optional<std::string>;
 
 struct ResultColumn {
     std::string name;
-    char letter = ' ';  ///< as in the header of a query
-    bool is_utf8 = false;
-    [[nodiscard]] bool is_number() const { return letter == 'N'; }
+    SqlType type = SqlType::other;
+    [[nodiscard]] bool is_number() const {
+        return type == SqlType::integer || type == SqlType::decimal || type == SqlType::real;
+    }
 };
 
 /// Writes the rows of a query as they come; a query that finds none has its head written too. Ctrl-C ends
 /// it where somebody watches for that.
-class RowWriter : public RowReader {
+class RowWriter {
   public:
     explicit RowWriter(Sink& sink) : sink_(sink) {}
+    RowWriter(const RowWriter&) = delete;
+    RowWriter& operator=(const RowWriter&) = delete;
+    virtual ~RowWriter() = default;
 
-    void header(const host::Value& columns) final;
-    bool row(const host::Value& values) final;
-    /// Writes what comes behind the rows, if there was a header. `complete` is .F. when the query failed.
+    /// Reads the rows and writes them. Throws SqlError.
+    void write(Rows rows);
+    /// Writes what comes behind the rows, if there was a head. `complete` is .F. when the query failed.
     void end(bool complete);
 
   protected:

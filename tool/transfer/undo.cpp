@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <thread>
 
-#include "host/text.h"
 #include "tool/catalog.h"
 #include "tool/encoding.h"
 #include "tool/interrupt.h"
@@ -21,15 +20,7 @@ constexpr std::string_view data_file_prefix = "/tmp/zmrdd";
 
 // A refused question is no answer: it throws Failure.
 bool is_table(zmFBConn& connection, const std::string& table) {
-    return exact_rows(connection,
-                      "select 1 from rdb$relations where rdb$relation_name = " + Name(table).literal())
-               .size() != 0;
-}
-
-bool is_generator(zmFBConn& connection, const std::string& generator) {
-    return exact_rows(connection,
-                      "select 1 from rdb$generators where rdb$generator_name = " + Name(generator).literal())
-               .size() != 0;
+    return is_there(connection, ObjectKind::relation, Name(table));
 }
 
 // The engine lets go of what a killed process had in use only when it notices its death.
@@ -83,7 +74,7 @@ class Undo {
         if (is_table(connection, begun_.table)) drop(connection, "table", begun_.table);
         for (const char* end : {"_I", "_D"}) {
             const std::string generator = "G_" + begun_.table + end;
-            if (is_generator(connection, generator))
+            if (is_there(connection, ObjectKind::generator, Name(generator)))
                 connection.call("executeupdate", "DROP GENERATOR " + generator);
         }
     }
@@ -117,11 +108,13 @@ class Undo {
 }  // namespace
 
 std::string external_file_of(zmFBConn& connection, const std::string& table) {
-    const Value found = exact_rows(connection,
-                                   "select rdb$external_file from rdb$relations where rdb$external_file is "
-                                   "not null and rdb$relation_name = " +
-                                       Name(table).literal());
-    return found.size() == 0 ? "" : host::alltrim(found[1][1]).string();
+    const auto found = rows_of<std::string>(
+        connection,
+        fmt::format("select trim(rdb$external_file) from rdb$relations where rdb$external_file is not null "
+                    "and rdb$relation_name = {}",
+                    any_name),
+        table);
+    return found.empty() ? "" : std::get<0>(found.front());
 }
 
 void remove_files(const Begun& begun) {
