@@ -63,11 +63,11 @@ std::string code_page_named(std::string_view words) {
     const std::string text = bare(words);
     if (text == "utf8" || text == "65001") return "UTF-8";
     if (const std::string part = number_behind(text, {"iso8859", "8859"}); !part.empty()) {
-        if (const std::string name = "ISO-8859-" + part; is_known(name)) return name;
+        if (std::string name = "ISO-8859-" + part; is_known(name)) return name;
     }
     if (const std::string number = number_behind(text, {"", "cp", "ansi", "oem", "windows", "ibm"});
         !number.empty()) {
-        if (const std::string name = "CP" + number; is_known(name)) return name;
+        if (std::string name = "CP" + number; is_known(name)) return name;
     }
     return is_known(text) ? text : "";
 }

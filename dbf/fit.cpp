@@ -17,7 +17,7 @@ bool is_mark(char byte) { return byte == record_in_use || byte == record_deleted
 /// How well a way fits.
 struct Look {
     bool marks = false;   ///< each of the first records begins with a deletion mark
-    bool length = false;  ///< the file ends behind the last record, or behind the byte that says so
+    bool length = false;  ///< the file ends behind the last record, or behind the one byte that says so
 };
 
 Look look_at(const Source& file, const Fit& way, std::uint64_t records) {
@@ -30,7 +30,8 @@ Look look_at(const Source& file, const Fit& way, std::uint64_t records) {
         look.marks = look.marks && mark.size() == 1 && is_mark(mark[0]);
     }
     const std::uint64_t rest = room - whole * way.record_size;
-    look.length = whole == records && (rest == 0 || rest == 1);
+    const bool marked = read_bytes(file, file.size() - 1, 1) == std::string(1, end_of_file);
+    look.length = whole == records && rest == (marked ? 1 : 0);
     return look;
 }
 
@@ -77,7 +78,7 @@ Fit find_fit(const Source& file, const Described& described, Dialect dialect, co
     for (const Fit& way : all) {
         const Look look = look_at(file, way, announced.records);
         if (is_consistent(way, described, announced) && consistent == nullptr) {
-            if (look.marks) return way;
+            if (look.marks || look.length) return way;
             consistent = &way;
         }
         const int rank = (look.marks ? 2 : 0) + (look.length ? 1 : 0);

@@ -266,9 +266,23 @@ TEST(DbfHeader, AFileThatEndsInsideARecordIsCutOff) {
 }
 
 TEST(DbfHeader, RecordsWithoutADeletionMarkAreReadWhenTheSizesAgree) {
-    const Header header = header_of(two().raw_record("Xaaaa111").raw_record("\0bbbb222"));
-    EXPECT_EQ(header.record_size, 8U);
-    EXPECT_EQ(header.start, 97U);
+    const std::string zero(1, '\0');
+    const DbfBuilder files[] = {
+        two().raw_record("Xaaaa111").raw_record(zero + "bbbb222"),
+        // A byte further on there would be marks.
+        DbfBuilder()
+            .field("A", 'N', 4)
+            .field("B", 'C', 3)
+            .raw_record(zero + "   1aaa")
+            .raw_record(zero + "   2bbb"),
+    };
+    for (const DbfBuilder& file : files) {
+        const Header header = header_of(file);
+        EXPECT_EQ(header.record_size, 8U);
+        EXPECT_EQ(header.start, 97U);
+        EXPECT_EQ(header.records, 2U);
+        EXPECT_EQ(header.notes, Lines{});
+    }
 }
 
 TEST(DbfHeader, RecordsOf32768BytesAndMoreHaveTheirLength) {
