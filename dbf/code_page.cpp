@@ -1,5 +1,6 @@
 #include "dbf/code_page.h"
 
+#include <fmt/format.h>
 #include <iconv.h>
 
 #include <algorithm>
@@ -74,12 +75,18 @@ std::string code_page_named(std::string_view words) {
 
 std::string find_code_page_file(const std::string& path) { return find_companion(path, ".cpg"); }
 
-std::string code_page(const std::string& path, const Header& header) {
+std::string code_page(const std::string& path, Header& header) {
     if (const std::string file = find_code_page_file(path); !file.empty()) {
         const std::string words = read_bytes(*open_file(file), 0, longest_name);
         if (std::string name = code_page_named(words); !name.empty()) return name;
+        header.notes.push_back(
+            fmt::format("its .cpg file names no code page that is known: {}", bare(words)));
     }
-    return code_page_of(header.language);
+    std::string name = code_page_of(header.language);
+    if (name.empty() && header.language != 0)
+        header.notes.push_back(
+            fmt::format("its language byte {:02X} means no code page that is known", header.language));
+    return name;
 }
 
 struct ToUtf8::State {

@@ -90,8 +90,23 @@ TEST_F(Companions, ACpgFileGoesBeforeTheLanguageByte) {
     EXPECT_EQ(code_page(table, header), "CP1252");
     write("A.CPG", "UTF-8");
     EXPECT_EQ(code_page(table, header), "UTF-8");
-    write("a.cpg", "System");
-    EXPECT_EQ(code_page(table, header), "CP1252") << "words that say nothing";
+}
+
+TEST_F(Companions, WhatNamesNoCodePageThatIsKnownIsNoted) {
+    const std::string table = write("a.dbf");
+    write("a.cpg", "System\r\n");
+    Header header;
+    header.language = 0x03;
+    EXPECT_EQ(code_page(table, header), "CP1252");
+    EXPECT_EQ(header.notes,
+              std::vector<std::string>{"its .cpg file names no code page that is known: system"});
+    Header odd;
+    odd.language = 0x05;
+    EXPECT_EQ(code_page(write("b.dbf"), odd), "");
+    EXPECT_EQ(odd.notes, std::vector<std::string>{"its language byte 05 means no code page that is known"});
+    Header plain;
+    EXPECT_EQ(code_page(path("b.dbf"), plain), "");
+    EXPECT_EQ(plain.notes, std::vector<std::string>{}) << "0 says nothing";
 }
 
 TEST_F(Companions, AMemoFileIsFoundInAnyLetterCaseAndByTheDialectFirst) {

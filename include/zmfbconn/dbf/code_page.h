@@ -23,8 +23,9 @@ std::string code_page_named(std::string_view words);
 std::string find_code_page_file(const std::string& path);
 
 /// The character set of the file at `path`, by its .cpg file or else its language byte; "" when neither says
-/// it. Throws std::system_error when the .cpg file cannot be read.
-std::string code_page(const std::string& path, const Header& header);
+/// it. What one of them says and nobody knows becomes a note of the header. Throws std::system_error when the
+/// .cpg file cannot be read.
+std::string code_page(const std::string& path, Header& header);
 
 /// From a character set into UTF-8.
 class ToUtf8 {

@@ -20,7 +20,7 @@ class Records {
     /// Those that the header counts and the file holds whole; with `behind` those too that it does not count.
     Records(const Source& file, const Header& header, bool behind = false);
 
-    /// To the next record, from before the first one on; .F. behind the last. Throws std::system_error when
+    /// To the next record, from before the first one on; false behind the last. Throws std::system_error when
     /// the file cannot be read, or has become shorter.
     bool next();
 
