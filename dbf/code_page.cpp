@@ -73,10 +73,8 @@ std::string code_page_named(std::string_view words) {
     return is_known(text) ? text : "";
 }
 
-std::string find_code_page_file(const std::string& path) { return find_companion(path, ".cpg"); }
-
 std::string code_page(const std::string& path, Header& header) {
-    if (const std::string file = find_code_page_file(path); !file.empty()) {
+    if (const std::string file = find_companion(path, ".cpg"); !file.empty()) {
         const std::string words = read_bytes(*open_file(file), 0, longest_name);
         if (std::string name = code_page_named(words); !name.empty()) return name;
         header.notes.push_back(

@@ -12,8 +12,6 @@ namespace {
 constexpr std::size_t database_name_size = 263;
 constexpr std::uint64_t most_marks = 256;
 
-bool is_mark(char byte) { return byte == record_in_use || byte == record_deleted; }
-
 /// How well a way fits.
 struct Look {
     bool marks = false;   ///< each of the first records begins with a deletion mark

@@ -56,6 +56,10 @@ std::string joined(const std::vector<std::string>& reasons) {
     return all;
 }
 
+std::string of_records(std::uint64_t count) {
+    return fmt::format("{} record{}", count, count == 1 ? "" : "s");
+}
+
 class Reading {
   public:
     explicit Reading(const Source& file) : file_(file), beginning_(read_bytes(file, 0, largest_header + 1)) {}
@@ -157,14 +161,13 @@ class Reading {
             const std::uint64_t end = header_.start + whole * header_.record_size;
             const std::string rest = read_bytes(file_, end, header_.record_size);
             if (!rest.empty() && rest[0] != end_of_file) header_.cut_off = rest.size();
-            note("its header counts {} records, the file has {}{}", counted, whole,
+            note("its header counts {}, the file has {}{}", of_records(counted), whole,
                  header_.cut_off > 0 ? " and the beginning of another" : "");
             return;
         }
         header_.behind = count_behind(whole - counted);
         if (header_.behind > 0) {
-            note("its header counts {} records, and behind them the file has {} more", counted,
-                 header_.behind);
+            note("its header counts {}, the file has {} more", of_records(counted), header_.behind);
         }
     }
 
@@ -175,8 +178,7 @@ class Reading {
         behind.records = most;
         std::uint64_t found = 0;
         for (Records records(file_, behind); records.next(); ++found) {
-            const char mark = records.bytes().front();
-            if (mark != record_in_use && mark != record_deleted) break;
+            if (!is_mark(records.bytes().front())) break;
         }
         return found;
     }

@@ -20,6 +20,9 @@ inline constexpr char end_of_file = 0x1A;
 inline constexpr char record_in_use = ' ';
 inline constexpr char record_deleted = '*';
 
+/// Whether a record may begin with that byte.
+inline bool is_mark(char byte) { return byte == record_in_use || byte == record_deleted; }
+
 /// An unsigned number in the `size` bytes from `position` on, which `bytes` has to have.
 std::uint64_t little_endian(std::string_view bytes, std::size_t position, std::size_t size);
 std::uint64_t big_endian(std::string_view bytes, std::size_t position, std::size_t size);

@@ -137,7 +137,8 @@ TEST(DbfHeader, NullFlagsAreNoFieldAndTheirBitsAreInTheOrderOfTheFields) {
                                         .field("D", 'Q', 9)
                                         .field("_NullFlags", '0', 1, 0, 5));
     ASSERT_EQ(header.fields.size(), 4U);
-    EXPECT_FALSE(header.fields[0].nullable());
+    EXPECT_FALSE(header.fields[0].null_bit);
+    EXPECT_FALSE(header.fields[0].length_bit);
     EXPECT_EQ(header.fields[1].length_bit, 0);
     EXPECT_EQ(header.fields[1].null_bit, 1);
     EXPECT_EQ(header.fields[2].null_bit, 2);
@@ -235,7 +236,7 @@ std::vector<Lie> lies() {
          97,
          8,
          2,
-         {"its header counts 1 records, and behind them the file has 1 more"}},
+         {"its header counts 1 record, the file has 1 more"}},
     };
 }
 

@@ -18,9 +18,6 @@ std::string code_page_of(std::uint8_t language);
 /// The character set that the words of a .cpg file mean: "UTF-8", "1252", "ANSI 1252", "ISO 88591". "" when
 /// they mean none that is known.
 std::string code_page_named(std::string_view words);
-/// The path of the .cpg file beside the DBF file at `path`, its name in any letter case; "" when there is
-/// none.
-std::string find_code_page_file(const std::string& path);
 
 /// The character set of the file at `path`, by its .cpg file or else its language byte; "" when neither says
 /// it. What one of them says and nobody knows becomes a note of the header. Throws std::system_error when the

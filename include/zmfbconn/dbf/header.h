@@ -40,16 +40,12 @@ struct Field {
     std::size_t length = 0;         ///< in bytes
     int decimals = 0;               ///< of those of a number behind the point
     std::size_t offset = 0;         ///< in the record, whose first byte is the deletion mark
-    std::uint8_t flags = 0;         ///< Visual FoxPro's: see the functions
-    std::optional<int> null_bit;    ///< among the table's NULL flags; set when the value is NULL
+    std::uint8_t flags = 0;         ///< Visual FoxPro's
+    std::optional<int> null_bit;    ///< of a field that may be NULL: among the NULL flags
     std::optional<int> length_bit;  ///< of V and Q; set when the last byte is the value's length
 
-    /// Whether the value may be NULL.
-    [[nodiscard]] bool nullable() const { return null_bit.has_value(); }
     /// Whether the texts are bytes that no code page belongs to.
     [[nodiscard]] bool binary() const { return (flags & 0x04) != 0; }
-    /// Whether each new record gets the next number.
-    [[nodiscard]] bool counts_up() const { return type == '+' || (flags & 0x0C) == 0x0C; }
 };
 
 /// A header, and how many records the file holds.
