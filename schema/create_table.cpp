@@ -4,6 +4,7 @@
 #include "host/text.h"
 #include "schema/column.h"
 #include "schema/methods.h"
+#include "zmfbconn/driver_table.h"
 
 namespace zmfb::schema {
 namespace {
@@ -41,8 +42,10 @@ bool create_relation(Self& self, const TableName& table, const Value& structure)
     return update_or_raise(self, create_statement, aparam, "Error on creating Table; FB Error: ");
 }
 
+constexpr std::string_view driver_description = "Created by ZMRDDFIRE";
+
 bool describe_table(Self& self, const TableName& table) {
-    const Value saux = call(self, "settabledescription", table.passed, "Created by ZMRDDFIRE");
+    const Value saux = call(self, "settabledescription", table.passed, driver_description);
     if (empty(saux)) return true;
     conn::raiseerror("Erro na descrição da tabela; Tabela: "_l1 + table.passed);
     return false;
@@ -137,3 +140,69 @@ Value createtableexternal(Self& self, Args args) {
 }
 
 }  // namespace zmfb::schema
+
+namespace zmfb {
+
+using schema::Column;
+
+namespace {
+
+std::string filled(std::string_view sstmt, std::initializer_list<Parameter> parameters) {
+    Value text(sstmt);
+    for (const Parameter& one : parameters) text = strtran(text, one.placeholder, one.value);
+    return text.string();
+}
+
+std::string definition_of(Column column, const Value& len, const Value& dec) {
+    const std::string text =
+        filled(schema::column_template(column), {{"@@FIELDLEN", len}, {"@@FIELDDEC", dec}});
+    return text.substr(text.find(' ') + 1);
+}
+
+}  // namespace
+
+DriverColumn driver_column(std::string_view name, char type, std::size_t length, int decimals) {
+    const Column column = schema::column_of_type(Value(std::string_view(&type, 1))).value();
+    const Value len = std::to_string(length), dec = std::to_string(decimals);
+    const Value description = schema::column_description(column, len, dec);
+    return {.name = std::string(name),
+            .definition = definition_of(column, len, dec),
+            .description = description.is_nil() ? "" : description.string()};
+}
+
+std::vector<std::string> statements_to_begin_table(std::string_view table,
+                                                   std::span<const DriverColumn> columns,
+                                                   std::string_view description) {
+    const auto described = [](std::string_view what, const std::string& text) {
+        return "COMMENT ON " + std::string(what) + " IS '" + text + "'";
+    };
+    const std::string name(table);
+    std::string definitions;
+    std::vector<std::string> descriptions{described("TABLE " + name, std::string(description))};
+    for (const DriverColumn& column : columns) {
+        definitions += column.name + ' ' + column.definition + ',';
+        if (!column.description.empty())
+            descriptions.push_back(described("COLUMN " + name + '.' + column.name, column.description));
+    }
+    definitions += "RDD_AREAID " + definition_of(Column::area_identity, "50", "") + ",RECNO " +
+                   definition_of(Column::record_number, "", "");
+    std::vector<std::string> statements{filled(
+        schema::create_statement, {{"@@TABLENAME", table}, {"@@FIELDS", definitions}, {"@@RECNO", "RECNO"}})};
+    statements.insert(statements.end(), descriptions.begin(), descriptions.end());
+    for (const std::string_view generator : {schema::insert_generator, schema::delete_generator})
+        statements.push_back(filled(generator, {{"@@TABLENAME", table}}));
+    return statements;
+}
+
+std::vector<std::string> statements_to_finish_table(std::string_view table) {
+    const std::string name(table);
+    return {filled(schema::recno_index, {{"@@TABLENAME", table}}),
+            filled(schema::insert_trigger, {{"@@TRIGGERNAME", name + "_RECNO"},
+                                            {"@@TABLENAME", table},
+                                            {"@@RECNO", "RECNO"},
+                                            {"@@AREAID", "RDD_AREAID"}}),
+            filled(schema::delete_trigger, {{"@@TRIGGERNAME", name + "_DELETES"}, {"@@TABLENAME", table}}),
+            "COMMENT ON TABLE " + name + " IS '" + std::string(schema::driver_description) + "'"};
+}
+
+}  // namespace zmfb
