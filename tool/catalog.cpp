@@ -48,7 +48,7 @@ std::string moment_of(int code) {
 }  // namespace
 
 std::string_view kind_name(TableKind kind) {
-    constexpr std::array<std::string_view, 4> names{"driver", "system", "foreign", "view"};
+    constexpr std::array<std::string_view, 5> names{"driver", "system", "unfinished", "foreign", "view"};
     return names.at(static_cast<std::size_t>(kind));
 }
 
@@ -83,17 +83,21 @@ std::vector<Name> reserved_among(zmFBConn& connection, std::span<const Name> nam
 
 namespace {
 
-// Whether it is a view, whether it has the driver's description, and how many of the generators named after
+// Whether it is a view, what its description makes of it, and how many of the generators named after
 // it were made by others than its owner. The function is the driver's: without it, or the right to call it,
 // nothing is told.
 using Relation = std::tuple<std::string, int, int, std::int64_t>;
 constexpr std::string_view relations =
     "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), "
-    "iif(trim(zmblobsubstr(r.rdb$description, 1, 255)) = 'Created by ZMRDDFIRE', 1, 0), "
+    "decode(trim(zmblobsubstr(r.rdb$description, 1, 255)), 'Created by ZMRDDFIRE', 1, "
+    "'Unfinished import for ZMRDDFIRE', 2, 0), "
     "(select count(*) from rdb$generators g "
     "where g.rdb$owner_name <> r.rdb$owner_name and g.rdb$generator_name in ("
     "'G_' || trim(trailing from r.rdb$relation_name) || '_I', "
     "'G_' || trim(trailing from r.rdb$relation_name) || '_D')) from rdb$relations r where ";
+
+static_assert(relations.find(unfinished_description) != relations.npos);
+constexpr int finished = 1, unfinished = 2;
 
 constexpr std::string_view columns_of_described =
     "select f.rdb$relation_name, f.rdb$field_name from rdb$relation_fields f join rdb$relations r on "
@@ -121,7 +125,8 @@ TableKind kind_by(const Relation& relation) {
     if (is_view != 0) return TableKind::view;
     if (!name.is_plain()) return TableKind::foreign;
     if (std::ranges::find(system_tables, name.bytes()) != system_tables.end()) return TableKind::system;
-    return described != 0 && generators_of_others == 0 ? TableKind::driver : TableKind::foreign;
+    if (described == unfinished) return TableKind::unfinished;
+    return described == finished && generators_of_others == 0 ? TableKind::driver : TableKind::foreign;
 }
 
 // The driver makes nothing but plain names, none of them reserved, and all parts of a table as one user; the

@@ -15,10 +15,13 @@
 namespace zmfb::tool {
 
 /// What a table is to the driver. Only the names of driver and system tables, and of their columns, are sure
-/// to be plain ones.
-enum class TableKind { driver, system, foreign, view };
+/// to be plain ones. An unfinished one is that of an import that runs, or did not come to its end.
+enum class TableKind { driver, system, unfinished, foreign, view };
 
-/// "driver", "system", "foreign" or "view".
+/// How an unfinished table describes itself.
+inline constexpr std::string_view unfinished_description = "Unfinished import for ZMRDDFIRE";
+
+/// "driver", "system", "unfinished", "foreign" or "view".
 std::string_view kind_name(TableKind kind);
 
 struct Table {

@@ -8,8 +8,8 @@
 namespace zmfb::test {
 namespace {
 
-/// Goes through an import on a small file system that nobody else sees, and then through what it says is to
-/// be done when there is room again. Prints each step with its status and what it said.
+/// Goes through an import on a small file system that nobody else sees, and through another when there is
+/// room again. Prints each step with its status and what it said.
 constexpr const char* script = R"(
 mount -t tmpfs -o size=${2}k none "$1/disk" || exit 77
 cp "$1/empty.fdb" "$1/disk/test.fdb"
@@ -20,11 +20,7 @@ tool=$3
 export ZMFB_DB=$1/disk/test.fdb
 ulimit -t 60
 step import "$tool" import "$dbf"
-cp "$out" "$1/import.out"
 mount -o remount,size=200m "$1/disk"
-sed -n 's/.*this drops it: zmfb //p' "$1/import.out" | while read -r words; do
-    step "$words" eval "'$tool' $words"
-done
 step tables "$tool" tables
 step again "$tool" import "$1/small/big.dbf"
 step count "$tool" query --mode csv 'select count(*) from big'
@@ -67,15 +63,13 @@ std::string step_of(const std::string& steps, const std::string& name) {
     return steps.substr(start + head.size(), steps.find("\n== ", start) - start - head.size());
 }
 
-TEST_P(FullDisk, AnImportSaysWhyItFailedAndRemovesWhatItMadeOrSaysHow) {
+TEST_P(FullDisk, AnImportSaysWhyItFailedAndRemovesWhatItMade) {
     const std::string all = steps(GetParam());
     const std::string imported = step_of(all, "import");
     EXPECT_TRUE(imported.starts_with("status 1\n")) << imported;
     EXPECT_NE(imported.find("error: " + file("big.dbf") + " was not imported\n"), std::string::npos)
         << imported;
-    const bool died = imported.find("its process was ended by signal") != std::string::npos;
-    EXPECT_TRUE(died || imported.find("No space left on device") != std::string::npos) << imported;
-    EXPECT_NE(imported.find("data file /tmp/zmrdd"), std::string::npos) << imported;
+    EXPECT_NE(imported.find("No space left on device"), std::string::npos) << imported;
     EXPECT_EQ(step_of(all, "tables").find("BIG"), std::string::npos) << all;
     EXPECT_TRUE(step_of(all, "again").starts_with("status 0\n")) << all;
     EXPECT_EQ(step_of(all, "count"), "status 0\nCOUNT\r\n2\r\n") << all;

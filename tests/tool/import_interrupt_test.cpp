@@ -24,9 +24,8 @@ class ImportInterrupt : public Tool {
     [[nodiscard]] bool has_table(const std::string& table) const {
         return on(path, {"call", "istable('" + table + "')"}).out == ".T.\n";
     }
-    /// Runs the tool with these words of a shell until the external table EXT_BIG is there, and sends it a
-    /// signal.
-    Finished interrupted(const std::string& words, int signal) const {
+    /// Runs the tool with these words of a shell until the table is there, and sends it a signal.
+    Finished interrupted(const std::string& words, const std::string& table, int signal) const {
         const std::string pid_file = file("pid");
         Finished finished;
         // The shell writes its own number and becomes the tool.
@@ -36,9 +35,9 @@ class ImportInterrupt : public Tool {
                      "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), "sh", "-c",
                      "echo $$ > '" + pid_file + "'; exec '" ZMFB_TOOL "' --db '" + path + "' " + words});
         });
-        for (int i = 0; i < 600 && !has_table("EXT_BIG"); ++i)
+        for (int i = 0; i < 600 && !has_table(table); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        EXPECT_TRUE(has_table("EXT_BIG")) << "over before it could be interrupted";
+        EXPECT_TRUE(has_table(table)) << "over before it could be interrupted";
         kill(std::stoi(read_file(pid_file)), signal);
         tool.join();
         return finished;
@@ -46,18 +45,12 @@ class ImportInterrupt : public Tool {
     std::string path;
 };
 
-TEST_F(ImportInterrupt, LeavesNothingAndSaysWhatWasUndone) {
+TEST_F(ImportInterrupt, LeavesNothing) {
     const std::string before = on(path, {"tables"}).out;
-    const Finished finished = interrupted("import '" + file("big.dbf") + "'", SIGINT);
+    const Finished finished = interrupted("import '" + file("big.dbf") + "'", "BIG", SIGINT);
     EXPECT_EQ(finished.status, 130) << finished.err;
     EXPECT_EQ(finished.out, "");
-    const std::vector<std::string> said = lines(finished.err);
-    ASSERT_EQ(said.size(), 4U) << finished.err;
-    EXPECT_EQ(said[0], "error: the import of " + file("big.dbf") + " was interrupted, and undone");
-    EXPECT_EQ(said[1], "  external table EXT_BIG dropped");
-    EXPECT_EQ(said[2], "  table BIG dropped");
-    ASSERT_TRUE(said[3].starts_with("  data file /tmp/zmrdd")) << said[3];
-    EXPECT_FALSE(std::filesystem::exists(said[3].substr(12, said[3].find(" removed") - 12)));
+    EXPECT_EQ(finished.err, "error: the import of " + file("big.dbf") + " was interrupted, and undone\n");
     EXPECT_EQ(on(path, {"tables"}).out, before);
     const std::string left =
         on(path, {"query", "--mode", "csv",
@@ -72,7 +65,7 @@ TEST_F(ImportInterrupt, AnExportLeavesTheFileThatWasThereAndTheTable) {
     ASSERT_EQ(on(path, {"import", file("big.dbf")}).status, 0);
     std::filesystem::create_directory(file("out"));
     write_file("out/big.dbf", "something dear");
-    const Finished finished = interrupted("export --yes big -o '" + file("out") + "'", SIGTERM);
+    const Finished finished = interrupted("export --yes big -o '" + file("out") + "'", "EXT_BIG", SIGTERM);
     EXPECT_EQ(finished.status, 143) << finished.err;
     EXPECT_TRUE(
         finished.err.starts_with("error: the export of big was interrupted, and undone\n"

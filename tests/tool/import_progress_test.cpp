@@ -46,24 +46,5 @@ TEST_F(ImportProgress, ShowsRecordsRateAndTimeLeftOnATerminalAndLeavesOnlyTheSum
     EXPECT_NE(screen.text().find("BIG: 200000 records, 2 fields, "), std::string::npos) << screen.text();
 }
 
-TEST_F(ImportProgress, GoesOnUnwatchedWhereTheDatabaseTakesNoSecondConnection) {
-    on(path, {"exec", "create exception crowded 'one connection is enough'"});
-    on(path, {"exec",
-              "create trigger alone on connect as begin if ((select count(*) from mon$attachments where "
-              "mon$system_flag = 0) > 1) then exception crowded; end"});
-    const Performance shown = performed();
-    EXPECT_NE(shown.report.find("status 0"), std::string::npos) << shown.report;
-    EXPECT_NE(shown.bytes.find("converting ["), std::string::npos) << shown.bytes;
-    EXPECT_EQ(shown.bytes.find("copying    [#"), std::string::npos) << shown.bytes;
-    EXPECT_EQ(on(path, {"call", "counttablerecords('BIG')"}).out, "200000\n");
-}
-
-TEST_F(ImportProgress, ShowsNothingButTheSummaryWhereTheOutputIsNoTerminal) {
-    const Finished run = on(path, {"import", file("big.dbf")});
-    EXPECT_EQ(run.err, "");
-    EXPECT_EQ(lines(run.out).size(), 1U) << run.out;
-    EXPECT_EQ(run.out.find('\r'), std::string::npos);
-}
-
 }  // namespace
 }  // namespace zmfb::test

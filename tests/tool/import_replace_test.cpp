@@ -13,7 +13,7 @@ class ImportReplace : public Tool {
     Finished import(const std::string& name, const std::vector<std::string>& options = {"--yes"},
                     const std::string& input = "") const {
         DbfBuilder().field("NAME", 'C', 8).record({"Ana"}).write(file(name));
-        std::vector<std::string> words{"import", file(name), "--drop-existing"};
+        std::vector<std::string> words{"import", file(name), "--replace"};
         words.insert(words.end(), options.begin(), options.end());
         return on(path, words, input);
     }

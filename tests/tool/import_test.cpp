@@ -27,16 +27,17 @@ TEST_F(ImportCommand, ATableThatExistsIsRefusedAndKept) {
     on(path, {"import", ZMFB_EXAMPLE_DBF});
     const Finished run = on(path, {"import", ZMFB_EXAMPLE_DBF});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err,
-              "error: " ZMFB_EXAMPLE_DBF
-              " was not imported\n  the table CUSTOMERS is there already; --drop-existing replaces it\n");
+    EXPECT_EQ(run.err, "error: " ZMFB_EXAMPLE_DBF
+                       " was not imported\n  the table CUSTOMERS is there already; --replace replaces it\n");
     EXPECT_EQ(on(path, {"call", "counttablerecords('CUSTOMERS')"}).out, "10\n");
 }
 
 TEST_F(ImportCommand, AFileThatIsNoDbfIsRefused) {
     const Finished run = on(path, {"import", write_file("notes.txt", "just some text, no table at all")});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "error: " + file("notes.txt") + " was not imported\n  notes.txt is not a DBF file\n");
+    EXPECT_EQ(run.err,
+              "error: " + file("notes.txt") +
+                  " was not imported\n  notes.txt is not a DBF file: none begins with the byte 6A\n");
 }
 
 TEST_F(ImportCommand, TablesAndStructShowWhatCameIn) {

@@ -1,61 +1,91 @@
 #include <fmt/format.h>
 
 #include <memory>
-#include <optional>
 
 #include "tool/commands.h"
 #include "tool/interrupt.h"
 #include "tool/line_input.h"
-#include "tool/transfer/converted_copy.h"
+#include "tool/name.h"
+#include "tool/text_table.h"
+#include "tool/transfer/import_files.h"
 #include "tool/transfer/import_run.h"
-#include "tool/transfer/progress.h"
-#include "tool/transfer/supervised.h"
-#include "tool/transfer/undo.h"
+#include "zmfbconn/dbf/code_page.h"
 
 namespace zmfb::tool {
 namespace {
 
 struct Given : ImportOptions {
     std::vector<std::string> files;
+    std::vector<std::string> renames;
+    std::string bad_values = "refuse";
+    std::string rejects;
 };
 
-void note_begun(std::string_view line, Begun& begun) {
-    const std::string value(line.substr(std::min(line.size(), line.find(' ') + 1)));
-    if (line.starts_with("folder ")) begun.folder = value;
-    if (line.starts_with("data ")) begun.data_file = value;
-    if (line.starts_with("external ")) begun.external = value;
-    if (line.starts_with("table ")) begun.table = value;
-    if (line.starts_with("replaces ")) begun.replaced = value;
+[[noreturn]] void usage(const std::string& message, const std::string& detail = {}) {
+    throw Failure{Exit::usage, message, detail};
 }
 
-// The process of one file: watches the work and, when it does not come to its end, takes it back.
-Exit import_one(const Options& options, const Given& given, const std::string& file) {
-    Begun begun;
-    std::optional<Progress> progress(std::in_place, options);
-    const auto take = [&](std::string_view line) {
-        note_begun(line, begun);
-        progress->report(line);
-    };
-    const Ended ended = supervise(
-        options,
-        [&](Session& session, const Reports& reports) { return import_file(session, reports, given, file); },
-        {take, [&] { progress->tick(); }});
-    if (ended.returned) return ended.status;
-    begin_undoing();
-    progress.reset();
-    return undo_and_tell(options,
-                         {fmt::format("the import of {}", file), fmt::format("{} was not imported", file)},
-                         ended, begun);
+std::string upper(const std::string& name) { return typed_name(name).bytes(); }
+
+void read_renames(Given& given) {
+    for (const std::string& rename : given.renames) {
+        const std::size_t at = rename.find('=');
+        if (at == std::string::npos || at == 0) usage(fmt::format("--rename {}: not OLD=NEW", rename));
+        const std::string name = upper(rename.substr(at + 1));
+        if (!Name(name).is_plain()) usage(fmt::format("--rename {}: {}", rename, plain_names_only));
+        given.names.fields[upper(rename.substr(0, at))] = name;
+    }
 }
 
-Exit import_command(Session& session, const Given& given) {
+void check(Given& given) {
+    read_renames(given);
+    if (given.bad_values == "default") given.on_bad_value = OnBadValue::use_default;
+    if (!given.encoding.empty() && !dbf::ToUtf8(given.encoding).known()) {
+        usage(fmt::format("there is no encoding {}", given.encoding),
+              "\"iconv -l\" lists them; old DOS files are mostly CP437 or CP850.");
+    }
+}
+
+// The table at the end of a run of several files.
+void print_files(const std::vector<ImportedFile>& files) {
+    TextTable shown({{"file"}, {"table"}, {"records", true}, {"changes", true}, {"bad values", true}, {""}});
+    for (const ImportedFile& one : files) {
+        shown.add({one.file, one.table, std::to_string(one.records), std::to_string(one.changes),
+                   std::to_string(one.bad_values), one.refused ? "refused" : ""});
+    }
+    fmt::print("\n{}", shown.text());
+}
+
+// Goes on after a file that was refused, not after one that was interrupted.
+Exit import_each(Session& session, const Given& given, const std::vector<std::string>& files) {
+    ImportedSoFar so_far(given.rejects);
+    std::vector<ImportedFile> told;
+    Exit status = Exit::ok;
+    for (const std::string& file : files) {
+        told.emplace_back().file = file;
+        try {
+            import_file(session, given, file, so_far, told.back());
+        } catch (const Failure& failure) {
+            print_failure(failure);
+            if (interrupted()) return ending_status();
+            told.back().refused = true;
+            status = failure.status;
+        }
+    }
+    so_far.rejects.close();
+    if (files.size() > 1 && !session.options().json) print_files(told);
+    return status;
+}
+
+Exit import_command(Session& session, Given& given) {
+    check(given);
     session.require_database();
     session.ask_for_missing_password();
-    check_encoding(given.encoding);
-    // Each file is asked for in a process of its own: none may read ahead what is meant for the next.
     LineInput::standard().read_only_lines();
-    return for_each_apart(
-        given.files, [&](const std::string& file) { return import_one(session.options(), given, file); });
+    const std::vector<std::string> files = import_paths(given.files);
+    if (!given.names.table.empty() && files.size() != 1)
+        usage(fmt::format("--table names the table of one file, not of {}", files.size()));
+    return import_each(session, given, files);
 }
 
 }  // namespace
@@ -65,16 +95,25 @@ void add_import(CommandLine& line) {
     const Subcommand command = line.add(
         line.app(), "import", "Bring DBF files in as tables", "zmfb --db shop.fdb import customers.dbf",
         [given](Session& session) { return import_command(session, *given); });
-    command.option("FILE", given->files, "DBF files").required();
+    command.option("FILE", given->files, "DBF files, folders of them, patterns").required();
     command.flag("--dry-run", given->dry_run, "Only say what would be made, and what would be refused");
     command.flag("--skip-deleted", given->skip_deleted, "Leave deleted records out");
+    command.flag("--all-records", given->all_records, "Take in records that the header does not count");
+    command.flag("--incomplete", given->incomplete, "Import a file that is cut off as far as it goes");
     command.option("--encoding-from", given->encoding,
                    "Encoding of the texts, such as CP850 (\"iconv -l\" lists them)");
+    command.flag("--decimal-comma", given->decimal_comma, "Read commas in numbers as points");
+    command
+        .option("--on-bad-value", given->bad_values,
+                "refuse the file, or bring in the column's default instead")
+        .one_of({"refuse", "default"})
+        .with_default();
     command.option("--rejects", given->rejects, "CSV file for all values that would be refused");
-    command.flag("--drop-existing", given->drop_existing, "Replace a table that is there; asks first");
-    command.flag("--incomplete", given->incomplete, "Import a file that is cut off as far as it goes");
-    command.flag("--keep-data-file", given->keep_data_file,
-                 "Leave the flat file that the engine read under /tmp");
+    command.option("--table", given->names.table, "Name of the table instead of the file's");
+    command.option("--rename", given->renames, "Name of a column instead of the field's: OLD=NEW")
+        .type_name("OLD=NEW");
+    command.flag("--strict-names", given->names.strict, "Refuse names that would have to be changed");
+    command.flag("--replace,--drop-existing", given->replace, "Replace a table that is there; asks first");
     command.yes(given->yes);
 }
 

@@ -170,6 +170,7 @@ void require_driver_table(const Table& table) {
     const std::string shown = table.name.shown();
     switch (table.kind) {
         case TableKind::driver:
+        case TableKind::unfinished:
             return;
         case TableKind::system:
             throw Failure{Exit::failed, fmt::format("{} is the driver's own and stays", shown), "",

@@ -21,7 +21,8 @@ constexpr std::string_view parts_of_tables =
     "RDB$GENERATOR_NAME IN ('G_' || TRIM(R.RDB$RELATION_NAME) || '_I', 'G_' || TRIM(R.RDB$RELATION_NAME) || "
     "'_D')), (SELECT COUNT(*) FROM RDB$TRIGGERS T WHERE T.RDB$RELATION_NAME = R.RDB$RELATION_NAME AND "
     "T.RDB$TRIGGER_NAME IN ('T_' || TRIM(R.RDB$RELATION_NAME) || '_RECNO', 'T_' || "
-    "TRIM(R.RDB$RELATION_NAME) || '_DELETES')) FROM RDB$RELATIONS R WHERE "
+    "TRIM(R.RDB$RELATION_NAME) || '_DELETES')), IIF(R.RDB$DESCRIPTION = ?, 1, 0) FROM RDB$RELATIONS R "
+    "WHERE "
     "R.RDB$SYSTEM_FLAG = 0 AND R.RDB$VIEW_BLR IS NULL AND (SELECT COUNT(*) FROM RDB$RELATION_FIELDS F WHERE "
     "F.RDB$RELATION_NAME = R.RDB$RELATION_NAME AND F.RDB$FIELD_NAME IN ('RECNO', 'RDD_AREAID')) = 2 ORDER BY "
     "1";
@@ -33,11 +34,12 @@ struct Part {
     std::int64_t count;
 };
 
-/// What is lacking of it; empty for a whole table.
+/// What it lacks; empty for a whole table.
 std::string missing_in(std::span<const Part> parts) {
     std::string missing;
     for (const Part& part : parts) {
-        if (part.count != part.wanted) missing += fmt::format("{}{}", missing.empty() ? "" : ", ", part.name);
+        if (part.count != part.wanted)
+            missing += fmt::format("{}{}", missing.empty() ? "lacks " : ", ", part.name);
     }
     return missing;
 }
@@ -47,15 +49,17 @@ std::string missing_in(std::span<const Part> parts) {
 Finding check_tables(Session& session) {
     std::string text;
     std::string calls;
-    const auto rows = rows_of<std::string, int, std::int64_t, std::int64_t, std::int64_t>(
-        session.connection_to_any(), parts_of_tables);
-    for (const auto& [table, descriptions, indexes, generators, triggers] : rows) {
+    const auto rows = rows_of<std::string, int, std::int64_t, std::int64_t, std::int64_t, int>(
+        session.connection_to_any(), parts_of_tables, unfinished_description);
+    for (const auto& [table, descriptions, indexes, generators, triggers, is_unfinished] : rows) {
         const Name name(table);
-        const std::string missing =
-            missing_in(std::array{Part{"its description", 1, descriptions}, Part{"its index", 1, indexes},
-                                  Part{"a generator", 2, generators}, Part{"a trigger", 2, triggers}});
-        if (!name.is_plain() || missing.empty()) continue;
-        text += fmt::format("{}{} lacks {}", text.empty() ? "" : "; ", name.bytes(), missing);
+        const std::string problem =
+            is_unfinished != 0 ? "is an import that runs, or did not come to its end"
+                               : missing_in(std::array{
+                                     Part{"its description", 1, descriptions}, Part{"its index", 1, indexes},
+                                     Part{"a generator", 2, generators}, Part{"a trigger", 2, triggers}});
+        if (!name.is_plain() || problem.empty()) continue;
+        text += fmt::format("{}{} {}", text.empty() ? "" : "; ", name.bytes(), problem);
         calls += fmt::format("{}zmfb call 'droptable(\"{}\")'", calls.empty() ? "" : ", ", name.bytes());
     }
     if (text.empty()) return {"tables", State::ok, "none of the driver's is half made"};

@@ -4,141 +4,199 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <set>
 
 #include "host/text.h"
 #include "tool/catalog.h"
 #include "tool/character_set.h"
-#include "tool/transfer/dbf_check.h"
+#include "tool/encoding.h"
+#include "tool/transfer/number_fit.h"
 
 namespace zmfb::tool {
 namespace {
 
-constexpr std::size_t largest_precision = 18;
-constexpr std::size_t largest_char = 32767;
-constexpr std::size_t largest_row = 65535;
+using Kind = LoadColumn::Kind;
 
-bool is_reserved(zmFBConn& connection, const std::string& name) {
-    const Name one(name);
-    return !reserved_among(connection, std::span(&one, 1)).empty();
-}
+constexpr std::size_t largest_precision = 18;
+constexpr std::size_t largest_char = 32765;
+constexpr std::size_t largest_row = 65535;
 
 // Engines before 4 have names of 31 bytes.
 std::size_t longest_name(zmFBConn& connection) {
-    const Value version = connection.call(
-        "executequery", "select rdb$get_context('SYSTEM', 'ENGINE_VERSION') as v from rdb$database");
-    const int major = version.size() < 2 ? 0 : std::atoi(std::string(version[2][1].text()).c_str());
-    return major >= 4 ? 63 : 31;
+    return std::atoi(engine_version(connection).c_str()) >= 4 ? 63 : 31;
 }
 
-void check_table(zmFBConn& connection, const DbfFile& file, ImportPlan& plan) {
-    const std::string shown = shown_bytes(plan.table);
-    if (!Name(plan.table).is_plain()) {
-        plan.refusals.push_back(fmt::format(
-            "the table's name would be \"{}\": a name starts with a letter and has letters, digits, _ and $",
-            shown));
+std::set<std::string> reserved(zmFBConn& connection, const std::vector<std::string>& names) {
+    const std::vector<Name> plain(names.begin(), names.end());
+    std::set<std::string> found = reserved_later(names);
+    for (const Name& name : reserved_among(connection, plain)) found.insert(name.bytes());
+    return found;
+}
+
+std::string change_line(std::string_view what, const NameChange& change) {
+    return fmt::format("the {} {} {}: it becomes {}", what, shown_bytes(change.from), change.why, change.to);
+}
+
+// Keeps the changes as lines of the report, or as refusals.
+class Changes {
+  public:
+    Changes(ImportPlan& plan, bool strict) : plan_(plan), strict_(strict) {}
+    void add(std::string_view what, const NameChange& change) {
+        if (change.why.empty()) return;
+        if (strict_) {
+            plan_.refusals.push_back(fmt::format("the {} {} {}", what, shown_bytes(change.from), change.why));
+        } else {
+            plan_.changes.push_back(change_line(what, change));
+        }
+    }
+
+  private:
+    ImportPlan& plan_;
+    bool strict_;
+};
+
+std::string upper(const std::string& text) { return host::upper(text).string(); }
+
+void name_table(zmFBConn& connection, const std::string& path, const WantedNames& wanted,
+                std::set<std::string>& taken, ImportPlan& plan) {
+    const std::string name = wanted.table.empty() ? table_of_file(path) : upper(wanted.table);
+    if (taken.contains(name)) {
+        plan.table = name;
+        plan.refusals.push_back(fmt::format("another file of this run is the table {} already", name));
         return;
     }
-    const bool dates =
-        std::any_of(file.fields.begin(), file.fields.end(), [](const DbfField& f) { return f.type == 'D'; });
-    const std::string_view longest = dates ? "T__NULLDATES" : "_RECNO_DESC";
-    const std::size_t most = longest_name(connection) - longest.size();
-    if (plan.table.size() > most) {
-        plan.refusals.push_back(fmt::format(
-            "the table's name would be {}, of {} characters: {} are possible, for its indexes and "
-            "triggers are named after it",
-            shown, plan.table.size(), most));
-    } else if (is_reserved(connection, plan.table)) {
-        plan.refusals.push_back(fmt::format("the table's name would be {}, a reserved word", shown));
-    }
-}
-
-// Those that a table left when it was dropped without them, or that are somebody's own: a table cannot be
-// made beside them.
-void check_generators(zmFBConn& connection, ImportPlan& plan) {
+    NameChange change;
+    plan.table = table_name(name, !reserved(connection, {plain_form(name, "T_")}).empty(), taken, change);
+    Changes(plan, wanted.strict).add("table", change);
+    plan.table_exists = connection.call("istable", plan.table).logical();
+    if (plan.table_exists) return;
     for (const Name& one : generator_names_of(connection, Name(plan.table))) {
-        plan.refusals.push_back(
-            fmt::format("the generator {0} is there already, without a table; unless a program "
-                        "of your own uses it: zmfb call 'dropgenerator(\"{0}\")'",
-                        one.bytes()));
+        plan.changes.push_back(
+            fmt::format("the generator {}, of a table that is gone, taken over", one.bytes()));
     }
 }
 
-std::string name_problem(zmFBConn& connection, const DbfField& field, std::set<std::string>& taken) {
-    if (!Name(field.name).is_plain()) return "is no valid name";
-    if (!taken.insert(field.name).second) {
-        const bool own = field.name == "RECNO" || field.name == "RDD_AREAID";
-        return own ? "is the name of a column of the driver's own" : "is there twice";
+void name_columns(zmFBConn& connection, const dbf::Header& header, const WantedNames& wanted,
+                  ImportPlan& plan) {
+    std::vector<std::string> names;
+    for (const dbf::Field& field : header.fields) names.push_back(upper(field.name));
+    FieldNames fields(names, wanted.fields);
+    fields.settle(reserved(connection, fields.wanted()), longest_name(connection));
+    for (PlannedColumn& column : plan.columns) {
+        column.column.name = fields.names()[column.field];
+        column.load.name = column.column.name;
     }
-    return is_reserved(connection, field.name) ? "is a reserved word" : "";
+    Changes changes(plan, wanted.strict);
+    for (const NameChange& change : fields.changes()) changes.add("field", change);
 }
 
-std::string type_problem(const DbfField& field) {
-    if (sql_type_of(field).empty()) {
-        return fmt::format("has the type {}; C, N, D and L can be imported",
-                           shown_bytes(std::string_view(&field.type, 1)));
-    }
-    if (field.length == 0) return "has no length";
-    if (field.type == 'C' && field.length > largest_char) {
+std::string type_problem(const dbf::Field& field) {
+    if (field.kind == dbf::Kind::text && field.length > largest_char)
         return fmt::format("has {} characters; {} are possible", field.length, largest_char);
-    }
-    if (field.type == 'D' && field.length != 8) return "is a date that is not 8 long";
-    if (field.type != 'N') return {};
-    if (field.length > largest_precision) {
-        return fmt::format("has {} digits; {} are possible", field.length, largest_precision);
-    }
-    if (static_cast<std::size_t>(field.decimals) > field.length) return "has more decimals than digits";
-    return {};
+    return field.length == 0 ? "has no length" : "";
 }
 
 // As the engine counts the bytes of a row, without its few more for NULLs and alignment.
-std::size_t row_size(const DbfFile& file) {
+std::size_t row_size(const dbf::Header& header) {
     std::size_t size = 50 + 2 + 8;
-    for (const DbfField& field : file.fields) size += field.type == 'C' ? field.length : 8;
+    for (const dbf::Field& field : header.fields)
+        size += field.kind == dbf::Kind::text || field.kind == dbf::Kind::bytes ? field.length : 8;
     return size;
+}
+
+// Texts of up to 255 characters stand where they are; a longer one would make a piece of few rows.
+PlannedColumn planned(std::size_t place, std::string definition, Kind kind, std::size_t width,
+                      std::string description = {}) {
+    return {
+        .field = place,
+        .column = {.name = "", .definition = std::move(definition), .description = std::move(description)},
+        .load = {.name = "", .kind = kind, .width = width}};
+}
+
+PlannedColumn planned_varying(std::size_t place, const std::string& type) {
+    PlannedColumn column = planned(place, type + " DEFAULT NULL", Kind::varying, 0);
+    column.load.type = type;
+    return column;
+}
+
+// A column that createtable() makes too.
+PlannedColumn planned_xbase(std::size_t place, char type, std::size_t length, int decimals, Kind kind,
+                            std::size_t width) {
+    PlannedColumn column = planned(place, "", kind, width);
+    column.column = driver_column("", type, length, decimals);
+    column.digits = length;
+    column.decimals = decimals;
+    return column;
+}
+
+PlannedColumn plan_text(const dbf::Field& field, std::size_t place) {
+    if (field.type != 'V') return planned_xbase(place, 'C', field.length, 0, Kind::fixed, field.length);
+    return planned_varying(place, fmt::format("VARCHAR({})", field.length));
+}
+
+PlannedColumn plan_number(const dbf::Field& field, std::size_t place) {
+    if (field.length > largest_precision)
+        return planned(place, "DOUBLE PRECISION DEFAULT 0 NOT NULL", Kind::real, real_width);
+    const int decimals = std::min(field.decimals, static_cast<int>(field.length));
+    return planned_xbase(place, 'N', field.length, decimals, Kind::fixed, field.length);
 }
 
 }  // namespace
 
 std::string table_of_file(const std::string& path) {
     const std::string name = path.substr(path.rfind('/') + 1);
-    return host::upper(name.substr(0, name.find('.'))).string();
+    const std::string stem = name.substr(0, name.find('.'));
+    return upper(to_latin1(stem).value_or(stem));
 }
 
-std::string sql_type_of(const DbfField& field) {
-    switch (field.type) {
-        case 'C':
-            return fmt::format("CHAR({})", field.length);
-        case 'N':
-            return fmt::format("NUMERIC({},{})", field.length, field.decimals);
-        case 'D':
-            return "TIMESTAMP";
-        case 'L':
-            return "CHAR(1)";
-        default:
-            return {};
+PlannedColumn plan_column(const dbf::Field& field, std::size_t place) {
+    constexpr std::size_t stamp_width = 23;
+    switch (field.kind) {
+        case dbf::Kind::text:
+            return plan_text(field, place);
+        case dbf::Kind::bytes:
+            return planned_varying(place, fmt::format("VARCHAR({}) CHARACTER SET OCTETS", field.length));
+        case dbf::Kind::number:
+            return plan_number(field, place);
+        case dbf::Kind::date:
+            return planned_xbase(place, 'D', 8, 0, Kind::nullable, 10);
+        case dbf::Kind::logical:
+            return planned_xbase(place, 'L', 1, 0, Kind::fixed, 1);
+        case dbf::Kind::integer:
+            return planned(place, "INTEGER DEFAULT NULL", Kind::nullable, 11, "NUMERIC(11,0)");
+        case dbf::Kind::currency:
+            return planned(place, "NUMERIC(18,4) DEFAULT NULL", Kind::nullable, 21, "NUMERIC(18,4)");
+        case dbf::Kind::real:
+            return planned(place, "DOUBLE PRECISION DEFAULT NULL", Kind::real, real_width);
+        case dbf::Kind::timestamp:
+            return planned(place, "TIMESTAMP DEFAULT NULL", Kind::nullable, stamp_width);
+        case dbf::Kind::memo_text:
+            return planned_varying(place, "BLOB SUB_TYPE TEXT");
+        case dbf::Kind::memo_bytes:
+            return planned_varying(place, "BLOB SUB_TYPE BINARY");
     }
+    throw Failure{Exit::failed, fmt::format("{} is of no known kind", field.name)};
 }
 
-ImportPlan plan_import(zmFBConn& connection, const DbfFile& file) {
+std::string sql_type_of(const PlannedColumn& column) {
+    return column.column.definition.substr(0, column.column.definition.find(" DEFAULT"));
+}
+
+ImportPlan plan_import(zmFBConn& connection, const std::string& path, const dbf::Header& header,
+                       const WantedNames& wanted, std::set<std::string>& taken) {
     ImportPlan plan;
-    plan.table = table_of_file(file.path);
     const std::string width = width_problem(default_character_set(connection));
     if (!width.empty()) plan.refusals.push_back(width);
-    check_table(connection, file, plan);
-    if (plan.refusals.empty()) plan.table_exists = connection.call("istable", plan.table).logical();
-    if (plan.refusals.empty() && !plan.table_exists) check_generators(connection, plan);
-    std::set<std::string> taken{"RECNO", "RDD_AREAID"};
-    for (const DbfField& field : file.fields) {
-        const std::string name = shown_bytes(field.name);
-        plan.columns.push_back({name, sql_type_of(field)});
-        for (const std::string& problem : {name_problem(connection, field, taken), type_problem(field)}) {
-            if (!problem.empty()) plan.refusals.push_back(fmt::format("the field {} {}", name, problem));
-        }
+    name_table(connection, path, wanted, taken, plan);
+    for (std::size_t i = 0; i < header.fields.size(); ++i) {
+        const dbf::Field& field = header.fields[i];
+        plan.columns.push_back(plan_column(field, i));
+        const std::string problem = type_problem(field);
+        if (!problem.empty())
+            plan.refusals.push_back(fmt::format("the field {} {}", shown_bytes(field.name), problem));
     }
-    if (row_size(file) > largest_row) {
+    name_columns(connection, header, wanted, plan);
+    if (row_size(header) > largest_row)
         plan.refusals.push_back(fmt::format("a row would take more than {} bytes", largest_row));
-    }
     return plan;
 }
 

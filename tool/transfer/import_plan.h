@@ -1,35 +1,55 @@
 /// What an import would make of a DBF file, and why it would be refused.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tool/session.h"
-#include "tool/transfer/dbf_file.h"
+#include "tool/transfer/import_names.h"
+#include "tool/transfer/row_loader.h"
+#include "zmfbconn/dbf/header.h"
+#include "zmfbconn/driver_table.h"
 
 namespace zmfb::tool {
 
+/// A field on its way to a column.
 struct PlannedColumn {
-    std::string name;
-    std::string sql_type;
+    std::size_t field;       ///< its place in the header
+    DriverColumn column;     ///< as the table is made with
+    LoadColumn load;         ///< as its values travel
+    std::size_t digits = 0;  ///< of a NUMERIC
+    int decimals = 0;        ///< of them, behind the point
+};
+
+/// How people want things to be called.
+struct WantedNames {
+    std::string table;  ///< instead of the file's name; "" for that
+    Renames fields;
+    bool strict = false;  ///< names that cannot be are refused
 };
 
 struct ImportPlan {
-    std::string table;  ///< ISO-8859-1
+    std::string table;
     bool table_exists = false;
     std::vector<PlannedColumn> columns;
+    std::vector<std::string> changes;   ///< of names, UTF-8, a line each
     std::vector<std::string> refusals;  ///< UTF-8, a line each
 };
 
-/// The table that a file of this path becomes: its name up to the first dot, in upper case.
+/// The name of the table that a file of this path becomes, if it can be: its own up to the first dot, in
+/// upper case.
 std::string table_of_file(const std::string& path);
 
-/// The SQL type of the column that a field becomes; "" for a type that cannot be imported.
-std::string sql_type_of(const DbfField& field);
+/// The column of a field; its name is that of the field.
+PlannedColumn plan_column(const dbf::Field& field, std::size_t place);
 
-/// Looks at the structure of the file, and at the character set of the database: names that are invalid,
-/// reserved, repeated or too long, types other than C, N, D and L, lengths and precisions that the engine
-/// does not have. A table that exists already is no refusal here.
-ImportPlan plan_import(zmFBConn& connection, const DbfFile& file);
+/// The type of a column, without its default.
+std::string sql_type_of(const PlannedColumn& column);
+
+/// Looks at the structure of the file, and at what the database can have. `taken` are the tables of the run
+/// so far. A table that exists already is no refusal here.
+ImportPlan plan_import(zmFBConn& connection, const std::string& path, const dbf::Header& header,
+                       const WantedNames& wanted, std::set<std::string>& taken);
 
 }  // namespace zmfb::tool

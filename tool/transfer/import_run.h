@@ -1,29 +1,50 @@
-/// One import, in the process that does it.
+/// One file's import.
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "tool/session.h"
-#include "tool/transfer/supervised.h"
+#include "tool/transfer/import_plan.h"
+#include "tool/transfer/rejects.h"
 
 namespace zmfb::tool {
+
+/// What becomes of a file with values that are none.
+enum class OnBadValue { refuse, use_default };
 
 struct ImportOptions {
     bool dry_run = false;
     bool skip_deleted = false;
-    bool drop_existing = false;
+    bool all_records = false;
+    bool decimal_comma = false;
+    bool replace = false;
     bool yes = false;
-    bool keep_data_file = false;
     bool incomplete = false;
     std::string encoding;
-    std::string rejects;
+    WantedNames names;
+    OnBadValue on_bad_value = OnBadValue::refuse;
 };
 
-/// Imports a file after it was looked through, or with dry_run says only what would come of it. Reports what
-/// it begins: "folder", "data", "external", "table" and "replaces" with a value each; and how far it is:
-/// "phase" with "check", "copy" or "none" and the number of records, "at" with the records checked, "size"
-/// with the bytes that one takes in the data file. Throws Failure.
-Exit import_file(Session& session, const Reports& reports, const ImportOptions& options,
-                 const std::string& file);
+/// What files of one run share.
+struct ImportedSoFar {
+    explicit ImportedSoFar(std::string rejects_path) : rejects(std::move(rejects_path)) {}
+    RejectsFile rejects;
+    std::set<std::string> tables;  ///< names of the tables, planned or made
+};
+
+/// A file as the table at the end of a run shows it.
+struct ImportedFile {
+    std::string file, table;
+    std::uint64_t records = 0;
+    std::uint64_t changes = 0;     ///< of names
+    std::uint64_t bad_values = 0;  ///< refused, or replaced
+    bool refused = false;
+};
+
+/// Imports a file, whole or not at all, after it was looked through; with dry_run says only what would come
+/// of it. `told` is filled as far as it comes. Throws Failure.
+void import_file(Session& session, const ImportOptions& options, const std::string& file,
+                 ImportedSoFar& so_far, ImportedFile& told);
 
 }  // namespace zmfb::tool

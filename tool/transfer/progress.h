@@ -3,51 +3,32 @@
 
 #include <chrono>
 #include <cstdint>
-#include <optional>
 #include <string>
-#include <string_view>
-
-#include "tool/session.h"
 
 namespace zmfb::tool {
 
-/// One line at the foot of the terminal; nothing where standard output is none.
-///
-/// The line is written with the cursor left at its beginning, so that whatever the working process prints
-/// takes its place.
+/// One line at the foot of the terminal; nothing where standard output is none. The line is written with the
+/// cursor left at its beginning, so that whatever is printed takes its place.
 class Progress {
   public:
-    /// Options for an attachment of its own, which counts the rows that a copy has made so far: generators
-    /// are outside transactions. It is made when the copy begins.
-    explicit Progress(const Options& options) : options_(options) {}
+    /// `doing` is what is done: "checking".
+    Progress(std::string doing, std::uint64_t total);
+    /// Clears what is left of the line.
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// Takes in what an import reports.
-    void report(std::string_view line);
-    /// Writes the line anew.
-    void tick();
-
-    /// Clears what is left of the line; for the working process, before it prints.
-    static void clear();
+    /// How many of them are done. Writes the line anew, several times a second at most. Throws Failure when
+    /// the tool is to end.
+    void at(std::uint64_t done);
 
   private:
-    enum class Phase { none, check, write, copy };
+    [[nodiscard]] std::string text(std::uint64_t done) const;
 
-    void begin(Phase phase);
-    void look();
-    [[nodiscard]] std::string text() const;
-
-    const Options& options_;
-    std::optional<Session> session_;
-    std::string table_;
-    std::string data_file_;
-    Phase phase_ = Phase::none;
-    std::uint64_t total_ = 0;
-    std::uint64_t at_ = 0;
-    std::uint64_t record_size_ = 0;
-    std::chrono::steady_clock::time_point start_;
+    std::string doing_;
+    std::uint64_t total_;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    std::chrono::steady_clock::time_point shown_ = start_;
 };
 
 }  // namespace zmfb::tool

@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include "tool/transfer/number_fit.h"
+
 namespace zmfb::tool {
 namespace {
 
@@ -15,30 +17,34 @@ std::string quoted(std::string_view text) {
 
 }  // namespace
 
-void Rejects::add(const BadValue& value) {
-    const std::string field = shown_bytes(value.field.name);
-    const std::string bytes = shown_bytes(value.bytes);
-    if (++count_ <= listed) {
-        first_.push_back(
-            fmt::format("record {}, field {}: \"{}\": {}", value.record, field, bytes, value.reason));
-    }
+void RejectsFile::add(const std::string& source, const BadValue& value) {
     if (path_.empty()) return;
     if (!file_) {
         file_.emplace(path_);
         file_->write("file,record,field,bytes,reason\r\n");
     }
-    file_->write(fmt::format("{},{},{},{},{}\r\n", quoted(source_), value.record, quoted(field),
-                             quoted(bytes), quoted(value.reason)));
+    file_->write(fmt::format("{},{},{},{},{}\r\n", quoted(source), value.record,
+                             quoted(shown_bytes(value.field.name)), quoted(shown_bytes(value.bytes)),
+                             quoted(value.reason)));
 }
 
-void Rejects::close() {
+void RejectsFile::close() {
     if (file_) file_->close();
+}
+
+void Rejects::add(const BadValue& value) {
+    if (++count_ <= listed) {
+        first_.push_back(fmt::format("record {}, field {}: \"{}\": {}", value.record,
+                                     shown_bytes(value.field.name), shown_bytes(value.bytes), value.reason));
+    }
+    all_.add(source_, value);
 }
 
 std::string Rejects::text() const {
     std::string all;
     for (const std::string& line : first_) all += line + "\n";
     if (count_ > first_.size()) all += fmt::format("and {} more\n", count_ - first_.size());
+    if (!all_.path().empty()) all += fmt::format("all are in {}\n", all_.path());
     return all;
 }
 

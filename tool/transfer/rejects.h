@@ -1,4 +1,4 @@
-/// Values that an import refuses: the first of them for a person, all of them for a file.
+/// Values that an import refuses: the first of each file for a person, all of a run for a file.
 #pragma once
 
 #include <optional>
@@ -6,27 +6,39 @@
 #include <vector>
 
 #include "tool/output_file.h"
-#include "tool/transfer/dbf_check.h"
+#include "tool/transfer/import_values.h"
 
 namespace zmfb::tool {
 
+/// The CSV file of all of them.
+class RejectsFile {
+  public:
+    /// "" for none. It is made with the first value, and a file that was there is replaced.
+    explicit RejectsFile(std::string path) : path_(std::move(path)) {}
+
+    void add(const std::string& source, const BadValue& value);
+    /// Ends it. Throws Failure when it could not be written.
+    void close();
+    [[nodiscard]] const std::string& path() const { return path_; }
+
+  private:
+    std::string path_;
+    std::optional<OutputFile> file_;
+};
+
+/// Those of one DBF file.
 class Rejects {
   public:
-    /// With a path, all go to that file as CSV; it is made with the first of them, and a file that was there
-    /// is replaced.
-    Rejects(std::string source, std::string path) : source_(std::move(source)), path_(std::move(path)) {}
+    Rejects(std::string source, RejectsFile& all) : source_(std::move(source)), all_(all) {}
 
     void add(const BadValue& value);
-    /// Ends the file. Throws Failure when it could not be written.
-    void close();
-    /// The first twenty, a line each, and how many more there are.
+    /// The first twenty, a line each, how many more there are, and where all are.
     [[nodiscard]] std::string text() const;
     [[nodiscard]] std::uint64_t count() const { return count_; }
 
   private:
     std::string source_;
-    std::string path_;
-    std::optional<OutputFile> file_;
+    RejectsFile& all_;
     std::vector<std::string> first_;
     std::uint64_t count_ = 0;
 };

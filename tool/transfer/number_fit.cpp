@@ -1,14 +1,12 @@
-#include "tool/transfer/dbf_check.h"
+#include "tool/transfer/number_fit.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
+#include <cstdint>
 #include <limits>
 
 #include "tool/encoding.h"
-#include "tool/session.h"
-#include "tool/transfer/dbf_records.h"
 
 namespace zmfb::tool {
 namespace {
@@ -79,7 +77,7 @@ class Reader {
 
 // Brings the number to so many decimals, rounded half away from zero; returns whether it stays within the
 // limit.
-bool rescale(Decimal& number, int decimals, std::uint64_t limit) {
+bool rescale(Decimal& number, int decimals, std::uint64_t limit, bool& rounded) {
     for (; number.scale < decimals && number.digits != 0; ++number.scale) {
         if (number.digits > limit / 10) return false;
         number.digits *= 10;
@@ -87,6 +85,7 @@ bool rescale(Decimal& number, int decimals, std::uint64_t limit) {
     std::uint64_t dropped = 0;
     for (; number.scale > decimals && (number.digits != 0 || dropped != 0); --number.scale) {
         dropped = number.digits % 10;
+        rounded = rounded || dropped != 0;
         number.digits /= 10;
     }
     if (dropped > 4) ++number.digits;
@@ -105,62 +104,9 @@ std::string_view without_outer_blanks(std::string_view bytes) {
     return bytes;
 }
 
-int two_digits(std::string_view bytes, std::size_t at) {
-    return (bytes[at] - '0') * 10 + (bytes[at + 1] - '0');
-}
-
-bool is_blank(std::string_view bytes) {
-    return bytes.find_first_not_of(std::string_view(" \0", 2)) == bytes.npos;
-}
-
-// Looks at the values of one record after another.
-class Look {
-  public:
-    Look(const DbfFile& file, const CheckOptions& options, CheckResult& result)
-        : file_(file), options_(options), result_(result) {}
-
-    void at(std::uint64_t number, std::string_view record) {
-        const bool deleted = !record.empty() && record[0] == '*';
-        if (deleted) ++result_.deleted;
-        if (deleted && options_.skip_deleted) return;
-        ++result_.records;
-        for (const DbfField& field : file_.fields) {
-            if (field.offset > record.size()) break;
-            const std::string_view bytes = record.substr(field.offset, field.length);
-            const std::string reason = problem(field, bytes);
-            if (reason.empty()) continue;
-            ++result_.bad;
-            if (options_.on_bad) options_.on_bad({number, field, bytes, reason});
-        }
-    }
-
-  private:
-    std::string problem(const DbfField& field, std::string_view bytes) {
-        switch (field.type) {
-            case 'N':
-                return number_problem(bytes, field.length, field.decimals);
-            case 'L':
-                return is_blank(bytes.substr(std::min<std::size_t>(1, bytes.size())))
-                           ? ""
-                           : "a logical has one character";
-            case 'D':
-                if (!is_date(bytes) && !is_blank(bytes) && bytes.find_first_not_of('0') != bytes.npos)
-                    ++result_.lost_dates;
-                return {};
-            default:
-                if (bytes.find('\0') != std::string_view::npos) ++result_.zero_texts;
-                return {};
-        }
-    }
-
-    const DbfFile& file_;
-    const CheckOptions& options_;
-    CheckResult& result_;
-};
-
 }  // namespace
 
-std::string number_problem(std::string_view bytes, std::size_t length, int decimals) {
+std::string number_problem(std::string_view bytes, std::size_t length, int decimals, bool* rounded) {
     const std::string_view text = without_outer_blanks(bytes);
     if (text.empty()) return {};
     if (text.find_first_not_of('*') == std::string_view::npos)
@@ -170,22 +116,13 @@ std::string number_problem(std::string_view bytes, std::size_t length, int decim
     Decimal number;
     if (!Reader(text, limit).read(number)) return "not a number";
     const std::uint64_t sign = number.negative ? 1 : 0;
-    if (number.fits && rescale(number, decimals, limit + sign) &&
+    bool loses = false;
+    if (number.fits && rescale(number, decimals, limit + sign, loses) &&
         number.digits <= storage_limit(length) + sign) {
+        if (rounded != nullptr && loses) *rounded = true;
         return {};
     }
     return fmt::format("too wide for NUMERIC({},{})", length, decimals);
-}
-
-bool is_date(std::string_view bytes) {
-    constexpr std::array days{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    if (bytes.size() != 8 || !std::all_of(bytes.begin(), bytes.end(), is_digit)) return false;
-    const int year = two_digits(bytes, 0) * 100 + two_digits(bytes, 2);
-    const int month = two_digits(bytes, 4);
-    const int day = two_digits(bytes, 6);
-    if (year < 1 || month < 1 || month > 12 || day < 1) return false;
-    const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-    return day <= days[static_cast<std::size_t>(month - 1)] + (month == 2 && leap ? 1 : 0);
 }
 
 std::string shown_bytes(std::string_view bytes) {
@@ -196,17 +133,6 @@ std::string shown_bytes(std::string_view bytes) {
         shown += printable ? to_utf8(std::string_view(&c, 1)) : fmt::format("\\x{:02X}", byte);
     }
     return shown;
-}
-
-CheckResult check_records(const DbfFile& file, const CheckOptions& options) {
-    CheckResult result;
-    Look look(file, options, result);
-    for_each_record(file, [&](std::uint64_t number, std::string_view record) {
-        look.at(number, record);
-        constexpr std::uint64_t between = 16384;
-        if (options.on_progress && number % between == 0) options.on_progress(number);
-    });
-    return result;
 }
 
 }  // namespace zmfb::tool

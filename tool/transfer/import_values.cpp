@@ -1,0 +1,151 @@
+#include "tool/transfer/import_values.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <variant>
+
+#include "tool/encoding.h"
+#include "tool/transfer/number_fit.h"
+
+namespace zmfb::tool {
+namespace {
+
+bool is_ascii(std::string_view text) {
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+std::string shown_day(std::chrono::year_month_day day) {
+    return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
+                       static_cast<unsigned>(day.day()));
+}
+
+std::string shown_stamp(dbf::Timestamp stamp) {
+    const auto day = std::chrono::floor<std::chrono::days>(stamp);
+    const std::chrono::hh_mm_ss time(stamp - day);
+    return fmt::format("{} {:02}:{:02}:{:02}.{:03}", shown_day(std::chrono::year_month_day(day)),
+                       time.hours().count(), time.minutes().count(), time.seconds().count(),
+                       time.subseconds().count());
+}
+
+std::string shown_currency(std::int64_t ten_thousandths) {
+    const bool negative = ten_thousandths < 0;
+    const auto size = negative ? 0 - static_cast<std::uint64_t>(ten_thousandths)
+                               : static_cast<std::uint64_t>(ten_thousandths);
+    return fmt::format("{}{}.{:04}", negative ? "-" : "", size / 10000, size % 10000);
+}
+
+}  // namespace
+
+// The text of one value; "" and a problem for a bad one.
+struct ValueReader::ToText {
+    ValueReader& reader;
+    const PlannedColumn& column;
+    const dbf::Field& field;
+    std::string& problem;
+
+    // Nothing: blanks are NULL where there is one, and no number is 0.
+    std::optional<std::string> nothing() const {
+        if (column.load.kind == LoadColumn::Kind::varying) return std::nullopt;
+        if (field.kind != dbf::Kind::number) return "";
+        return column.load.kind == LoadColumn::Kind::real ? real_text(0) : "0";
+    }
+
+    // A number of more digits than NUMERIC has.
+    std::optional<std::string> wide_number(const std::string& text) const {
+        const double value = std::strtod(text.c_str(), nullptr);
+        if (std::isfinite(value)) return real_text(value);
+        problem = "too wide for DOUBLE PRECISION";
+        return nothing();
+    }
+
+    std::optional<std::string> operator()(dbf::Blank) const { return nothing(); }
+    std::optional<std::string> operator()(dbf::Null) const { return nothing(); }
+    std::optional<std::string> operator()(const dbf::Bad& bad) const {
+        if (field.kind == dbf::Kind::date || field.kind == dbf::Kind::timestamp) {
+            ++reader.counts_.lost_dates;
+        } else if (field.kind == dbf::Kind::logical) {
+            ++reader.counts_.odd_logicals;
+        } else {
+            problem = bad.reason;
+        }
+        return nothing();
+    }
+    std::optional<std::string> operator()(const dbf::Text& text) const {
+        std::string converted = reader.text_for(text.bytes, !field.binary(), problem);
+        if (problem.empty() && converted.size() > field.length)
+            problem = "the converted text is longer than the field";
+        return problem.empty() ? converted : "";
+    }
+    std::optional<std::string> operator()(const dbf::Bytes& bytes) const { return std::string(bytes.bytes); }
+    std::optional<std::string> operator()(const dbf::Number& number) const {
+        if (column.load.kind == LoadColumn::Kind::real) return wide_number(number.text);
+        bool rounded = false;
+        problem = number_problem(number.text, column.digits, column.decimals, &rounded);
+        if (!problem.empty()) return nothing();
+        if (rounded) ++reader.counts_.rounded;
+        return number.text;
+    }
+    std::optional<std::string> operator()(dbf::Date day) const { return shown_day(day); }
+    std::optional<std::string> operator()(bool value) const { return value ? "T" : "F"; }
+    std::optional<std::string> operator()(std::int32_t value) const { return std::to_string(value); }
+    std::optional<std::string> operator()(dbf::Currency value) const {
+        return shown_currency(value.ten_thousandths);
+    }
+    std::optional<std::string> operator()(double value) const { return real_text(value); }
+    std::optional<std::string> operator()(dbf::Timestamp value) const { return shown_stamp(value); }
+    std::optional<std::string> operator()(dbf::MemoBlock place) const {
+        if (reader.source_.memo == nullptr) {
+            problem = "there is no memo file";
+            return std::nullopt;
+        }
+        dbf::Memo memo = reader.source_.memo->read(place.block);
+        problem = memo.problem;
+        if (!problem.empty()) return std::nullopt;
+        if (field.kind == dbf::Kind::memo_bytes) return std::move(memo.bytes);
+        std::string text = reader.text_for(memo.bytes, true, problem);
+        return problem.empty() ? std::optional(std::move(text)) : std::nullopt;
+    }
+};
+
+ValueReader::ValueReader(const DbfSource& source, const std::vector<PlannedColumn>& columns,
+                         dbf::ValueOptions options)
+    : source_(source), columns_(columns), options_(options), values_(columns.size()) {
+    if (!source.code_page.empty() && source.code_page != encoding_name())
+        to_utf8_ = std::make_unique<dbf::ToUtf8>(source.code_page);
+}
+
+std::string ValueReader::text_for(std::string_view bytes, bool is_text, std::string& problem) {
+    if (bytes.find('\0') != std::string_view::npos) ++counts_.zero_texts;
+    if (!is_text || is_ascii(bytes)) return std::string(bytes);
+    if (source_.code_page.empty()) ++counts_.unknown_texts;
+    if (to_utf8_ == nullptr) return std::string(bytes);
+    const auto utf8 = to_utf8_->convert(bytes);
+    if (!utf8) {
+        problem = fmt::format("the text cannot be converted from {}", source_.code_page);
+        return {};
+    }
+    const auto text = to_latin1(*utf8);
+    if (!text) {
+        lacked_characters_ = true;
+        problem = fmt::format("the text has a character outside {}", encoding_name());
+    }
+    return text.value_or("");
+}
+
+const std::vector<std::optional<std::string>>& ValueReader::read(std::uint64_t number,
+                                                                 std::string_view record,
+                                                                 const OnBad& on_bad) {
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        const dbf::Field& field = source_.header.fields[columns_[i].field];
+        std::string problem;
+        values_[i] = std::visit(ToText{*this, columns_[i], field, problem},
+                                dbf::read_value(source_.header, field, record, options_));
+        if (!problem.empty()) on_bad({number, field, dbf::field_bytes(field, record), std::move(problem)});
+    }
+    return values_;
+}
+
+}  // namespace zmfb::tool
