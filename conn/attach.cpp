@@ -21,8 +21,8 @@ std::string_view given(const Value& argument) {
 
 void attach_database(Self& self, const Value& db, const Value& user, const Value& pass, const Value& role) {
     const sql::Attachment made = sql::attach(given(db), given(user), given(pass), given(role));
-    if (made.sqlcode != 0) {
-        log_event(0, sqlcode_text(made.sqlcode, made.message));
+    if (made.status.sqlcode() != 0) {
+        log_event(0, sqlcode_text(made.status.sqlcode(), made.message));
         return;
     }
     var(self, Var::bconn) = true;

@@ -16,9 +16,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::string database = argv[1];
-    const std::string problem = zmfb::prepare_client(database);
-    if (!problem.empty()) {
-        std::cerr << problem << '\n';
+    if (const zmfb::Status prepared = zmfb::prepare_client(database); !prepared.ok()) {
+        std::cerr << prepared.message() << '\n';
         return 1;
     }
 

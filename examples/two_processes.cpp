@@ -112,12 +112,10 @@ void second(Till& till) {
 }
 
 bool make_database(const std::string& database) {
-    const auto fine = [](const std::string& problem) {
-        if (!problem.empty()) std::cerr << problem << '\n';
-        return problem.empty();
-    };
-    if (!fine(zmfb::create_database(database, "SYSDBA", "")) ||
-        !fine(zmfb::declare_functions(database, "SYSDBA", ""))) {
+    zmfb::Status done = zmfb::create_database(database, "SYSDBA", "");
+    if (done.ok()) done = zmfb::declare_functions(database, "SYSDBA", "");
+    if (!done.ok()) {
+        std::cerr << done.message() << '\n';
         return false;
     }
     zmfb::zmFBConn connection(database, "SYSDBA");
@@ -155,9 +153,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     const std::string database = argv[1];
-    const std::string problem = zmfb::prepare_client(database);
-    if (!problem.empty()) {
-        std::cerr << problem << '\n';
+    if (const zmfb::Status prepared = zmfb::prepare_client(database); !prepared.ok()) {
+        std::cerr << prepared.message() << '\n';
         return 1;
     }
     if (!in_a_process([&] { return make_database(database); })) return 1;

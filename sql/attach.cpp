@@ -36,65 +36,64 @@ struct Opened {
 };
 constexpr std::size_t uncut_length = 253;
 
-int ask_what_is_opened(Opened& opened) {
+Status ask_what_is_opened(Opened& opened) {
     constexpr char items[] = {isc_info_db_id, isc_info_end};
     constexpr std::size_t count_at = 3;
     constexpr unsigned char count_without_server = 2;
     std::array<char, 2048> answer{};
     client().database_info(state().status, &state().slot, sizeof items, items, answer.size(), answer.data());
-    const int code = sqlcode();
-    if (code != 0 || answer[0] != isc_info_db_id) return code;
+    Status done = outcome();
+    if (done.sqlcode() != 0 || answer[0] != isc_info_db_id) return done;
     opened.by_server = static_cast<unsigned char>(answer[count_at]) > count_without_server;
     opened.file.assign(&answer[count_at + 2], static_cast<unsigned char>(answer[count_at + 1]));
-    return 0;
+    return done;
 }
 
 // Has the guard hold what the engine has opened, which need not be the file that is called like the database:
 // aliases, and what an engine without the right to open it leaves to the server of this host.
-int guard_slot(const std::string& database, std::unique_ptr<Guard>& guard) {
+Status guard_slot(const std::string& database, std::unique_ptr<Guard>& guard) {
     Opened opened;
-    const int code = ask_what_is_opened(opened);
-    if (code != 0) return code;
+    Status done = ask_what_is_opened(opened);
+    if (done.sqlcode() != 0) return done;
     if (opened.by_server) {
         guard.reset();
-        return 0;
+        return done;
     }
     const std::string& file = opened.file.size() > uncut_length ? database : opened.file;
-    std::string problem;
-    if (!guard->holds(file)) problem = guard->take(file);
-    if (problem.empty() && !guard->holds(file))
-        problem = file + " cannot be opened to see which other processes have it open";
-    return problem.empty() ? 0 : refuse(no_attachment, problem);
+    Status held;
+    if (!guard->holds(file)) held = guard->take(file);
+    if (held.ok() && !guard->holds(file))
+        held = Status(file + " cannot be opened to see which other processes have it open");
+    return held.ok() ? done : refuse(no_attachment, held.message());
 }
 
-int attach_slot(const std::string& database, const ParameterBlock& block) {
+Status attach_slot(const std::string& database, const ParameterBlock& block) {
     if (has_object_interface()) {
         attach_session(state().status, database.c_str(), &state().slot, block.size(), block.data());
     } else {
         client().attach_database(state().status, database.c_str(), &state().slot, block.size(), block.data());
     }
-    return sqlcode();
+    return outcome();
 }
 
-int attach_slot_guarded(const std::string& database, const ParameterBlock& block) {
+Status attach_slot_guarded(const std::string& database, const ParameterBlock& block) {
     auto guard = std::make_unique<Guard>();
-    const std::string problem = guard->take(database);
-    if (!problem.empty()) return refuse(no_attachment, problem);
-    int code = attach_slot(database, block);
-    if (code != 0) return code;
-    code = guard_slot(database, guard);
-    if (code == 0) {
+    if (const Status held = guard->take(database); !held.ok()) return refuse(no_attachment, held.message());
+    Status done = attach_slot(database, block);
+    if (done.sqlcode() != 0) return done;
+    done = guard_slot(database, guard);
+    if (done.sqlcode() == 0) {
         guards()[state().slot] = std::move(guard);
     } else {
         ISC_STATUS_ARRAY ignored;
         end_session(state().slot);
         client().detach_database(ignored, &state().slot);
     }
-    return code;
+    return done;
 }
 
-int attach_slot(std::string_view database, std::string_view user, std::string_view password,
-                std::string_view role) {
+Status attach_slot(std::string_view database, std::string_view user, std::string_view password,
+                   std::string_view role) {
     if (const char* reason = objection_to(database, user, password, role))
         return refuse(bad_parameters, reason);
     require_not_cancelled();
@@ -119,27 +118,25 @@ Attachment attach(std::string_view database, std::string_view user, std::string_
     Attachment result;
     result.slot_address = &state().slot;
     state().slot = isc_db_handle();
-    result.sqlcode = attach_slot(database, user, password, role);
-    if (result.sqlcode == 0) {
+    result.status = attach_slot(database, user, password, role);
+    if (result.status.sqlcode() == 0) {
         result.handle = number_of(state().slot);
         add_attachment(state().slot, database);
     } else {
-        result.message = sqlcode_message(result.sqlcode);
+        result.message = sqlcode_message(result.status.sqlcode());
     }
     state().slot = isc_db_handle();
     return result;
 }
 
-int detach(double handle) {
+void detach(double handle) {
     const isc_db_handle attached = handle_of(handle);
     isc_db_handle database = attached;
     end_batch_of(database);
     remove_attachment(database);
     end_session(database);
     client().detach_database(state().status, &database);
-    const int code = sqlcode();
-    if (code == 0) guards().erase(attached);
-    return code;
+    if (outcome().sqlcode() == 0) guards().erase(attached);
 }
 
 }  // namespace zmfb::sql

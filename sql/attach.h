@@ -4,11 +4,13 @@
 #include <string>
 #include <string_view>
 
+#include "zmfbconn/status.h"
+
 namespace zmfb::sql {
 
 /// What became of an attach.
 struct Attachment {
-    int sqlcode = 0;                     ///< 0 when attached
+    Status status;                       ///< attached is only what has the SQLCODE 0
     std::string message;                 ///< Firebird's text for the SQLCODE, at most 255 bytes
     const void* slot_address = nullptr;  ///< address of the class-level handle slot
     double handle = 0;                   ///< the database handle; 0 when not attached
@@ -19,7 +21,7 @@ struct Attachment {
 Attachment attach(std::string_view database, std::string_view user, std::string_view password,
                   std::string_view role);
 
-/// Detaches `handle`; returns the SQLCODE, 0 when it was detached.
-int detach(double handle);
+/// Detaches `handle`. What comes of it is left aside: nothing is left to be done with the handle.
+void detach(double handle);
 
 }  // namespace zmfb::sql

@@ -77,12 +77,12 @@ void require_not_cancelled() {
     if (attachments().cancelled) throw Cancelled();
 }
 
-int admit(isc_db_handle database) {
+Status admit(isc_db_handle database) {
     require_not_cancelled();
     const auto& entries = attachments().entries;  // which no other thread changes
     const auto entry = std::ranges::find(entries, database, &Entry::handle);
     const bool given_up = entry != entries.end() && !entry->failure.empty();
-    return given_up ? refuse(system_error, entry->failure.c_str()) : 0;
+    return given_up ? refuse(system_error, entry->failure.c_str()) : Status();
 }
 
 void give_up_after(const ISC_STATUS* status) {

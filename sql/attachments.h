@@ -5,15 +5,16 @@
 #include <string_view>
 
 #include "sql/client.h"
+#include "zmfbconn/status.h"
 
 namespace zmfb::sql {
 
 void add_attachment(isc_db_handle database, std::string_view name);
 void remove_attachment(isc_db_handle database);
 
-/// What stands before everything that would begin something in `database`: 0, or the SQLCODE that its
-/// attachment was given up with, which the status vector then says, too. Throws Cancelled.
-int admit(isc_db_handle database);
+/// What stands before everything that would begin something in `database`: fails when its attachment was
+/// given up, which the status vector then says, too. Throws Cancelled.
+Status admit(isc_db_handle database);
 /// Only that: throws Cancelled between cancel() and resume().
 void require_not_cancelled();
 

@@ -27,14 +27,14 @@ namespace {
 
 constexpr char dialect_item[] = {isc_dpb_sql_dialect, 1, SQL_DIALECT_V6};
 
-// A statement in a transaction of its own; returns the SQLCODE.
-int run_statement(isc_db_handle database, const std::string& statement) {
+// A statement in a transaction of its own.
+Status run_statement(isc_db_handle database, const std::string& statement) {
     sql::Transaction transaction(database, sql::batch_block);
-    int code = transaction.start_code();
-    if (code >= 0) code = sql::refuse_unfit(statement);
-    if (code >= 0) code = transaction.execute(statement.c_str());
-    if (code >= 0) code = transaction.commit();
-    return code;
+    Status done = transaction.started();
+    if (done.ok()) done = sql::refuse_unfit(statement);
+    if (done.ok()) done = transaction.execute(statement.c_str());
+    if (done.ok()) done = transaction.commit();
+    return done;
 }
 
 std::string_view without_blanks(std::string_view text) {
@@ -76,10 +76,10 @@ bool give_name(const std::string& file, const std::string& name) {
     return errno == EINVAL && link(file.c_str(), name.c_str()) == 0 && unlink(file.c_str()) == 0;
 }
 
-using Fill = std::function<std::string(const std::string&)>;
+using Fill = std::function<Status(const std::string&)>;
 
-std::string create(const std::string& database, std::string_view user, std::string_view password,
-                   const Fill& fill) {
+Status create(const std::string& database, std::string_view user, std::string_view password,
+              const Fill& fill) {
     sql::require_not_cancelled();
     const sql::ParameterBlock block(user, password, "");
     std::string items = block.bytes();
@@ -88,10 +88,11 @@ std::string create(const std::string& database, std::string_view user, std::stri
     ISC_STATUS* const status = sql::state().status;
     sql::client().create_database(status, database.c_str(), &handle, static_cast<short>(items.size()),
                                   items.data());
-    if (sql::sqlcode() < 0) return last_engine_message();
+    Status done = sql::outcome();
+    if (!done.ok()) return done;
     sql::client().detach_database(status, &handle);
-    if (sql::sqlcode() < 0) return last_engine_message();
-    return fill ? fill(database) : "";
+    done = sql::outcome();
+    return done.ok() && fill ? fill(database) : done;
 }
 
 struct Detaching {
@@ -106,22 +107,22 @@ struct Unnamed {
 };
 
 // Nobody finds the file under its name before it is whole.
-std::string create_file(const std::string& file, std::string_view user, std::string_view password,
-                        const Fill& fill) {
+Status create_file(const std::string& file, std::string_view user, std::string_view password,
+                   const Fill& fill) {
     namespace fs = std::filesystem;
     std::error_code error;
     const fs::path folder = fs::absolute(file, error).parent_path();
     if (faccessat(AT_FDCWD, (folder / ".").c_str(), W_OK | X_OK, AT_EACCESS) != 0)
-        return "cannot create a database in " + folder.string() + ": " + std::strerror(errno);
+        return Status("cannot create a database in " + folder.string() + ": " + std::strerror(errno));
     const std::string fresh = file + "." + std::to_string(getpid());
     for (const std::string& name : {file, fresh}) {
-        if (fs::exists(fs::symlink_status(name, error))) return name + ": File exists";
+        if (fs::exists(fs::symlink_status(name, error))) return Status(name + ": File exists");
     }
     const Unnamed unnamed{fresh};
-    std::string problem = create(fresh, user, password, fill);
-    if (problem.empty() && !give_name(fresh, file))
-        problem = "the new database cannot be called " + file + ": " + std::strerror(errno);
-    return problem;
+    Status done = create(fresh, user, password, fill);
+    if (done.ok() && !give_name(fresh, file))
+        done = Status("the new database cannot be called " + file + ": " + std::strerror(errno));
+    return done;
 }
 
 }  // namespace
@@ -131,24 +132,24 @@ bool names_a_server(std::string_view database) {
     return colon != std::string_view::npos && colon > 0 && colon + 1 < database.size();
 }
 
-std::string create_database(std::string_view database, std::string_view user, std::string_view password,
-                            const std::function<std::string(const std::string& name)>& fill) {
+Status create_database(std::string_view database, std::string_view user, std::string_view password,
+                       const std::function<Status(const std::string& name)>& fill) {
     const conn::PublicCall under_way;
-    if (const char* reason = sql::objection_to(database, user, password, "")) return reason;
+    if (const char* reason = sql::objection_to(database, user, password, "")) return Status(reason);
     const std::string name = sql::name_without_blanks(database);
     return (names_a_file(name) ? create_file : create)(name, user, password, fill);
 }
 
-std::string run_script(std::string_view database, std::string_view user, std::string_view password,
-                       std::string_view script) {
+Status run_script(std::string_view database, std::string_view user, std::string_view password,
+                  std::string_view script) {
     const conn::PublicCall under_way;
     const sql::Attachment attached = sql::attach(database, user, password, "");
-    if (attached.sqlcode != 0) return last_engine_message();
+    if (attached.status.sqlcode() != 0) return attached.status;
     const Detaching in_the_end{attached.handle};
     for (const std::string& statement : statements_of(script)) {
-        if (run_statement(sql::handle_of(attached.handle), statement) < 0) return last_engine_message();
+        if (Status done = run_statement(sql::handle_of(attached.handle), statement); !done.ok()) return done;
     }
-    return "";
+    return {};
 }
 
 std::string client_version() {

@@ -94,18 +94,18 @@ fs::path private_folder() {
 }
 
 // Makes the folders in the private one, or looks whether they are this user's with all that is in them.
-std::string make_own_folders(const fs::path& environment, const fs::path& locks) {
+Status make_own_folders(const fs::path& environment, const fs::path& locks) {
     for (const fs::path& folder : {environment, locks}) {
-        if (!make_own_folder(folder)) return folder.string() + " is no folder of this user's own; remove it";
+        if (!make_own_folder(folder))
+            return Status(folder.string() + " is no folder of this user's own; remove it");
     }
     std::error_code error;
     for (fs::recursive_directory_iterator at(environment, error), end; at != end; at.increment(error)) {
         struct stat status {};
         if (lstat(at->path().c_str(), &status) == 0 && status.st_uid != geteuid())
-            return at->path().string() + " belongs to another user; remove it";
+            return Status(at->path().string() + " belongs to another user; remove it");
     }
-    if (error) return "cannot look into " + environment.string() + ": " + error.message();
-    return "";
+    return error ? Status("cannot look into " + environment.string() + ": " + error.message()) : Status();
 }
 
 }  // namespace
@@ -124,36 +124,37 @@ bool open_standard_descriptors() {
     return true;
 }
 
-std::string prepare_client(std::string_view database) {
-    if (!open_standard_descriptors()) return "cannot open /dev/null in the place of a closed descriptor";
+Status prepare_client(std::string_view database) {
+    if (!open_standard_descriptors())
+        return Status("cannot open /dev/null in the place of a closed descriptor");
     const bool other = std::getenv("FIREBIRD") != nullptr && !sql::in_private_environment();
-    if (other || names_a_server(database)) return "";
+    if (other || names_a_server(database)) return {};
     const std::string functions = udf_folder();
     if (functions.empty()) {
-        return "cannot find " + std::string(module_file) +
-               ", the module of the driver's functions; the environment " +
-               "variable ZMFB_UDF_DIR names its folder";
+        return Status("cannot find " + std::string(module_file) +
+                      ", the module of the driver's functions; the environment " +
+                      "variable ZMFB_UDF_DIR names its folder");
     }
     const fs::path base = private_folder();
-    if (base.empty()) return "there is no folder to make a private Firebird environment in";
+    if (base.empty()) return Status("there is no folder to make a private Firebird environment in");
     // One for each folder of functions, so that two installations do not rewrite each other's settings; but
     // their engines have to see each other's locks.
     const fs::path folder =
         base / (std::string(environment_prefix) + std::to_string(std::hash<std::string>()(functions)));
     const fs::path locks = base / "lock";
-    std::string problem = make_own_folders(folder, locks);
-    if (!problem.empty()) return problem;
-    problem = make_environment({.folder = folder.string(),
-                                .udf_folder = functions,
-                                .external_file_folders = {std::string(external_file_folder)},
-                                .extra_settings = {}});
-    if (!problem.empty()) return problem;
+    Status done = make_own_folders(folder, locks);
+    if (!done.ok()) return done;
+    done = make_environment({.folder = folder.string(),
+                             .udf_folder = functions,
+                             .external_file_folders = {std::string(external_file_folder)},
+                             .extra_settings = {}});
+    if (!done.ok()) return done;
     setenv("FIREBIRD", folder.c_str(), 1);
     setenv("FIREBIRD_LOCK", locks.c_str(), 1);
-    return "";
+    return done;
 }
 
-std::string declare_functions(std::string_view database, std::string_view user, std::string_view password) {
+Status declare_functions(std::string_view database, std::string_view user, std::string_view password) {
     return run_script(database, user, password, udf::declaration_script);
 }
 

@@ -59,72 +59,73 @@ std::string configuration(const EnvironmentOptions& options) {
 }
 
 // Written under another name first, so that a process that reads the file meanwhile never finds half of it.
-std::string write_when_different(const fs::path& file, std::string_view content) {
+Status write_when_different(const fs::path& file, std::string_view content) {
     std::ifstream present(file, std::ios::binary);
-    if (present && std::string(std::istreambuf_iterator<char>(present), {}) == content) return "";
+    if (present && std::string(std::istreambuf_iterator<char>(present), {}) == content) return {};
     const fs::path fresh = file.string() + "." + std::to_string(getpid());
     std::ofstream out(fresh, std::ios::binary);
     out << content;
     out.close();
     std::error_code error;
     if (out) fs::rename(fresh, file, error);
-    return out && !error ? "" : "cannot write " + file.string();
+    return out && !error ? Status() : Status("cannot write " + file.string());
 }
 
-std::string link_folder(const fs::path& link, const fs::path& target) {
+Status link_folder(const fs::path& link, const fs::path& target) {
     std::error_code error;
-    if (fs::read_symlink(link, error) == target) return "";
+    if (fs::read_symlink(link, error) == target) return {};
     fs::remove(link, error);
     fs::create_directory_symlink(target, link, error);
     // Another process may have made it in between.
-    if (error && fs::read_symlink(link, error) != target) return "cannot make the link " + link.string();
-    return "";
+    if (error && fs::read_symlink(link, error) != target)
+        return Status("cannot make the link " + link.string());
+    return {};
 }
 
 // The engine takes its character sets from <environment>/intl only, and refuses a module that is reached
 // through a link: so that one file is copied. A client without character sets of its own has none to copy.
-std::string copy_character_sets(const fs::path& folder, const fs::path& firebird) {
+Status copy_character_sets(const fs::path& folder, const fs::path& firebird) {
     const fs::path source = firebird / "intl" / "libfbintl.so";
     const fs::path copy = folder / "intl" / source.filename();
     std::error_code error;
-    if (!fs::exists(source, error)) return "";
+    if (!fs::exists(source, error)) return {};
     fs::create_directory(folder / "intl", error);
     const auto size = fs::file_size(copy, error);
     if (!error && size == fs::file_size(source, error) &&
         fs::last_write_time(copy, error) >= fs::last_write_time(source, error)) {
-        return "";
+        return {};
     }
     const fs::path fresh = copy.string() + "." + std::to_string(getpid());
     fs::copy_file(source, fresh, fs::copy_options::overwrite_existing, error);
     if (!error) fs::rename(fresh, copy, error);
-    return error ? "cannot copy " + source.string() + ": " + error.message() : "";
+    return error ? Status("cannot copy " + source.string() + ": " + error.message()) : Status();
 }
 
-std::string take_from_firebird(const fs::path& folder, const std::string& named) {
+Status take_from_firebird(const fs::path& folder, const std::string& named) {
     const std::optional<fs::path> firebird = named.empty() ? firebird_folder() : fs::path(named);
-    if (!firebird) return "cannot find the plugin folder of the Firebird client library";
-    const std::string failure = link_folder(folder / "plugins", *firebird / "plugins");
-    return failure.empty() ? copy_character_sets(folder, *firebird) : failure;
+    if (!firebird) return Status("cannot find the plugin folder of the Firebird client library");
+    Status done = link_folder(folder / "plugins", *firebird / "plugins");
+    return done.ok() ? copy_character_sets(folder, *firebird) : done;
 }
 
 }  // namespace
 
-std::string make_environment(const EnvironmentOptions& options) {
-    if (unusable(options.folder)) return "not usable as the folder of an environment: " + options.folder;
-    if (!options.udf_folder.empty() && unusable(options.udf_folder)) {
-        return "not usable as a folder of external functions: " + options.udf_folder;
-    }
+Status make_environment(const EnvironmentOptions& options) {
+    if (unusable(options.folder))
+        return Status("not usable as the folder of an environment: " + options.folder);
+    if (!options.udf_folder.empty() && unusable(options.udf_folder))
+        return Status("not usable as a folder of external functions: " + options.udf_folder);
     for (const std::string& folder : options.external_file_folders) {
-        if (unusable(folder)) return "not usable as a folder of external files: " + folder;
+        if (unusable(folder)) return Status("not usable as a folder of external files: " + folder);
     }
     const fs::path folder = options.folder;
     std::error_code error;
     fs::create_directories(folder / "lock", error);
-    if (error) return "cannot make the folder " + (folder / "lock").string() + ": " + error.message();
-    std::string failure = write_when_different(folder / "firebird.conf", configuration(options));
-    if (failure.empty()) failure = write_when_different(folder / "plugins.conf", plugin_configuration);
-    if (failure.empty()) failure = take_from_firebird(folder, options.firebird_folder);
-    return failure;
+    if (error) return Status("cannot make the folder " + (folder / "lock").string() + ": " + error.message());
+    Status done = write_when_different(folder / "firebird.conf", configuration(options));
+    if (done.ok()) done = write_when_different(folder / "plugins.conf", plugin_configuration);
+    if (done.ok()) done = take_from_firebird(folder, options.firebird_folder);
+    return done;
 }
 
 void use_environment(const std::string& folder) {

@@ -177,21 +177,21 @@ Value exact_header(std::span<const XSQLVAR> columns) {
     return header;
 }
 
-int ExactConverter::convert(Value& row) {
+Status ExactConverter::convert(Value& row) {
     row = Value::array_of_size(columns_.size());
     Value* slot = row.items().data();
     for (const XSQLVAR& column : columns_) {
         if (type_of(column) == SQL_BLOB && !is_null(column)) {
             std::string text;
-            const int code =
+            Status done =
                 describe_blob(transaction_, read_as<ISC_QUAD>(column.sqldata), is_text_blob(column), text);
-            if (code < 0) return code;
+            if (!done.ok()) return done;
             *slot++ = text;
         } else {
             *slot++ = exact_value(column);
         }
     }
-    return 0;
+    return {};
 }
 
 }  // namespace sql

@@ -18,9 +18,8 @@ class ExactConverter {
     ExactConverter(std::span<const XSQLVAR> columns, Transaction& transaction)
         : columns_(columns), transaction_(transaction) {}
 
-    /// Makes `row` the row that lies in the columns' buffer. Returns the SQLCODE of the call that failed, 0
-    /// when none did.
-    int convert(host::Value& row);
+    /// Makes `row` the row that lies in the columns' buffer. Fails with the first call that does.
+    Status convert(host::Value& row);
 
   private:
     std::span<const XSQLVAR> columns_;

@@ -149,19 +149,19 @@ Guard::~Guard() {
     }
 }
 
-std::string Guard::take(const std::string& file) {
+Status Guard::take(const std::string& file) {
     const int handle = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    if (handle < 0) return "";
-    std::string problem = LockFolder::of_this_process().look();
-    if (problem.empty()) {
-        if (const auto conflict = lock_file(handle)) problem = refusal(file, *conflict);
+    if (handle < 0) return {};
+    Status done = LockFolder::of_this_process().look();
+    if (done.ok()) {
+        if (const auto conflict = lock_file(handle)) done = Status(refusal(file, *conflict));
     }
-    if (problem.empty()) {
+    if (done.ok()) {
         handles_.push_back(handle);
     } else {
         close(handle);
     }
-    return problem;
+    return done;
 }
 
 bool Guard::holds(const std::string& file) const {

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "zmfbconn/status.h"
+
 namespace zmfb::sql {
 
 /// Holds database files for this process as long as it lives, by locks on the files themselves: any path to
@@ -15,10 +17,10 @@ class Guard {
     Guard(const Guard&) = delete;
     Guard& operator=(const Guard&) = delete;
 
-    /// Takes a file besides those that it holds. Returns "" or why not: a process whose engine keeps its
-    /// locks elsewhere has the file, the folder of this process' locks is none to rely on, or files cannot be
-    /// locked there. A file that cannot be opened for reading is not held, and "" all the same.
-    std::string take(const std::string& file);
+    /// Takes a file besides those that it holds. Fails when a process whose engine keeps its locks
+    /// elsewhere has the file, the folder of this process' locks is none to rely on, or files cannot be
+    /// locked there. A file that cannot be opened for reading is not held, which is no failure.
+    Status take(const std::string& file);
     /// Whether that file is among those held.
     [[nodiscard]] bool holds(const std::string& file) const;
 

@@ -68,27 +68,28 @@ LockFolder& LockFolder::of_this_process() {
     return folder;
 }
 
-std::string LockFolder::look() {
+Status LockFolder::look() {
     std::array<char, PATH_MAX> mark{};
     client().prefix_lock(mark.data(), mark_name);
     if (handle_ < 0) return settle(mark.data());
     struct stat now {};
     struct stat then {};
     if (lstat(mark.data(), &now) == 0 && fstat(handle_, &then) == 0 && place_of(now) == place_of(then))
-        return "";
-    return "the folder of the engine's lock files, " + path_ +
-           ", was moved, replaced or emptied while this program runs";
+        return {};
+    return Status("the folder of the engine's lock files, " + path_ +
+                  ", was moved, replaced or emptied while this program runs");
 }
 
-std::string LockFolder::settle(const std::string& mark) {
+Status LockFolder::settle(const std::string& mark) {
     path_ = std::filesystem::path(mark).parent_path().string();
     handle_ = open_mark(mark.c_str());
     if (handle_ < 0)
-        return "cannot use the folder of the engine's lock files, " + path_ + ": " + std::strerror(errno);
+        return Status("cannot use the folder of the engine's lock files, " + path_ + ": " +
+                      std::strerror(errno));
     struct stat status {};
     fstat(handle_, &status);
     identity_ = identity_of(status);
-    return "";
+    return {};
 }
 
 }  // namespace zmfb::sql

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "zmfbconn/status.h"
+
 namespace zmfb::sql {
 
 class LockFolder {
@@ -13,8 +15,8 @@ class LockFolder {
     static LockFolder& of_this_process();
 
     /// Looks whether the engine can find the folder where it was at first, with the file in it that stands
-    /// for it. Returns "" or what is wrong.
-    std::string look();
+    /// for it.
+    Status look();
 
     [[nodiscard]] const std::string& path() const { return path_; }
     /// A number of 39 bits that two processes have in common only when their engines see each other's locks:
@@ -23,7 +25,7 @@ class LockFolder {
 
   private:
     LockFolder() = default;
-    std::string settle(const std::string& mark);
+    Status settle(const std::string& mark);
 
     int handle_ = -1;  ///< keeps the file's number from being given to another one
     std::string path_;

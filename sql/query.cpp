@@ -44,7 +44,7 @@ void log_columns(std::span<const XSQLVAR> columns) {
     }
 }
 
-// The steps of one query. Each returns the SQLCODE of its client call, below 0 when the query ends there.
+// The steps of one query. Each returns how its client call ended; the query ends with the first that fails.
 class Query {
   public:
     explicit Query(isc_db_handle database) : transaction_(database, query_block) {}
@@ -58,96 +58,95 @@ class Query {
     }
 
     // Appends the header and the rows to `result`, as far as it comes.
-    int run(const Value& stmt, const Value& result) {
-        int code = transaction_.start_code();
-        if (code >= 0) code = refuse_unfit(stmt);
-        if (code >= 0) code = prepare(text_of(stmt));
-        if (code >= 0) code = describe();
-        if (code < 0) return code;
+    Status run(const Value& stmt, const Value& result) {
+        Status done = transaction_.started();
+        if (done.ok()) done = refuse_unfit(stmt);
+        if (done.ok()) done = prepare(text_of(stmt));
+        if (done.ok()) done = describe();
+        if (!done.ok()) return done;
         ExactQueries* const exact = ExactQueries::current();
         result.push(exact == nullptr ? header_of(area_.columns()) : exact_header(area_.columns()));
         log_columns(area_.columns());
-        code = open();
-        if (code >= 0) code = exact == nullptr ? fetch_rows(result) : fetch_exactly(result, exact->reader());
-        if (code >= 0) code = close();
-        if (code >= 0) code = transaction_.commit();
-        return code;
+        done = open();
+        if (done.ok()) done = exact == nullptr ? fetch_rows(result) : fetch_exactly(result, exact->reader());
+        if (done.ok()) done = close();
+        if (done.ok()) done = transaction_.commit();
+        return done;
     }
 
   private:
     static ISC_STATUS* status() { return state().status; }
 
-    int prepare(const std::string& statement) {
+    Status prepare(const std::string& statement) {
         client().prepare(status(), transaction_.database(), transaction_.handle(), statement_name,
                          statement.c_str(), area_.get());
-        const int code = sqlcode();
-        prepared_ = code >= 0;
-        return code;
+        Status done = outcome();
+        prepared_ = done.ok();
+        return done;
     }
 
-    int describe() {
+    Status describe() {
         client().describe(status(), statement_name, area_.get());
-        int code = sqlcode();
-        if (code >= 0 && area_.too_small()) {
+        Status done = outcome();
+        if (done.ok() && area_.too_small()) {
             area_ = DescriptorArea(area_.get()->sqld);
             client().describe(status(), statement_name, area_.get());
-            code = sqlcode();
+            done = outcome();
         }
-        return code;
+        return done;
     }
 
-    int open() {
+    Status open() {
         client().declare(status(), statement_name, cursor_name);
-        int code = sqlcode();
-        if (code >= 0) {
+        Status done = outcome();
+        if (done.ok()) {
             client().open(status(), transaction_.handle(), cursor_name);
-            code = sqlcode();
+            done = outcome();
         }
-        return code;
+        return done;
     }
 
-    // Calls `take` for every row in the buffer, until it answers with something other than 0.
+    // Calls `take` for every row in the buffer, until it fails or has enough.
     template <class Take>
-    int fetch_each(const Take& take) {
+    Status fetch_each(const Take& take) {
         for (;;) {
-            const ISC_STATUS outcome = client().fetch(status(), cursor_name, area_.get());
-            if (outcome == end_of_rows) return 0;
-            if (outcome != 0) {
-                const int code = sqlcode();
-                if (code < 0) return code;
+            const ISC_STATUS answer = client().fetch(status(), cursor_name, area_.get());
+            if (answer == end_of_rows) return {};
+            if (answer != 0) {
+                if (Status done = outcome(); !done.ok()) return done;
             }
-            if (const int code = take(); code != 0) return code;
+            if (Status done = take(); done.sqlcode() != 0) return done;
         }
     }
 
-    int fetch_rows(const Value& result) {
+    Status fetch_rows(const Value& result) {
         const RowBuffer buffer(area_.columns());
         RowConverter converter(area_.columns());
         return fetch_each([&] {
             require_not_cancelled();
             result.push(converter.convert());
-            return 0;
+            return Status();
         });
     }
 
-    int fetch_exactly(const Value& result, RowReader* reader) {
+    Status fetch_exactly(const Value& result, RowReader* reader) {
         const RowBuffer buffer(area_.columns());
         ExactConverter converter(area_.columns(), transaction_);
         if (reader != nullptr) reader->header(result[1]);
         return fetch_each([&] {
             Value row;
-            const int code = converter.convert(row);
-            if (code < 0) return code;
-            if (reader != nullptr) return reader->row(row) ? 0 : int{end_of_rows};
+            Status done = converter.convert(row);
+            if (!done.ok()) return done;
+            if (reader != nullptr) return reader->row(row) ? Status() : Status(int{end_of_rows}, "");
             require_not_cancelled();
             result.push(row);
-            return 0;
+            return Status();
         });
     }
 
-    int close() {
+    Status close() {
         client().close(status(), cursor_name);
-        return sqlcode();
+        return outcome();
     }
 
     Transaction transaction_;
@@ -164,7 +163,7 @@ Value internalselect(Self& self, Args args) {
     const isc_db_handle database = handle_of(self);
     if (database == isc_db_handle()) return result;
     Query query(database);
-    const int code = query.run(stmt, result);
+    const int code = query.run(stmt, result).sqlcode();
     if (ExactQueries* const exact = ExactQueries::current(); exact != nullptr) exact->set_sqlcode(code);
     if (code != 0) log_failure(code);
     return result;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <type_traits>
+#include <utility>
 
 #include "conn/log.h"
 #include "conn/public_call.h"
@@ -87,16 +88,16 @@ isc_db_handle handle_of(Self& self) {
     return handle_of(handle.is(host::Kind::numeric) ? handle.number() : 0);
 }
 
-int sqlcode() {
+Status outcome() {
     const ISC_STATUS* const status = state().status;
     const int code = client().sqlcode(status);
-    if (code < 0) {
-        keep_message(status);
-        give_up_after(status);
-    } else {
+    if (code >= 0) {
         forget_earlier_message();
+        return {code, ""};
     }
-    return code;
+    std::string message = keep_message(status);
+    give_up_after(status);
+    return {code, std::move(message)};
 }
 
 std::string sqlcode_message(int sqlcode) {
@@ -112,7 +113,7 @@ std::string log_failure(int sqlcode) {
     return text;
 }
 
-int refuse(int sqlcode, std::string_view reason) {
+Status refuse(int sqlcode, std::string_view reason) {
     static std::string& kept = *new std::string;
     kept = reason;
     const ISC_STATUS refusal[] = {
@@ -121,8 +122,7 @@ int refuse(int sqlcode, std::string_view reason) {
         isc_arg_end};
     ISC_STATUS* slot = state().status;
     for (const ISC_STATUS part : refusal) *slot++ = part;
-    keep_message(state().status);
-    return sqlcode;
+    return {sqlcode, keep_message(state().status)};
 }
 
 }  // namespace sql

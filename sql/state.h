@@ -7,6 +7,7 @@
 
 #include "conn/self.h"
 #include "sql/client.h"
+#include "zmfbconn/status.h"
 
 namespace zmfb::sql {
 
@@ -31,16 +32,17 @@ isc_db_handle handle_of(Self& self);
 /// All lines of the engine's message about a failure, kept for last_engine_message().
 std::string keep_message(const ISC_STATUS* status);
 
-/// The SQLCODE of the status vector. For a failure the engine's whole message is kept for
-/// last_engine_message(); a success takes away what an earlier call of the program has left there.
-int sqlcode();
+/// What the status vector says: how the last call of the client ended. For a failure the engine's whole
+/// message is kept for last_engine_message(), too; a success takes away what an earlier call of the program
+/// has left there.
+Status outcome();
 /// Firebird's text for an SQLCODE, at most 255 bytes.
 std::string sqlcode_message(int sqlcode);
 /// Logs "[ERROR] SQLCODE=%d (%s)" at level 1 and returns it.
 std::string log_failure(int sqlcode);
 
 /// Makes the status vector say that a call was not made: `sqlcode`, with `reason` as the engine's message.
-/// Returns `sqlcode`.
-int refuse(int sqlcode, std::string_view reason);
+/// Returns that.
+Status refuse(int sqlcode, std::string_view reason);
 
 }  // namespace zmfb::sql

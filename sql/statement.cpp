@@ -19,6 +19,12 @@ void drop_batch() {
     shared.batch = isc_tr_handle();
 }
 
+// A warning is told as a failure is.
+Value text_of_outcome(const Status& done) {
+    if (done.sqlcode() == 0) return "";
+    return log_failure(done.sqlcode());
+}
+
 }  // namespace
 
 Value executeupdate(Self& self, Args args) {
@@ -27,26 +33,25 @@ Value executeupdate(Self& self, Args args) {
     const isc_db_handle database = handle_of(self);
     if (database == isc_db_handle()) return "";
     Transaction transaction(database, update_block);
-    int code = transaction.start_code();
-    if (code >= 0) code = refuse_unfit(stmt);
-    if (code >= 0) code = transaction.execute(text_of(stmt).c_str());
-    if (code >= 0) code = transaction.commit();
-    if (code == 0) return "";
-    return log_failure(code);
+    Status done = transaction.started();
+    if (done.ok()) done = refuse_unfit(stmt);
+    if (done.ok()) done = transaction.execute(text_of(stmt).c_str());
+    if (done.ok()) done = transaction.commit();
+    return text_of_outcome(done);
 }
 
 // On top of an open batch the client refuses to start another: the open one goes on.
 Value starttransaction(Self& self, Args) {
     conn::log_event(7, "[TRANS] Starting Transaction");
     isc_db_handle database = handle_of(self);
-    if (database == isc_db_handle() || admit(database) != 0) return {};
+    if (database == isc_db_handle() || !admit(database).ok()) return {};
     ClassState& shared = state();
     const bool is_open = shared.batch != isc_tr_handle();
     if (is_open || !start_shared_batch(shared.status, &shared.batch, database)) {
         client().start_transaction(shared.status, &shared.batch, &database, batch_block.size(),
                                    batch_block.data());
     }
-    if (sqlcode() >= 0) shared.batch_database = database;
+    if (outcome().ok()) shared.batch_database = database;
     return {};
 }
 
@@ -55,13 +60,13 @@ Value cachedupdate(Self& self, Args args) {
     conn::log_event(7, "[CACHE] Statement: " + statement);
     isc_db_handle database = handle_of(self);
     if (database == isc_db_handle()) return "";
-    int code = admit(database);
-    if (code == 0) code = refuse_unfit(args[0]);
-    if (code == 0) {
+    Status done = admit(database);
+    if (done.ok()) done = refuse_unfit(args[0]);
+    if (done.ok()) {
         client().execute_immediate(state().status, &database, &state().batch, statement.c_str());
-        code = sqlcode();
+        done = outcome();
     }
-    return code == 0 ? Value("") : Value(log_failure(code));
+    return text_of_outcome(done);
 }
 
 // A transaction whose commit failed is rolled back: left open, it would stand in the way of every later
@@ -70,12 +75,12 @@ Value commitchanges(Self& self, Args) {
     conn::log_event(7, "[COMMIT] Commit");
     const isc_db_handle database = handle_of(self);
     if (database == isc_db_handle()) return {};
-    int code = admit(database);
-    if (code == 0) {
+    Status done = admit(database);
+    if (done.ok()) {
         client().commit_transaction(state().status, &state().batch);
-        code = sqlcode();
+        done = outcome();
     }
-    if (code < 0) drop_batch();
+    if (!done.ok()) drop_batch();
     shared_batch_ended();
     return {};
 }

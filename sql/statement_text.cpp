@@ -75,7 +75,7 @@ std::string_view first_quoted_name(std::string_view statement) {
     return {};
 }
 
-int refuse_unfit(const Value& stmt) {
+Status refuse_unfit(const Value& stmt) {
     if (!stmt.is(host::Kind::character)) return refuse(invalid_token, "The statement is no text");
     if (stmt.text().find('\0') != std::string_view::npos)
         return refuse(invalid_token, "The statement holds a zero byte");
@@ -84,7 +84,7 @@ int refuse_unfit(const Value& stmt) {
         return refuse(invalid_token,
                       "CREATE DATABASE is not for a database that is attached; \"zmfb create\" makes one");
     }
-    return 0;
+    return {};
 }
 
 }  // namespace zmfb::sql

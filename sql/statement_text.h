@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "conn/self.h"
+#include "zmfbconn/status.h"
 
 namespace zmfb::sql {
 
@@ -13,8 +14,8 @@ std::string text_of(const Value& stmt);
 
 /// Refuses, with the SQLCODE of an invalid token, a statement that is no text; one that could not reach the
 /// engine whole because of a zero byte in it; and CREATE DATABASE, however it is written, which the client
-/// library does by itself, in an attachment that nobody could close. 0 for any other.
-int refuse_unfit(const Value& stmt);
+/// library does by itself, in an attachment that nobody could close. Any other is well.
+Status refuse_unfit(const Value& stmt);
 
 /// Whether the first word of a statement is this one, which is in capitals.
 bool begins_with(std::string_view statement, std::string_view word);

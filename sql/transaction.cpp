@@ -11,8 +11,8 @@ namespace zmfb::sql {
 
 namespace {
 
-int start(isc_db_handle* database, isc_tr_handle* transaction, std::span<const char> block) {
-    if (const int code = admit(*database); code != 0) return code;
+Status start(isc_db_handle* database, isc_tr_handle* transaction, std::span<const char> block) {
+    if (Status admitted = admit(*database); !admitted.ok()) return admitted;
     std::vector<char> unwaiting;
     if (is_writing()) {
         unwaiting.assign(block.begin(), block.end());
@@ -21,22 +21,22 @@ int start(isc_db_handle* database, isc_tr_handle* transaction, std::span<const c
     }
     client().start_transaction(state().status, transaction, database,
                                static_cast<unsigned short>(block.size()), block.data());
-    return sqlcode();
+    return outcome();
 }
 
 }  // namespace
 
 Transaction::Transaction(isc_db_handle database, std::span<const char> block)
-    : database_(database), start_code_(start(&database_, &handle_, block)) {}
+    : database_(database), started_(start(&database_, &handle_, block)) {}
 
-int Transaction::execute(const char* statement) {
+Status Transaction::execute(const char* statement) {
     client().execute_immediate(state().status, &database_, &handle_, statement);
-    return sqlcode();
+    return outcome();
 }
 
-int Transaction::commit() {
+Status Transaction::commit() {
     client().commit_transaction(state().status, &handle_);
-    return sqlcode();
+    return outcome();
 }
 
 void Transaction::roll_back() {

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "sql/client.h"
+#include "zmfbconn/status.h"
 
 namespace zmfb::sql {
 
@@ -17,7 +18,7 @@ inline constexpr std::array<char, 4> query_block = {isc_tpb_version1, isc_tpb_re
                                                     isc_tpb_wait};
 
 /// Starts when made and is rolled back when it goes out of scope uncommitted, by an exception too. Each step
-/// returns the SQLCODE of its call; the status vector of the class holds the details.
+/// returns how its call ended.
 ///
 /// The batch transaction that an application may have left open is not touched, nor one of its own
 /// (zmfbconn/transaction.h): this one runs beside it. It then does not wait for locks, since the one that it
@@ -29,10 +30,10 @@ class Transaction {
     Transaction& operator=(const Transaction&) = delete;
     ~Transaction() { roll_back(); }
 
-    /// The SQLCODE of its start.
-    [[nodiscard]] int start_code() const { return start_code_; }
-    int execute(const char* statement);
-    int commit();
+    /// How its start ended.
+    const Status& started() const { return started_; }
+    Status execute(const char* statement);
+    Status commit();
     /// Whatever comes of it is left aside.
     void roll_back();
 
@@ -42,7 +43,7 @@ class Transaction {
   private:
     isc_db_handle database_;
     isc_tr_handle handle_{};
-    int start_code_;
+    Status started_;
 };
 
 }  // namespace zmfb::sql

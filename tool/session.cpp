@@ -114,8 +114,8 @@ void Session::require_database() const {
 
 void Session::prepare_client() {
     if (std::exchange(prepared_, true)) return;
-    const std::string problem = zmfb::prepare_client(options_.database);
-    if (!problem.empty()) throw Failure{Exit::not_attached, "cannot prepare the embedded engine", problem};
+    if (const Status prepared = zmfb::prepare_client(options_.database); !prepared.ok())
+        throw Failure{Exit::not_attached, "cannot prepare the embedded engine", prepared.message()};
     ask_for_missing_password();
 }
 

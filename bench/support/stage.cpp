@@ -1,7 +1,5 @@
 #include "bench/support/stage.h"
 
-#include <stdexcept>
-
 #include "tests/support/bare_client.h"
 #include "tests/support/environment.h"
 #include "tests/support/server.h"
@@ -14,15 +12,11 @@ namespace {
 
 bool is_set = false;
 
-void must_succeed(const std::string& failure) {
-    if (!failure.empty()) throw std::runtime_error("empty database: " + failure);
-}
-
 // Has the driver's functions and system tables. Pages go to the disk when the system likes.
 std::string make_empty_database() {
     const std::string file = test::process_folder() / "empty.fdb";
-    must_succeed(create_database(file, test::sysdba, test::sysdba_password));
-    must_succeed(run_script(file, test::sysdba, test::sysdba_password, udf::declaration_script));
+    test::must_succeed(create_database(file, test::sysdba, test::sysdba_password));
+    test::must_succeed(run_script(file, test::sysdba, test::sysdba_password, udf::declaration_script));
     const char no_forced_writes[] = {isc_dpb_force_write, 1, 0};
     test::BareClient(file, std::string(no_forced_writes, sizeof no_forced_writes));
     const zmFBConn first_attach_makes_the_system_tables(file, test::sysdba, test::sysdba_password);

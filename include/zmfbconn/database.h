@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "status.h"
+
 #pragma GCC visibility push(default)
 
 namespace zmfb {
@@ -23,10 +25,10 @@ struct EnvironmentOptions {
 };
 
 /// Makes the folder of a private environment: firebird.conf, plugins.conf, the link to the client's plugins
-/// and a lock folder. Several processes may share one database of the embedded engine in it. Returns "" or
-/// what went wrong. An environment that is there already is brought up to date, and left alone when nothing
+/// and a lock folder. Several processes may share one database of the embedded engine in it. An
+/// environment that is there already is brought up to date, and left alone when nothing
 /// differs.
-std::string make_environment(const EnvironmentOptions& options);
+Status make_environment(const EnvironmentOptions& options);
 
 /// Makes this process use it: sets FIREBIRD and FIREBIRD_LOCK. Must come before the first call of the client
 /// library.
@@ -45,27 +47,25 @@ bool open_standard_descriptors();
 /// tables have their files under /tmp. The engine keeps its locks on all databases in one folder of the
 /// user's, so that this user's programs can have one open at once; attaching fails while a process has it
 /// open whose engine keeps its locks elsewhere. Must come before the first call of the client library.
-/// Returns "" or what went wrong.
-std::string prepare_client(std::string_view database);
+Status prepare_client(std::string_view database);
 
 /// Whether a database name has a host part ("server:/path", "server/port:/path") and so means a server.
 bool names_a_server(std::string_view database);
 
 /// Creates a database of dialect 3 without a default character set; a local file that exists is refused and
-/// left alone. `fill`, when given, puts in what it is to have, and returns "" or what went wrong. A local
+/// left alone. `fill`, when given, puts in what it is to have, and may fail. A local
 /// file gets its name when all that is done: until then, and for `fill`, the number of this process stands
-/// behind it, and it is removed when anything fails or is thrown. Returns "" or what went wrong.
-std::string create_database(std::string_view database, std::string_view user, std::string_view password,
-                            const std::function<std::string(const std::string& name)>& fill = {});
+/// behind it, and it is removed when anything fails or is thrown.
+Status create_database(std::string_view database, std::string_view user, std::string_view password,
+                       const std::function<Status(const std::string& name)>& fill = {});
 
 /// Runs `script`, statements that each end with ";" at the end of a line, in `database`, each in a
-/// transaction of its own. Returns "" or what the engine said of the first that failed.
-std::string run_script(std::string_view database, std::string_view user, std::string_view password,
-                       std::string_view script);
+/// transaction of its own, up to the first that fails.
+Status run_script(std::string_view database, std::string_view user, std::string_view password,
+                  std::string_view script);
 
-/// Declares the driver's functions in `database`, which attaching checks for. Returns "" or what the engine
-/// said.
-std::string declare_functions(std::string_view database, std::string_view user, std::string_view password);
+/// Declares the driver's functions in `database`, which attaching checks for.
+Status declare_functions(std::string_view database, std::string_view user, std::string_view password);
 
 /// The version of the Firebird client library, such as "LI-V6.3.11.33703 Firebird 3.0".
 std::string client_version();

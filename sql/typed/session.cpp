@@ -53,7 +53,8 @@ std::shared_ptr<Session> Session::of(zmFBConn& connection) {
 
 void Session::check_usable(std::string_view statement) const {
     try {
-        if (sql::admit(handle_) != 0) refuse(given_up, last_engine_message(), statement);
+        if (const Status admitted = sql::admit(handle_); !admitted.ok())
+            refuse(given_up, admitted.message(), statement);
     } catch (const Cancelled& cancelled_by) {
         refuse(cancelled, cancelled_by.what(), statement);
     }

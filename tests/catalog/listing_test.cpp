@@ -42,7 +42,7 @@ TEST_F(Listing, GettablesnameGivesTrimmedNamesOfTablesAndViewsInOrder) {
 TEST_F(Listing, GettablesnameOfADatabaseWithoutUserTablesIsEmpty) {
     const std::string path = file("empty.fdb");
     const std::string empty_database = on_server() ? Server::shared().name_of(path) : path;
-    ASSERT_EQ(create_database(empty_database, sysdba, sysdba_password), "");
+    ASSERT_EQ(create_database(empty_database, sysdba, sysdba_password).message(), "");
     BareClient client(empty_database);
     zmFBConn object;
     object.set("dbhndl", sql::number_of(*client.handle()));

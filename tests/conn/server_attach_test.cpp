@@ -103,12 +103,12 @@ TEST_F(ServerAttach, LongestPasswordThatFitsReachesTheServer) {
 TEST(ServerGone, AttachSaysSoAndOneThatComesBackIsUsed) {
     Server server;
     const std::string name = server.name_of(process_folder() / "gone.fdb");
-    ASSERT_EQ(create_database(name, sysdba, sysdba_password), "");
+    ASSERT_EQ(create_database(name, sysdba, sysdba_password).message(), "");
     server.kill();
-    EXPECT_NE(run_script(name, sysdba, sysdba_password, "create table T (A integer);"), "");
+    EXPECT_NE(run_script(name, sysdba, sysdba_password, "create table T (A integer);").message(), "");
     EXPECT_NE(last_engine_message().find("127.0.0.1"), std::string::npos) << last_engine_message();
     server.start();
-    EXPECT_EQ(run_script(name, sysdba, sysdba_password, "create table T (A integer);"), "");
+    EXPECT_EQ(run_script(name, sysdba, sysdba_password, "create table T (A integer);").message(), "");
 }
 
 TEST(Servers, TwoSideBySideHaveTheirOwnPortsAndUsers) {
@@ -119,8 +119,8 @@ TEST(Servers, TwoSideBySideHaveTheirOwnPortsAndUsers) {
     for (const Server* server : {&first, &second}) {
         const std::string name =
             server->name_of(process_folder() / ("side" + std::to_string(server->port())));
-        ASSERT_EQ(create_database(name, sysdba, sysdba_password), "");
-        EXPECT_EQ(run_script(name, "ONLYSECOND", "secret", "").empty(), server == &second);
+        ASSERT_EQ(create_database(name, sysdba, sysdba_password).message(), "");
+        EXPECT_EQ(run_script(name, "ONLYSECOND", "secret", "").ok(), server == &second);
     }
 }
 

@@ -48,7 +48,7 @@ TEST_F(CreateDatabase, IsRefusedHoweverItIsWritten) {
             EXPECT_EQ(call("cachedupdate", statement).string(), refused);
             call("commitchanges");
             EXPECT_EQ(show(call("executequery", statement)), "{}");
-            EXPECT_EQ(run_script(database(), sysdba, sysdba_password, statement), reason);
+            EXPECT_EQ(run_script(database(), sysdba, sysdba_password, statement).message(), reason);
             ASSERT_FALSE(std::filesystem::exists(path));
         }
     }

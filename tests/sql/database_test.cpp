@@ -27,10 +27,10 @@ class Databases : public Database {
         return on_server() ? database().substr(0, database().find(':') + 1) + path : path;
     }
     static std::string create(std::string_view name) {
-        return create_database(name, sysdba, sysdba_password);
+        return create_database(name, sysdba, sysdba_password).message();
     }
     static std::string run(std::string_view name, std::string_view script) {
-        return run_script(name, sysdba, sysdba_password, script);
+        return run_script(name, sysdba, sysdba_password, script).message();
     }
 };
 
@@ -65,9 +65,9 @@ TEST_F(Databases, NewOneHasItsNameWhenItIsFilled) {
     const auto fill = [&](const std::string& name) {
         during = name;
         EXPECT_EQ(fs::exists(file("new.fdb")), on_server());
-        return run(name, "create table FILLED (A integer);");
+        return run_script(name, sysdba, sysdba_password, "create table FILLED (A integer);");
     };
-    ASSERT_EQ(create_database(name_of("new.fdb"), sysdba, sysdba_password, fill), "");
+    ASSERT_EQ(create_database(name_of("new.fdb"), sysdba, sysdba_password, fill).message(), "");
     EXPECT_EQ(during, name_of("new.fdb") + (on_server() ? "" : "." + std::to_string(::getpid())));
     EXPECT_EQ(BareClient(name_of("new.fdb")).rows("select count(*) from FILLED"), (Rows{{"0"}}));
 }
@@ -79,10 +79,10 @@ TEST_F(Databases, BlanksAroundTheNameOfANewOneDoNotCount) {
 
 TEST_F(Databases, OneThatCannotBeFilledIsNotThere) {
     if (on_server()) GTEST_SKIP() << "a server's files are not ours to remove";
-    EXPECT_EQ(create_database(name_of("new.fdb"), sysdba, "", [](const std::string&) { return "no"; }), "no");
-    EXPECT_THROW(create_database(name_of("new.fdb"), sysdba, "",
-                                 [](const std::string&) -> std::string { throw std::runtime_error("no"); }),
-                 std::runtime_error);
+    const auto refuse = [](const std::string&) { return Status("no"); };
+    EXPECT_EQ(create_database(name_of("new.fdb"), sysdba, "", refuse).message(), "no");
+    const auto fail = [](const std::string&) -> Status { throw std::runtime_error("no"); };
+    EXPECT_THROW((void)create_database(name_of("new.fdb"), sysdba, "", fail), std::runtime_error);
     EXPECT_TRUE(fs::exists(file("database.fdb")));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder()), fs::directory_iterator()), 1);
 }
@@ -94,11 +94,11 @@ TEST_F(Databases, OneIsNotFilledInTheFileOfSomebodyElse) {
     EXPECT_EQ(create(name_of("new.fdb")), file(taken) + ": File exists");
     EXPECT_EQ(read_file(file(taken)), "precious");
     // While it is filled somebody makes a file of its name.
-    const std::string problem = create_database(name_of("b.fdb"), sysdba, "", [&](const std::string&) {
+    const Status done = create_database(name_of("b.fdb"), sysdba, "", [&](const std::string&) {
         write_file("b.fdb", "precious");
-        return "";
+        return Status();
     });
-    EXPECT_EQ(problem, "the new database cannot be called " + file("b.fdb") + ": File exists");
+    EXPECT_EQ(done.message(), "the new database cannot be called " + file("b.fdb") + ": File exists");
     EXPECT_EQ(read_file(file("b.fdb")), "precious");
 }
 
@@ -121,8 +121,10 @@ TEST_F(Databases, CreatingThatFailsGivesItsBlockBack) {
 TEST_F(Databases, NamesAndCredentialsThatTheClientCannotTakeAreRefused) {
     const std::string long_text(256, 'x');
     EXPECT_EQ(create("a\0b.fdb"sv), "The database name or a credential holds a zero byte");
-    EXPECT_EQ(create_database(name_of("new.fdb"), long_text, ""), "The user name is longer than 255 bytes");
-    EXPECT_EQ(create_database(name_of("new.fdb"), "", long_text), "The password is longer than 255 bytes");
+    EXPECT_EQ(create_database(name_of("new.fdb"), long_text, "").message(),
+              "The user name is longer than 255 bytes");
+    EXPECT_EQ(create_database(name_of("new.fdb"), "", long_text).message(),
+              "The password is longer than 255 bytes");
     EXPECT_FALSE(fs::exists(file("new.fdb")));
 }
 
@@ -175,7 +177,7 @@ TEST_F(Databases, AttachRefusesWhatTheClientCannotTake) {
           sql::attach(database(), sysdba, sysdba_password, long_text), sql::attach("a\0b"sv, sysdba, "", ""),
           sql::attach(database(), "a\0b"sv, "", ""), sql::attach(database(), sysdba, "a\0b"sv, ""),
           sql::attach(database(), sysdba, "", "a\0b"sv)}) {
-        EXPECT_EQ(refused.sqlcode, -901);
+        EXPECT_EQ(refused.status.sqlcode(), -901);
         EXPECT_EQ(
             refused.message,
             "Unsuccessful execution caused by system error that does not preclude successful execution of "
@@ -198,13 +200,13 @@ TEST_F(Databases, ObjectWithALongUserNameStaysUnattached) {
 
 TEST_F(Databases, AttachToAMissingFileGivesCodeAndText) {
     const sql::Attachment made = sql::attach(file("nowhere.fdb"), sysdba, sysdba_password, "");
-    EXPECT_EQ(made.sqlcode, -902);
+    EXPECT_EQ(made.status.sqlcode(), -902);
     EXPECT_EQ(made.message, FaultyClient::io_error_text());
 }
 
 TEST_F(Databases, AttachToAnUnreachableServerGivesCodeAndText) {
     const sql::Attachment made = sql::attach("127.0.0.1/1:/nowhere.fdb", sysdba, sysdba_password, "");
-    EXPECT_EQ(made.sqlcode, -902);
+    EXPECT_EQ(made.status.sqlcode(), -902);
     EXPECT_NE(last_engine_message().find("127.0.0.1"), std::string::npos) << last_engine_message();
 }
 
@@ -213,7 +215,7 @@ class Environments : public Runtime {
     std::string make(EnvironmentOptions options) const {
         if (options.folder.empty()) options.folder = file("env");
         options.firebird_folder = firebird_folder();
-        return make_environment(options);
+        return make_environment(options).message();
     }
 };
 
@@ -264,10 +266,9 @@ TEST_F(Environments, OneThatDiffersIsBroughtUpToDate) {
 
 TEST_F(Environments, PathsThatTheSettingsCannotHoldAreRefused) {
     for (const char* path : {"relative", "", "/a;b", "/a#b", "/a\nb", "/a\"b", "/$(root)"}) {
-        EXPECT_NE(make_environment(
-                      {.folder = path, .udf_folder = {}, .external_file_folders = {}, .extra_settings = {}}),
-                  "")
-            << path;
+        const Status made = make_environment(
+            {.folder = path, .udf_folder = {}, .external_file_folders = {}, .extra_settings = {}});
+        EXPECT_FALSE(made.ok()) << path;
         EXPECT_NE(
             make({.folder = {}, .udf_folder = {}, .external_file_folders = {path}, .extra_settings = {}}), "")
             << path;

@@ -52,7 +52,7 @@ TEST_F(EngineMessage, IsGoneAfterAttachingAndAfterFunctionsThatWentWell) {
     connect();
     EXPECT_EQ(last_engine_message(), "");
     fail();
-    EXPECT_EQ(run_script(database(), sysdba, sysdba_password, "create table U (A integer);"), "");
+    EXPECT_EQ(run_script(database(), sysdba, sysdba_password, "create table U (A integer);").message(), "");
     EXPECT_EQ(last_engine_message(), "");
 }
 

@@ -65,7 +65,7 @@ class Holder {
         : Holder([&](const auto& answer) {
               const Engine engine(folder);
               sql::Guard guard;
-              const std::string problem = guard.take(file);
+              const std::string problem = guard.take(file).message();
               answer(problem.empty() && !guard.holds(file) ? "not held" : problem);
               ::pause();
           }) {}
@@ -161,8 +161,8 @@ TEST_F(Guards, AGuardEndsWithItsProcessWhateverChildrenItHad) {
         Holder first([&](const auto& answer) {
             const Engine engine(file("one"));
             sql::Guard guard;
-            const std::string problem = guard.take(shop());
-            answer(problem.empty() ? std::to_string(child()) : problem);
+            const Status held = guard.take(shop());
+            answer(held.ok() ? std::to_string(child()) : held.message());
             ::pause();
         });
         const auto made = static_cast<pid_t>(std::stoi(first.answer()));
@@ -188,7 +188,7 @@ struct Meeting {
         for (int round = 1; round <= rounds; ++round) {
             for (++arrived; arrived < 2 * round;) continue;
             sql::Guard guard;
-            if (!guard.take(file).empty()) continue;
+            if (!guard.take(file).ok()) continue;
             in.at(me) = true;
             ++let_in;
             for (int look = 0; look < 20; ++look) {
@@ -272,7 +272,7 @@ TEST_F(Guards, WhereFilesCannotBeLockedNoneIsTaken) {
     const Holder poor([&](const auto& answer) {
         have_no_locks();
         const Engine engine(file("one"));
-        answer(sql::Guard().take(shop()));
+        answer(sql::Guard().take(shop()).message());
     });
     EXPECT_EQ(poor.answer(), "files cannot be locked where " + shop() + " lies: No locks available");
 }
@@ -281,10 +281,10 @@ TEST_F(Guards, ALockFolderThatIsNoLongerTheSameIsSaidSo) {
     const Holder mover([&](const auto& answer) {
         const Engine engine(file("one"));
         sql::Guard guard;
-        const std::string problem = guard.take(shop());
+        const Status held = guard.take(shop());
         fs::rename(file("one"), file("moved"));
         fs::create_directory(file("one"));
-        answer(problem + guard.take(shop()));
+        answer(held.message() + guard.take(shop()).message());
     });
     EXPECT_EQ(mover.answer(), "the folder of the engine's lock files, " + file("one") +
                                   ", was moved, replaced or emptied while this program runs");

@@ -30,7 +30,8 @@ class GuardedAttach : public People {
         EXPECT_EQ(make_environment({.folder = made,
                                     .udf_folder = udf_folder(),
                                     .external_file_folders = {},
-                                    .extra_settings = std::move(settings)}),
+                                    .extra_settings = std::move(settings)})
+                      .message(),
                   "");
         write_file(name + "/databases.conf", aliases);
         return {"env", "FIREBIRD=" + made, "FIREBIRD_LOCK=" + made + "/lock"};
@@ -87,7 +88,7 @@ TEST_F(GuardedAttach, ARefusalIsAnAttachThatFails) {
     ASSERT_EQ(log_lines().size(), 1U);
     EXPECT_EQ(log_lines()[0].level, 0);
     EXPECT_EQ(log_lines()[0].text, "[ERROR] SQLCODE=-902 (" + FaultyClient::io_error_text() + ")");
-    const std::string problem = run_script(path_of("b"), sysdba, "", "create table U (A integer);");
+    const std::string problem = run_script(path_of("b"), sysdba, "", "create table U (A integer);").message();
     EXPECT_NE(problem.find("process " + std::to_string(holder.pid())), std::string::npos) << problem;
     EXPECT_EQ(problem, last_engine_message());
 }

@@ -217,8 +217,8 @@ TEST_F(Query, TwoDatabasesSideBySide) {
     zmFBConn& first = connection();
     const std::string other = (folder() / "other.fdb").string();
     const std::string name = on_server() ? database().substr(0, database().find(':') + 1) + other : other;
-    ASSERT_EQ(create_database(name, sysdba, sysdba_password), "");
-    ASSERT_EQ(run_script(name, sysdba, sysdba_password, "create table ONLY_HERE (A integer);"), "");
+    ASSERT_EQ(create_database(name, sysdba, sysdba_password).message(), "");
+    ASSERT_EQ(run_script(name, sysdba, sysdba_password, "create table ONLY_HERE (A integer);").message(), "");
     zmFBConn second(name, sysdba, sysdba_password);
     ASSERT_TRUE(second.isconnected());
     for (int round = 0; round < 3; ++round) {

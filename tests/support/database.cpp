@@ -18,10 +18,6 @@ std::string attachable(const fs::path& file) {
     return on_server() ? Server::shared().name_of(file) : file.string();
 }
 
-void must_succeed(const std::string& failure) {
-    if (!failure.empty()) throw std::runtime_error("template database: " + failure);
-}
-
 // Pages go to the disk when the system likes: nothing here has to survive a power cut.
 void switch_forced_writes_off(const std::string& database) {
     const char item[] = {isc_dpb_force_write, 1, 0};

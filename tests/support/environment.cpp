@@ -44,14 +44,17 @@ std::string udf_folder() { return ZMFB_UDF_FOLDER; }
 
 std::string firebird_folder() { return ZMFB_ENGINE_FOLDER; }
 
+void must_succeed(const Status& done) {
+    if (!done.ok()) throw std::runtime_error(done.message());
+}
+
 void set_up_environment() {
     const std::string folder = process_folder() / "environment";
-    const std::string failure = make_environment({.folder = folder,
-                                                  .udf_folder = udf_folder(),
-                                                  .external_file_folders = {process_folder(), "/tmp"},
-                                                  .extra_settings = {},
-                                                  .firebird_folder = firebird_folder()});
-    if (!failure.empty()) throw std::runtime_error(failure);
+    must_succeed(make_environment({.folder = folder,
+                                   .udf_folder = udf_folder(),
+                                   .external_file_folders = {process_folder(), "/tmp"},
+                                   .extra_settings = {},
+                                   .firebird_folder = firebird_folder()}));
     use_environment(folder);
     setenv("ZMFB_TEST_LOG", (process_folder() / "zmrddfire.log").c_str(), 0);
 }

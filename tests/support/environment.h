@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <string>
 
+#include "zmfbconn/status.h"
+
 namespace zmfb::test {
 
 inline constexpr const char* sysdba = "SYSDBA";
@@ -18,6 +20,9 @@ std::string udf_folder();
 
 /// The folder of the engine's plugins; "" when they are those of the client library.
 std::string firebird_folder();
+
+/// Throws std::runtime_error with the message of what failed.
+void must_succeed(const Status& done);
 
 /// Makes the private environment and turns the client library to it. Must come before the library's first
 /// call.

@@ -102,14 +102,13 @@ Server::Server() {
     static int number = 0;
     folder_ = process_folder() / ("server" + std::to_string(++number));
     reserve_port();
-    const std::string failure = make_environment(
+    must_succeed(make_environment(
         {.folder = folder_,
          .udf_folder = udf_folder(),
          .external_file_folders = {process_folder(), "/tmp"},
          .extra_settings = {"RemoteServicePort = " + std::to_string(port_), "RemoteBindAddress = 127.0.0.1",
                             "SecurityDatabase = " + (folder_ / "security3.fdb").string()},
-         .firebird_folder = firebird_folder()});
-    if (!failure.empty()) throw std::runtime_error(failure);
+         .firebird_folder = firebird_folder()}));
     make_security_database();
     start();
 }

@@ -175,9 +175,9 @@ TEST_F(DoctorCommand, ADatabaseOnAServerIsLookedAtInTheSameWay) {
 TEST_F(DoctorCommand, WhatTheEngineDoesNotAllowIsBadWithAHint) {
     if (on_server()) GTEST_SKIP() << "the server's settings are not the client's to choose";
     const std::string settings = file("engine");
-    ASSERT_EQ(make_environment(
-                  {.folder = settings, .udf_folder = "", .external_file_folders = {}, .extra_settings = {}}),
-              "");
+    const Status made = make_environment(
+        {.folder = settings, .udf_folder = "", .external_file_folders = {}, .extra_settings = {}});
+    ASSERT_TRUE(made.ok()) << made.message();
     const Finished run =
         zmfb({"--db", path, "doctor"}, "", {"FIREBIRD=" + settings, "FIREBIRD_LOCK=" + settings + "/lock"});
     EXPECT_EQ(run.status, 1) << run.out << run.err;

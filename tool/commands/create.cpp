@@ -22,18 +22,18 @@ Exit create_command(Session& session) {
     // A link that leads nowhere yet is followed when this user or root has made it.
     const std::string place = local ? place_of_file(options.database) : options.database;
     session.prepare_client();
-    const std::string problem =
+    const Status created =
         create_database(place, options.user, options.password, [&](const std::string& name) {
-            const std::string undeclared = declare_functions(name, options.user, options.password);
-            if (!undeclared.empty())
-                throw Failure{Exit::failed, "cannot declare the driver's functions", undeclared};
+            const Status declared = declare_functions(name, options.user, options.password);
+            if (!declared.ok())
+                throw Failure{Exit::failed, "cannot declare the driver's functions", declared.message()};
             Options made = options;
             made.database = name;
             Session(made).connection();
-            return "";
+            return Status();
         });
-    if (!problem.empty())
-        throw Failure{Exit::failed, fmt::format("cannot create {}", options.database), problem};
+    if (!created.ok())
+        throw Failure{Exit::failed, fmt::format("cannot create {}", options.database), created.message()};
     fmt::print("{} is ready\n", options.database);
     return Exit::ok;
 }

@@ -59,25 +59,25 @@ class ExternalTable {
     ExternalTable(const ExternalTable&) = delete;
     ExternalTable& operator=(const ExternalTable&) = delete;
 
-    /// Makes the table, inserts a row and reads it back; returns what went wrong.
-    std::string try_out() {
-        if (!created_) return fmt::format("cannot make {}", path_);
+    /// Makes the table, inserts a row and reads it back.
+    Status try_out() {
+        if (!created_) return Status(fmt::format("cannot make {}", path_));
         const Value field = Value::array_of_size(0);
         for (const Value& part : {Value("TEXT"), Value("C"), Value(8), Value(0)}) field.push(part);
         const Value structure = Value::array_of_size(0);
         structure.push(field);
         if (!connection_.call("createtableexternal", name_, structure, path_).logical())
-            return last_engine_message();
+            return Status(last_engine_message());
         const Value failed = connection_.call(
             "executeupdate", fmt::format("INSERT INTO {} (TEXT) VALUES ('readable')", name_));
-        if (failed.size() != 0) return last_engine_message();
+        if (failed.size() != 0) return Status(last_engine_message());
         const auto rows = rows_of<std::string>(connection_, fmt::format("SELECT TEXT FROM {}", name_));
-        if (rows.size() != 1 || std::get<0>(rows[0]) != "readable") return "the row did not come back";
+        if (rows.size() != 1 || std::get<0>(rows[0]) != "readable")
+            return Status("the row did not come back");
         std::error_code none;
-        if (std::filesystem::file_size(path_, none) == 0) {
-            return fmt::format("the engine's {} is another file than this program's", path_);
-        }
-        return "";
+        if (std::filesystem::file_size(path_, none) == 0)
+            return Status(fmt::format("the engine's {} is another file than this program's", path_));
+        return {};
     }
 
   private:
@@ -140,10 +140,10 @@ Finding check_data_file_folder(Session& session) {
 }
 
 Finding check_external_tables(Session& session) {
-    const std::string problem = ExternalTable(session.connection_to_any()).try_out();
-    if (problem.empty()) return {"external tables", State::ok, "a row was written and read"};
-    const std::string_view hint = hint_for(problem);
-    return {"external tables", State::bad, problem,
+    const Status tried = ExternalTable(session.connection_to_any()).try_out();
+    if (tried.ok()) return {"external tables", State::ok, "a row was written and read"};
+    const std::string_view hint = hint_for(tried.message());
+    return {"external tables", State::bad, tried.message(),
             std::string(hint.empty() ? "import and export need them; docs/deployment.md says how" : hint)};
 }
 

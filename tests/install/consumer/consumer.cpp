@@ -26,11 +26,11 @@
 namespace {
 
 int attach(const std::string& database) {
-    std::string problem = zmfb::prepare_client(database);
-    if (problem.empty()) problem = zmfb::create_database(database, "SYSDBA", "");
-    if (problem.empty()) problem = zmfb::declare_functions(database, "SYSDBA", "");
-    if (!problem.empty()) {
-        std::cerr << problem << '\n';
+    zmfb::Status done = zmfb::prepare_client(database);
+    if (done.ok()) done = zmfb::create_database(database, "SYSDBA", "");
+    if (done.ok()) done = zmfb::declare_functions(database, "SYSDBA", "");
+    if (!done.ok()) {
+        std::cerr << done.message() << '\n';
         return 1;
     }
     zmfb::zmFBConn connection(database, "SYSDBA");

@@ -28,7 +28,7 @@ void carry_out(std::optional<zmFBConn>& connection, const tool::Call& call) {
         connection.emplace(args[0], args[1], args[2], args[3]);
         return answer(connection->isconnected());
     }
-    if (call.method == "prepare") return answer(prepare_client(args[0].text()));
+    if (call.method == "prepare") return answer(prepare_client(args[0].text()).message());
     if (call.method == "engine") return answer(last_engine_message());
     if (call.method == "shell") return answer(std::system(std::string(args[0].text()).c_str()));
     if (!connection) throw std::runtime_error("not attached");
