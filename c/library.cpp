@@ -39,12 +39,7 @@ zmfb_status zmfb_prepare(const char* database) {
 
 zmfb_status zmfb_create_database(const char* database, const char* user, const char* password) {
     if (database == nullptr) return fail_null();
-    return guard([=] {
-        return done(
-            zmfb::create_database(database, text_of(user), text_of(password), [=](const std::string& name) {
-                return zmfb::declare_functions(name, text_of(user), text_of(password));
-            }));
-    });
+    return guard([=] { return done(zmfb::create_database(database, text_of(user), text_of(password))); });
 }
 
 zmfb_status zmfb_declare_functions(const char* database, const char* user, const char* password) {

@@ -68,7 +68,6 @@ int main(int argc, char** argv) {
     const std::string database = argv[1];
     zmfb::Status done = zmfb::prepare_client(database);
     if (done.ok()) done = zmfb::create_database(database, "SYSDBA", "");
-    if (done.ok()) done = zmfb::declare_functions(database, "SYSDBA", "");
     if (!done.ok()) {
         std::cerr << done.message() << '\n';
         return 1;

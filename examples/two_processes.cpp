@@ -112,9 +112,7 @@ void second(Till& till) {
 }
 
 bool make_database(const std::string& database) {
-    zmfb::Status done = zmfb::create_database(database, "SYSDBA", "");
-    if (done.ok()) done = zmfb::declare_functions(database, "SYSDBA", "");
-    if (!done.ok()) {
+    if (const zmfb::Status done = zmfb::create_database(database, "SYSDBA", ""); !done.ok()) {
         std::cerr << done.message() << '\n';
         return false;
     }

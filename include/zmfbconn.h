@@ -120,8 +120,8 @@ const char* zmfb_engine_message(void);
 zmfb_status zmfb_prepare(const char* database);
 
 /**
- * Creates a database, ready for the driver: its functions are declared in it. A file that is there is refused
- * (ZMFB_FAILED) and left alone. `user` and `password` may be NULL.
+ * Creates a database, ready for the driver: with its functions and its system tables. A file that is there is
+ * refused (ZMFB_FAILED) and left alone. `user` and `password` may be NULL.
  */
 zmfb_status zmfb_create_database(const char* database, const char* user, const char* password);
 

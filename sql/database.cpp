@@ -1,4 +1,4 @@
-#include "zmfbconn/database.h"
+#include "sql/database.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -20,6 +20,7 @@
 #include "sql/state.h"
 #include "sql/statement_text.h"
 #include "sql/transaction.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb {
 
@@ -132,9 +133,8 @@ bool names_a_server(std::string_view database) {
     return colon != std::string_view::npos && colon > 0 && colon + 1 < database.size();
 }
 
-Status create_database(std::string_view database, std::string_view user, std::string_view password,
-                       const std::function<Status(const std::string& name)>& fill) {
-    const conn::PublicCall under_way;
+Status sql::create_database(std::string_view database, std::string_view user, std::string_view password,
+                            const std::function<Status(const std::string& name)>& fill) {
     if (const char* reason = sql::objection_to(database, user, password, "")) return Status(reason);
     const std::string name = sql::name_without_blanks(database);
     return (names_a_file(name) ? create_file : create)(name, user, password, fill);

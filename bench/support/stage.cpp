@@ -3,7 +3,6 @@
 #include "tests/support/bare_client.h"
 #include "tests/support/environment.h"
 #include "tests/support/server.h"
-#include "udf_script.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::bench {
@@ -12,14 +11,12 @@ namespace {
 
 bool is_set = false;
 
-// Has the driver's functions and system tables. Pages go to the disk when the system likes.
+// Pages go to the disk when the system likes.
 std::string make_empty_database() {
     const std::string file = test::process_folder() / "empty.fdb";
     test::must_succeed(create_database(file, test::sysdba, test::sysdba_password));
-    test::must_succeed(run_script(file, test::sysdba, test::sysdba_password, udf::declaration_script));
     const char no_forced_writes[] = {isc_dpb_force_write, 1, 0};
     test::BareClient(file, std::string(no_forced_writes, sizeof no_forced_writes));
-    const zmFBConn first_attach_makes_the_system_tables(file, test::sysdba, test::sysdba_password);
     return file;
 }
 

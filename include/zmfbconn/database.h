@@ -2,7 +2,6 @@
 /// engine said.
 #pragma once
 
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -52,19 +51,18 @@ Status prepare_client(std::string_view database);
 /// Whether a database name has a host part ("server:/path", "server/port:/path") and so means a server.
 bool names_a_server(std::string_view database);
 
-/// Creates a database of dialect 3 without a default character set; a local file that exists is refused and
-/// left alone. `fill`, when given, puts in what it is to have, and may fail. A local
-/// file gets its name when all that is done: until then, and for `fill`, the number of this process stands
-/// behind it, and it is removed when anything fails or is thrown.
-Status create_database(std::string_view database, std::string_view user, std::string_view password,
-                       const std::function<Status(const std::string& name)>& fill = {});
+/// Creates a database of dialect 3 without a default character set, ready for the driver: its functions are
+/// declared in it, and an object has been attached once, which makes the system tables. A local file that
+/// exists is refused and left alone. A new one gets its name when all that is done: until then the number of
+/// this process stands behind it, and it is removed when anything fails or is thrown.
+Status create_database(std::string_view database, std::string_view user, std::string_view password);
 
 /// Runs `script`, statements that each end with ";" at the end of a line, in `database`, each in a
 /// transaction of its own, up to the first that fails.
 Status run_script(std::string_view database, std::string_view user, std::string_view password,
                   std::string_view script);
 
-/// Declares the driver's functions in `database`, which attaching checks for.
+/// Declares the driver's functions in `database`, which another program has made. Attaching checks for them.
 Status declare_functions(std::string_view database, std::string_view user, std::string_view password);
 
 /// The version of the Firebird client library, such as "LI-V6.3.11.33703 Firebird 3.0".

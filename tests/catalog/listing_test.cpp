@@ -1,3 +1,4 @@
+#include "sql/database.h"
 #include "sql/state.h"
 #include "tests/support/database.h"
 #include "tests/support/environment.h"
@@ -42,7 +43,7 @@ TEST_F(Listing, GettablesnameGivesTrimmedNamesOfTablesAndViewsInOrder) {
 TEST_F(Listing, GettablesnameOfADatabaseWithoutUserTablesIsEmpty) {
     const std::string path = file("empty.fdb");
     const std::string empty_database = on_server() ? Server::shared().name_of(path) : path;
-    ASSERT_EQ(create_database(empty_database, sysdba, sysdba_password).message(), "");
+    ASSERT_EQ(sql::create_database(empty_database, sysdba, sysdba_password).message(), "");
     BareClient client(empty_database);
     zmFBConn object;
     object.set("dbhndl", sql::number_of(*client.handle()));

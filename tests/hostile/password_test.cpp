@@ -38,7 +38,6 @@ TEST_F(SecretPassword, IsInNoTextOfAnAttachThatFails) {
 TEST_F(SecretPassword, IsNotKeptInAnObjectThatIsAttached) {
     const std::string name = Server::shared().name_of(file("kept.fdb"));
     ASSERT_EQ(create_database(name, sysdba, sysdba_password).message(), "");
-    ASSERT_EQ(declare_functions(name, sysdba, sysdba_password).message(), "");
     log_at(every_level);
     zmFBConn object(name, sysdba, sysdba_password);
     ASSERT_TRUE(object.isconnected());

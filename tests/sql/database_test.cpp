@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "sql/attach.h"
+#include "sql/database.h"
 #include "sql/state.h"
 #include "tests/support/database.h"
 #include "tests/support/environment.h"
@@ -67,7 +68,7 @@ TEST_F(Databases, NewOneHasItsNameWhenItIsFilled) {
         EXPECT_EQ(fs::exists(file("new.fdb")), on_server());
         return run_script(name, sysdba, sysdba_password, "create table FILLED (A integer);");
     };
-    ASSERT_EQ(create_database(name_of("new.fdb"), sysdba, sysdba_password, fill).message(), "");
+    ASSERT_EQ(sql::create_database(name_of("new.fdb"), sysdba, sysdba_password, fill).message(), "");
     EXPECT_EQ(during, name_of("new.fdb") + (on_server() ? "" : "." + std::to_string(::getpid())));
     EXPECT_EQ(BareClient(name_of("new.fdb")).rows("select count(*) from FILLED"), (Rows{{"0"}}));
 }
@@ -80,11 +81,47 @@ TEST_F(Databases, BlanksAroundTheNameOfANewOneDoNotCount) {
 TEST_F(Databases, OneThatCannotBeFilledIsNotThere) {
     if (on_server()) GTEST_SKIP() << "a server's files are not ours to remove";
     const auto refuse = [](const std::string&) { return Status("no"); };
-    EXPECT_EQ(create_database(name_of("new.fdb"), sysdba, "", refuse).message(), "no");
+    EXPECT_EQ(sql::create_database(name_of("new.fdb"), sysdba, "", refuse).message(), "no");
     const auto fail = [](const std::string&) -> Status { throw std::runtime_error("no"); };
-    EXPECT_THROW((void)create_database(name_of("new.fdb"), sysdba, "", fail), std::runtime_error);
+    EXPECT_THROW((void)sql::create_database(name_of("new.fdb"), sysdba, "", fail), std::runtime_error);
     EXPECT_TRUE(fs::exists(file("database.fdb")));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder()), fs::directory_iterator()), 1);
+}
+
+TEST_F(Databases, NewOneIsReadyForTheDriver) {
+    ASSERT_EQ(create(name_of("new.fdb")), "");
+    EXPECT_EQ(BareClient(name_of("new.fdb"))
+                  .rows("select (select count(*) from rdb$functions where rdb$module_name = 'zmrddudfs'), "
+                        "(select count(*) from rdb$relations where rdb$relation_name like 'RDDSYS_%') "
+                        "from rdb$database"),
+              (Rows{{"11", "3"}}));
+}
+
+TEST_F(Databases, OneThatCannotBeMadeReadyIsNotThere) {
+    struct Case {
+        ClientCall call;
+        int nth;
+        const char* message;
+    };
+    constexpr int functions = 11;
+    const Case cases[] = {
+        {ClientCall::attach_database, 1, ""},
+        {ClientCall::execute_immediate, functions, ""},
+        {ClientCall::attach_database, 2, ""},
+        {ClientCall::execute_immediate, functions + 1,
+         "[FBCONN Error]\nError on creating Table\n FB Error: "},
+    };
+    for (const Case& one : cases) {
+        const std::string name = "new" + std::to_string(&one - cases) + ".fdb";
+        SCOPED_TRACE(name);
+        FaultyClient client;
+        client.fail(one.call, one.nth);
+        const std::string message = create(name_of(name));
+        EXPECT_TRUE(client.all_failed());
+        EXPECT_TRUE(message.starts_with(one.message)) << message;
+        EXPECT_NE(message.find("I/O error"), std::string::npos) << message;
+        EXPECT_TRUE(on_server() || !fs::exists(file(name)));
+    }
 }
 
 TEST_F(Databases, OneIsNotFilledInTheFileOfSomebodyElse) {
@@ -94,7 +131,7 @@ TEST_F(Databases, OneIsNotFilledInTheFileOfSomebodyElse) {
     EXPECT_EQ(create(name_of("new.fdb")), file(taken) + ": File exists");
     EXPECT_EQ(read_file(file(taken)), "precious");
     // While it is filled somebody makes a file of its name.
-    const Status done = create_database(name_of("b.fdb"), sysdba, "", [&](const std::string&) {
+    const Status done = sql::create_database(name_of("b.fdb"), sysdba, "", [&](const std::string&) {
         write_file("b.fdb", "precious");
         return Status();
     });
@@ -106,7 +143,7 @@ TEST_F(Databases, CreatingLeavesNoAttachment) {
     FaultyClient client;
     ASSERT_EQ(create(name_of("new.fdb")), "");
     EXPECT_EQ(client.count(ClientCall::create_database), 1);
-    EXPECT_EQ(client.count(ClientCall::detach_database), 1);
+    EXPECT_EQ(client.count(ClientCall::detach_database), 1 + client.count(ClientCall::attach_database));
     EXPECT_EQ(client.open_blocks(), 0);
 }
 

@@ -5,7 +5,6 @@
 
 #include "tests/support/environment.h"
 #include "tests/support/server.h"
-#include "udf_script.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::test {
@@ -28,9 +27,7 @@ fs::path make_template() {
     const fs::path file = process_folder() / "template.fdb";
     const std::string name = attachable(file);
     must_succeed(create_database(name, sysdba, sysdba_password));
-    must_succeed(run_script(name, sysdba, sysdba_password, udf::declaration_script));
     switch_forced_writes_off(name);
-    const zmFBConn first_attach_makes_the_system_tables(name, sysdba, sysdba_password);
     return file;
 }
 

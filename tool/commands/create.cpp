@@ -22,17 +22,9 @@ Exit create_command(Session& session) {
     // A link that leads nowhere yet is followed when this user or root has made it.
     const std::string place = local ? place_of_file(options.database) : options.database;
     session.prepare_client();
-    const Status created =
-        create_database(place, options.user, options.password, [&](const std::string& name) {
-            const Status declared = declare_functions(name, options.user, options.password);
-            if (!declared.ok())
-                throw Failure{Exit::failed, "cannot declare the driver's functions", declared.message()};
-            Options made = options;
-            made.database = name;
-            Session(made).connection();
-            return Status();
-        });
-    if (!created.ok())
+    // One for all objects of the process.
+    if (options.log_level != 0) zmFBConn().call("setloglevel", options.log_level);
+    if (const Status created = create_database(place, options.user, options.password); !created.ok())
         throw Failure{Exit::failed, fmt::format("cannot create {}", options.database), created.message()};
     fmt::print("{} is ready\n", options.database);
     return Exit::ok;

@@ -28,7 +28,6 @@ namespace {
 int attach(const std::string& database) {
     zmfb::Status done = zmfb::prepare_client(database);
     if (done.ok()) done = zmfb::create_database(database, "SYSDBA", "");
-    if (done.ok()) done = zmfb::declare_functions(database, "SYSDBA", "");
     if (!done.ok()) {
         std::cerr << done.message() << '\n';
         return 1;
