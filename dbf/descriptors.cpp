@@ -117,12 +117,11 @@ Described read_descriptions(std::string_view beginning, std::size_t limit, Diale
     const bool second = dialect == Dialect::dbase2;
     const bool seventh = dialect == Dialect::dbase7;
     const std::size_t size = second ? dbase2_descriptor : seventh ? dbase7_descriptor : descriptor_size;
-    beginning = beginning.substr(0, limit);
     Described found;
     found.end = second ? dbase2_prolog : seventh ? dbase7_prolog : prolog_size;
     for (;; found.end += size) {
         found.ended = found.end < beginning.size() && beginning[found.end] == end_of_descriptors;
-        if (found.ended || found.end + size > beginning.size()) return found;
+        if (found.ended || found.end + size > std::min(limit, beginning.size())) return found;
         Field field = read_description(beginning.substr(found.end, size), dialect);
         // What follows descriptions that nothing ends, such as the name of a database, is zeros mostly.
         if (field.name.empty() && (field.type == '\0' || field.length == 0)) return found;

@@ -17,7 +17,7 @@ struct Described {
     bool ended = false;         ///< whether the carriage return stands there
 };
 
-/// Reads descriptions in the first `limit` bytes of a file.
+/// Reads descriptions in the first `limit` bytes of a file; what ends them may follow.
 Described read_descriptions(std::string_view beginning, std::size_t limit, Dialect dialect);
 
 /// Names the types that there are none of and lengths that a type cannot have, each in words that follow the

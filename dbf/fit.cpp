@@ -15,7 +15,7 @@ constexpr std::uint64_t most_marks = 256;
 /// How well a way fits.
 struct Look {
     bool marks = false;   ///< each of the first records begins with a deletion mark
-    bool length = false;  ///< the file ends behind the last record, or behind the one byte that says so
+    bool length = false;  ///< the file ends behind the last record, or the byte that says so follows
 };
 
 Look look_at(const Source& file, const Fit& way, std::uint64_t records) {
@@ -27,17 +27,27 @@ Look look_at(const Source& file, const Fit& way, std::uint64_t records) {
         const std::string mark = read_bytes(file, way.start + i * way.record_size, 1);
         look.marks = look.marks && mark.size() == 1 && is_mark(mark[0]);
     }
-    const std::uint64_t rest = room - whole * way.record_size;
-    const bool marked = read_bytes(file, file.size() - 1, 1) == std::string(1, end_of_file);
-    look.length = whole == records && rest == (marked ? 1 : 0);
+    const std::uint64_t end = way.start + whole * way.record_size;
+    const std::string around = read_bytes(file, end - 1, 2);
+    const bool ends = around.size() == 1 || (around.size() == 2 && around[1] == end_of_file);
+    look.length = whole == records && ends && (whole == 0 || around[0] != end_of_file);
     return look;
 }
 
-/// The ways there are, the announced one first.
-std::vector<Fit> ways(const Described& described, Dialect dialect, const Announced& announced) {
-    std::vector<std::uint64_t> starts{announced.start, described.end + (described.ended ? 1 : 0),
-                                      described.end + 2};
+/// Where records begin behind such descriptions, as far as is usual: some programs write a zero byte more.
+std::vector<std::uint64_t> usual_starts(const Source& file, const Described& described, Dialect dialect) {
+    const std::uint64_t end = described.end + (described.ended ? 1 : 0);
+    std::vector<std::uint64_t> starts{end};
+    if (read_bytes(file, end, 1) == std::string(1, '\0')) starts.push_back(end + 1);
     if (dialect == Dialect::visual_foxpro) starts.push_back(described.end + 1 + database_name_size);
+    return starts;
+}
+
+/// The ways there are, the announced one first.
+std::vector<Fit> ways(const Described& described, const std::vector<std::uint64_t>& usual,
+                      const Announced& announced) {
+    std::vector<std::uint64_t> starts{announced.start};
+    starts.insert(starts.end(), usual.begin(), usual.end());
     std::vector<Fit> found;
     for (const std::uint64_t start : starts) {
         if (start < described.end) continue;
@@ -69,17 +79,19 @@ std::size_t record_size_of(const std::vector<Field>& fields, bool long_texts) {
 }
 
 Fit find_fit(const Source& file, const Described& described, Dialect dialect, const Announced& announced) {
+    const std::vector<std::uint64_t> usual = usual_starts(file, described, dialect);
+    const bool usual_start = std::find(usual.begin(), usual.end(), announced.start) != usual.end();
     const Fit* consistent = nullptr;
     const Fit* best = nullptr;
     int best_rank = 0;
-    const std::vector<Fit> all = ways(described, dialect, announced);
+    const std::vector<Fit> all = ways(described, usual, announced);
     for (const Fit& way : all) {
         const Look look = look_at(file, way, announced.records);
+        const int rank = (look.marks ? 2 : 0) + (look.length ? 1 : 0);
         if (is_consistent(way, described, announced) && consistent == nullptr) {
-            if (look.marks || look.length) return way;
+            if (usual_start ? rank > 0 : rank == 3) return way;
             consistent = &way;
         }
-        const int rank = (look.marks ? 2 : 0) + (look.length ? 1 : 0);
         if (look.marks && rank > best_rank) {
             best = &way;
             best_rank = rank;

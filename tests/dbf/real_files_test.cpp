@@ -12,6 +12,7 @@
 #include "dbf/records.h"
 #include "dbf/value.h"
 #include "shown.h"
+#include "tests/support/dbf_builder.h"
 #include "tests/support/process.h"
 #include "tests/support/samples.h"
 
@@ -55,15 +56,10 @@ std::string cell(const Value& value, const std::optional<MemoFile>& memos) {
 }
 
 /// All records, those in use first.
-Lines read_with_ours(const std::string& path) {
-    const auto file = open_file(path);
-    const Header header = read_header(*file);
-    std::optional<MemoFile> memos;
-    if (const std::string memo = header.has_memo() ? find_memo_file(path, header) : ""; !memo.empty())
-        memos.emplace(memo, header);
+Lines records_of(const Source& file, const Header& header, const std::optional<MemoFile>& memos) {
     Lines in_use;
     Lines deleted;
-    for (Records records(*file, header, true); records.next();) {
+    for (Records records(file, header, true); records.next();) {
         std::string line;
         for (const Field& field : header.fields) {
             line += (line.empty() && &field == &header.fields[0] ? "" : "\t") +
@@ -73,6 +69,15 @@ Lines read_with_ours(const std::string& path) {
     }
     in_use.insert(in_use.end(), deleted.begin(), deleted.end());
     return in_use;
+}
+
+Lines read_with_ours(const std::string& path) {
+    const auto file = open_file(path);
+    const Header header = read_header(*file);
+    std::optional<MemoFile> memos;
+    if (const std::string memo = header.has_memo() ? find_memo_file(path, header) : ""; !memo.empty())
+        memos.emplace(memo, header);
+    return records_of(*file, header, memos);
 }
 
 /// The values of one field, in the order of the records.
@@ -164,6 +169,58 @@ TEST_F(RealFiles, AreReadWithTheValuesThatOtherReadersFind) {
         ++counts[found];
     }
     for (const auto& [what, count] : counts) std::cout << count << " " << what << '\n';
+}
+
+struct Lie {
+    std::string what;
+    std::string bytes;
+};
+
+/// The file with one thing in its header that is not so.
+std::vector<Lie> lies_about(const std::string& bytes, const Header& header) {
+    std::vector<Lie> lies;
+    const auto changed = [&](std::size_t at, std::uint64_t number) {
+        std::string made = bytes;
+        made.replace(at, 2, test::low_first(number, 2));
+        return made;
+    };
+    for (const int by : {-3, -1, 1, 7}) {
+        lies.push_back(
+            {fmt::format("a header {} longer", by), changed(8, header.start + static_cast<unsigned>(by))});
+        lies.push_back({fmt::format("records {} longer", by),
+                        changed(10, header.record_size + static_cast<unsigned>(by))});
+    }
+    lies.push_back({"no header", changed(8, 0)});
+    lies.push_back({"no record", changed(10, 0)});
+    if (const std::size_t end = bytes.find('\r', 32); header.start == end + 1) {
+        std::string open = bytes;
+        open[end] = '\0';
+        lies.push_back({"nothing ends the fields", open});
+    }
+    return lies;
+}
+
+TEST_F(RealFiles, AreReadAlikeWhenTheirHeadersLieInOneThing) {
+    int looked_at = 0;
+    for (const std::string& path : test::samples(".dbf")) {
+        const auto file = open_file(path);
+        if (!refusal_of(path).empty()) continue;
+        const Header header = read_header(*file);
+        // One record fits in many ways; dBASE 7 has another header.
+        if (!header.notes.empty() || header.records < 2 || header.dialect == Dialect::dbase7) continue;
+        const Lines expected = records_of(*file, header, {});
+        for (const Lie& lie :
+             lies_about(read_bytes(*file, 0, static_cast<std::size_t>(file->size())), header)) {
+            SCOPED_TRACE(path + ": " + lie.what);
+            const auto lying = in_memory(lie.bytes);
+            const Header seen_through = read_header(*lying);
+            EXPECT_EQ(difference(records_of(*lying, seen_through, {}), expected), "");
+            EXPECT_FALSE(seen_through.notes.empty());
+            ++looked_at;
+        }
+    }
+    if (looked_at == 0) GTEST_SKIP() << "no file of ZMFB_SAMPLES is sound and has two records";
+    std::cout << looked_at << " headers that lie\n";
 }
 
 // What the other readers leave out, as the bytes of the files show it.
