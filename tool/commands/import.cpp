@@ -98,6 +98,8 @@ void add_import(CommandLine& line) {
     command.option("FILE", given->files, "DBF files, folders of them, patterns").required();
     command.flag("--dry-run", given->dry_run, "Only say what would be made, and what would be refused");
     command.flag("--skip-deleted", given->skip_deleted, "Leave deleted records out");
+    command.flag("--mark-deleted", given->names.marks_deleted,
+                 "Add a column DELETED_ that says which records were");
     command.flag("--all-records", given->all_records, "Take in records that the header does not count");
     command.flag("--incomplete", given->incomplete, "Import a file that is cut off as far as it goes");
     command.option("--encoding-from", given->encoding,

@@ -79,12 +79,11 @@ void name_columns(zmFBConn& connection, const dbf::Header& header, const WantedN
                   ImportPlan& plan) {
     std::vector<std::string> names;
     for (const dbf::Field& field : header.fields) names.push_back(upper(field.name));
+    if (wanted.marks_deleted) names.emplace_back("DELETED_");
     FieldNames fields(names, wanted.fields);
     fields.settle(reserved(connection, fields.wanted()), longest_name(connection));
-    for (PlannedColumn& column : plan.columns) {
-        column.column.name = fields.names()[column.field];
-        column.load.name = column.column.name;
-    }
+    for (std::size_t i = 0; i < plan.columns.size(); ++i)
+        plan.columns[i].column.name = plan.columns[i].load.name = fields.names()[i];
     Changes changes(plan, wanted.strict);
     for (const NameChange& change : fields.changes()) changes.add("field", change);
 }
@@ -134,8 +133,11 @@ PlannedColumn plan_text(const dbf::Field& field, std::size_t place) {
 }
 
 PlannedColumn plan_number(const dbf::Field& field, std::size_t place) {
-    if (field.length > largest_precision)
-        return planned(place, "DOUBLE PRECISION DEFAULT 0 NOT NULL", Kind::real, real_width);
+    if (field.length > largest_precision) {
+        PlannedColumn column = planned(place, "DOUBLE PRECISION DEFAULT 0 NOT NULL", Kind::real, real_width);
+        column.is_wide = true;
+        return column;
+    }
     const int decimals = std::min(field.decimals, static_cast<int>(field.length));
     return planned_xbase(place, 'N', field.length, decimals, Kind::fixed, field.length);
 }
@@ -177,6 +179,17 @@ PlannedColumn plan_column(const dbf::Field& field, std::size_t place) {
     throw Failure{Exit::failed, fmt::format("{} is of no known kind", field.name)};
 }
 
+void narrow(PlannedColumn& column, const Digits& digits) {
+    const std::size_t all = std::max<std::size_t>(1, digits.whole + digits.decimals);
+    if (all > largest_precision) return;
+    const std::string name = column.column.name;
+    column.column = driver_column(name, 'N', all, static_cast<int>(digits.decimals));
+    column.digits = all;
+    column.decimals = static_cast<int>(digits.decimals);
+    column.load.kind = Kind::fixed;
+    column.load.width = largest_precision + 2;  // a sign and a point
+}
+
 std::string sql_type_of(const PlannedColumn& column) {
     return column.column.definition.substr(0, column.column.definition.find(" DEFAULT"));
 }
@@ -194,6 +207,8 @@ ImportPlan plan_import(zmFBConn& connection, const std::string& path, const dbf:
         if (!problem.empty())
             plan.refusals.push_back(fmt::format("the field {} {}", shown_bytes(field.name), problem));
     }
+    if (wanted.marks_deleted)
+        plan.columns.push_back(planned_xbase(PlannedColumn::deletion_mark, 'L', 1, 0, Kind::fixed, 1));
     name_columns(connection, header, wanted, plan);
     if (row_size(header) > largest_row)
         plan.refusals.push_back(fmt::format("a row would take more than {} bytes", largest_row));

@@ -15,18 +15,28 @@ namespace zmfb::tool {
 
 /// A field on its way to a column.
 struct PlannedColumn {
+    /// Instead of a place: the column says whether the record was deleted.
+    static constexpr std::size_t deletion_mark = static_cast<std::size_t>(-1);
+
     std::size_t field;       ///< its place in the header
     DriverColumn column;     ///< as the table is made with
     LoadColumn load;         ///< as its values travel
     std::size_t digits = 0;  ///< of a NUMERIC
     int decimals = 0;        ///< of them, behind the point
+    bool is_wide = false;    ///< of a field of more digits than a NUMERIC has
+};
+
+/// How many digits the numbers of a field have, without zeros that say nothing.
+struct Digits {
+    std::size_t whole = 0, decimals = 0;
 };
 
 /// How people want things to be called.
 struct WantedNames {
     std::string table;  ///< instead of the file's name; "" for that
     Renames fields;
-    bool strict = false;  ///< names that cannot be are refused
+    bool strict = false;         ///< names that cannot be are refused
+    bool marks_deleted = false;  ///< a column DELETED_ says which records were
 };
 
 struct ImportPlan {
@@ -43,6 +53,10 @@ std::string table_of_file(const std::string& path);
 
 /// The column of a field; its name is that of the field.
 PlannedColumn plan_column(const dbf::Field& field, std::size_t place);
+
+/// Makes the column of a wide number the narrowest NUMERIC for numbers of so many digits; one of DOUBLE
+/// PRECISION stays it when there is none.
+void narrow(PlannedColumn& column, const Digits& digits);
 
 /// The type of a column, without its default.
 std::string sql_type_of(const PlannedColumn& column);

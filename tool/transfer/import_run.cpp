@@ -96,8 +96,6 @@ void Import::plan() {
     told_.changes = plan_.changes.size();
     report_.changes = plan_.changes;
     report_.notes = source_.header.notes;
-    for (const PlannedColumn& column : plan_.columns)
-        report_.columns.push_back({column.column.name, sql_type_of(column)});
     if (plan_.table_exists) plan_existing();
     plan_records();
 }
@@ -155,6 +153,15 @@ void Import::look() {
         ++report_.records;
         reader.read(records.number(), records.bytes(), [&](const BadValue& value) { rejects_.add(value); });
     });
+    for (std::size_t i = 0; i < plan_.columns.size(); ++i) {
+        PlannedColumn& column = plan_.columns[i];
+        if (column.is_wide) {
+            narrow(column, reader.digits()[i]);
+            report_.notes.push_back(fmt::format("the field {} has more digits than a NUMERIC: it becomes {}",
+                                                column.column.name, sql_type_of(column)));
+        }
+        report_.columns.push_back({column.column.name, sql_type_of(column)});
+    }
     report_.values = reader.counts();
     report_.skips_deleted = options_.skip_deleted;
     if (options_.on_bad_value == OnBadValue::use_default) report_.defaulted = rejects_.count();

@@ -37,6 +37,27 @@ std::string shown_currency(std::int64_t ten_thousandths) {
     return fmt::format("{}{}.{:04}", negative ? "-" : "", size / 10000, size % 10000);
 }
 
+// A decimal without zeros that say nothing: "-0012.500" is "-12.5". One with an exponent stays.
+std::string without_zeros(std::string_view text) {
+    if (text.find_first_of("eE") != text.npos) return std::string(text);
+    const bool negative = text.front() == '-';
+    if (negative || text.front() == '+') text.remove_prefix(1);
+    text.remove_prefix(std::min(text.find_first_not_of('0'), text.size()));
+    if (text.find('.') != text.npos) text = text.substr(0, text.find_last_not_of('0') + 1);
+    if (text.ends_with('.')) text.remove_suffix(1);
+    return text.empty() ? "0" : (negative ? "-" : "") + std::string(text);
+}
+
+// Digits of a text of without_zeros(); an exponent makes more of them than any NUMERIC has.
+void note_digits(std::string_view text, Digits& digits) {
+    constexpr std::size_t many = 100;
+    if (text.starts_with('-')) text.remove_prefix(1);
+    const std::size_t point = std::min(text.find('.'), text.size());
+    const bool has_exponent = text.find_first_of("eE") != text.npos;
+    digits.whole = std::max(digits.whole, has_exponent ? many : point);
+    if (point < text.size()) digits.decimals = std::max(digits.decimals, text.size() - point - 1);
+}
+
 }  // namespace
 
 // The text of one value; "" and a problem for a bad one.
@@ -45,6 +66,7 @@ struct ValueReader::ToText {
     const PlannedColumn& column;
     const dbf::Field& field;
     std::string& problem;
+    Digits& digits;
 
     // Nothing: blanks are NULL where there is one, and no number is 0.
     std::optional<std::string> nothing() const {
@@ -55,6 +77,9 @@ struct ValueReader::ToText {
 
     // A number of more digits than NUMERIC has.
     std::optional<std::string> wide_number(const std::string& text) const {
+        const std::string short_text = without_zeros(text);
+        note_digits(short_text, digits);
+        if (column.load.kind != LoadColumn::Kind::real) return short_text;
         const double value = std::strtod(text.c_str(), nullptr);
         if (std::isfinite(value)) return real_text(value);
         problem = "too wide for DOUBLE PRECISION";
@@ -81,7 +106,7 @@ struct ValueReader::ToText {
     }
     std::optional<std::string> operator()(const dbf::Bytes& bytes) const { return std::string(bytes.bytes); }
     std::optional<std::string> operator()(const dbf::Number& number) const {
-        if (column.load.kind == LoadColumn::Kind::real) return wide_number(number.text);
+        if (column.is_wide) return wide_number(number.text);
         bool rounded = false;
         problem = number_problem(number.text, column.digits, column.decimals, &rounded);
         if (!problem.empty()) return nothing();
@@ -112,7 +137,11 @@ struct ValueReader::ToText {
 
 ValueReader::ValueReader(const DbfSource& source, const std::vector<PlannedColumn>& columns,
                          dbf::ValueOptions options)
-    : source_(source), columns_(columns), options_(options), values_(columns.size()) {
+    : source_(source),
+      columns_(columns),
+      options_(options),
+      values_(columns.size()),
+      digits_(columns.size()) {
     if (!source.code_page.empty() && source.code_page != encoding_name())
         to_utf8_ = std::make_unique<dbf::ToUtf8>(source.code_page);
 }
@@ -139,9 +168,13 @@ const std::vector<std::optional<std::string>>& ValueReader::read(std::uint64_t n
                                                                  std::string_view record,
                                                                  const OnBad& on_bad) {
     for (std::size_t i = 0; i < columns_.size(); ++i) {
+        if (columns_[i].field == PlannedColumn::deletion_mark) {
+            values_[i] = record.front() == '*' ? "T" : "F";
+            continue;
+        }
         const dbf::Field& field = source_.header.fields[columns_[i].field];
         std::string problem;
-        values_[i] = std::visit(ToText{*this, columns_[i], field, problem},
+        values_[i] = std::visit(ToText{*this, columns_[i], field, problem, digits_[i]},
                                 dbf::read_value(source_.header, field, record, options_));
         if (!problem.empty()) on_bad({number, field, dbf::field_bytes(field, record), std::move(problem)});
     }

@@ -47,6 +47,8 @@ class ValueReader {
     const std::vector<std::optional<std::string>>& read(std::uint64_t number, std::string_view record,
                                                         const OnBad& on_bad);
 
+    /// Of each column, the digits of its numbers; what is no wide number has none.
+    [[nodiscard]] const std::vector<Digits>& digits() const { return digits_; }
     [[nodiscard]] const ValueCounts& counts() const { return counts_; }
     /// Whether a text had a character that the database's set does not have.
     [[nodiscard]] bool lacked_characters() const { return lacked_characters_; }
@@ -61,6 +63,7 @@ class ValueReader {
     dbf::ValueOptions options_;
     std::unique_ptr<dbf::ToUtf8> to_utf8_;  // null when texts stay as they are
     std::vector<std::optional<std::string>> values_;
+    std::vector<Digits> digits_;
     ValueCounts counts_;
     bool lacked_characters_ = false;
 };

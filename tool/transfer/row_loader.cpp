@@ -55,8 +55,10 @@ std::string real_value(std::size_t text, std::size_t offset) {
 std::string real_text(double value) {
     constexpr int bits = 53;
     int exponent = 0;
-    const auto mantissa = static_cast<std::int64_t>(std::ldexp(std::frexp(value, &exponent), bits));
-    return fmt::format("{:>{}}{:>{}}", mantissa, mantissa_width, exponent - bits, exponent_width);
+    auto mantissa = static_cast<std::int64_t>(std::ldexp(std::frexp(value, &exponent), bits));
+    // As small as can be: the power of two of the smallest numbers would be none.
+    for (exponent -= bits; mantissa != 0 && mantissa % 2 == 0; ++exponent) mantissa /= 2;
+    return fmt::format("{:>{}}{:>{}}", mantissa, mantissa_width, exponent, exponent_width);
 }
 
 RowLoader::RowLoader(Transaction& work, std::string table, std::vector<LoadColumn> columns,
