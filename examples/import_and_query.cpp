@@ -3,16 +3,15 @@
 //     import_and_query customers.fdb customers.dbf
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
-#include <zmfbconn/exact.h>
-#include <zmfbconn/host/utf8.h>
 #include <zmfbconn/methods.h>
+#include <zmfbconn/transaction.h>
 
 #include <iostream>
 #include <string>
 
 namespace m = zmfb::m;
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (argc != 3) {
         std::cerr << "usage: import_and_query DATABASE DBF\n";
         return 2;
@@ -31,10 +30,12 @@ int main(int argc, char** argv) {
     for (const zmfb::TableName& table : connection(m::gettablesname)) {
         std::cout << table.text() << ": " << connection(m::gettablereccount, table) << " records\n";
     }
-    const zmfb::ExactQueries as_stored;  // numbers with one sign, texts without blanks at their end
-    const zmfb::Value result =
-        connection.call("executequery", "select name, credit from customers order by recno");
-    for (std::size_t row = 2; row <= result.size(); ++row) {  // element 1 is the header
-        std::cout << zmfb::host::to_utf8(result[row][1].text()) << ' ' << result[row][2].text() << '\n';
+    zmfb::Transaction work(connection);
+    for (const auto& [name, credit] :
+         work.query<std::string, zmfb::Decimal>("select name, credit from customers order by recno")) {
+        std::cout << name << ' ' << credit << '\n';
     }
+} catch (const zmfb::SqlError& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
 }

@@ -5,8 +5,8 @@
 // The database is made, and customers.tf beside it.
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
-#include <zmfbconn/host/result.h>
 #include <zmfbconn/methods.h>
+#include <zmfbconn/transaction.h>
 
 #include <fstream>
 #include <iostream>
@@ -16,16 +16,17 @@
 namespace {
 
 namespace m = zmfb::m;
-using zmfb::Value;
 using zmfb::zmFBConn;
 
 bool make_table(zmFBConn& connection) {
     const zmfb::Structure structure{{"CODE", "N", 6, 0}, {"NAME", "C", 12, 0}, {"FAX", "C", 10, 0}};
-    return connection(m::createtable, "customers", structure) &&
-           connection(m::executeupdate, "insert into customers (code, name, fax) values (1, 'Ana', '123')")
-               .ok() &&
-           connection(m::executeupdate, "insert into customers (code, name, fax) values (2, 'Tom', '456')")
-               .ok();
+    if (!connection(m::createtable, "customers", structure)) return false;
+    zmfb::Transaction work(connection);
+    auto insert = work.prepare("insert into customers (code, name, fax) values (?, ?, ?)");
+    insert.execute(1, "Ana", "123");
+    insert.execute(2, "Tom", "456");
+    work.commit();
+    return true;
 }
 
 // What a person would do with an editor.
@@ -53,14 +54,16 @@ void show_table(zmFBConn& connection) {
     for (const zmfb::FieldDescriptor& field : connection(m::filterrddfields, all)) {
         std::cout << field.name << ' ' << field.type << ' ' << field.length << ' ' << field.decimals << '\n';
     }
-    const Value rows = connection.call("executequery", "select code, fullname, since from customers");
-    for (const Value& row : zmfb::host::data_rows(rows))
-        std::cout << row[1].text() << " | " << row[2].text() << " | " << row[3].text() << '\n';
+    zmfb::Transaction work(connection);
+    for (const zmfb::Row& row : work.rows("select code, fullname, since from customers")) {
+        std::cout << row["code"].as<int>() << " | " << row["fullname"].as<std::string>() << " | "
+                  << row["since"].text().value_or("NULL") << '\n';
+    }
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (argc != 2) {
         std::cerr << "usage: matrix DATABASE\n";
         return 2;
@@ -80,4 +83,7 @@ int main(int argc, char** argv) {
     show_log("checked", connection(m::checkmatrix, "customers.tf"));
     show_log("applied", connection(m::applymatrix, "customers.tf"));
     show_table(connection);
+} catch (const zmfb::SqlError& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
 }

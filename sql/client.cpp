@@ -114,25 +114,6 @@ ISC_STATUS Client::execute_immediate(ISC_STATUS* status, isc_db_handle* database
     return isc_embed_dsql_execute_immed(status, database, transaction, 0, text, dialect, nullptr);
 }
 
-ISC_STATUS Client::open_blob(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
-                             isc_blob_handle* blob, ISC_QUAD* id) {
-    return isc_open_blob2(status, database, transaction, blob, id, 0, nullptr);
-}
-
-ISC_STATUS Client::blob_info(ISC_STATUS* status, isc_blob_handle* blob, short item_size, const char* items,
-                             short answer_size, char* answer) {
-    return isc_blob_info(status, blob, item_size, items, answer_size, answer);
-}
-
-ISC_STATUS Client::get_segment(ISC_STATUS* status, isc_blob_handle* blob, unsigned short* got,
-                               unsigned short size, char* bytes) {
-    return isc_get_segment(status, blob, got, size, bytes);
-}
-
-ISC_STATUS Client::close_blob(ISC_STATUS* status, isc_blob_handle* blob) {
-    return isc_close_blob(status, blob);
-}
-
 int Client::sqlcode(const ISC_STATUS* status) { return static_cast<int>(isc_sqlcode(status)); }
 
 void Client::version(char* text) { isc_get_client_version(text); }

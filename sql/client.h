@@ -52,15 +52,6 @@ class Client {
     virtual ISC_STATUS execute_immediate(ISC_STATUS* status, isc_db_handle* database,
                                          isc_tr_handle* transaction, const char* text);
 
-    /// Opens a blob for reading, without a parameter block.
-    virtual ISC_STATUS open_blob(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
-                                 isc_blob_handle* blob, ISC_QUAD* id);
-    virtual ISC_STATUS blob_info(ISC_STATUS* status, isc_blob_handle* blob, short item_size,
-                                 const char* items, short answer_size, char* answer);
-    virtual ISC_STATUS get_segment(ISC_STATUS* status, isc_blob_handle* blob, unsigned short* got,
-                                   unsigned short size, char* bytes);
-    virtual ISC_STATUS close_blob(ISC_STATUS* status, isc_blob_handle* blob);
-
     virtual int sqlcode(const ISC_STATUS* status);
     /// Writes the message of an SQLCODE, at most `size` bytes with the zero at its end.
     virtual void sql_interprete(int sqlcode, char* text, short size);

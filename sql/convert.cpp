@@ -168,6 +168,28 @@ Value convert_double(double number) {
     return text.view();
 }
 
+Value convert_timestamp(const XSQLVAR& column) {
+    constexpr unsigned fractions = 10000;
+    const auto stamp = read_as<ISC_TIMESTAMP>(column.sqldata);
+    std::tm calendar{};
+    client().decode_timestamp(&stamp, &calendar);
+    Text text;
+    text.put_field(stamp.timestamp_time % fractions, 4);
+    text.put('.');
+    text.put_field(calendar.tm_sec, 2);
+    text.put(':');
+    text.put_field(calendar.tm_min, 2);
+    text.put(':');
+    text.put_field(calendar.tm_hour, 2);
+    text.put(' ');
+    text.put_field(calendar.tm_mday, 2);
+    text.put('-');
+    text.put_field(std::int64_t{calendar.tm_mon} + 1, 2);
+    text.put('-');
+    text.put_field(std::int64_t{calendar.tm_year} + 1900, 4);
+    return text.view();
+}
+
 Value convert_value(const XSQLVAR& column, const Value* last) {
     if (is_null(column)) return "NULL";
     switch (type_of(column)) {
@@ -212,28 +234,6 @@ std::string_view translate_type(int type) {
         default:
             return " ";
     }
-}
-
-Value convert_timestamp(const XSQLVAR& column) {
-    constexpr unsigned fractions = 10000;
-    const auto stamp = read_as<ISC_TIMESTAMP>(column.sqldata);
-    std::tm calendar{};
-    client().decode_timestamp(&stamp, &calendar);
-    Text text;
-    text.put_field(stamp.timestamp_time % fractions, 4);
-    text.put('.');
-    text.put_field(calendar.tm_sec, 2);
-    text.put(':');
-    text.put_field(calendar.tm_min, 2);
-    text.put(':');
-    text.put_field(calendar.tm_hour, 2);
-    text.put(' ');
-    text.put_field(calendar.tm_mday, 2);
-    text.put('-');
-    text.put_field(std::int64_t{calendar.tm_mon} + 1, 2);
-    text.put('-');
-    text.put_field(std::int64_t{calendar.tm_year} + 1900, 4);
-    return text.view();
 }
 
 Value RowConverter::convert() {

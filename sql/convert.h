@@ -13,9 +13,6 @@ namespace zmfb::sql {
 /// converted.
 std::string_view translate_type(int type);
 
-/// The text of a TIMESTAMP: 2007-03-01 14:05:09.1234.
-host::Value convert_timestamp(const XSQLVAR& column);
-
 /// Makes rows of texts out of fetched rows, with these rules for a column's value:
 ///
 /// - NULL in a column that may be NULL: "NULL".

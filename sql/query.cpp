@@ -6,13 +6,11 @@
 #include "host/text.h"
 #include "sql/attachments.h"
 #include "sql/convert.h"
-#include "sql/exact.h"
 #include "sql/methods.h"
 #include "sql/row_buffer.h"
 #include "sql/state.h"
 #include "sql/statement_text.h"
 #include "sql/transaction.h"
-#include "zmfbconn/exact.h"
 
 namespace zmfb::sql {
 
@@ -64,11 +62,10 @@ class Query {
         if (done.ok()) done = prepare(text_of(stmt));
         if (done.ok()) done = describe();
         if (!done.ok()) return done;
-        ExactQueries* const exact = ExactQueries::current();
-        result.push(exact == nullptr ? header_of(area_.columns()) : exact_header(area_.columns()));
+        result.push(header_of(area_.columns()));
         log_columns(area_.columns());
         done = open();
-        if (done.ok()) done = exact == nullptr ? fetch_rows(result) : fetch_exactly(result, exact->reader());
+        if (done.ok()) done = fetch_rows(result);
         if (done.ok()) done = close();
         if (done.ok()) done = transaction_.commit();
         return done;
@@ -106,42 +103,18 @@ class Query {
         return done;
     }
 
-    // Calls `take` for every row in the buffer, until it fails or has enough.
-    template <class Take>
-    Status fetch_each(const Take& take) {
+    Status fetch_rows(const Value& result) {
+        const RowBuffer buffer(area_.columns());
+        RowConverter converter(area_.columns());
         for (;;) {
             const ISC_STATUS answer = client().fetch(status(), cursor_name, area_.get());
             if (answer == end_of_rows) return {};
             if (answer != 0) {
                 if (Status done = outcome(); !done.ok()) return done;
             }
-            if (Status done = take(); done.sqlcode() != 0) return done;
-        }
-    }
-
-    Status fetch_rows(const Value& result) {
-        const RowBuffer buffer(area_.columns());
-        RowConverter converter(area_.columns());
-        return fetch_each([&] {
             require_not_cancelled();
             result.push(converter.convert());
-            return Status();
-        });
-    }
-
-    Status fetch_exactly(const Value& result, RowReader* reader) {
-        const RowBuffer buffer(area_.columns());
-        ExactConverter converter(area_.columns(), transaction_);
-        if (reader != nullptr) reader->header(result[1]);
-        return fetch_each([&] {
-            Value row;
-            Status done = converter.convert(row);
-            if (!done.ok()) return done;
-            if (reader != nullptr) return reader->row(row) ? Status() : Status(int{end_of_rows}, "");
-            require_not_cancelled();
-            result.push(row);
-            return Status();
-        });
+        }
     }
 
     Status close() {
@@ -164,7 +137,6 @@ Value internalselect(Self& self, Args args) {
     if (database == isc_db_handle()) return result;
     Query query(database);
     const int code = query.run(stmt, result).sqlcode();
-    if (ExactQueries* const exact = ExactQueries::current(); exact != nullptr) exact->set_sqlcode(code);
     if (code != 0) log_failure(code);
     return result;
 }

@@ -195,8 +195,11 @@ class RowIterator {
 /// or was moved elsewhere, they are of no more use.
 class Rows {
   public:
+    /// @{
+    /// Rows are gone through once, and so not copied.
     Rows(Rows&&) noexcept = default;
     Rows& operator=(Rows&&) noexcept = default;
+    /// @}
     ~Rows() = default;
 
     /// Reads the first row; the next one is read when the iterator is moved on. Throws when it was called
@@ -230,8 +233,11 @@ class Rows {
 template <typed::Readable... T>
 class TypedRows {
   public:
+    /// @{
+    /// Rows are gone through once, and so not copied.
     TypedRows(TypedRows&&) noexcept = default;
     TypedRows& operator=(TypedRows&&) noexcept = default;
+    /// @}
     ~TypedRows() = default;
 
     /// Reads the first row; the next one is read when the iterator is moved on. Throws when it was called

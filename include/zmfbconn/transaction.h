@@ -75,12 +75,13 @@ One<T...> one_of(std::tuple<T...>&& row) {
 
 /// A statement that is prepared once and run often, each time with other values for its "?". What takes
 /// `values` takes as many as there are, or one std::span of Parameter.
-///
-/// Copies are the same statement, and one that was moved from still is it.
 class Statement {
   public:
+    /// @{
+    /// Copies are the same statement; one that was moved from still is it.
     Statement(const Statement&) = default;
     Statement& operator=(const Statement&) = default;
+    /// @}
     ~Statement() = default;
 
     /// Runs a statement that returns no rows. Returns how many rows it changed.

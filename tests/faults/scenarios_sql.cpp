@@ -1,18 +1,12 @@
 // The methods that stand for the client itself.
 #include "tests/faults/scenario.h"
 #include "tests/faults/walk.h"
-#include "zmfbconn/exact.h"
 
 namespace zmfb::test {
 
 namespace {
 
 constexpr const char* names_query = "select NAME, AGE from CUSTOMER order by RECNO";
-
-Value read_exactly(Walk& walk) {
-    const ExactQueries exact;
-    return walk.object().call("executequery", "select A, T from FOREIGN_T");
-}
 
 Scenario query(std::string method) {
     return {.method = method,
@@ -21,17 +15,6 @@ Scenario query(std::string method) {
             .failures = {{.statement = "select NAME, AGE", .result = "{}"}},
             .ahead_of_rows = 1,
             .header_alone = true};
-}
-
-Scenario exact_query() {
-    return {.method = "executequery",
-            .call = "",
-            .good = R"~({{{"A", "N", 4, 0, .F.}, {"T", "M", 8, 0, .F.}}, {"1", "text of a blob"}})~",
-            .failures = {{.statement = "select A, T", .result = "{}"}},
-            .ahead_of_rows = 1,
-            .header_alone = true,
-            .variant = "with a blob, exactly",
-            .act = read_exactly};
 }
 
 std::vector<Scenario> batch() {
@@ -62,7 +45,6 @@ std::vector<Scenario> sql_scenarios() {
     std::vector<Scenario> scenarios = {
         query("executequery"),
         query("internalselect"),
-        exact_query(),
         {.method = "executeupdate",
          .call = "executeupdate('update CUSTOMER set AGE = 1')",
          .uses = Uses::changes,

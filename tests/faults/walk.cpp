@@ -49,7 +49,7 @@ std::string listed(const std::vector<std::string>& texts) {
 
 /// Calls whose failure nobody is told of.
 bool is_passed_over(ClientCall call) {
-    return call == release || call == detach_database || call == close_blob || call == rollback_transaction;
+    return call == release || call == detach_database || call == rollback_transaction;
 }
 
 /// Calls that attach: a failure is no attachment, and a line for everybody.
@@ -90,8 +90,8 @@ void Walk::restore(const Scenario& scenario) {
 
 void PrintTo(const Walk::Balance& balance, std::ostream* out) {
     *out << balance.transactions << " transactions, " << balance.statements << " statements, "
-         << balance.blobs << " blobs, " << balance.attachments << " attachments, " << balance.blocks
-         << " blocks" << (balance.batch ? ", a batch" : "");
+         << balance.attachments << " attachments, " << balance.blocks << " blocks"
+         << (balance.batch ? ", a batch" : "");
 }
 
 // Sorts the log of a run: the statements until the failure, and the lines that everybody gets to see.
@@ -139,7 +139,6 @@ Walk::Seen Walk::run(const Scenario& scenario, const std::vector<ClientCall>& fa
     for (const std::string& call : scenario.after) evaluate(call);
     seen.balance = {.transactions = witness.open_transactions(),
                     .statements = witness.prepared(),
-                    .blobs = witness.blobs(),
                     .attachments = witness.attachments(),
                     .blocks = witness.open_blocks(),
                     .batch = sql::state().batch != isc_tr_handle()};
@@ -315,8 +314,8 @@ void Walk::walk_rollbacks(const Scenario& scenario, Tally& tally) {
     // A statement of a batch is not rolled back; and a rollback that comes anyway is not the failure's.
     if (scenario.method == "cachedupdate" || counts[static_cast<std::size_t>(rollback_transaction)] > 0)
         return;
-    for (const ClientCall call : {prepare, describe, declare, open, fetch, close, execute_immediate,
-                                  open_blob, blob_info, get_segment, commit_transaction}) {
+    for (const ClientCall call :
+         {prepare, describe, declare, open, fetch, close, execute_immediate, commit_transaction}) {
         if (counts[static_cast<std::size_t>(call)] == 0) continue;
         fail_one(scenario, call, 1, true, tally);
         ++tally.rollbacks;

@@ -44,7 +44,7 @@ class Walk : public Database {
   private:
     /// What was taken and not given back.
     struct Balance {
-        int transactions = 0, statements = 0, blobs = 0, attachments = 0, blocks = 0;
+        int transactions = 0, statements = 0, attachments = 0, blocks = 0;
         bool batch = false;
         bool operator==(const Balance&) const = default;
     };

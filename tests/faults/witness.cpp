@@ -20,22 +20,17 @@ void Witness::asked(ClientCall call) {
     }
     if (call == ClientCall::declare) now_.described = true;
     if (call == ClientCall::release) --prepared_;
-    if (call == ClientCall::close_blob) --blobs_;
 }
 
 void Witness::answered(ClientCall call, ISC_STATUS outcome) {
     if (outcome == io_error && !moment_.happened) {
         moment_ = now_;
         moment_.happened = true;
-        // The row that a blob belongs to was fetched, but is not taken before the blob has been read.
-        if (call == ClientCall::open_blob || call == ClientCall::blob_info || call == ClientCall::get_segment)
-            --moment_.rows;
     }
     if (outcome != 0) return;
     if (call == ClientCall::attach_database || call == ClientCall::create_database) ++attachments_;
     if (call == ClientCall::detach_database) --attachments_;
     if (call == ClientCall::prepare) ++prepared_;
-    if (call == ClientCall::open_blob) ++blobs_;
     if (call == ClientCall::fetch) {
         ++now_.rows;
         if (!rows_.empty()) ++rows_.back();

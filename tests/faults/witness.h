@@ -30,10 +30,9 @@ class Witness : public FaultyClient {
     /// All calls asked for whose outcome is reported.
     [[nodiscard]] int calls() const;
 
-    /// Statements prepared and not released, blobs opened and not closed, databases attached and not
-    /// detached. A call made to fail counts as if it had been made where it gives back.
+    /// Statements prepared and not released, databases attached and not detached. A call made to fail counts
+    /// as if it had been made where it gives back.
     [[nodiscard]] int prepared() const { return prepared_; }
-    [[nodiscard]] int blobs() const { return blobs_; }
     [[nodiscard]] int attachments() const { return attachments_; }
 
     ISC_STATUS detach_database(ISC_STATUS* status, isc_db_handle* database) override;
@@ -48,7 +47,6 @@ class Witness : public FaultyClient {
     Moment moment_;
     std::vector<int> rows_;
     int prepared_ = 0;
-    int blobs_ = 0;
     int attachments_ = 0;
     std::vector<isc_db_handle> not_detached_;
 };

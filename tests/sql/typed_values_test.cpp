@@ -2,6 +2,7 @@
 #include <climits>
 #include <functional>
 
+#include "sql/object_client.h"
 #include "tests/sql/sql_error_of.h"
 #include "tests/support/database.h"
 #include "zmfbconn/transaction.h"
@@ -57,6 +58,7 @@ std::vector<Case> cases() {
     const std::string euro = "\xE2\x82\xAC", e_acute = "\xC3\xA9";
     return {
         same("Varchar", "varchar(10)", "'AB  '", "AB  ", "AB  "s),
+        same("TextNull", "varchar(6)", "'NULL'", "NULL", "NULL"s),
         same("VarcharEmpty", "varchar(10)", "''", "", ""s),
         same("CharWithoutItsBlanks", "char(6)", "'  AB'", "  AB", "  AB"s),
         same("Latin1Text", "varchar(10) character set iso8859_1", "_utf8'a" + e_acute + "'", "a" + e_acute,
@@ -81,12 +83,25 @@ std::vector<Case> cases() {
         same("DecimalInInteger", "numeric(9,2)", "-1.50", "-1.50", Decimal("-1.5")),
         same("DecimalAllDecimals", "numeric(18,18)", "-0.000000000000000007", "-0.000000000000000007",
              Decimal(-7, 18)),
+        same("DecimalZero", "numeric(9,2)", "0", "0.00", Decimal(0)),
         same("DecimalWide", "numeric(18,4)", "-922337203685477.5808", "-922337203685477.5808",
              Decimal(LLONG_MIN, 4)),
         same("Double", "double precision", "0.1", "0.1", 0.1),
         same("DoubleThird", "double precision", "cast(1 as double precision) / 3", "0.3333333333333333",
              1.0 / 3),
         same("DoubleLarge", "double precision", "1e22", "1e+22", 1e22),
+        same("DoubleZero", "double precision", "0", "0", 0.0),
+        same("DoubleOfSixteenDigits", "double precision", "1234567890123456", "1234567890123456",
+             1234567890123456.0),
+        same("DoubleLargestWithoutExponent", "double precision", "9.999999999999998e15", "9999999999999998",
+             9999999999999998.0),
+        same("DoubleFirstWithExponent", "double precision", "1e16", "1e+16", 1e16),
+        same("DoubleFirstNegativeWithExponent", "double precision", "-1e16", "-1e+16", -1e16),
+        same("DoubleSmallestWithoutExponent", "double precision", "1e-5", "0.00001", 1e-5),
+        same("DoubleBelowThat", "double precision", "9.5e-6", "9.5e-06", 9.5e-6),
+        same("FloatFewestDigits", "float", "0.1", "0.1", static_cast<double>(0.1F)),
+        same("FloatAllItsDigits", "float", "3.14159265", "3.1415927", static_cast<double>(3.14159265F)),
+        same("FloatFirstWithExponent", "float", "1e16", "1e+16", static_cast<double>(1e16F)),
         same("Float", "float", "0.5", "0.5", 0.5),
         same("BooleanTrue", "boolean", "true", "true", true),
         same("BooleanFalse", "boolean", "false", "false", false),
@@ -193,6 +208,37 @@ TEST_F(TypedValues, ArraysAreNamedAndReadAsNothing) {
     const auto error = error_of([&] { (void)work.one<int>("select V from T"); });
     EXPECT_EQ(error.message(),
               "Column V is ARRAY, which cannot be read as std::int64_t, but as Field::text() only");
+}
+
+// What the client would say of an engine with newer types.
+class NewerEngine : public sql::ObjectClient {
+  public:
+    explicit NewerEngine(unsigned type) : type_(type), before_(sql::set_object_client(this)) {}
+    ~NewerEngine() override { sql::set_object_client(before_); }
+    ISC_STATUS describe(Firebird::IStatus* status, Firebird::IMessageMetadata* message,
+                        std::vector<sql::MessageItem>* items, unsigned* length) override {
+        const ISC_STATUS code = ObjectClient::describe(status, message, items, length);
+        for (sql::MessageItem& item : *items) item.type = type_;
+        return code;
+    }
+
+  private:
+    unsigned type_;
+    sql::ObjectClient* before_;
+};
+
+TEST_F(TypedValues, OfTypesOfNewerEnginesAreNamed) {
+    connection();
+    const std::pair<unsigned, std::string_view> types[] = {
+        {SQL_ARRAY, "<ARRAY>"},           {32752, "<INT128>"},       {32754, "<TIMESTAMP WITH TIME ZONE>"},
+        {32756, "<TIME WITH TIME ZONE>"}, {32760, "<DECFLOAT(16)>"}, {32762, "<DECFLOAT(34)>"},
+        {32000, "<type 32000>"},
+    };
+    for (const auto& [type, name] : types) {
+        const NewerEngine engine(type);
+        Transaction work(connection(), Access::read_only);
+        for (const auto& row : work.rows("select 1 from rdb$database")) EXPECT_EQ(row[0].text(), name);
+    }
 }
 
 TEST_F(TypedValues, NumbersOfExpressionsKeepTheirDecimals) {

@@ -178,26 +178,4 @@ ISC_STATUS FaultyClient::execute_immediate(ISC_STATUS* status, isc_db_handle* da
                 [&] { return Client::execute_immediate(status, database, transaction, text); });
 }
 
-ISC_STATUS FaultyClient::open_blob(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
-                                   isc_blob_handle* blob, ISC_QUAD* id) {
-    return pass(ClientCall::open_blob, status,
-                [&] { return Client::open_blob(status, database, transaction, blob, id); });
-}
-
-ISC_STATUS FaultyClient::blob_info(ISC_STATUS* status, isc_blob_handle* blob, short item_size,
-                                   const char* items, short answer_size, char* answer) {
-    return pass(ClientCall::blob_info, status,
-                [&] { return Client::blob_info(status, blob, item_size, items, answer_size, answer); });
-}
-
-ISC_STATUS FaultyClient::get_segment(ISC_STATUS* status, isc_blob_handle* blob, unsigned short* got,
-                                     unsigned short size, char* bytes) {
-    return pass(ClientCall::get_segment, status,
-                [&] { return Client::get_segment(status, blob, got, size, bytes); });
-}
-
-ISC_STATUS FaultyClient::close_blob(ISC_STATUS* status, isc_blob_handle* blob) {
-    return pass(ClientCall::close_blob, status, [&] { return Client::close_blob(status, blob); });
-}
-
 }  // namespace zmfb::test

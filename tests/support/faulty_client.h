@@ -102,13 +102,6 @@ class FaultyClient : public sql::Client, public sql::ObjectClient {
     ISC_STATUS release(ISC_STATUS* status, const char* statement) override;
     ISC_STATUS execute_immediate(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
                                  const char* text) override;
-    ISC_STATUS open_blob(ISC_STATUS* status, isc_db_handle* database, isc_tr_handle* transaction,
-                         isc_blob_handle* blob, ISC_QUAD* id) override;
-    ISC_STATUS blob_info(ISC_STATUS* status, isc_blob_handle* blob, short item_size, const char* items,
-                         short answer_size, char* answer) override;
-    ISC_STATUS get_segment(ISC_STATUS* status, isc_blob_handle* blob, unsigned short* got,
-                           unsigned short size, char* bytes) override;
-    ISC_STATUS close_blob(ISC_STATUS* status, isc_blob_handle* blob) override;
 
     ISC_STATUS attach_database(Firebird::IStatus* status, const char* name,
                                Firebird::IAttachment** attachment, unsigned length,

@@ -2,7 +2,6 @@
 // database, an attached object.
 #include <zmfbconn/connection.h>
 #include <zmfbconn/database.h>
-#include <zmfbconn/exact.h>
 #include <zmfbconn/host/array.h>
 #include <zmfbconn/host/class.h>
 #include <zmfbconn/host/compare.h>
