@@ -8,9 +8,11 @@
 #include <thread>
 
 #include "tests/faults/recovery.h"
+#include "tests/sql/sql_error_of.h"
 #include "tests/support/dbf_builder.h"
 #include "tests/support/server.h"
 #include "tests/support/worker/contention.h"
+#include "zmfbconn/transaction.h"
 
 namespace zmfb::test {
 namespace {
@@ -157,6 +159,27 @@ TEST_F(KilledServer, LosesAnOpenBatchWholeAndKeepsOneThatWasCommitted) {
     EXPECT_EQ(add().string(), "");
     call("commitchanges");
     EXPECT_EQ(rows("select count(*) from CUSTOMER where NAME = 'batch'"), (Rows{{"11"}}));
+}
+
+TEST_F(KilledServer, IsThrownAmongTheRowsAndUndoesTheirTransaction) {
+    {
+        Transaction work(connection());
+        work.execute("insert into CUSTOMER (NAME) values (?)", "undone");
+        auto statement = work.prepare("select NAME from CUSTOMER");
+        auto rows = work.query<std::string>("select a.rdb$field_name from rdb$fields a, rdb$fields b");
+        auto at = rows.begin();
+        const auto reads_on = [&at] {
+            while (at != std::default_sentinel) ++at;
+        };
+        Server::shared().kill();
+        EXPECT_EQ(state_of(reads_on), "08006");
+        EXPECT_EQ(state_of(reads_on), "24000");
+        EXPECT_EQ(state_of([&] { (void)statement.rows(); }).substr(0, 2), "08");
+        EXPECT_EQ(state_of([&] { work.commit(); }).substr(0, 2), "08");
+        EXPECT_FALSE(work.active());
+    }
+    expect_all_well_after_restart();
+    EXPECT_EQ(rows("select count(*) from CUSTOMER where NAME = 'undone'"), (Rows{{"0"}}));
 }
 
 TEST_F(KilledServer, LeavesAnImportThatCanBeTakenAwayAndMadeAgain) {

@@ -80,6 +80,33 @@ TEST_F(TypedTransaction, TellsHowManyRowsWereChanged) {
     EXPECT_EQ(work.execute("execute block as begin update T set B = 'y'; end"), 3);
 }
 
+TEST_F(TypedTransaction, CountsTheRowsOfAStatementOnlyAndNotThoseOfItsTriggers) {
+    execute("create table LOG_ (A integer)");
+    execute(
+        "create trigger NOTED for T after insert or update as begin insert into LOG_ values (new.A); "
+        "insert into LOG_ values (new.A); end");
+    Transaction work(connection());
+    EXPECT_EQ(work.execute("update T set B = 'x'"), 2);
+    EXPECT_EQ(work.execute("update or insert into T values (?, ?) matching (A)", 2, "y"), 1);
+    EXPECT_EQ(work.execute("update or insert into T values (?, ?) matching (A)", 3, "y"), 1);
+    EXPECT_EQ(work.execute("merge into T using T as S on T.A = S.A + 1 when matched then update set B = 'm' "
+                           "when not matched then insert values (S.A + 1, 'n')"),
+              3);
+    EXPECT_EQ(work.one<int>("select count(*) from LOG_"), 2 * (2 + 1 + 1 + 3));
+}
+
+TEST_F(TypedTransaction, GoesOnAfterAStatementThatTheDatabaseRefuses) {
+    Transaction work(connection());
+    work.execute("insert into T values (3, 'three')");
+    EXPECT_EQ(state_of([&] { work.execute("insert into T values (?, ?)", 3, "again"); }), "23000");
+    const auto error = error_of([&] { work.execute("insert into T values (?, 'none')", std::nullopt); });
+    EXPECT_EQ(error.sqlstate(), "23000");
+    EXPECT_NE(error.message().find("\"T\".\"A\""), std::string::npos) << error.message();
+    EXPECT_EQ(error.statement(), "insert into T values (?, 'none')");
+    work.commit();
+    EXPECT_EQ(stored(), "1one 2two 3three ");
+}
+
 TEST_F(TypedTransaction, RunsAStatementOften) {
     Transaction work(connection());
     auto add = work.prepare("insert into T values (?, ?)");
