@@ -38,6 +38,7 @@ DbfBuilder people() {
 }
 
 TEST_F(ImportFailure, OnAFullDiskTheTableIsTakenBack) {
+    if (on_server()) GTEST_SKIP() << "the server's disk is not that of the tool";
     constexpr std::uintmax_t room = 512 * 1024;
     const std::uintmax_t limit = fs::file_size(file("test.fdb")) + room;
     DbfBuilder dbf = DbfBuilder().field("NAME", 'C', 250);

@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "tests/support/dbf_builder.h"
+#include "tests/support/memo_builder.h"
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -85,6 +86,42 @@ TEST_F(ImportFilesTest, BadValuesCanBecomeTheDefaultAndAreListed) {
     EXPECT_EQ(query("select code, price from p order by recno"), "1,0.00\r\n2,0.00\r\n");
     EXPECT_EQ(lines(read_file(csv)).size(), 3U);
     EXPECT_EQ(import({dbf, "--on-bad-value", "nonsense"}).status, 2);
+}
+
+TEST_F(ImportFilesTest, RecordsWithBadValuesCanBeSetAsideWithTheirMemosAndImportedAgain) {
+    MemoBuilder memos(MemoFormat::foxpro, 64);
+    const std::string first = std::to_string(memos.add("first")),
+                      second = std::to_string(memos.add("second"));
+    DbfBuilder dbf = DbfBuilder().type(0xF5).field("N", 'N', 4).field("NOTE", 'M', 10).field("C", 'C', 2);
+    dbf.record({"1", first, "\x84"}).record({"x", second, "\x84"}).record({"3", "", ""});
+    write_file("p.fpt", memos.bytes());
+    const std::vector<std::string> words{made("p.dbf", dbf), "--on-bad-value",  "set-aside", "--set-aside",
+                                         file("left.dbf"),   "--encoding-from", "CP850"};
+    const Finished run = import(words);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("1 record set aside in " + file("left.dbf") +
+                           ":\nrecord 2, field N: \"   x\": not a number\n"),
+              std::string::npos)
+        << run.out;
+    EXPECT_EQ(query("select n, recno from p order by recno"), "1,1\r\n3,2\r\n");
+    EXPECT_EQ(lines(read_file(file("left.csv"))).size(), 2U);
+    EXPECT_EQ(import({file("left.dbf"), "--on-bad-value", "default", "--table", "rest"}).status, 0);
+    EXPECT_EQ(query("select n, note, trim(c) from rest"), "0,second,ä\r\n");
+
+    const Finished again = import(words);
+    EXPECT_EQ(again.status, 1);
+    for (const char* name : {"left.dbf", "left.csv", "left.fpt", "left.cpg"})
+        EXPECT_NE(again.err.find(file(name) + " is there already; --set-aside"), std::string::npos)
+            << again.err;
+}
+
+TEST_F(ImportFilesTest, StandardInputIsReadForATableThatIsNamed) {
+    const std::string bytes = prices().record({"1", "2"}).bytes();
+    EXPECT_EQ(on(path, {"import", "-"}, bytes).status, 2);
+    const Finished run = on(path, {"import", "-", "--table", "p"}, bytes);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_TRUE(run.out.starts_with("- -> P: 1 record, 2 fields, ")) << run.out;
+    EXPECT_EQ(query("select code from p"), "1\r\n");
 }
 
 TEST_F(ImportFilesTest, RejectsHoldThoseOfAllFiles) {

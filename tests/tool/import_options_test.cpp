@@ -68,7 +68,8 @@ TEST_F(ImportOptionsTest, JsonPrintsAnObjectPerFile) {
                                     {"rounded_numbers", 0},
                                     {"texts_with_zero_bytes", 0},
                                     {"texts_of_unknown_code_page", 0},
-                                    {"defaulted_values", 0}}));
+                                    {"defaulted_values", 0},
+                                    {"set_aside_records", 0}}));
     EXPECT_EQ(nlohmann::json::parse(lines(run.out).at(1)).at("table"), "OTHERS");
 }
 

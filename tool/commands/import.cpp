@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "tool/commands.h"
@@ -7,6 +8,7 @@
 #include "tool/line_input.h"
 #include "tool/name.h"
 #include "tool/text_table.h"
+#include "tool/transfer/dbf_source.h"
 #include "tool/transfer/import_files.h"
 #include "tool/transfer/import_run.h"
 #include "zmfbconn/dbf/code_page.h"
@@ -40,6 +42,9 @@ void read_renames(Given& given) {
 void check(Given& given) {
     read_renames(given);
     if (given.bad_values == "default") given.on_bad_value = OnBadValue::use_default;
+    if (given.bad_values == "set-aside") given.on_bad_value = OnBadValue::set_aside;
+    if (!given.set_aside.empty() && given.on_bad_value != OnBadValue::set_aside)
+        usage("--set-aside goes with --on-bad-value set-aside");
     if (!given.encoding.empty() && !dbf::ToUtf8(given.encoding).known()) {
         usage(fmt::format("there is no encoding {}", given.encoding),
               "\"iconv -l\" lists them; old DOS files are mostly CP437 or CP850.");
@@ -83,8 +88,10 @@ Exit import_command(Session& session, Given& given) {
     session.ask_for_missing_password();
     LineInput::standard().read_only_lines();
     const std::vector<std::string> files = import_paths(given.files);
-    if (!given.names.table.empty() && files.size() != 1)
-        usage(fmt::format("--table names the table of one file, not of {}", files.size()));
+    if (given.names.table.empty() && std::ranges::count(files, standard_input) > 0)
+        usage("--table names the table of what is read from standard input");
+    if ((!given.names.table.empty() || !given.set_aside.empty()) && files.size() != 1)
+        usage(fmt::format("--table and --set-aside are for one file, not for {}", files.size()));
     return import_each(session, given, files);
 }
 
@@ -95,7 +102,8 @@ void add_import(CommandLine& line) {
     const Subcommand command = line.add(
         line.app(), "import", "Bring DBF files in as tables", "zmfb --db shop.fdb import customers.dbf",
         [given](Session& session) { return import_command(session, *given); });
-    command.option("FILE", given->files, "DBF files, folders of them, patterns").required();
+    command.option("FILE", given->files, "DBF files, folders of them, patterns; - for standard input")
+        .required();
     command.flag("--dry-run", given->dry_run, "Only say what would be made, and what would be refused");
     command.flag("--skip-deleted", given->skip_deleted, "Leave deleted records out");
     command.flag("--mark-deleted", given->names.marks_deleted,
@@ -107,9 +115,10 @@ void add_import(CommandLine& line) {
     command.flag("--decimal-comma", given->decimal_comma, "Read commas in numbers as points");
     command
         .option("--on-bad-value", given->bad_values,
-                "refuse the file, or bring in the column's default instead")
-        .one_of({"refuse", "default"})
+                "refuse the file, bring in the column's default instead, or set the record aside")
+        .one_of({"refuse", "default", "set-aside"})
         .with_default();
+    command.option("--set-aside", given->set_aside, "DBF file for such records, else TABLE.bad.dbf");
     command.option("--rejects", given->rejects, "CSV file for all values that would be refused");
     command.option("--table", given->names.table, "Name of the table instead of the file's");
     command.option("--rename", given->renames, "Name of a column instead of the field's: OLD=NEW")

@@ -1,20 +1,36 @@
 #include "tool/transfer/dbf_source.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <filesystem>
 #include <system_error>
 
+#include "tool/interrupt.h"
 #include "tool/session.h"
 #include "zmfbconn/dbf/code_page.h"
 
 namespace zmfb::tool {
 namespace {
 
-std::unique_ptr<dbf::MemoFile> memo_of(const std::string& path, const dbf::Header& header) {
-    if (!header.has_memo()) return nullptr;
-    const std::string memo = dbf::find_memo_file(path, header);
-    return memo.empty() ? nullptr : std::make_unique<dbf::MemoFile>(memo, header);
+void open_beside(const std::string& path, DbfSource& source) {
+    source.code_page = dbf::code_page(path, source.header);
+    if (source.header.has_memo()) source.memo_path = dbf::find_memo_file(path, source.header);
+    if (!source.memo_path.empty())
+        source.memo = std::make_unique<dbf::MemoFile>(source.memo_path, source.header);
+}
+
+std::string read_standard_input() {
+    std::string bytes;
+    std::array<char, 65536> buffer;
+    for (;;) {
+        const ssize_t got = wait_for([&] { return ::read(STDIN_FILENO, buffer.data(), buffer.size()); });
+        if (got < 0) throw std::system_error(errno, std::generic_category());
+        if (got == 0) return bytes;
+        bytes.append(buffer.data(), static_cast<std::size_t>(got));
+    }
 }
 
 }  // namespace
@@ -23,10 +39,15 @@ DbfSource open_dbf(const std::string& path, const std::string& encoding, const s
     const std::string name = std::filesystem::path(path).filename().string();
     try {
         DbfSource source;
-        source.file = dbf::open_file(path);
+        const bool is_file = path != standard_input;
+        source.file = is_file ? dbf::open_file(path) : dbf::in_memory(read_standard_input());
         source.header = dbf::read_header(*source.file);
-        source.memo = memo_of(path, source.header);
-        source.code_page = encoding.empty() ? dbf::code_page(path, source.header) : encoding;
+        if (is_file) {
+            open_beside(path, source);
+        } else {
+            source.code_page = dbf::code_page_of(source.header.language);
+        }
+        if (!encoding.empty()) source.code_page = encoding;
         return source;
     } catch (const dbf::Refused& refused) {
         std::string reasons;

@@ -37,7 +37,9 @@ std::string notes(const ImportReport& report, bool made) {
                           "beyond ASCII brought in as bytes: nothing says their code page; --encoding-from "
                           "does");
     lines += counted_line(report.defaulted, "bad value", "bad values", "left out for the column's default:");
-    if (report.defaulted > 0) lines += report.defaulted_values;
+    lines += counted_line(report.set_aside, "record", "records",
+                          fmt::format("set aside in {}:", report.set_aside_file));
+    if (report.defaulted > 0 || report.set_aside > 0) lines += report.bad_values;
     return lines;
 }
 
@@ -54,7 +56,8 @@ Json as_json(const ImportReport& report) {
             {"rounded_numbers", report.values.rounded},
             {"texts_with_zero_bytes", report.values.zero_texts},
             {"texts_of_unknown_code_page", report.values.unknown_texts},
-            {"defaulted_values", report.defaulted}};
+            {"defaulted_values", report.defaulted},
+            {"set_aside_records", report.set_aside}};
 }
 
 std::string head(const ImportReport& report) {

@@ -18,13 +18,14 @@ struct ImportReport {
     std::vector<Column> columns;
     std::uint64_t records = 0;
     std::uint64_t deleted = 0;
-    std::uint64_t behind = 0;  ///< that the header does not count
     bool skips_deleted = false;
     std::vector<std::string> notes;    ///< on how the file was read
     std::vector<std::string> changes;  ///< of names
     ValueCounts values;
-    std::uint64_t defaulted = 0;   ///< bad values in whose place the default stands
-    std::string defaulted_values;  ///< the first of them, a line each
+    std::uint64_t defaulted = 0;  ///< bad values in whose place the default stands
+    std::uint64_t set_aside = 0;  ///< records
+    std::string set_aside_file;   ///< where they are
+    std::string bad_values;       ///< the first of them, a line each
     bool lacked_characters = false;
     std::string replaces;  ///< what goes for it; "" for nothing
     double seconds = 0;

@@ -2,7 +2,9 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <chrono>
+#include <filesystem>
 
 #include "tool/catalog.h"
 #include "tool/confirm.h"
@@ -16,6 +18,7 @@
 #include "tool/transfer/import_values.h"
 #include "tool/transfer/new_table.h"
 #include "tool/transfer/progress.h"
+#include "tool/transfer/set_aside.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/dbf/records.h"
 
@@ -59,6 +62,7 @@ class Import {
         return options_.on_bad_value == OnBadValue::refuse ? rejects_.count() : 0;
     }
 
+    [[nodiscard]] bool sets_aside() const { return options_.on_bad_value == OnBadValue::set_aside; }
     [[nodiscard]] bool is_left_out(const dbf::Records& records) const {
         return options_.skip_deleted && records.deleted();
     }
@@ -67,10 +71,12 @@ class Import {
     void plan_records();
     void plan_existing();
     void look();
+    void plan_set_aside();
     void refuse() const;
     void make_room();
     void load();
     void send(Transaction& work);
+    void set_aside();
     [[nodiscard]] bool dropped(zmFBConn& connection) const;
     [[nodiscard]] bool dropped_anew() const;
     [[noreturn]] void take_back(std::string why);
@@ -86,7 +92,9 @@ class Import {
     DbfSource source_;
     ImportPlan plan_;
     ImportReport report_;
-    std::vector<Name> views_;  // those that go with the table that is there
+    std::vector<Name> views_;           // those that go with the table that is there
+    std::vector<std::uint64_t> aside_;  // the numbers of the records that are set aside
+    bool has_set_aside_ = false;        // and there may be files of them
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
@@ -102,7 +110,6 @@ void Import::plan() {
 
 void Import::plan_records() {
     const dbf::Header& header = source_.header;
-    report_.behind = header.behind;
     if (header.records == header.counted || options_.incomplete) return;
     plan_.refusals.push_back(
         fmt::format("the header counts {}, the file holds {}; --incomplete imports those",
@@ -150,9 +157,15 @@ void Import::look() {
     for_each_record("checking", [&](const dbf::Records& records) {
         if (records.deleted()) ++report_.deleted;
         if (is_left_out(records)) return;
-        ++report_.records;
+        const std::uint64_t bad_before = rejects_.count();
         reader.read(records.number(), records.bytes(), [&](const BadValue& value) { rejects_.add(value); });
+        if (sets_aside() && rejects_.count() > bad_before) {
+            aside_.push_back(records.number());
+        } else {
+            ++report_.records;
+        }
     });
+    plan_set_aside();
     for (std::size_t i = 0; i < plan_.columns.size(); ++i) {
         PlannedColumn& column = plan_.columns[i];
         if (column.is_wide) {
@@ -165,9 +178,19 @@ void Import::look() {
     report_.values = reader.counts();
     report_.skips_deleted = options_.skip_deleted;
     if (options_.on_bad_value == OnBadValue::use_default) report_.defaulted = rejects_.count();
-    report_.defaulted_values = rejects_.text();
+    report_.bad_values = rejects_.text();
     report_.lacked_characters = reader.lacked_characters();
     told_.bad_values = rejects_.count();
+}
+
+void Import::plan_set_aside() {
+    report_.set_aside = aside_.size();
+    if (aside_.empty()) return;
+    report_.set_aside_file = options_.set_aside.empty() ? plan_.table + ".bad.dbf" : options_.set_aside;
+    for (const std::string& file : set_aside_files(source_, report_.set_aside_file)) {
+        plan_.refusals.push_back(fmt::format(
+            "{} is there already; --set-aside names another file for records that are set aside", file));
+    }
 }
 
 void Import::refuse() const {
@@ -222,12 +245,29 @@ void Import::send(Transaction& work) {
     };
     RowLoader loader(work, plan_.table, columns, 1, refused);
     for_each_record("copying", [&](const dbf::Records& records) {
-        if (is_left_out(records)) return;
+        if (is_left_out(records) || std::ranges::binary_search(aside_, records.number())) return;
         loader.add(records.number(), reader.read(records.number(), records.bytes(), [](const BadValue&) {}));
     });
     loader.flush();
     told_.records = loader.rows();
     finish_table(work, plan_.table, loader.rows());
+    set_aside();
+}
+
+// What does not come in is in its file before what comes in is committed.
+void Import::set_aside() {
+    if (aside_.empty()) return;
+    has_set_aside_ = true;
+    RejectsFile reasons(reasons_beside(report_.set_aside_file));
+    ValueReader reader(source_, plan_.columns, {.decimal_comma = options_.decimal_comma});
+    dbf::Records records(*source_.file, source_.header, options_.all_records);
+    while (records.next()) {
+        if (!std::ranges::binary_search(aside_, records.number())) continue;
+        reader.read(records.number(), records.bytes(),
+                    [&](const BadValue& value) { reasons.add(report_.file, value); });
+    }
+    write_set_aside(source_, aside_, report_.set_aside_file);
+    reasons.close();
 }
 
 bool Import::dropped(zmFBConn& connection) const try {
@@ -250,6 +290,12 @@ bool Import::dropped_anew() const try {
 // unfinished.
 void Import::take_back(std::string why) {
     if (interrupted()) begin_undoing();
+    if (has_set_aside_) {
+        for (const std::string& file : set_aside_files(source_, report_.set_aside_file)) {
+            std::error_code ignored;
+            std::filesystem::remove(file, ignored);
+        }
+    }
     if (!dropped(connection_) && !dropped_anew()) {
         why += fmt::format(
             "{}the unfinished table {} could not be dropped; the next import of that name takes "

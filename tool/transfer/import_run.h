@@ -11,7 +11,7 @@
 namespace zmfb::tool {
 
 /// What becomes of a file with values that are none.
-enum class OnBadValue { refuse, use_default };
+enum class OnBadValue { refuse, use_default, set_aside };
 
 struct ImportOptions {
     bool dry_run = false;
@@ -24,6 +24,7 @@ struct ImportOptions {
     std::string encoding;
     WantedNames names;
     OnBadValue on_bad_value = OnBadValue::refuse;
+    std::string set_aside;  ///< the file for such records; "" for TABLE.bad.dbf
 };
 
 /// What files of one run share.
