@@ -73,7 +73,7 @@ Value disconnect(Self& self, Args) {
     const Value handle = var(self, Var::dbhndl);
     if (handle.is(Kind::numeric) && !empty(handle)) {
         // A detach that fails is passed over: nothing is left to be done with the handle.
-        sql::detach(handle.number());
+        (void)sql::detach(handle.number());
         log_event(0, fmt::format("[EXIT] Disconnected from: {}", given(name)));
     }
     // dbhndl keeps its dead value: whether the object is attached is asked of isconnected, never of the

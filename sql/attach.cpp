@@ -129,14 +129,16 @@ Attachment attach(std::string_view database, std::string_view user, std::string_
     return result;
 }
 
-void detach(double handle) {
+Status detach(double handle) {
     const isc_db_handle attached = handle_of(handle);
     isc_db_handle database = attached;
     end_batch_of(database);
     remove_attachment(database);
     end_session(database);
     client().detach_database(state().status, &database);
-    if (outcome().sqlcode() == 0) guards().erase(attached);
+    Status done = outcome();
+    if (done.sqlcode() == 0) guards().erase(attached);
+    return done;
 }
 
 }  // namespace zmfb::sql

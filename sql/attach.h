@@ -21,7 +21,7 @@ struct Attachment {
 Attachment attach(std::string_view database, std::string_view user, std::string_view password,
                   std::string_view role);
 
-/// Detaches `handle`. What comes of it is left aside: nothing is left to be done with the handle.
-void detach(double handle);
+/// Detaches `handle`.
+Status detach(double handle);
 
 }  // namespace zmfb::sql

@@ -98,7 +98,7 @@ Status create(const std::string& database, std::string_view user, std::string_vi
 
 struct Detaching {
     double handle;
-    ~Detaching() { sql::detach(handle); }
+    ~Detaching() { (void)sql::detach(handle); }
 };
 
 // A file of this process that goes unless it got another name.

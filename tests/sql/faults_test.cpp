@@ -181,7 +181,7 @@ TEST_F(Faults, PositiveCodeOfTheCommitCountsAsAFailureOfAStatement) {
 TEST_F(Faults, AttachThatFailsGivesCodeAndTextAndNoHandle) {
     client().fail(attach_database);
     const sql::Attachment made = sql::attach(database(), sysdba, sysdba_password, "");
-    EXPECT_EQ(made.sqlcode, -902);
+    EXPECT_EQ(made.status.sqlcode(), -902);
     EXPECT_EQ(made.message, FaultyClient::io_error_text());
     EXPECT_EQ(made.handle, 0);
     EXPECT_EQ(made.slot_address, &sql::state().slot);
@@ -192,20 +192,20 @@ TEST_F(Faults, AttachThatFailsGivesCodeAndTextAndNoHandle) {
 
 TEST_F(Faults, AttachGivesItsBlockBackAndLeavesTheSlotAtZero) {
     const sql::Attachment made = sql::attach(database(), sysdba, sysdba_password, "");
-    EXPECT_EQ(made.sqlcode, 0);
+    EXPECT_EQ(made.status.sqlcode(), 0);
     EXPECT_EQ(made.message, "");
     EXPECT_GT(made.handle, 0);
     EXPECT_EQ(sql::state().slot, isc_db_handle());
     EXPECT_EQ(client().open_blocks(), 0);
-    EXPECT_EQ(sql::detach(made.handle), 0);
+    EXPECT_EQ(sql::detach(made.handle).sqlcode(), 0);
 }
 
 TEST_F(Faults, DetachThatFailsGivesItsCode) {
     const sql::Attachment made = sql::attach(database(), sysdba, sysdba_password, "");
     client().fail(detach_database);
-    EXPECT_EQ(sql::detach(made.handle), -902);
-    EXPECT_EQ(sql::detach(made.handle), 0);
-    EXPECT_EQ(sql::detach(made.handle), -904);
+    EXPECT_EQ(sql::detach(made.handle).sqlcode(), -902);
+    EXPECT_EQ(sql::detach(made.handle).sqlcode(), 0);
+    EXPECT_EQ(sql::detach(made.handle).sqlcode(), -904);
     expect_nothing_left_and_the_next_call_works();
 }
 
@@ -216,7 +216,7 @@ TEST_F(Faults, DetachThatFailsIsNotRaisedAndTheObjectIsDisconnected) {
     object.call("disconnect");
     EXPECT_FALSE(object.isconnected());
     EXPECT_EQ(log_lines(), (Entries{{0, "[EXIT] Disconnected from: " + database()}}));
-    EXPECT_EQ(sql::detach(object.get("dbhndl").number()), 0);
+    EXPECT_EQ(sql::detach(object.get("dbhndl").number()).sqlcode(), 0);
 }
 
 TEST_F(Faults, ObjectWhoseAttachFailsIsUnattached) {

@@ -40,19 +40,19 @@ class GuardedAttach : public People {
 
 TEST_F(GuardedAttach, TheFileIsHeldFromTheAttachToTheDetach) {
     const sql::Attachment made = attach(path_of("b"));
-    ASSERT_EQ(made.sqlcode, 0) << last_engine_message();
+    ASSERT_EQ(made.status.sqlcode(), 0) << last_engine_message();
     EXPECT_FALSE(is_free(path_of("b")));
     EXPECT_TRUE(is_free(path_of("a")));
-    EXPECT_EQ(sql::detach(made.handle), 0);
+    EXPECT_EQ(sql::detach(made.handle).sqlcode(), 0);
     EXPECT_TRUE(is_free(path_of("b")));
 }
 
 TEST_F(GuardedAttach, OfTwoAttachmentsTheLastGivesItFree) {
     const sql::Attachment first = attach(path_of("b"));
     const sql::Attachment second = attach(path_of("b"));
-    EXPECT_EQ(sql::detach(first.handle), 0);
+    EXPECT_EQ(sql::detach(first.handle).sqlcode(), 0);
     EXPECT_FALSE(is_free(path_of("b")));
-    EXPECT_EQ(sql::detach(second.handle), 0);
+    EXPECT_EQ(sql::detach(second.handle).sqlcode(), 0);
     EXPECT_TRUE(is_free(path_of("b")));
 }
 
@@ -61,17 +61,17 @@ TEST_F(GuardedAttach, ADetachThatFailsKeepsIt) {
     {
         FaultyClient client;
         client.fail(ClientCall::detach_database);
-        EXPECT_NE(sql::detach(made.handle), 0);
+        EXPECT_NE(sql::detach(made.handle).sqlcode(), 0);
     }
     EXPECT_FALSE(is_free(path_of("b")));
-    EXPECT_EQ(sql::detach(made.handle), 0);
+    EXPECT_EQ(sql::detach(made.handle).sqlcode(), 0);
 }
 
 TEST_F(GuardedAttach, AnAttachThatFailsKeepsNothing) {
     FaultyClient client;
     for (const ClientCall call : {ClientCall::attach_database, ClientCall::database_info}) {
         client.fail(call);
-        EXPECT_EQ(attach(path_of("b")).sqlcode, -902);
+        EXPECT_EQ(attach(path_of("b")).status.sqlcode(), -902);
         EXPECT_TRUE(is_free(path_of("b"))) << name_of(call);
     }
     EXPECT_EQ(client.count(ClientCall::detach_database), 1);
@@ -97,11 +97,11 @@ TEST_F(GuardedAttach, BlanksAroundANameDoNotCount) {
     WorkerProcess holder = worker();
     ASSERT_TRUE(opens(holder, path_of("b")));
     FaultyClient client;
-    EXPECT_EQ(attach("  " + path_of("b") + " ").sqlcode, -902);
+    EXPECT_EQ(attach("  " + path_of("b") + " ").status.sqlcode(), -902);
     EXPECT_EQ(client.count(ClientCall::attach_database), 0) << "the engine was not asked";
     const sql::Attachment made = attach(" " + path_of("a") + "  ");
-    EXPECT_EQ(made.sqlcode, 0);
-    sql::detach(made.handle);
+    EXPECT_EQ(made.status.sqlcode(), 0);
+    (void)sql::detach(made.handle);
 }
 
 TEST_F(GuardedAttach, APathTooLongForTheEngineToTellIsHeldToo) {
@@ -110,9 +110,9 @@ TEST_F(GuardedAttach, APathTooLongForTheEngineToTellIsHeldToo) {
     const std::string path = deep + "/" + std::string(100, 'e') + "/long.fdb";
     fs::copy_file(path_of("b"), path);
     const sql::Attachment made = attach(path);
-    ASSERT_EQ(made.sqlcode, 0) << last_engine_message();
+    ASSERT_EQ(made.status.sqlcode(), 0) << last_engine_message();
     EXPECT_FALSE(is_free(path));
-    EXPECT_EQ(sql::detach(made.handle), 0);
+    EXPECT_EQ(sql::detach(made.handle).sqlcode(), 0);
 }
 
 // By the time that the file behind an alias is known, the engine has opened it.
