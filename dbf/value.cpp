@@ -110,9 +110,11 @@ Value read_real(const Field& field, std::string_view bytes) {
 /// The time so many milliseconds after the beginning of a day counted from 1970.
 Value timestamp(std::int64_t day, std::int64_t milliseconds) {
     using namespace std::chrono;
+    // Asked of the days: a year of the library is too short for what the bytes can say.
+    constexpr local_days first(year(1) / January / 1);
+    constexpr local_days last(year(9999) / December / 31);
     const local_days at{days(day)};
-    const year_month_day date(at);
-    if (date.year() < year(1) || date.year() > year(9999)) return Bad{"a time outside the years 1 to 9999"};
+    if (at < first || at > last) return Bad{"a time outside the years 1 to 9999"};
     return Timestamp(at + std::chrono::milliseconds(milliseconds));
 }
 

@@ -158,6 +158,10 @@ TEST(DbfValue, TimesAreADayAndMilliseconds) {
                    {0x30, 'T', time(2440588, 86400000), "bad: not a time"},
                    {0x30, 'T', time(1721425, 0), "bad: a time outside the years 1 to 9999"},
                    {0x30, 'T', time(5373485, 0), "bad: a time outside the years 1 to 9999"},
+                   // 65,536 years behind 1970, and as far as there are days.
+                   {0x30, 'T', time(2440588 + 23936532, 0), "bad: a time outside the years 1 to 9999"},
+                   {0x30, 'T', time(0x7FFFFFFF, 0), "bad: a time outside the years 1 to 9999"},
+                   {0x30, 'T', time(0x80000000, 0), "bad: a time outside the years 1 to 9999"},
                    {4, '@', dbase7(62135683200000.0), "1970-01-01 00:00:00.000"},
                    {4, '@', dbase7(62135683200000.0 + 3723004), "1970-01-01 01:02:03.004"},
                    {4, '@', high_first(0x42CC418BA99A0000, 8), "1970-01-01 00:00:00.000"},
