@@ -54,6 +54,8 @@ void MemoFile::read_file_header(const std::string& ending) {
         block_size_ = little_endian(beginning, 4, 4);
     } else if (format_ == Format::dbase4) {
         block_size_ = little_endian(beginning, 20, 2);
+        // A file that does not say it is one of dBASE III beside a table of another.
+        if (block_size_ == 0) format_ = Format::dbase3;
     }
     // FoxPro's blocks of 0 are of one byte.
     if (block_size_ == 0) block_size_ = format_ == Format::foxpro ? 1 : default_block_size;
@@ -66,7 +68,7 @@ Memo MemoFile::read(std::uint32_t block) const {
     const std::string head = read_bytes(*file_, position, block_header_size);
     // Files of dBASE III may have blocks of dBASE IV; no text begins so.
     const bool marked = head.size() == block_header_size && head.starts_with(dbase4_mark);
-    if ((format_ == Format::dbase3 || format_ == Format::dbase4) && !marked) return up_to_end_mark(position);
+    if (format_ == Format::dbase3 && !marked) return up_to_end_mark(position);
     if (head.size() < block_header_size) return {{}, fmt::format("block {} is cut off", block)};
     const std::uint64_t behind_head = position + block_header_size;
     switch (format_) {
@@ -76,7 +78,7 @@ Memo MemoFile::read(std::uint32_t block) const {
             return of_length(behind_head, little_endian(head, 4, 4));
         default: {
             const std::uint64_t length = little_endian(head, 4, 4);
-            if (length < block_header_size) return {{}, fmt::format("block {} is no memo", block)};
+            if (!marked || length < block_header_size) return {{}, fmt::format("block {} is no memo", block)};
             return of_length(behind_head, length - block_header_size);
         }
     }

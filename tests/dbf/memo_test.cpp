@@ -104,10 +104,19 @@ TEST(DbfMemo, TheLastOneOfDbase3MayEndWithTheFile) {
     EXPECT_EQ(open(builder.bytes(), kinds[0]).read(block).bytes, "no end mark");
 }
 
-TEST(DbfMemo, ABlockOfDbase4ShorterThanItsOwnHeaderIsNone) {
-    MemoBuilder builder(MemoFormat::dbase4);
-    const auto block = builder.add_raw(std::string("\xFF\xFF\x08\x00\x07\x00\x00\x00", 8));
-    EXPECT_EQ(open(builder.bytes(), kinds[1]).read(block).problem, "block 1 is no memo");
+TEST(DbfMemo, ABlockOfDbase4WithoutItsMarkOrShorterThanItsHeaderIsNone) {
+    for (const std::string& bytes :
+         {std::string("\xFF\xFF\x08\x00\x07\x00\x00\x00", 8), std::string("a text\x1A, no block")}) {
+        MemoBuilder builder(MemoFormat::dbase4);
+        const auto block = builder.add_raw(bytes);
+        EXPECT_EQ(open(builder.bytes(), kinds[1]).read(block).problem, "block 1 is no memo");
+    }
+}
+
+TEST(DbfMemo, AFileOfDbase3BesideATableOfDbase4IsReadAsOne) {
+    MemoBuilder builder(MemoFormat::dbase3);
+    const auto block = builder.add("a text");
+    EXPECT_EQ(open(builder.bytes(), kinds[1]).read(block).bytes, "a text");
 }
 
 TEST(DbfMemo, ABlockThatIsCutOffInItsHeaderIsAProblem) {
