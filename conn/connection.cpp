@@ -42,15 +42,6 @@ Value zmFBConn::get(std::string_view property) { return object().get(property); 
 
 void zmFBConn::set(std::string_view property, const Value& value) { object().set(property, value); }
 
-std::span<const MethodRow> methods() {
-    static constexpr auto rows = [] {
-        std::array<MethodRow, method_order.size()> all{};
-        std::ranges::transform(method_order, all.begin(), [](const MethodRow* row) { return *row; });
-        return all;
-    }();
-    return rows;
-}
-
 std::string_view library_version() { return ZMFB_VERSION; }
 
 std::string_view log_file_path() { return conn::log_path(); }

@@ -12,6 +12,7 @@
 #include "schema/methods.h"
 #include "sql/methods.h"
 #include "transfer/methods.h"
+#include "zmfbconn/connection.h"
 
 namespace zmfb::conn {
 namespace {
@@ -20,24 +21,30 @@ using host::Method;
 using host::Variable;
 using host::Visibility;
 
-constexpr auto joined_table() {
-    std::array<Method, method_order.size()> table{};
-    std::size_t count = 0;
-    for (const std::span<const Method> rows :
-         {std::span<const Method>(conn::methods), std::span<const Method>(sql::methods),
-          std::span<const Method>(catalog::methods), std::span<const Method>(locks::methods),
-          std::span<const Method>(schema::methods), std::span<const Method>(transfer::methods),
-          std::span<const Method>(matrix::methods)}) {
-        for (const Method& row : rows) table.at(count++) = row;
-    }
-    std::ranges::sort(table, [](const Method& a, const Method& b) {
+/// The rows of all folders, a property's access row before its assign row.
+template <class Row, std::size_t Count>
+constexpr std::array<Row, Count> in_order(std::span<const std::span<const Row>> lists) {
+    std::array<Row, Count> rows{};
+    auto next = rows.begin();
+    for (const auto list : lists) next = std::ranges::copy(list, next).out;
+    std::ranges::sort(rows, [](const Row& a, const Row& b) {
         return a.name != b.name ? a.name < b.name : a.kind < b.kind;
     });
-    return table;
+    return rows;
 }
 
-constexpr auto table = joined_table();
-static_assert(std::ranges::equal(table, method_order, {}, &Method::name, &MethodRow::name),
+constexpr std::span<const Method> bound_methods[] = {conn::methods,  sql::methods,    catalog::methods,
+                                                     locks::methods, schema::methods, transfer::methods,
+                                                     matrix::methods};
+constexpr std::size_t count_of(const auto& lists) {
+    std::size_t count = 0;
+    for (const auto list : lists) count += list.size();
+    return count;
+}
+
+constexpr auto table = in_order<Method, count_of(bound_methods)>(bound_methods);
+constexpr auto declarations = in_order<MethodRow, count_of(declared::subjects)>(declared::subjects);
+static_assert(std::ranges::equal(table, declarations, {}, &Method::name, &MethodRow::name),
               "the methods of the folders and those that are declared differ");
 
 Value empty_array() { return Value::array_of_size(0); }
@@ -82,3 +89,9 @@ const host::Class& zmfbconn_class() {
 }
 
 }  // namespace zmfb::conn
+
+namespace zmfb {
+
+std::span<const MethodRow> methods() { return conn::declarations; }
+
+}  // namespace zmfb

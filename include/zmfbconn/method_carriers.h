@@ -1,8 +1,6 @@
 /// How the types of method_types.h travel as values of the runtime.
 #pragma once
 
-#include <algorithm>
-
 #include "method_types.h"
 
 #pragma GCC visibility push(default)
@@ -117,7 +115,11 @@ struct Carrier<std::vector<T>> {
     static constexpr std::string_view kind = Carrier<T>::several;
     static constexpr std::string_view several = "rows";
     static bool fits(const Value& value) {
-        return value.is(host::Kind::array) && std::ranges::all_of(value.items(), Carrier<T>::fits);
+        if (!value.is(host::Kind::array)) return false;
+        for (const Value& item : value.items()) {
+            if (!Carrier<T>::fits(item)) return false;
+        }
+        return true;
     }
     static std::vector<T> read(const Value& value) {
         std::vector<T> all;
@@ -127,7 +129,7 @@ struct Carrier<std::vector<T>> {
     }
     static Value value(const std::vector<T>& all) {
         Value array = Value::array_of_size(all.size());
-        std::ranges::transform(all, array.items().begin(), Carrier<T>::value);
+        for (std::size_t at = 0; at < all.size(); ++at) array[at + 1] = Carrier<T>::value(all[at]);
         return array;
     }
 };
