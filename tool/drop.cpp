@@ -8,6 +8,7 @@
 #include "tool/interrupt.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 
@@ -23,12 +24,10 @@ std::string what_was_dropped(zmFBConn& connection, const Name& table, std::vecto
 
 // The method drops a view once for each time that it names the table, and gives up at the second.
 void drop_with_views(zmFBConn& connection, const Name& table, const std::vector<Name>& views) try {
-    const auto dropped = [&](const Name& view) {
-        return connection.call("dropview", view.bytes()).logical();
-    };
-    if (std::ranges::all_of(views, dropped) && connection.call("droptable", table.bytes()).logical()) return;
+    const auto dropped = [&](const Name& view) { return connection(m::dropview, view.bytes()); };
+    if (std::ranges::all_of(views, dropped) && connection(m::droptable, table.bytes())) return;
     const std::string said = last_engine_message();
-    const bool stands = connection.call("istable", table.bytes()).logical();
+    const bool stands = connection(m::istable, table.bytes());
     throw Failure{
         Exit::failed,
         fmt::format("{} was {}", table.shown(), stands ? "not dropped" : "dropped, but not its generators"),

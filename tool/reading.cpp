@@ -7,6 +7,7 @@
 #include "tool/session.h"
 #include "tool/shell/statement.h"
 #include "zmfbconn/cancel.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -34,13 +35,13 @@ std::string statement_bytes(std::string_view statement) {
 }
 
 Transaction begin_reading(zmFBConn& connection, std::string_view query) {
-    connection.call("writelog", "[QURY] Statement: " + statement_bytes(query), query_log_level);
+    connection(m::writelog, "[QURY] Statement: " + statement_bytes(query), query_log_level);
     set_database_encoding(connection, encoding_name());
     return Transaction(connection, Access::read_only);
 }
 
 void throw_failure(zmFBConn& connection, const SqlError& error, std::string_view message) {
-    connection.call("writelog", error.method_text(), error_log_level);
+    connection(m::writelog, error.method_text(), error_log_level);
     if (interrupted()) throw Cancelled();
     throw Failure{Exit::failed, std::string(message), error.message()};
 }

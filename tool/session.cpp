@@ -16,6 +16,7 @@
 #include "tool/rows/shown_text.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -150,13 +151,13 @@ zmFBConn& Session::connection_to_any() {
 // that level.
 void Session::attach(Demand demand) {
     zmFBConn made;
-    if (options_.log_level != 0) made.call("setloglevel", options_.log_level);
+    if (options_.log_level != 0) made(m::setloglevel, options_.log_level);
     if (!options_.database.empty()) {
         prepare_client();
         const std::size_t raised_before = raised_.size();
-        made.call("init", latin1_option(options_.database, "the database name"),
-                  latin1_option(options_.user, "the user name"),
-                  latin1_option(options_.password, "the password"), latin1_option(options_.role, "the role"));
+        made(m::init, latin1_option(options_.database, "the database name"),
+             latin1_option(options_.user, "the user name"), latin1_option(options_.password, "the password"),
+             latin1_option(options_.role, "the role"));
         if (!made.isconnected()) {
             throw Failure{Exit::not_attached, fmt::format("cannot attach to {}", options_.database),
                           last_engine_message()};

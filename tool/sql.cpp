@@ -5,6 +5,7 @@
 #include "tool/reading.h"
 #include "tool/terminal.h"
 #include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 
@@ -31,8 +32,8 @@ void run_query(Session& session, const std::string& statement, const RowOutput& 
 }
 
 void run_statement(Session& session, const std::string& statement) {
-    const Value result = session.connection().call("executeupdate", statement_bytes(statement));
-    if (result.size() != 0) throw Failure{Exit::failed, to_utf8(result.text()), last_engine_message()};
+    const Outcome outcome = session.connection()(m::executeupdate, statement_bytes(statement));
+    if (!outcome.ok()) throw Failure{Exit::failed, to_utf8(outcome.error()), last_engine_message()};
 }
 
 }  // namespace zmfb::tool

@@ -6,6 +6,7 @@
 #include "tool/hints.h"
 #include "tool/output_file.h"
 #include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -23,7 +24,7 @@ Exit create_command(Session& session) {
     const std::string place = local ? place_of_file(options.database) : options.database;
     session.prepare_client();
     // One for all objects of the process.
-    if (options.log_level != 0) zmFBConn().call("setloglevel", options.log_level);
+    if (options.log_level != 0) zmFBConn()(m::setloglevel, options.log_level);
     if (const Status created = create_database(place, options.user, options.password); !created.ok())
         throw Failure{Exit::failed, fmt::format("cannot create {}", options.database), created.message()};
     fmt::print("{} is ready\n", options.database);

@@ -20,6 +20,7 @@
 #include "tool/transfer/supervised.h"
 #include "tool/transfer/undo.h"
 #include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -97,7 +98,7 @@ double write_file(Session& session, const std::string& name, const fs::path& fol
     const auto start = std::chrono::steady_clock::now();
     const std::size_t raised_before = session.raised().size();
     const InFolder here(folder);
-    if (!session.connection().call("exiletable", name).logical()) {
+    if (!session.connection()(m::exiletable, name)) {
         const std::string said = last_engine_message();
         const bool silent = session.raised().size() == raised_before && said.empty();
         throw Failure{Exit::failed, fmt::format("{} was not exported", name),
@@ -126,11 +127,11 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
     drop_leftover(connection, "EXT_" + upper);
     const fs::path folder = make_private_folder(place.parent_path());
     reports.send("folder " + folder.string());
-    const std::string data_file = connection.call("getfullpathdatfile").string();
+    const std::string data_file = connection(m::getfullpathdatfile);
     reports.send("data " + data_file);
     reports.send("external EXT_" + upper);
     const double seconds = write_file(session, name, folder);
-    const auto rows = connection.call("counttablerecords", name).integer();
+    const auto rows = connection(m::counttablerecords, name);
     const std::int64_t records = record_count(folder / (name + ".dbf"));
     if (rows != records) {
         throw Failure{Exit::failed, fmt::format("{} was not exported: the file has {} records, the table {}",

@@ -11,6 +11,7 @@
 #include "tool/json.h"
 #include "tool/text_table.h"
 #include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -33,7 +34,7 @@ struct Holder {
     Alive alive;
 
     Holder(zmFBConn& connection, const std::string& text)
-        : id(split_area_id(text)), alive(is_alive(id, text, connection.call("gethostname").string())) {}
+        : id(split_area_id(text)), alive(is_alive(id, text, connection(m::gethostname))) {}
 
     [[nodiscard]] std::vector<std::string> cells() const {
         return {to_utf8(id.area), id.process ? std::to_string(*id.process) : "", to_utf8(id.host),
@@ -141,7 +142,7 @@ Exit unlock_command(Session& session, const std::string& table, bool yes) {
     if (!yes && !confirm(fmt::format("Remove every lock on {}, whoever holds it?", table))) {
         throw Failure{Exit::failed, "nothing was unlocked"};
     }
-    if (!connection.call("releaselocks", name.bytes()).logical()) {
+    if (!connection(m::releaselocks, name.bytes())) {
         throw Failure{Exit::failed, fmt::format("the locks of {} could not all be removed", table),
                       last_engine_message()};
     }
@@ -165,7 +166,7 @@ Exit clear_command(Session& session, bool yes) {
     }
     // The method answers for the registrations alone; a table of locks that it could not clear, it raises.
     const std::size_t raised_before = session.raised().size();
-    if (!connection.call("clearsystemtables").logical() || session.raised().size() != raised_before) {
+    if (!connection(m::clearsystemtables) || session.raised().size() != raised_before) {
         throw Failure{Exit::failed, "the system tables could not be cleared", last_engine_message()};
     }
     fmt::print("{}\n",

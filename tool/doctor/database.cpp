@@ -9,6 +9,7 @@
 #include "tool/area_id.h"
 #include "tool/catalog.h"
 #include "tool/doctor/checks.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -98,7 +99,7 @@ Finding check_system_tables(Session& session) {
     std::string advice;
     const auto add = [](std::string& all, const std::string& one) { all += (all.empty() ? "" : "; ") + one; };
     for (const SystemTable& table : system_tables()) {
-        if (!connection.call("istable", table.name).logical()) {
+        if (!connection(m::istable, table.name)) {
             add(text, fmt::format("{} is missing", table.name));
             add(advice, "attaching makes it, as a user who may create tables");
         } else if (!has_unique_index(connection, table)) {
@@ -114,10 +115,10 @@ Finding check_system_tables(Session& session) {
 
 Finding check_dead_processes(Session& session) {
     zmFBConn& connection = session.connection_to_any();
-    const std::string host = connection.call("gethostname").string();
+    const std::string host = connection(m::gethostname);
     std::map<long, int> dead;
     for (const SystemTable& table : system_tables()) {
-        if (!connection.call("istable", table.name).logical()) continue;
+        if (!connection(m::istable, table.name)) continue;
         const std::string query =
             fmt::format("SELECT TRIM(TRAILING FROM {}) FROM {}", table.area_column, table.name);
         for (const auto& [owner] : rows_of<std::optional<std::string>>(connection, query)) {

@@ -12,6 +12,7 @@
 #include "tool/encoding.h"
 #include "tool/hints.h"
 #include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -39,7 +40,7 @@ constexpr std::array functions{
 constexpr std::string_view functions_advice =
     "udf/zmrddudfs.sql declares them: isql-fb -user USER DATABASE -i zmrddudfs.sql";
 
-std::string data_file(zmFBConn& connection) { return connection.call("getfullpathdatfile").string(); }
+std::string data_file(zmFBConn& connection) { return connection(m::getfullpathdatfile); }
 
 /// A data file and an external table over it; both go with it.
 class ExternalTable {
@@ -53,7 +54,7 @@ class ExternalTable {
         host::fclose(handle);
     }
     ~ExternalTable() {
-        if (connection_.call("istable", name_).logical()) connection_.call("droponlytable", name_);
+        if (connection_(m::istable, name_)) connection_(m::droponlytable, name_);
         if (created_) host::ferase(path_);
     }
     ExternalTable(const ExternalTable&) = delete;
@@ -62,15 +63,10 @@ class ExternalTable {
     /// Makes the table, inserts a row and reads it back.
     Status try_out() {
         if (!created_) return Status(fmt::format("cannot make {}", path_));
-        const Value field = Value::array_of_size(0);
-        for (const Value& part : {Value("TEXT"), Value("C"), Value(8), Value(0)}) field.push(part);
-        const Value structure = Value::array_of_size(0);
-        structure.push(field);
-        if (!connection_.call("createtableexternal", name_, structure, path_).logical())
+        if (!connection_(m::createtableexternal, name_, Structure{{"TEXT", "C", 8, 0}}, path_))
             return Status(last_engine_message());
-        const Value failed = connection_.call(
-            "executeupdate", fmt::format("INSERT INTO {} (TEXT) VALUES ('readable')", name_));
-        if (failed.size() != 0) return Status(last_engine_message());
+        const std::string insert = fmt::format("INSERT INTO {} (TEXT) VALUES ('readable')", name_);
+        if (!connection_(m::executeupdate, insert).ok()) return Status(last_engine_message());
         const auto rows = rows_of<std::string>(connection_, fmt::format("SELECT TEXT FROM {}", name_));
         if (rows.size() != 1 || std::get<0>(rows[0]) != "readable")
             return Status("the row did not come back");
@@ -96,7 +92,7 @@ Finding check_engine_version(Session& session) {
 Finding check_functions_declared(Session& session) {
     std::string missing;
     for (const Function& function : functions) {
-        if (session.connection_to_any().call("isudf", function.name, module_name).logical()) continue;
+        if (session.connection_to_any()(m::isudf, function.name, module_name)) continue;
         missing += (missing.empty() ? "" : ", ") + std::string(function.name);
     }
     if (missing.empty()) return {"functions declared", State::ok, fmt::format("all {}", functions.size())};
@@ -108,7 +104,7 @@ Finding check_functions_callable(Session& session) {
     std::string failed;
     std::string said;
     for (const Function& function : functions) {
-        if (!connection.call("isudf", function.name, module_name).logical()) continue;
+        if (!connection(m::isudf, function.name, module_name)) continue;
         try {
             rows_of<int>(connection,
                          fmt::format("SELECT IIF({} IS NULL, 0, 1) FROM RDB$DATABASE", function.call));

@@ -10,6 +10,7 @@
 #include "tool/character_set.h"
 #include "tool/encoding.h"
 #include "tool/transfer/number_fit.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -67,7 +68,7 @@ void name_table(zmFBConn& connection, const std::string& path, const WantedNames
     NameChange change;
     plan.table = table_name(name, !reserved(connection, {plain_form(name, "T_")}).empty(), taken, change);
     Changes(plan, wanted.strict).add("table", change);
-    plan.table_exists = connection.call("istable", plan.table).logical();
+    plan.table_exists = connection(m::istable, plan.table);
     if (plan.table_exists) return;
     for (const Name& one : generator_names_of(connection, Name(plan.table))) {
         plan.changes.push_back(

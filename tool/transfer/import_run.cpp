@@ -21,6 +21,7 @@
 #include "tool/transfer/set_aside.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/dbf/records.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -210,12 +211,11 @@ void Import::refuse() const {
 
 void Import::make_room() {
     if (!plan_.table_exists) return;
-    if (!options_.yes &&
-        !confirm(fmt::format(
-            "Drop {} with its {}{}?", "the table " + plan_.table,
-            counted(static_cast<std::uint64_t>(connection_.call("counttablerecords", plan_.table).integer()),
-                    "record", "records"),
-            views_in_words(views_)))) {
+    if (!options_.yes && !confirm(fmt::format("Drop {} with its {}{}?", "the table " + plan_.table,
+                                              counted(static_cast<std::uint64_t>(
+                                                          connection_(m::counttablerecords, plan_.table)),
+                                                      "record", "records"),
+                                              views_in_words(views_)))) {
         throw Failure{Exit::failed, not_imported(report_.file), "Nothing was changed."};
     }
     drop_with_views(connection_, Name(plan_.table), views_);

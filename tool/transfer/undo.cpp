@@ -10,6 +10,7 @@
 #include "tool/encoding.h"
 #include "tool/interrupt.h"
 #include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -26,7 +27,7 @@ bool is_table(zmFBConn& connection, const std::string& table) {
 // The engine lets go of what a killed process had in use only when it notices its death.
 bool drop_table(zmFBConn& connection, const std::string& table) {
     for (int attempt = 1;; ++attempt) {
-        connection.call("executeupdate", "DROP TABLE " + table);
+        static_cast<void>(connection(m::executeupdate, "DROP TABLE " + table));
         const bool in_use = last_engine_message().find("is in use") != std::string::npos;
         if (!is_table(connection, table)) return true;
         if (!in_use || attempt == attempts) return false;
@@ -75,7 +76,7 @@ class Undo {
         for (const char* end : {"_I", "_D"}) {
             const std::string generator = "G_" + begun_.table + end;
             if (is_there(connection, ObjectKind::generator, Name(generator)))
-                connection.call("executeupdate", "DROP GENERATOR " + generator);
+                static_cast<void>(connection(m::executeupdate, "DROP GENERATOR " + generator));
         }
     }
     void tell_of_replaced(zmFBConn& connection) {
@@ -126,7 +127,7 @@ void remove_files(const Begun& begun) {
 bool drop_leftover(zmFBConn& connection, const std::string& external) {
     const std::string file = external_file_of(connection, external);
     if (!file.starts_with(data_file_prefix)) return false;
-    connection.call("executeupdate", "DROP TABLE " + external);
+    static_cast<void>(connection(m::executeupdate, "DROP TABLE " + external));
     if (is_table(connection, external)) return false;
     std::error_code ignored;
     std::filesystem::remove(file, ignored);
