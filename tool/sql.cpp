@@ -32,8 +32,8 @@ void run_query(Session& session, const std::string& statement, const RowOutput& 
 }
 
 void run_statement(Session& session, const std::string& statement) {
-    const Outcome outcome = session.connection()(m::executeupdate, statement_bytes(statement));
-    if (!outcome.ok()) throw Failure{Exit::failed, to_utf8(outcome.error()), last_engine_message()};
+    const Status done = session.connection()(m::executeupdate, statement_bytes(statement));
+    if (!done.ok()) throw Failure{Exit::failed, to_utf8(done.message()), last_engine_message()};
 }
 
 }  // namespace zmfb::tool

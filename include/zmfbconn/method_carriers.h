@@ -2,6 +2,7 @@
 #pragma once
 
 #include "method_types.h"
+#include "status.h"
 
 #pragma GCC visibility push(default)
 
@@ -103,11 +104,12 @@ struct Carrier<MatrixLog> {
     static MatrixLog read(const Value& value);
 };
 
+/// The text "" is success, any other what was wrong.
 template <>
-struct Carrier<Outcome> {
-    static constexpr std::string_view kind = "outcome";
+struct Carrier<Status> {
+    static constexpr std::string_view kind = "status";
     static bool fits(const Value& value) { return value.is(host::Kind::character); }
-    static Outcome read(const Value& value) { return Outcome(value.string()); }
+    static Status read(const Value& value) { return value.size() == 0 ? Status() : Status(value.string()); }
 };
 
 template <class T>

@@ -1,5 +1,5 @@
 /// What methods take and answer, as types: names and numbers that are not to be mixed up, field descriptors,
-/// arrays, outcomes.
+/// arrays.
 ///
 /// Texts are bytes in ISO-8859-1, as everywhere in methods.
 #pragma once
@@ -125,20 +125,6 @@ class Matrix {
 struct MatrixLog {
     bool ok = false;  ///< .F. after a damaged group, a foreign table or a change that failed
     Texts lines;      ///< a heading for each table, and a line for each change
-};
-
-/// What became of a statement.
-class [[nodiscard]] Outcome {
-  public:
-    /// Success for "", else the failure of that text.
-    explicit Outcome(std::string error) : error_(std::move(error)) {}
-    /// Whether it succeeded.
-    [[nodiscard]] bool ok() const { return error_.empty(); }
-    /// "[ERROR] SQLCODE=... (...)"; "" after success.
-    [[nodiscard]] const std::string& error() const { return error_; }
-
-  private:
-    std::string error_;
 };
 
 /// A method answered another kind of value than it is declared with, such as one that was stored through a

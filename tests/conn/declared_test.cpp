@@ -80,13 +80,13 @@ TEST_F(Declared, RecordNumberGoesIntoTheStatementAsItsDigits) {
     EXPECT_EQ(sent[0], sent[1]);
 }
 
-TEST_F(Declared, WhatBecameOfAStatementIsAnOutcome) {
-    const Outcome done = ask(m::executeupdate, "update CLIENT set NAME = 'Eva'");
+TEST_F(Declared, WhatBecameOfAStatementIsAStatus) {
+    const Status done = ask(m::executeupdate, "update CLIENT set NAME = 'Eva'");
     EXPECT_TRUE(done.ok());
-    EXPECT_EQ(done.error(), "");
-    const Outcome refused = ask(m::executeupdate, "update NOBODY set NAME = 'Eva'");
+    EXPECT_EQ(done.message(), "");
+    const Status refused = ask(m::executeupdate, "update NOBODY set NAME = 'Eva'");
     EXPECT_FALSE(refused.ok());
-    EXPECT_EQ(refused.error().substr(0, 22), "[ERROR] SQLCODE=-204 (");
+    EXPECT_EQ(refused.message().substr(0, 22), "[ERROR] SQLCODE=-204 (");
     EXPECT_TRUE(ask(m::settabledescription, "CLIENT", "Created by ZMRDDFIRE").ok());
     EXPECT_EQ(ask(m::gettabledescription, "CLIENT")[0].substr(0, 22), "Created by ZMRDDFIRE  ");
 }
@@ -192,7 +192,7 @@ bool is_of(const Value& value, std::string_view kind) {
         {"record", [&] { return value.is(Kind::numeric); }},
         {"text", [&] { return value.is(Kind::character); }},
         {"area", [&] { return value.is(Kind::character); }},
-        {"outcome", [&] { return value.is(Kind::character); }},
+        {"status", [&] { return value.is(Kind::character); }},
         {"array", [&] { return value.is(Kind::array); }},
         {"texts", [&] { return is_row_of<Kind::character>(value); }},
         {"tables", [&] { return is_row_of<Kind::character>(value); }},

@@ -80,11 +80,11 @@ inline constexpr Method<Array(Structure)> setrddfields{
 
 /// @{
 /// Descriptions. Of tables, indexes and columns.
-inline constexpr Method<Outcome(TableName, std::string)> settabledescription{
+inline constexpr Method<Status(TableName, std::string)> settabledescription{
     "settabledescription", {"tbl", "descr"}, "Sets the description of a table"};
-inline constexpr Method<Outcome(std::string, std::string)> setindexdescription{
+inline constexpr Method<Status(std::string, std::string)> setindexdescription{
     "setindexdescription", {"ind", "descr"}, "Sets the description of an index"};
-inline constexpr Method<Outcome(TableName, std::string, std::string)> setfielddescription{
+inline constexpr Method<Status(TableName, std::string, std::string)> setfielddescription{
     "setfielddescription", {"tbl", "fldname", "descr"}, "Sets the description of a column"};
 inline constexpr Method<Texts(TableName)> gettabledescription{
     "gettabledescription", {"tbl"}, "Description of a table"};

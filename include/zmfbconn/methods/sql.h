@@ -23,10 +23,10 @@ inline constexpr Method<Texts(std::string, TableName, RecordNumber)> executeudfs
 
 /// @{
 /// Statements. Each in a transaction of its own, or in the one batch of the process.
-inline constexpr Method<Outcome(std::string)> executeupdate{
+inline constexpr Method<Status(std::string)> executeupdate{
     "executeupdate", {"stmt"}, "Runs a statement in a transaction of its own"};
 inline constexpr Method<void()> starttransaction{"starttransaction", {}, "Opens a batch transaction"};
-inline constexpr Method<Outcome(std::string)> cachedupdate{
+inline constexpr Method<Status(std::string)> cachedupdate{
     "cachedupdate", {"stmt"}, "Runs a statement in the open batch transaction"};
 inline constexpr Method<void()> commitchanges{"commitchanges", {}, "Commits the batch transaction"};
 /// @}
