@@ -3,13 +3,13 @@
 #
 #     people.pl people.fdb
 #
-# The library is libzmfbconn.so.1, or the file that ZMFB_LIBRARY names.
+# The library is libzmfbconn.so.2, or the file that ZMFB_LIBRARY names.
 use strict;
 use warnings;
 use FFI::Platypus 1.00;
 use FFI::Platypus::Buffer qw(scalar_to_buffer buffer_to_scalar);
 
-my $ffi = FFI::Platypus->new(api => 1, lib => $ENV{ZMFB_LIBRARY} // 'libzmfbconn.so.1');
+my $ffi = FFI::Platypus->new(api => 1, lib => $ENV{ZMFB_LIBRARY} // 'libzmfbconn.so.2');
 $ffi->type('(opaque, opaque, size_t, opaque)->int' => 'body');
 $ffi->attach(["zmfb_$_->[0]" => $_->[0]], $_->[1], $_->[2]) for (
     [message        => []                                                => 'string'],

@@ -10,7 +10,7 @@
                 for name, credit in work.query("select name, credit from customers where credit > ?", 5):
                     print(name, credit)
 
-What fails raises Error. Use it from one thread at a time. The library is libzmfbconn.so.1, or the file that the
+What fails raises Error. Use it from one thread at a time. The library is libzmfbconn.so.2, or the file that the
 environment variable ZMFB_LIBRARY names.
 """
 

@@ -15,7 +15,7 @@ class Moment(ctypes.Structure):
 
 
 def _load():
-    name = os.environ.get("ZMFB_LIBRARY", "libzmfbconn.so.1")
+    name = os.environ.get("ZMFB_LIBRARY", "libzmfbconn.so.2")
     try:
         library = ctypes.CDLL(name)
     except OSError as problem:
