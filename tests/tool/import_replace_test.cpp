@@ -1,7 +1,9 @@
 // What an import may replace, and what it says of it.
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/dbf_builder.h"
+#include "tests/support/environment.h"
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -43,9 +45,9 @@ TEST_F(ImportReplace, TheViewsThatGoWithATableAreNamed) {
     ASSERT_EQ(import("people.dbf").status, 0);
     exec(path, "create view names as select name from people");
     const std::string with = "and the views built on it (NAMES)";
-    EXPECT_NE(import("people.dbf", {"--dry-run"})
-                  .out.find("the table PEOPLE " + with + " would be dropped first\n"),
-              std::string::npos);
+    EXPECT_NE(
+        import("people.dbf", {"--dry-run"}).out.find("the table PEOPLE " + with + " would be dropped\n"),
+        std::string::npos);
     const Finished asked = import("people.dbf", {}, "n\n");
     EXPECT_TRUE(asked.err.starts_with("Drop the table PEOPLE with its 1 record " + with + "? [y/N] "))
         << asked.err;
@@ -59,9 +61,51 @@ TEST_F(ImportReplace, ATableThatCannotBeDroppedStays) {
     forbid(path, "drop table");
     const Finished run = import("people.dbf");
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("error: PEOPLE was not dropped\n"), std::string::npos) << run.err;
-    EXPECT_TRUE(run.err.ends_with("  not in this database\n")) << run.err;
+    EXPECT_NE(run.err.find(" was not imported\n  PEOPLE was not dropped\n"), std::string::npos) << run.err;
+    EXPECT_NE(run.err.find("  not in this database\n"), std::string::npos) << run.err;
     EXPECT_EQ(on(path, {"call", "counttablerecords('PEOPLE')"}).out, "1\n");
+}
+
+TEST_F(ImportReplace, TheOldRowsStayWhenTheNewOnesDoNotComeIn) {
+    if (on_server()) GTEST_SKIP() << "the server's disk is not that of the tool";
+    ASSERT_EQ(import("people.dbf").status, 0);
+    const std::string before = on(path, {"tables"}).out;
+    constexpr std::uintmax_t room = 512 * 1024;
+    const std::uintmax_t limit = std::filesystem::file_size(file("test.fdb")) + room;
+    DbfBuilder dbf = DbfBuilder().field("NAME", 'C', 250);
+    for (std::uintmax_t size = 0; size < limit + room; size += 250) dbf.record({"name"});
+    dbf.write(file("people.dbf"));
+    const Finished run = zmfb_after("ulimit -f " + std::to_string(limit / 512),
+                                    {"--db", path, "import", file("people.dbf"), "--replace", "--yes"});
+    EXPECT_EQ(run.status, 1) << run.out;
+    EXPECT_EQ(on(path, {"tables"}).out, before);
+}
+
+TEST_F(ImportReplace, IndexesAndGrantsComeBackAndThoseThatCannotAreNamed) {
+    DbfBuilder().field("NAME", 'C', 8).field("AGE", 'N', 3).record({"Ana", "1"}).write(file("people.dbf"));
+    ASSERT_EQ(on(path, {"import", file("people.dbf")}).status, 0);
+    exec(path, "create descending index by_name on people (name)");
+    exec(path, "create index by_age on people (age)");
+    exec(path, "create index by_upper on people computed by (upper(name))");
+    exec(path, "grant select, insert on people to anna with grant option");
+    exec(path, "grant update (name) on people to otto");
+    const Finished asked = import("people.dbf", {}, "n\n");
+    EXPECT_TRUE(
+        asked.err.starts_with("Drop the table PEOPLE with its 1 record, index BY_AGE, index BY_UPPER, "
+                              "a right of OTTO? [y/N] "))
+        << asked.err;
+    ASSERT_EQ(import("people.dbf").status, 0);
+    const auto query = [&](const std::string& text) {
+        return on(path, {"query", "--mode", "csv", text}).out;
+    };
+    EXPECT_EQ(query("select trim(rdb$index_name), rdb$index_type from rdb$indices where rdb$relation_name = "
+                    "'PEOPLE' and rdb$index_name starting with 'BY_'"),
+              "TRIM,RDB$INDEX_TYPE\r\nBY_NAME,1\r\n");
+    EXPECT_EQ(
+        query("select trim(rdb$user), trim(rdb$privilege), rdb$grant_option from rdb$user_privileges where "
+              "rdb$relation_name = 'PEOPLE' and rdb$user <> 'SYSDBA' order by 1, 2"),
+        "TRIM,TRIM,RDB$GRANT_OPTION\r\nANNA,I,1\r\nANNA,S,1\r\n");
+    EXPECT_FALSE(is_there("Z$PEOPLE"));
 }
 
 TEST_F(ImportReplace, GeneratorsThatStayAreTold) {
@@ -69,7 +113,8 @@ TEST_F(ImportReplace, GeneratorsThatStayAreTold) {
     forbid(path, "drop sequence");
     const Finished run = import("people.dbf");
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("error: PEOPLE was dropped, but not its generators\n"), std::string::npos)
+    EXPECT_NE(run.err.find(" was not imported\n  PEOPLE was dropped, but not its generators\n"),
+              std::string::npos)
         << run.err;
     EXPECT_FALSE(is_there("people"));
 }

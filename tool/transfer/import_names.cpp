@@ -13,9 +13,6 @@ constexpr std::string_view reserved_word = "is a reserved word";
 constexpr std::string_view of_the_driver = "is the name of a column of the driver's own";
 constexpr std::string_view repeated = "is there twice";
 
-// Index, triggers and generators are named after a table: T_RECNO_DESC.
-constexpr std::size_t longest_table = 20;
-
 bool is_letter(char c) { return c >= 'A' && c <= 'Z'; }
 
 bool is_plain_character(char c) { return is_letter(c) || (c >= '0' && c <= '9') || c == '_' || c == '$'; }

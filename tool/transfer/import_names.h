@@ -9,6 +9,9 @@
 
 namespace zmfb::tool {
 
+/// Index, triggers and generators are named after a table: T_RECNO_DESC.
+inline constexpr std::size_t longest_table = 20;
+
 /// A name that could not stay, and why: "is a reserved word".
 struct NameChange {
     std::string from, to, why;

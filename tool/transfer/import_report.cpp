@@ -91,7 +91,7 @@ void print_plan(const ImportReport& report, bool as_json_line, bool possible) {
         TextTable columns({{"column"}, {"type"}});
         for (const auto& [name, type] : report.columns) columns.add({name, type});
         fmt::print("{}\n{}{}", head(report), columns.text(), notes(report, false));
-        if (!report.replaces.empty()) fmt::print("{} would be dropped first\n", report.replaces);
+        if (!report.replaces.empty()) fmt::print("{} would be dropped\n", report.replaces);
         if (possible) fmt::print("nothing was changed; the import would work\n");
     }
     flush_output();

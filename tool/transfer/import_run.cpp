@@ -18,6 +18,7 @@
 #include "tool/transfer/import_values.h"
 #include "tool/transfer/new_table.h"
 #include "tool/transfer/progress.h"
+#include "tool/transfer/replacing.h"
 #include "tool/transfer/set_aside.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/dbf/records.h"
@@ -48,7 +49,7 @@ class Import {
             return refuse();
         }
         refuse();
-        make_room();
+        ask();
         load();
         report_.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
         print_summary(report_, session_.options().json);
@@ -74,9 +75,12 @@ class Import {
     void look();
     void plan_set_aside();
     void refuse() const;
-    void make_room();
+    void ask();
+    [[nodiscard]] std::string what_goes() const;
     void load();
-    void send(Transaction& work);
+    void send(Transaction& work, const std::string& table);
+    void replace();
+    [[nodiscard]] std::vector<DriverColumn> columns() const;
     void set_aside();
     [[nodiscard]] bool dropped(zmFBConn& connection) const;
     [[nodiscard]] bool dropped_anew() const;
@@ -95,6 +99,8 @@ class Import {
     ImportReport report_;
     std::vector<Name> views_;           // those that go with the table that is there
     std::vector<std::uint64_t> aside_;  // the numbers of the records that are set aside
+    Belongings belongings_;             // of the table that is there
+    std::string beside_;                // what is loaded beside it; "" for nothing
     bool has_set_aside_ = false;        // and there may be files of them
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
@@ -134,7 +140,10 @@ void Import::plan_existing() {
     } else {
         const Dependents dependents = dependents_of_table(connection_, table);
         views_ = names_in(dependents.taken);
-        report_.replaces = fmt::format("the table {}{}", plan_.table, views_in_words(views_));
+        std::vector<std::string> names;
+        for (const PlannedColumn& column : plan_.columns) names.push_back(column.column.name);
+        belongings_ = belongings_of(connection_, table, names);
+        report_.replaces = fmt::format("the table {}{}", plan_.table, what_goes());
         if (dependents.in_the_way.empty()) return;
         plan_.refusals.push_back(fmt::format("the table {} cannot be replaced: it is in use by {}",
                                              plan_.table, in_words(dependents.in_the_way)));
@@ -209,49 +218,77 @@ void Import::refuse() const {
                   : ""};
 }
 
-void Import::make_room() {
-    if (!plan_.table_exists) return;
-    if (!options_.yes && !confirm(fmt::format("Drop {} with its {}{}?", "the table " + plan_.table,
-                                              counted(static_cast<std::uint64_t>(
-                                                          connection_(m::counttablerecords, plan_.table)),
-                                                      "record", "records"),
-                                              views_in_words(views_)))) {
-        throw Failure{Exit::failed, not_imported(report_.file), "Nothing was changed."};
-    }
-    drop_with_views(connection_, Name(plan_.table), views_);
+void Import::ask() {
+    if (!plan_.table_exists || options_.yes) return;
+    const std::string records = counted(
+        static_cast<std::uint64_t>(connection_(m::counttablerecords, plan_.table)), "record", "records");
+    if (confirm(fmt::format("Drop the table {} with its {}{}?", plan_.table, records, what_goes()))) return;
+    throw Failure{Exit::failed, not_imported(report_.file), "Nothing was changed."};
+}
+
+// What goes with a table that is replaced, and does not come back.
+std::string Import::what_goes() const {
+    std::string all = views_in_words(views_);
+    for (const std::string& one : belongings_.lost) all += ", " + one;
+    return all;
 }
 
 void Import::load() try {
-    std::vector<DriverColumn> columns;
-    for (const PlannedColumn& column : plan_.columns) columns.push_back(column.column);
-    begin_table(connection_, plan_.table, columns);
-    Transaction work(connection_);
-    send(work);
-    work.commit();
+    if (plan_.table_exists) beside_ = "Z$" + plan_.table.substr(0, longest_table - 2);
+    const std::string& table = plan_.table_exists ? beside_ : plan_.table;
+    begin_table(connection_, table, columns());
+    {
+        Transaction work(connection_);
+        send(work, table);
+        if (!plan_.table_exists) finish_table(work, table, told_.records);
+        set_aside();
+        work.commit();
+    }
+    if (plan_.table_exists) replace();
 } catch (const SqlError& error) {
     take_back(error.message());
 } catch (const Cancelled&) {
     take_back("");
 } catch (const Failure& failure) {
-    take_back(failure.detail);
+    const bool is_own = failure.message == not_imported(report_.file) || interrupted();
+    take_back(is_own ? failure.detail : failure.message + "\n" + failure.detail);
 }
 
-void Import::send(Transaction& work) {
+// The rows are in a table beside the old one, which goes now.
+void Import::replace() {
+    drop_with_views(connection_, Name(plan_.table), views_);
+    begin_table(connection_, plan_.table, columns());
+    std::string names;
+    for (const PlannedColumn& column : plan_.columns) names += column.column.name + ",";
+    Transaction work(connection_);
+    work.execute(fmt::format("INSERT INTO {0} ({1}RECNO) SELECT {1}RECNO FROM {2} ORDER BY RECNO",
+                             plan_.table, names, beside_));
+    finish_table(work, plan_.table, told_.records);
+    for (const std::string& statement : belongings_.again) work.execute(statement);
+    work.commit();
+    drop_unfinished_table(connection_, beside_);
+}
+
+std::vector<DriverColumn> Import::columns() const {
+    std::vector<DriverColumn> all;
+    for (const PlannedColumn& column : plan_.columns) all.push_back(column.column);
+    return all;
+}
+
+void Import::send(Transaction& work, const std::string& table) {
     std::vector<LoadColumn> columns;
     for (const PlannedColumn& column : plan_.columns) columns.push_back(column.load);
     ValueReader reader(source_, plan_.columns, {.decimal_comma = options_.decimal_comma});
     const auto refused = [&](std::uint64_t record, const std::string& why) {
         throw Failure{Exit::failed, not_imported(report_.file), fmt::format("record {}: {}", record, why)};
     };
-    RowLoader loader(work, plan_.table, columns, 1, refused);
+    RowLoader loader(work, table, columns, 1, refused);
     for_each_record("copying", [&](const dbf::Records& records) {
         if (is_left_out(records) || std::ranges::binary_search(aside_, records.number())) return;
         loader.add(records.number(), reader.read(records.number(), records.bytes(), [](const BadValue&) {}));
     });
     loader.flush();
     told_.records = loader.rows();
-    finish_table(work, plan_.table, loader.rows());
-    set_aside();
 }
 
 // What does not come in is in its file before what comes in is committed.
@@ -272,6 +309,7 @@ void Import::set_aside() {
 
 bool Import::dropped(zmFBConn& connection) const try {
     drop_unfinished_table(connection, plan_.table);
+    if (!beside_.empty()) drop_unfinished_table(connection, beside_);
     return true;
 } catch (const std::exception&) {
     return false;
