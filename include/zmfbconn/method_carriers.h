@@ -170,7 +170,7 @@ Value value_of(const Argument& argument) {
         return Value(argument);
     } else {
         static_assert(std::convertible_to<const Argument&, Parameter>,
-                      "the parameter is of a type of its own, which no value of this type becomes");
+                      "the argument does not become the type of the parameter");
         return Carrier<Parameter>::value(argument);
     }
 }

@@ -37,25 +37,25 @@ void refused(zmfb::zmFBConn& connection, const zmfb::AreaId& area) {
 #if CASE == 6  // more arguments than the method takes
     done = connection(m::istable, "CUSTOMER", "RECNO");
 #endif
-#if CASE == 7  // which no value of this type becomes
+#if CASE == 7  // does not become the type of the parameter
     done = connection(m::istable, 17);
 #endif
-#if CASE == 8  // which no value of this type becomes
+#if CASE == 8  // does not become the type of the parameter
     done = connection(m::istable, nullptr);
 #endif
-#if CASE == 9  // which no value of this type becomes
+#if CASE == 9  // does not become the type of the parameter
     done = connection(m::istable, area);
 #endif
-#if CASE == 10  // which no value of this type becomes
+#if CASE == 10  // does not become the type of the parameter
     done = connection(m::setrecordaslocked, "CUSTOMER", area, 17);
 #endif
-#if CASE == 11  // which no value of this type becomes
+#if CASE == 11  // does not become the type of the parameter
     done = connection(m::setrecordaslocked, "CUSTOMER", area, "17");
 #endif
-#if CASE == 12  // which no value of this type becomes
+#if CASE == 12  // does not become the type of the parameter
     done = connection(m::setrecordaslocked, area, "CUSTOMER", zmfb::RecordNumber(17));
 #endif
-#if CASE == 13  // which no value of this type becomes
+#if CASE == 13  // does not become the type of the parameter
     done = connection(m::settableaslocked, "CUSTOMER", "CUSTOMER:1:2:host");
 #endif
 #if CASE == 14  // the parameter is a logical
