@@ -195,8 +195,9 @@ TEST_F(ImportCheck, ATableOfTheNameIsRefusedInADryRunToo) {
     ASSERT_EQ(import(ZMFB_EXAMPLE_DBF).status, 0);
     const Finished run = import(ZMFB_EXAMPLE_DBF, {"--dry-run"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.err.find("the table CUSTOMERS is there already; --replace replaces it\n"),
-              std::string::npos);
+    EXPECT_NE(
+        run.err.find("the table CUSTOMERS is there already; --replace replaces it, --append adds to it\n"),
+        std::string::npos);
 }
 
 TEST_F(ImportCheck, AFileThatIsCutOffIsImportedOnlyWhenToldSo) {

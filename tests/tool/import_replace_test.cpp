@@ -119,5 +119,37 @@ TEST_F(ImportReplace, GeneratorsThatStayAreTold) {
     EXPECT_FALSE(is_there("people"));
 }
 
+TEST_F(ImportReplace, RecordsAreAddedToATableThatHasTheFields) {
+    const auto append = [&](const DbfBuilder& dbf) {
+        dbf.write(file("people.dbf"));
+        return on(path, {"import", file("people.dbf"), "--append"});
+    };
+    const auto rows = [&] {
+        return on(path, {"query", "--mode", "csv", "select trim(name), recno from people order by recno"})
+            .out;
+    };
+    const auto count = [&] { return on(path, {"call", "gettablereccount('PEOPLE')"}).out; };
+    ASSERT_EQ(append(DbfBuilder().field("NAME", 'C', 8).field("AGE", 'N', 3).record({"Ana", "1"})).status, 0);
+    const DbfBuilder more = DbfBuilder().field("NAME", 'C', 5).record({"Bob"}).record({"Eva"});
+    const Finished run = append(more);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(rows(), "TRIM,RECNO\r\nAna,1\r\nBob,2\r\nEva,3\r\n");
+    EXPECT_EQ(count(), "3\n");
+    EXPECT_FALSE(is_there("Z$PEOPLE"));
+
+    const Finished other = append(DbfBuilder().field("CITY", 'C', 5).record({"Cork"}));
+    EXPECT_EQ(other.status, 1);
+    EXPECT_NE(other.err.find("the table PEOPLE has no field CITY\n"), std::string::npos) << other.err;
+
+    exec(path, "create unique index one_name on people (name)");
+    const Finished refused = append(DbfBuilder().field("NAME", 'C', 5).record({"New"}).record({"Bob"}));
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("ONE_NAME"), std::string::npos) << refused.err;
+    EXPECT_EQ(rows(), "TRIM,RECNO\r\nAna,1\r\nBob,2\r\nEva,3\r\n");
+    EXPECT_EQ(count(), "3\n");
+    EXPECT_FALSE(is_there("Z$PEOPLE"));
+    EXPECT_EQ(on(path, {"import", file("people.dbf"), "--append", "--replace"}).status, 2);
+}
+
 }  // namespace
 }  // namespace zmfb::test

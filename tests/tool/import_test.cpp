@@ -28,7 +28,8 @@ TEST_F(ImportCommand, ATableThatExistsIsRefusedAndKept) {
     const Finished run = on(path, {"import", ZMFB_EXAMPLE_DBF});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "error: " ZMFB_EXAMPLE_DBF
-                       " was not imported\n  the table CUSTOMERS is there already; --replace replaces it\n");
+                       " was not imported\n  the table CUSTOMERS is there already; --replace replaces it, "
+                       "--append adds to it\n");
     EXPECT_EQ(on(path, {"call", "counttablerecords('CUSTOMERS')"}).out, "10\n");
 }
 

@@ -45,6 +45,7 @@ void check(Given& given) {
     if (given.bad_values == "set-aside") given.on_bad_value = OnBadValue::set_aside;
     if (!given.set_aside.empty() && given.on_bad_value != OnBadValue::set_aside)
         usage("--set-aside goes with --on-bad-value set-aside");
+    if (given.append && given.replace) usage("--append and --replace go not together");
     if (!given.encoding.empty() && !dbf::ToUtf8(given.encoding).known()) {
         usage(fmt::format("there is no encoding {}", given.encoding),
               "\"iconv -l\" lists them; old DOS files are mostly CP437 or CP850.");
@@ -125,6 +126,7 @@ void add_import(CommandLine& line) {
         .type_name("OLD=NEW");
     command.flag("--strict-names", given->names.strict, "Refuse names that would have to be changed");
     command.flag("--replace,--drop-existing", given->replace, "Replace a table that is there; asks first");
+    command.flag("--append", given->append, "Add to a table that is there and has the fields");
     command.yes(given->yes);
 }
 

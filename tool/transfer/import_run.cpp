@@ -72,6 +72,7 @@ class Import {
     void plan();
     void plan_records();
     void plan_existing();
+    void plan_append();
     void look();
     void plan_set_aside();
     void refuse() const;
@@ -80,6 +81,7 @@ class Import {
     void load();
     void send(Transaction& work, const std::string& table);
     void replace();
+    void append();
     [[nodiscard]] std::vector<DriverColumn> columns() const;
     void set_aside();
     [[nodiscard]] bool dropped(zmFBConn& connection) const;
@@ -134,9 +136,11 @@ void Import::plan_existing() {
                                       : kind == TableKind::system ? "is the driver's own"
                                                                   : "was not made by the driver";
         plan_.refusals.push_back(fmt::format("{} is there already and {}", plan_.table, what));
+    } else if (options_.append) {
+        plan_append();
     } else if (!options_.replace) {
-        plan_.refusals.push_back(
-            fmt::format("the table {} is there already; --replace replaces it", plan_.table));
+        plan_.refusals.push_back(fmt::format(
+            "the table {} is there already; --replace replaces it, --append adds to it", plan_.table));
     } else {
         const Dependents dependents = dependents_of_table(connection_, table);
         views_ = names_in(dependents.taken);
@@ -219,7 +223,7 @@ void Import::refuse() const {
 }
 
 void Import::ask() {
-    if (!plan_.table_exists || options_.yes) return;
+    if (!plan_.table_exists || options_.append || options_.yes) return;
     const std::string records = counted(
         static_cast<std::uint64_t>(connection_(m::counttablerecords, plan_.table)), "record", "records");
     if (confirm(fmt::format("Drop the table {} with its {}{}?", plan_.table, records, what_goes()))) return;
@@ -244,7 +248,12 @@ void Import::load() try {
         set_aside();
         work.commit();
     }
-    if (plan_.table_exists) replace();
+    if (!plan_.table_exists) return;
+    if (options_.append) {
+        append();
+    } else {
+        replace();
+    }
 } catch (const SqlError& error) {
     take_back(error.message());
 } catch (const Cancelled&) {
@@ -266,6 +275,38 @@ void Import::replace() {
     finish_table(work, plan_.table, told_.records);
     for (const std::string& statement : belongings_.again) work.execute(statement);
     work.commit();
+    drop_unfinished_table(connection_, beside_);
+}
+
+void Import::plan_append() {
+    const std::vector<Name> names = column_names_of(connection_, Name(plan_.table));
+    for (const PlannedColumn& column : plan_.columns) {
+        if (std::ranges::find(names, Name(column.column.name)) != names.end()) continue;
+        plan_.refusals.push_back(
+            fmt::format("the table {} has no field {}", plan_.table, column.column.name));
+    }
+}
+
+// Record numbers are the table's own to give. Those that rows took which do not stay count as deleted, so
+// that the table is not said to have them.
+void Import::append() {
+    std::string names, values;
+    for (const PlannedColumn& column : plan_.columns) {
+        const std::string& name = column.column.name;
+        names += (names.empty() ? "" : ",") + name;
+        values += (values.empty() ? ":C." : ",:C.") + name;
+    }
+    {
+        Transaction work(connection_);
+        work.execute(
+            fmt::format("EXECUTE BLOCK AS DECLARE K BIGINT = 0; BEGIN FOR SELECT {0} FROM {1} ORDER BY RECNO "
+                        "AS CURSOR C DO "
+                        "BEGIN INSERT INTO {2} ({0}) VALUES ({3}); K = K + 1; END WHEN ANY DO BEGIN IF "
+                        "(SQLSTATE NOT STARTING "
+                        "WITH '22') THEN K = K + 1; K = GEN_ID(G_{2}_D, K); EXCEPTION; END END",
+                        names, beside_, plan_.table, values));
+        work.commit();
+    }
     drop_unfinished_table(connection_, beside_);
 }
 

@@ -19,6 +19,7 @@ struct ImportOptions {
     bool all_records = false;
     bool decimal_comma = false;
     bool replace = false;
+    bool append = false;
     bool yes = false;
     bool incomplete = false;
     std::string encoding;
