@@ -12,7 +12,7 @@
 namespace zmfb {
 
 /// Thrown by what would begin something in a database between cancel() and resume(); it passes through every
-/// method without harm.
+/// method without harm. What belongs to a transaction throws SqlError (HY008) instead.
 class Cancelled : public std::exception {
   public:
     /// That it was cancelled, in English.
