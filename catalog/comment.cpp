@@ -12,13 +12,12 @@
 namespace zmfb::catalog {
 namespace {
 
-constexpr std::string_view engine_version =
-    "select rdb$get_context('SYSTEM','ENGINE_VERSION') from rdb$database";
-
-/// The version of the engine; nothing when it cannot be answered.
+// The version of the engine; nothing when it cannot be answered.
 std::optional<double> ask_version(Self& self) {
+    constexpr std::string_view engine_version =
+        "select rdb$get_context('SYSTEM','ENGINE_VERSION') from rdb$database";
     const Value result = call(self, "internalselect", engine_version);
-    if (!has_row(result)) return std::nullopt;
+    if (!host::has_row(result)) return std::nullopt;
     return first_number(result).number();
 }
 
@@ -27,7 +26,7 @@ bool is_ascii(char c) { return static_cast<unsigned char>(c) < 0x80; }
 // Without a character set of the connection the engine takes a plain literal for ASCII: every other byte
 // would become a question mark.
 Value literal(const Value& descr) {
-    const Value escaped = "'" + strtran(descr, "'", "''") + "'";
+    const Value escaped = "'" + host::strtran(descr, "'", "''") + "'";
     const std::string_view text = escaped.text();
     return std::all_of(text.begin(), text.end(), is_ascii) ? escaped : Value("_UTF8" + host::to_utf8(text));
 }
@@ -55,7 +54,7 @@ bool takes_comments_only(Self& self) {
     return comments_only;
 }
 
-Value quoted(const Value& name) { return "\"" + strtran(name, "\"", "\"\"") + "\""; }
+Value quoted(const Value& name) { return "\"" + host::strtran(name, "\"", "\"\"") + "\""; }
 
 Value comment_on(Self& self, const Value& object, const Value& descr) {
     return call(self, "executeupdate", "COMMENT ON " + object + " IS " + literal(descr));

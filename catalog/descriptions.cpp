@@ -9,22 +9,22 @@
 namespace zmfb::catalog {
 namespace {
 
-/// Whether a description goes in by COMMENT ON. A single quote breaks the UPDATE, and the
-/// caller is to see its error, whatever the engine.
+// Whether a description goes in by COMMENT ON. A single quote breaks the UPDATE, and the
+// caller is to see its error, whatever the engine.
 template <class... Names>
 bool by_comment(Self& self, const Names&... names) {
-    return takes_comments_only(self) && !(contained("'", names) || ...);
+    return takes_comments_only(self) && !(host::contained("'", names) || ...);
 }
 
-/// A name with trailing blanks names nothing, though the engine's own comparison ignores them.
+// A name with trailing blanks names nothing, though the engine's own comparison ignores them.
 bool padded(const Value& name) { return name.text().ends_with(' '); }
 
-Value escaped(const Value& descr) { return strtran(descr, "'", "''"); }
+Value escaped(const Value& descr) { return host::strtran(descr, "'", "''"); }
 
 Value description(Self& self, const Value& stmt) {
     const Value result = call(self, "internalselect", stmt);
-    if (!has_row(result)) return host::array_of("");
-    Value row = data_rows(result)[0];
+    if (!host::has_row(result)) return host::array_of("");
+    Value row = host::data_rows(result)[0];
     const std::string_view text = row[1].text();
     const bool ascii = std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
     if (!ascii && takes_comments_only(self)) row[1] = from_utf8(text);
@@ -34,7 +34,7 @@ Value description(Self& self, const Value& stmt) {
 }  // namespace
 
 Value settabledescription(Self& self, Args args) {
-    const Value tbl = upper(args[0]);
+    const Value tbl = host::upper(args[0]);
     const Value& descr = args[1];
     if (!by_comment(self, tbl)) {
         return call(self, "executeupdate",
@@ -47,7 +47,7 @@ Value settabledescription(Self& self, Args args) {
 }
 
 Value setindexdescription(Self& self, Args args) {
-    const Value ind = upper(args[0]);
+    const Value ind = host::upper(args[0]);
     const Value& descr = args[1];
     if (!by_comment(self, ind)) {
         return call(self, "executeupdate",
@@ -59,7 +59,7 @@ Value setindexdescription(Self& self, Args args) {
 }
 
 Value setfielddescription(Self& self, Args args) {
-    const Value tbl = upper(args[0]), fldname = upper(args[1]);
+    const Value tbl = host::upper(args[0]), fldname = host::upper(args[1]);
     const Value& descr = args[2];
     if (!by_comment(self, tbl, fldname)) {
         return call(self, "executeupdate",
@@ -75,21 +75,21 @@ Value gettabledescription(Self& self, Args args) {
     const Value& tbl = args[0];
     return description(
         self, "select zmBlobSubstr(rdb$description,1,255) from rdb$relations where rdb$relation_name = '" +
-                  upper(tbl) + "' ");
+                  host::upper(tbl) + "' ");
 }
 
 Value getindexdescription(Self& self, Args args) {
     const Value& ind = args[0];
     return description(
         self, "select zmBlobSubstr(rdb$description,1,255) from rdb$indices where rdb$index_name = '" +
-                  upper(ind) + "' ");
+                  host::upper(ind) + "' ");
 }
 
 Value getfielddescription(Self& self, Args args) {
     const Value &tbl = args[0], &fldname = args[1];
     return description(
         self, "select zmBlobSubstr(rdb$description,1,255) from rdb$relation_fields where rdb$field_name = '" +
-                  upper(fldname) + "' and " + "rdb$relation_name = '" + upper(tbl) + "' ");
+                  host::upper(fldname) + "' and " + "rdb$relation_name = '" + host::upper(tbl) + "' ");
 }
 
 }  // namespace zmfb::catalog

@@ -20,27 +20,27 @@ constexpr std::string_view needed_udfs[] = {"ZMBLOBSUBSTR", "ZMTRIM", "ZMLOWER",
 }  // namespace
 
 Value table_question(const Value& tbl) {
-    return "select count(*) from rdb$relations where rdb$relation_name = '" + upper(tbl) + "' ";
+    return "select count(*) from rdb$relations where rdb$relation_name = '" + host::upper(tbl) + "' ";
 }
 
 Value field_question(const Value& tbl, const Value& fldname) {
-    return "SELECT COUNT(*) FROM RDB$RELATION_FIELDS WHERE RDB$FIELD_NAME = '" + upper(fldname) + "' AND " +
-           "RDB$RELATION_NAME = '" + upper(tbl) + "' ";
+    return "SELECT COUNT(*) FROM RDB$RELATION_FIELDS WHERE RDB$FIELD_NAME = '" + host::upper(fldname) +
+           "' AND " + "RDB$RELATION_NAME = '" + host::upper(tbl) + "' ";
 }
 
 Value index_question(const Value& ind) {
-    return "select count(*) from rdb$indices where rdb$index_name = '" + upper(ind) + "' ";
+    return "select count(*) from rdb$indices where rdb$index_name = '" + host::upper(ind) + "' ";
 }
 
 bool surely_absent(Self& self, const Value& question) {
     const Value result = call(self, "internalselect", question);
-    return has_row(result) && first_number(result).number() < 1;
+    return host::has_row(result) && first_number(result).number() < 1;
 }
 
 Value istable(Self& self, Args args) { return counts_some(self, table_question(args[0])); }
 
 Value isview(Self& self, Args args) {
-    const Value viewname = upper(args[0]);
+    const Value viewname = host::upper(args[0]);
     return counts_some(self,
                        "SELECT COUNT(*) FROM RDB$VIEW_RELATIONS WHERE RDB$VIEW_NAME = '" + viewname + "' ");
 }
@@ -51,19 +51,21 @@ Value isindex(Self& self, Args args) { return counts_some(self, index_question(a
 
 Value istrigger(Self& self, Args args) {
     return counts_some(
-        self, "select count(*) from rdb$triggers where rdb$trigger_name = '" + upper(args[0]) + "' ");
+        self, "select count(*) from rdb$triggers where rdb$trigger_name = '" + host::upper(args[0]) + "' ");
 }
 
 Value isindexoftable(Self& self, Args args) {
     const Value &tbl = args[0], &ind = args[1];
-    return counts_some(self, "select count(*) from rdb$indices where rdb$relation_name = '" + upper(tbl) +
-                                 "' and " + "rdb$index_name = '" + upper(ind) + "' ");
+    return counts_some(self, "select count(*) from rdb$indices where rdb$relation_name = '" +
+                                 host::upper(tbl) + "' and " + "rdb$index_name = '" + host::upper(ind) +
+                                 "' ");
 }
 
 Value istriggeroftable(Self& self, Args args) {
     const Value &tbl = args[0], &trig = args[1];
-    return counts_some(self, "select count(*) from rdb$triggers where rdb$relation_name = '" + upper(tbl) +
-                                 "' and " + "rdb$trigger_name = '" + upper(trig) + "' ");
+    return counts_some(self, "select count(*) from rdb$triggers where rdb$relation_name = '" +
+                                 host::upper(tbl) + "' and " + "rdb$trigger_name = '" + host::upper(trig) +
+                                 "' ");
 }
 
 Value isudf(Self& self, Args args) {
@@ -74,7 +76,7 @@ Value isudf(Self& self, Args args) {
 
 Value isallneededudfsinstalled(Self& self, Args) {
     for (const Value udfname : needed_udfs) {
-        if (!ask(self, "isudf", upper(udfname), udf_module)) return false;
+        if (!ask(self, "isudf", host::upper(udfname), udf_module)) return false;
     }
     return true;
 }

@@ -7,7 +7,7 @@
 namespace zmfb::catalog {
 namespace {
 
-/// A compiled pattern, freed at the end.
+// A compiled pattern, freed at the end.
 class Regex {
   public:
     explicit Regex(const std::string& pattern) {

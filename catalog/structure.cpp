@@ -8,7 +8,7 @@
 namespace zmfb::catalog {
 namespace {
 
-/// A row of getinternaltablestruct. The sub-type, the null flag and the position stand in it unused.
+// A row of getinternaltablestruct. The sub-type, the null flag and the position stand in it unused.
 enum CatalogColumn : std::size_t {
     field_name = 1,
     field_type = 2,
@@ -17,7 +17,7 @@ enum CatalogColumn : std::size_t {
     field_precision = 7,
 };
 
-/// The codes of Firebird's column types that the driver maps; every other one is "U".
+// The codes of Firebird's column types that the driver maps; every other one is "U".
 struct TypeMapping {
     std::string_view firebird;
     std::string_view xbase;
@@ -34,25 +34,25 @@ constexpr TypeMapping type_mappings[] = {
     {"37", "C"},  // VARCHAR
 };
 
-std::string_view xbase_type(const Value& firebird, const Value& sfielddesc) {
+std::string_view xbase_type(const Value& firebird, const Value& description) {
     for (const TypeMapping& mapping : type_mappings) {
-        if (!exactly_equal(firebird, mapping.firebird)) continue;
-        const bool is_logical = mapping.xbase == "C" && at("LOGICAL", sfielddesc).number() > 0;
+        if (!host::exactly_equal(firebird, mapping.firebird)) continue;
+        const bool is_logical = mapping.xbase == "C" && host::at("LOGICAL", description).number() > 0;
         return is_logical ? "L" : mapping.xbase;
     }
     return "U";
 }
 
-/// Between the last "(" and the last "," of "NUMERIC(len,dec)".
+// Between the last "(" and the last "," of "NUMERIC(len,dec)".
 constexpr std::string_view described_length = ".*\\((.*),.*";
 
 constexpr int length_without_precision = 15;
 
-Value numeric_length(Self& self, const Value& sfielddesc, const Value& sprecision) {
-    if (at("NUMERIC", sfielddesc).number() > 0)
-        return val(call(self, "execregex", sfielddesc, described_length));
-    if (exactly_equal(sprecision, "NULL")) return length_without_precision;
-    return val(sprecision);
+Value numeric_length(Self& self, const Value& description, const Value& precision) {
+    if (host::at("NUMERIC", description).number() > 0)
+        return host::val(call(self, "execregex", description, described_length));
+    if (host::exactly_equal(precision, "NULL")) return length_without_precision;
+    return host::val(precision);
 }
 
 }  // namespace
@@ -65,29 +65,30 @@ Value getinternaltablestruct(Self& self, Args args) {
              "fd.rdb$field_scale, rf.rdb$null_flag, fd.rdb$field_precision, rf.rdb$field_position from "
              "rdb$relation_fields rf, rdb$fields fd where fd.rdb$field_name = rf.rdb$field_source and "
              "rf.rdb$relation_name = '" +
-                 upper(tbl) + "' " + "order by rf.rdb$field_position"));
+                 host::upper(tbl) + "' " + "order by rf.rdb$field_position"));
 }
 
 Value gettablestruct(Self& self, Args args) {
     const Value& tbl = args[0];
-    Value astru = host::array_of();
-    const Value arealstru = call(self, "getinternaltablestruct", tbl);
-    for (const Value& row : arealstru.items()) {
-        const Value sfieldname = alltrim(upper(row[field_name]));
-        const Value sfielddesc = alltrim(call(self, "getfielddescription", tbl, sfieldname)[1]);
-        const Value sfieldtype = xbase_type(row[field_type], sfielddesc);
-        const Value ifieldlen = exactly_equal(sfieldtype, "N")
-                                    ? numeric_length(self, sfielddesc, row[field_precision])
-                                    : val(row[field_length]);
-        const Value ifielddec = abs(val(row[field_scale]));
-        aadd(astru, host::array_of(sfieldname, sfieldtype, ifieldlen, ifielddec));
+    Value structure = host::array_of();
+    const Value columns = call(self, "getinternaltablestruct", tbl);
+    for (const Value& row : columns.items()) {
+        const Value name = host::alltrim(host::upper(row[field_name]));
+        const Value description = host::alltrim(call(self, "getfielddescription", tbl, name)[1]);
+        const Value type = xbase_type(row[field_type], description);
+        const Value length = host::exactly_equal(type, "N")
+                                 ? numeric_length(self, description, row[field_precision])
+                                 : host::val(row[field_length]);
+        const Value decimals = host::abs(host::val(row[field_scale]));
+        host::aadd(structure, host::array_of(name, type, length, decimals));
     }
-    return astru;
+    return structure;
 }
 
 Value iszmrddtable(Self& self, Args args) {
     const Value& tbl = args[0];
-    return exactly_equal(alltrim(call(self, "gettabledescription", tbl)[1]), "Created by ZMRDDFIRE");
+    return host::exactly_equal(host::alltrim(call(self, "gettabledescription", tbl)[1]),
+                               "Created by ZMRDDFIRE");
 }
 
 }  // namespace zmfb::catalog
