@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t host_name_buffer = 50;
 constexpr std::size_t address_buffer = 30;
 
-/// The host entry of this machine; nullptr when its name is too long for the buffer or does not resolve.
+// The host entry of this machine; nullptr when its name is too long for the buffer or does not resolve.
 const hostent* own_host_entry() {
     std::array<char, host_name_buffer> name{};
     if (::gethostname(name.data(), name.size()) != 0) return nullptr;
@@ -44,10 +44,10 @@ Value getipaddress(Self&, Args) {
 
 Value getuniqueareaid(Self& self, Args args) {
     const Value &tbl = args[0], &area = args[1];
-    const Value sid = tbl + ":" + area + ":" + host::alltrim(host::str(call(self, "getpid"))) + ":" +
-                      host::alltrim(call(self, "gethostname"));
-    call(self, "writelog", "[AREAID] AreaID requested: " + sid, 8);
-    return host::left(sid, area_id_width);
+    const Value identity = tbl + ":" + area + ":" + host::alltrim(host::str(call(self, "getpid"))) + ":" +
+                           host::alltrim(call(self, "gethostname"));
+    call(self, "writelog", "[AREAID] AreaID requested: " + identity, 8);
+    return host::left(identity, area_id_width);
 }
 
 }  // namespace zmfb::locks

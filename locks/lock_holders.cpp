@@ -6,23 +6,22 @@
 namespace zmfb::locks {
 namespace {
 
-/// The id in the first data row without the blanks that its CHAR column adds; "" without a row.
-Value holder_in(const Value& result) { return has_row(result) ? host::trim(data_rows(result)[0][1]) : ""; }
+// The id in the first data row without the blanks that its CHAR column adds; "" without a row.
+Value holder_in(const Value& result) {
+    return host::has_row(result) ? host::trim(host::data_rows(result)[0][1]) : "";
+}
 
-/// Held, and by an area other than `area`. The comparison follows SET EXACT.
+// Held, and by an area other than `area`. The comparison follows SET EXACT.
 bool held_by_another(const Value& holder, const Value& area) {
     return !host::empty(holder) && host::unequal(holder, area);
 }
 
-constexpr std::string_view holder_of_record =
-    "SELECT @@RCK_COL_AREAID FROM @@TABLE_OF_RLOCKS WHERE @@RCK_COL_TABLENAME = '@@TABLENAME' AND "
-    "@@RCK_COL_TABLERECNO = @@RECNO";
-constexpr std::string_view holder_of_table =
-    "SELECT @@FCK_COL_AREAID FROM @@TABLE_OF_FLOCKS WHERE @@FCK_COL_TABLENAME = '@@TABLENAME' ";
-
 }  // namespace
 
 Value getrlockareaid(Self& self, Args args) {
+    constexpr std::string_view holder_of_record =
+        "SELECT @@RCK_COL_AREAID FROM @@TABLE_OF_RLOCKS WHERE @@RCK_COL_TABLENAME = '@@TABLENAME' AND "
+        "@@RCK_COL_TABLERECNO = @@RECNO";
     const Value &tbl = args[0], &number = args[1];
     return holder_in(select(self, holder_of_record,
                             {table_of_rlocks, rck_col_tablename, rck_col_tablerecno, rck_col_areaid,
@@ -30,6 +29,8 @@ Value getrlockareaid(Self& self, Args args) {
 }
 
 Value getflockareaid(Self& self, Args args) {
+    constexpr std::string_view holder_of_table =
+        "SELECT @@FCK_COL_AREAID FROM @@TABLE_OF_FLOCKS WHERE @@FCK_COL_TABLENAME = '@@TABLENAME' ";
     return holder_in(select(self, holder_of_table,
                             {table_of_flocks, fck_col_tablename, fck_col_areaid, tablename(args[0])}));
 }
@@ -61,25 +62,24 @@ Value existsanotheruserflock(Self& self, Args args) {
 
 namespace {
 
-constexpr std::string_view record_locks_of_area =
-    "SELECT COUNT(*) FROM @@TABLE_OF_RLOCKS WHERE @@RCK_COL_TABLENAME = '@@TABLENAME' AND "
-    "@@RCK_COL_AREAID = '@@AREAID' ";
-constexpr std::string_view record_locks_of_others =
-    "SELECT COUNT(*) FROM @@TABLE_OF_RLOCKS WHERE @@RCK_COL_TABLENAME = '@@TABLENAME' AND "
-    "@@RCK_COL_AREAID <> '' AND @@RCK_COL_AREAID <> '@@AREAID' ";
-
-bool counts_record_locks(Self& self, std::string_view sstmt, const Value& tbl, const Value& area) {
+bool counts_record_locks(Self& self, std::string_view statement, const Value& tbl, const Value& area) {
     return counts_some(select(
-        self, sstmt, {table_of_rlocks, rck_col_tablename, rck_col_areaid, tablename(tbl), areaid(area)}));
+        self, statement, {table_of_rlocks, rck_col_tablename, rck_col_areaid, tablename(tbl), areaid(area)}));
 }
 
 }  // namespace
 
 Value existsuserrlocks(Self& self, Args args) {
+    constexpr std::string_view record_locks_of_area =
+        "SELECT COUNT(*) FROM @@TABLE_OF_RLOCKS WHERE @@RCK_COL_TABLENAME = '@@TABLENAME' AND "
+        "@@RCK_COL_AREAID = '@@AREAID' ";
     return counts_record_locks(self, record_locks_of_area, args[0], args[1]);
 }
 
 Value existsanotheruserrlocks(Self& self, Args args) {
+    constexpr std::string_view record_locks_of_others =
+        "SELECT COUNT(*) FROM @@TABLE_OF_RLOCKS WHERE @@RCK_COL_TABLENAME = '@@TABLENAME' AND "
+        "@@RCK_COL_AREAID <> '' AND @@RCK_COL_AREAID <> '@@AREAID' ";
     return counts_record_locks(self, record_locks_of_others, args[0], args[1]);
 }
 

@@ -6,18 +6,10 @@
 namespace zmfb::locks {
 namespace {
 
-constexpr std::string_view opn_index =
-    "CREATE UNIQUE INDEX I_@@TABLE_OF_OPN ON @@TABLE_OF_OPN (@@OPN_COL_TABLENAME, @@OPN_COL_AREAID)";
-constexpr std::string_view flocks_index =
-    "CREATE UNIQUE INDEX I_@@TABLE_OF_FLOCKS ON @@TABLE_OF_FLOCKS (@@FCK_COL_TABLENAME)";
-constexpr std::string_view rlocks_index =
-    "CREATE UNIQUE INDEX I_@@TABLE_OF_RLOCKS ON @@TABLE_OF_RLOCKS (@@RCK_COL_TABLENAME, "
-    "@@RCK_COL_TABLERECNO)";
-
 Value character_field(std::string_view name, int length) { return host::array_of(name, "C", length, 0); }
 Value record_number_field(std::string_view name) { return host::array_of(name, "N", record_number_width, 0); }
 
-/// An existing table is never looked into; one whose index fails stays without it.
+// An existing table is never looked into; one whose index fails stays without it.
 bool create_when_absent(Self& self, const SystemName& table, const Value& structure, std::string_view index,
                         const Parameters& parameters) {
     if (ask(self, "istable", table.name)) return true;
@@ -28,6 +20,8 @@ bool create_when_absent(Self& self, const SystemName& table, const Value& struct
 }  // namespace
 
 Value createtableofopn(Self& self, Args) {
+    constexpr std::string_view opn_index =
+        "CREATE UNIQUE INDEX I_@@TABLE_OF_OPN ON @@TABLE_OF_OPN (@@OPN_COL_TABLENAME, @@OPN_COL_AREAID)";
     const Value structure =
         host::array_of(character_field(opn_col_tablename.name, table_name_width),
                        character_field(opn_col_areaid.name, area_id_width),
@@ -37,6 +31,8 @@ Value createtableofopn(Self& self, Args) {
 }
 
 Value createtableofflocks(Self& self, Args) {
+    constexpr std::string_view flocks_index =
+        "CREATE UNIQUE INDEX I_@@TABLE_OF_FLOCKS ON @@TABLE_OF_FLOCKS (@@FCK_COL_TABLENAME)";
     const Value structure = host::array_of(character_field(fck_col_tablename.name, table_name_width),
                                            character_field(fck_col_areaid.name, area_id_width));
     return create_when_absent(self, table_of_flocks, structure, flocks_index,
@@ -44,6 +40,9 @@ Value createtableofflocks(Self& self, Args) {
 }
 
 Value createtableofrlocks(Self& self, Args) {
+    constexpr std::string_view rlocks_index =
+        "CREATE UNIQUE INDEX I_@@TABLE_OF_RLOCKS ON @@TABLE_OF_RLOCKS (@@RCK_COL_TABLENAME, "
+        "@@RCK_COL_TABLERECNO)";
     const Value structure = host::array_of(character_field(rck_col_tablename.name, table_name_width),
                                            record_number_field(rck_col_tablerecno.name),
                                            character_field(rck_col_areaid.name, area_id_width));
@@ -53,22 +52,22 @@ Value createtableofrlocks(Self& self, Args) {
 
 Value clearsystemtables(Self& self, Args) {
     if (!host::empty(var(self, Var::aaliases))) {
-        const Value smsg = "[ERROR] Impossible to clear System Tables with opened tables";
-        call(self, "writelog", smsg, 0);
-        conn::raiseerror(smsg);
+        const Value message = "[ERROR] Impossible to clear System Tables with opened tables";
+        call(self, "writelog", message, 0);
+        conn::raiseerror(message);
         return false;
     }
-    const bool bok = ask(self, "deleteallrecords", table_of_opn.name);
+    const bool cleared = ask(self, "deleteallrecords", table_of_opn.name);
     // The outcome of these two is not reported: the registrations alone decide.
     call(self, "deleteallrecords", table_of_flocks.name);
     call(self, "deleteallrecords", table_of_rlocks.name);
     call(self, "writelog",
-         bok ? "[WARN] System Tables were cleared. This is a DANGEROUS procedure. Make sure you were the "
-               "only person "
-               "using the system. Unexpected results could happen."
-             : "[ERROR] Failed clearing System Tables. Try again.",
+         cleared ? "[WARN] System Tables were cleared. This is a DANGEROUS procedure. Make sure you were the "
+                   "only person "
+                   "using the system. Unexpected results could happen."
+                 : "[ERROR] Failed clearing System Tables. Try again.",
          0);
-    return bok;
+    return cleared;
 }
 
 }  // namespace zmfb::locks
