@@ -7,87 +7,75 @@
 #include "schema/methods.h"
 
 namespace zmfb::schema {
-namespace {
 
 using host::operator""_l1;
 
-constexpr std::string_view add_column = "ALTER TABLE @@TABLENAME ADD @@FIELDDEF";
-
-}  // namespace
-
 Value addfield(Self& self, Args args) {
+    constexpr std::string_view add_column = "ALTER TABLE @@TABLENAME ADD @@FIELDDEF";
     const Value &tbl = args[0], &fldstru = args[1];
-    const Value sfieldname = fldstru[1], sfieldtype = fldstru[2];
-    const Value sfieldlen = alltrim(str(fldstru[3])), sfielddec = alltrim(str(fldstru[4]));
-    const auto column = column_of_type(sfieldtype);
+    const Value name = fldstru[1], type = fldstru[2];
+    const Value length = host::alltrim(host::str(fldstru[3])),
+                decimals = host::alltrim(host::str(fldstru[4]));
+    const auto column = column_of_type(type);
     if (!column) return false;
-    Parameters aparam{{"@@TABLENAME", upper(tbl)}, {"@@FIELDDEF", column_template(*column)}};
-    add_size_parameters(aparam, *column, sfieldlen, sfielddec);
-    aparam.add("@@FIELDNAME", sfieldname);
-    const Value campo = sfieldname + " Tabela: " + tbl + ";FB Error: ";
-    if (!update_or_raise(self, add_column, aparam, "Erro ao adicionar Campo: " + campo)) return false;
+    Parameters parameters{{"@@TABLENAME", host::upper(tbl)}, {"@@FIELDDEF", column_template(*column)}};
+    add_size_parameters(parameters, *column, length, decimals);
+    parameters.add("@@FIELDNAME", name);
+    const Value field = name + " Tabela: " + tbl + ";FB Error: ";
+    if (!update_or_raise(self, add_column, parameters, "Erro ao adicionar Campo: " + field)) return false;
 
-    const Value descr = column_description(*column, sfieldlen, sfielddec);
+    const Value descr = column_description(*column, length, decimals);
     if (descr.is_nil()) return true;
-    const Value saux = call(self, "setfielddescription", tbl, sfieldname, descr);
-    if (empty(saux)) return true;
-    conn::raiseerror("Erro na descrição do Campo: "_l1 + campo + saux);
+    const Value failure = call(self, "setfielddescription", tbl, name, descr);
+    if (host::empty(failure)) return true;
+    conn::raiseerror("Erro na descrição do Campo: "_l1 + field + failure);
     return false;
 }
 
 Value addlimbofield(Self& self, Args args) {
     const Value &tbl = args[0], &tblstru = args[1], &fldpos = args[2];
     const Value field = tblstru[static_cast<std::size_t>(fldpos.integer())];
-    const Value afieldaux = aclone(field);
-    if (ask(self, "islimbofield", afieldaux[1])) return true;
-    afieldaux[1] = "RDDLMB_" + field[1];
-    if (ask(self, "isfieldinstru", afieldaux[1], tblstru)) return true;
-    return call(self, "addfield", tbl, afieldaux);
+    const Value auxiliary = host::aclone(field);
+    if (ask(self, "islimbofield", auxiliary[1])) return true;
+    auxiliary[1] = "RDDLMB_" + field[1];
+    if (ask(self, "isfieldinstru", auxiliary[1], tblstru)) return true;
+    return call(self, "addfield", tbl, auxiliary);
 }
 
-namespace {
-
-constexpr std::string_view rename_column = "ALTER TABLE @@TABLENAME ALTER @@OLDFIELDNAME TO @@NEWFIELDNAME";
-
-}  // namespace
-
 Value renamefield(Self& self, Args args) {
+    constexpr std::string_view rename_column =
+        "ALTER TABLE @@TABLENAME ALTER @@OLDFIELDNAME TO @@NEWFIELDNAME";
     const Value &tbl = args[0], &oldnm = args[1], &newnm = args[2];
-    const Parameters aparam{{"@@TABLENAME", alltrim(upper(tbl))},
-                            {"@@OLDFIELDNAME", alltrim(upper(oldnm))},
-                            {"@@NEWFIELDNAME", alltrim(upper(newnm))}};
-    return update_or_raise(self, rename_column, aparam,
+    const Parameters parameters{{"@@TABLENAME", host::alltrim(host::upper(tbl))},
+                                {"@@OLDFIELDNAME", host::alltrim(host::upper(oldnm))},
+                                {"@@NEWFIELDNAME", host::alltrim(host::upper(newnm))}};
+    return update_or_raise(self, rename_column, parameters,
                            "Erro ao renomear Campo: " + oldnm + " Tabela: " + tbl + ";FB Error: ");
 }
 
-namespace {
-
-constexpr std::string_view move_column = "ALTER TABLE @@TABLENAME ALTER @@FIELDNAME POSITION @@FIELDPOS";
-
-}  // namespace
-
 Value setfieldposition(Self& self, Args args) {
+    constexpr std::string_view move_column = "ALTER TABLE @@TABLENAME ALTER @@FIELDNAME POSITION @@FIELDPOS";
     const Value &tbl = args[0], &fstru = args[1], &pos = args[2];
-    const Value sfieldname = alltrim(upper(fstru[1]));
-    const Parameters aparam{
-        {"@@TABLENAME", alltrim(upper(tbl))}, {"@@FIELDNAME", sfieldname}, {"@@FIELDPOS", strzero(pos, 3)}};
-    return update_or_raise(self, move_column, aparam,
-                           "Erro ao reposicionar Campo: " + sfieldname + " Tabela: " + tbl + ";FB Error: ");
+    const Value name = host::alltrim(host::upper(fstru[1]));
+    const Parameters parameters{{"@@TABLENAME", host::alltrim(host::upper(tbl))},
+                                {"@@FIELDNAME", name},
+                                {"@@FIELDPOS", host::strzero(pos, 3)}};
+    return update_or_raise(self, move_column, parameters,
+                           "Erro ao reposicionar Campo: " + name + " Tabela: " + tbl + ";FB Error: ");
 }
 
 namespace {
 
-constexpr std::string_view copy_column = "UPDATE @@TABLENAME SET @@NEWFIELDNAME = @@OLDFIELDNAME";
-
-bool copy_to_auxiliary(Self& self, const Value& tbl, const Value& afieldaux, const Value& soldfldnam) {
-    const Parameters aparam{{"@@TABLENAME", alltrim(upper(tbl))},
-                            {"@@NEWFIELDNAME", afieldaux[1]},
-                            {"@@OLDFIELDNAME", soldfldnam}};
-    if (update_or_raise(self, copy_column, aparam,
-                        "Erro ao popular AuxCampo: " + afieldaux[1] + " Tabela: " + tbl + ";FB Error: ")) {
+bool copy_to_auxiliary(Self& self, const Value& tbl, const Value& auxiliary, const Value& old_name) {
+    constexpr std::string_view copy_column = "UPDATE @@TABLENAME SET @@NEWFIELDNAME = @@OLDFIELDNAME";
+    const Parameters parameters{{"@@TABLENAME", host::alltrim(host::upper(tbl))},
+                                {"@@NEWFIELDNAME", auxiliary[1]},
+                                {"@@OLDFIELDNAME", old_name}};
+    if (update_or_raise(self, copy_column, parameters,
+                        "Erro ao popular AuxCampo: " + auxiliary[1] + " Tabela: " + tbl + ";FB Error: ")) {
         return true;
     }
-    call(self, "dropfield", tbl, afieldaux);
+    call(self, "dropfield", tbl, auxiliary);
     return false;
 }
 
@@ -95,12 +83,12 @@ bool copy_to_auxiliary(Self& self, const Value& tbl, const Value& afieldaux, con
 
 Value alterfield(Self& self, Args args) {
     const Value &tbl = args[0], &fstru_r = args[1], &fstru_l = args[2];
-    const Value afieldaux = aclone(fstru_r);
-    afieldaux[1] = "RDDAUX_" + alltrim(upper(fstru_r[1]));
-    if (!ask(self, "addfield", tbl, afieldaux)) return false;
-    if (!copy_to_auxiliary(self, tbl, afieldaux, alltrim(upper(fstru_l[1])))) return false;
+    const Value auxiliary = host::aclone(fstru_r);
+    auxiliary[1] = "RDDAUX_" + host::alltrim(host::upper(fstru_r[1]));
+    if (!ask(self, "addfield", tbl, auxiliary)) return false;
+    if (!copy_to_auxiliary(self, tbl, auxiliary, host::alltrim(host::upper(fstru_l[1])))) return false;
     if (!ask(self, "dropfield", tbl, fstru_l)) return false;
-    return call(self, "renamefield", tbl, afieldaux[1], fstru_r[1]);
+    return call(self, "renamefield", tbl, auxiliary[1], fstru_r[1]);
 }
 
 }  // namespace zmfb::schema

@@ -19,9 +19,9 @@ constexpr std::string_view templates[] = {
     "@@AREAID VARCHAR(@@FIELDLEN) DEFAULT NULL",
 };
 
-void refuse(Self& self, const Value& stablename, const Field& field) {
+void refuse(Self& self, const Value& table, const Field& field) {
     call(self, "writelog",
-         "[ERROR] FieldType not supported on table creation. Table " + stablename + " Field: " + field.name +
+         "[ERROR] FieldType not supported on table creation. Table " + table + " Field: " + field.name +
              " Type " + field.type,
          0);
     conn::raiseerror("FieldType not supported; Field: " + field.name + " Type: " + field.type);
@@ -32,17 +32,17 @@ void refuse(Self& self, const Value& stablename, const Field& field) {
 std::string_view column_template(Column column) { return templates[static_cast<std::size_t>(column)]; }
 
 std::optional<Column> column_of_type(const Value& type) {
-    if (exactly_equal(type, "C")) return Column::character;
-    if (exactly_equal(type, "N")) return Column::numeric;
-    if (exactly_equal(type, "D")) return Column::date;
-    if (exactly_equal(type, "L")) return Column::logical;
+    if (host::exactly_equal(type, "C")) return Column::character;
+    if (host::exactly_equal(type, "N")) return Column::numeric;
+    if (host::exactly_equal(type, "D")) return Column::date;
+    if (host::exactly_equal(type, "L")) return Column::logical;
     return {};
 }
 
-void add_size_parameters(Parameters& aparam, Column column, const Value& len, const Value& dec) {
+void add_size_parameters(Parameters& parameters, Column column, const Value& len, const Value& dec) {
     const bool numeric = column == Column::numeric;
-    if (numeric || column == Column::character) aparam.add("@@FIELDLEN", len);
-    if (numeric) aparam.add("@@FIELDDEC", dec);
+    if (numeric || column == Column::character) parameters.add("@@FIELDLEN", len);
+    if (numeric) parameters.add("@@FIELDDEC", dec);
 }
 
 Value column_description(Column column, const Value& len, const Value& dec) {
@@ -57,27 +57,27 @@ Value column_description(Column column, const Value& len, const Value& dec) {
 }
 
 Field field_of(const Value& descriptor) {
-    return {.name = alltrim(upper(descriptor[1])),
-            .type = left(alltrim(upper(descriptor[2])), 1),
-            .len = alltrim(str(descriptor[3])),
-            .dec = alltrim(str(descriptor[4]))};
+    return {.name = host::alltrim(host::upper(descriptor[1])),
+            .type = host::left(host::alltrim(host::upper(descriptor[2])), 1),
+            .len = host::alltrim(host::str(descriptor[3])),
+            .dec = host::alltrim(host::str(descriptor[4]))};
 }
 
-bool add_columns(Self& self, Parameters& aparam, const Value& stablename, const Value& structure) {
-    bool bok = true;
+bool add_columns(Self& self, Parameters& parameters, const Value& table, const Value& structure) {
+    bool all_fit = true;
     for (const Value& descriptor : structure.items()) {
         const Field field = field_of(descriptor);
         const auto column = column_of_type(field.type);
         if (!column) {
-            refuse(self, stablename, field);
-            bok = false;
+            refuse(self, table, field);
+            all_fit = false;
             continue;
         }
-        aparam.add("@@FIELDS", column_template(*column) + Value(",@@FIELDS"));
-        aparam.add("@@FIELDNAME", field.name);
-        add_size_parameters(aparam, *column, field.len, field.dec);
+        parameters.add("@@FIELDS", column_template(*column) + Value(",@@FIELDS"));
+        parameters.add("@@FIELDNAME", field.name);
+        add_size_parameters(parameters, *column, field.len, field.dec);
     }
-    return bok;
+    return all_fit;
 }
 
 }  // namespace zmfb::schema

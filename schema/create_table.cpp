@@ -11,13 +11,13 @@ namespace {
 
 using host::operator""_l1;
 
-/// The name as it was passed, and as the table gets it.
+// The name as it was passed, and as the table gets it.
 struct TableName {
     Value passed;
     Value stored;
 };
 
-/// Whether there is something to create. A table that exists is raised; nothing given is no error.
+// Whether there is something to create. A table that exists is raised; nothing given is no error.
 enum class Start { create, nothing, refused };
 
 Start start(Self& self, const Value& tblname, const Value& structure, const Value& exists_message) {
@@ -25,47 +25,47 @@ Start start(Self& self, const Value& tblname, const Value& structure, const Valu
         conn::raiseerror(exists_message + tblname);
         return Start::refused;
     }
-    const bool given = !empty(tblname) && structure.is(host::Kind::array) && !empty(structure);
+    const bool given = !host::empty(tblname) && structure.is(host::Kind::array) && !host::empty(structure);
     return given ? Start::create : Start::nothing;
 }
 
 constexpr std::string_view create_statement = "CREATE TABLE @@TABLENAME( @@FIELDS, PRIMARY KEY(@@RECNO) )";
 
 bool create_relation(Self& self, const TableName& table, const Value& structure) {
-    Parameters aparam{{"@@TABLENAME", table.stored}};
-    if (!add_columns(self, aparam, table.stored, structure)) return false;
-    aparam.add("@@FIELDS", column_template(Column::area_identity) + Value(",@@FIELDS"));
-    aparam.add("@@FIELDS", column_template(Column::record_number));
-    aparam.add("@@RECNO", "RECNO");
-    aparam.add("@@AREAID", "RDD_AREAID");
-    aparam.add("@@FIELDLEN", "50");
-    return update_or_raise(self, create_statement, aparam, "Error on creating Table; FB Error: ");
+    Parameters parameters{{"@@TABLENAME", table.stored}};
+    if (!add_columns(self, parameters, table.stored, structure)) return false;
+    parameters.add("@@FIELDS", column_template(Column::area_identity) + Value(",@@FIELDS"));
+    parameters.add("@@FIELDS", column_template(Column::record_number));
+    parameters.add("@@RECNO", "RECNO");
+    parameters.add("@@AREAID", "RDD_AREAID");
+    parameters.add("@@FIELDLEN", "50");
+    return update_or_raise(self, create_statement, parameters, "Error on creating Table; FB Error: ");
 }
 
 constexpr std::string_view driver_description = "Created by ZMRDDFIRE";
 
 bool describe_table(Self& self, const TableName& table) {
-    const Value saux = call(self, "settabledescription", table.passed, driver_description);
-    if (empty(saux)) return true;
+    const Value failure = call(self, "settabledescription", table.passed, driver_description);
+    if (host::empty(failure)) return true;
     conn::raiseerror("Erro na descrição da tabela; Tabela: "_l1 + table.passed);
     return false;
 }
 
 bool describe_fields(Self& self, const TableName& table, const Value& structure) {
-    bool bok = true;
+    bool done = true;
     // Not cleared from field to field: behind a failed description the error is raised for the fields without
     // one too.
-    Value saux = "";
+    Value failure = "";
     for (const Value& descriptor : structure.items()) {
         const Field field = field_of(descriptor);
         const auto column = column_of_type(field.type);
         const Value descr = column ? column_description(*column, field.len, field.dec) : Value();
-        if (!descr.is_nil()) saux = call(self, "setfielddescription", table.stored, field.name, descr);
-        if (empty(saux)) continue;
-        bok = false;
+        if (!descr.is_nil()) failure = call(self, "setfielddescription", table.stored, field.name, descr);
+        if (host::empty(failure)) continue;
+        done = false;
         conn::raiseerror("Erro na descrição do campo; Tabela: "_l1 + table.passed + " Campo: " + field.name);
     }
-    return bok;
+    return done;
 }
 
 constexpr std::string_view recno_index =
@@ -73,8 +73,8 @@ constexpr std::string_view recno_index =
 constexpr std::string_view insert_generator = "CREATE GENERATOR G_@@TABLENAME_I";
 constexpr std::string_view delete_generator = "CREATE GENERATOR G_@@TABLENAME_D";
 
-bool create_part(Self& self, const TableName& table, std::string_view sstmt, std::string_view message) {
-    return update_or_raise(self, sstmt, {{"@@TABLENAME", table.stored}}, message);
+bool create_part(Self& self, const TableName& table, std::string_view statement, std::string_view message) {
+    return update_or_raise(self, statement, {{"@@TABLENAME", table.stored}}, message);
 }
 
 constexpr std::string_view insert_trigger =
@@ -90,11 +90,12 @@ constexpr std::string_view insert_trigger =
     "NEW.@@AREAID = NULL;     END   END END ";
 
 bool create_insert_trigger(Self& self, const TableName& table) {
-    const Parameters aparam{{"@@TRIGGERNAME", table.stored + "_RECNO"},
-                            {"@@TABLENAME", table.stored},
-                            {"@@RECNO", "RECNO"},
-                            {"@@AREAID", "RDD_AREAID"}};
-    return update_or_raise(self, insert_trigger, aparam, "Erro na criação da trigger Recno; FB Error: "_l1);
+    const Parameters parameters{{"@@TRIGGERNAME", table.stored + "_RECNO"},
+                                {"@@TABLENAME", table.stored},
+                                {"@@RECNO", "RECNO"},
+                                {"@@AREAID", "RDD_AREAID"}};
+    return update_or_raise(self, insert_trigger, parameters,
+                           "Erro na criação da trigger Recno; FB Error: "_l1);
 }
 
 constexpr std::string_view delete_trigger =
@@ -102,8 +103,9 @@ constexpr std::string_view delete_trigger =
     "DECLARE VARIABLE IAUX INTEGER;BEGIN   IAUX = GEN_ID( G_@@TABLENAME_D, 1 ); END ";
 
 bool create_delete_trigger(Self& self, const TableName& table) {
-    const Parameters aparam{{"@@TRIGGERNAME", table.stored + "_DELETES"}, {"@@TABLENAME", table.stored}};
-    return update_or_raise(self, delete_trigger, aparam, "Erro na criação da trigger Deletes; FB Error: "_l1);
+    const Parameters parameters{{"@@TRIGGERNAME", table.stored + "_DELETES"}, {"@@TABLENAME", table.stored}};
+    return update_or_raise(self, delete_trigger, parameters,
+                           "Erro na criação da trigger Deletes; FB Error: "_l1);
 }
 
 }  // namespace
@@ -112,7 +114,7 @@ Value createtable(Self& self, Args args) {
     const Value &tblname = args[0], &structure = args[1];
     const Start begin = start(self, tblname, structure, "Table already exists!; Tbl: ");
     if (begin != Start::create) return begin == Start::nothing;
-    const TableName table{.passed = tblname, .stored = alltrim(upper(tblname))};
+    const TableName table{.passed = tblname, .stored = host::alltrim(host::upper(tblname))};
     return create_relation(self, table, structure) && describe_table(self, table) &&
            describe_fields(self, table, structure) &&
            create_part(self, table, recno_index, "Erro na criação do índice recno; FB Error: "_l1) &&
@@ -121,22 +123,18 @@ Value createtable(Self& self, Args args) {
            create_insert_trigger(self, table) && create_delete_trigger(self, table);
 }
 
-namespace {
-
-constexpr std::string_view external_statement =
-    "CREATE TABLE @@TABLENAME EXTERNAL FILE '@@DATFILE' ( @@FIELDS )";
-
-}  // namespace
-
 Value createtableexternal(Self& self, Args args) {
+    constexpr std::string_view external_statement =
+        "CREATE TABLE @@TABLENAME EXTERNAL FILE '@@DATFILE' ( @@FIELDS )";
     const Value &tblname = args[0], &structure = args[1], &datfile = args[2];
     const Start begin = start(self, tblname, structure, "A tabela já existe; Tabela: "_l1);
     if (begin != Start::create) return begin == Start::nothing;
-    const Value stablename = alltrim(upper(tblname));
-    Parameters aparam{{"@@TABLENAME", stablename}, {"@@DATFILE", datfile}};
-    if (!add_columns(self, aparam, stablename, structure)) return false;
-    aparam.add(",@@FIELDS", "");
-    return update_or_raise(self, external_statement, aparam, "Error on creating External Table; FB Error: ");
+    const Value stored = host::alltrim(host::upper(tblname));
+    Parameters parameters{{"@@TABLENAME", stored}, {"@@DATFILE", datfile}};
+    if (!add_columns(self, parameters, stored, structure)) return false;
+    parameters.add(",@@FIELDS", "");
+    return update_or_raise(self, external_statement, parameters,
+                           "Error on creating External Table; FB Error: ");
 }
 
 }  // namespace zmfb::schema
@@ -147,9 +145,9 @@ using schema::Column;
 
 namespace {
 
-std::string filled(std::string_view sstmt, std::initializer_list<Parameter> parameters) {
-    Value text(sstmt);
-    for (const Parameter& one : parameters) text = strtran(text, one.placeholder, one.value);
+std::string filled(std::string_view statement, std::initializer_list<Parameter> parameters) {
+    Value text(statement);
+    for (const Parameter& one : parameters) text = host::strtran(text, one.placeholder, one.value);
     return text.string();
 }
 

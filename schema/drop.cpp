@@ -7,18 +7,18 @@ namespace {
 
 using host::operator""_l1;
 
-/// How one kind of object is dropped.
+// How one kind of object is dropped.
 struct Drop {
-    std::string_view sstmt;
+    std::string_view statement;
     std::string_view placeholder;
     std::string_view message;
 };
 
 Value drop(Self& self, const Drop& kind, const Value& name) {
-    if (empty(name)) return false;
-    const Value sname = alltrim(upper(name));
-    return update_or_raise(self, kind.sstmt, {{kind.placeholder, sname}},
-                           kind.message + sname + "; FB Error: ");
+    if (host::empty(name)) return false;
+    const Value stored = host::alltrim(host::upper(name));
+    return update_or_raise(self, kind.statement, {{kind.placeholder, stored}},
+                           kind.message + stored + "; FB Error: ");
 }
 
 constexpr Drop generator = {"DROP GENERATOR @@GENNAME", "@@GENNAME",

@@ -4,29 +4,21 @@
 #include "schema/methods.h"
 
 namespace zmfb::schema {
-namespace {
-
-constexpr std::string_view view_statement = "CREATE VIEW @@VIEWNAME (@@FIELDS) AS @@SELECT_EXPR";
-
-}  // namespace
 
 Value createview(Self& self, Args args) {
+    constexpr std::string_view view_statement = "CREATE VIEW @@VIEWNAME (@@FIELDS) AS @@SELECT_EXPR";
     const Value &vwname = args[0], &fldsalias = args[1], &stmt = args[2];
-    const Parameters aparam{
-        {"@@VIEWNAME", alltrim(upper(vwname))}, {"@@FIELDS", fldsalias}, {"@@SELECT_EXPR", stmt}};
-    return update_or_raise(self, view_statement, aparam, "Error on creating VIEW; FB Error: ");
+    const Parameters parameters{
+        {"@@VIEWNAME", host::alltrim(host::upper(vwname))}, {"@@FIELDS", fldsalias}, {"@@SELECT_EXPR", stmt}};
+    return update_or_raise(self, view_statement, parameters, "Error on creating VIEW; FB Error: ");
 }
 
-namespace {
-
-constexpr std::string_view grant_statement = "GRANT @@PRIVILEGES ON @@TABLENAME TO @@USER";
-
-}  // namespace
-
 Value grantaccess(Self& self, Args args) {
+    constexpr std::string_view grant_statement = "GRANT @@PRIVILEGES ON @@TABLENAME TO @@USER";
     const Value &priv = args[0], &tbl = args[1], &user = args[2];
-    const Parameters aparam{{"@@PRIVILEGES", priv}, {"@@TABLENAME", alltrim(upper(tbl))}, {"@@USER", user}};
-    if (update(self, grant_statement, aparam)) return true;
+    const Parameters parameters{
+        {"@@PRIVILEGES", priv}, {"@@TABLENAME", host::alltrim(host::upper(tbl))}, {"@@USER", user}};
+    if (update(self, grant_statement, parameters)) return true;
     conn::raiseerror("Error granting Privileges To:" + user + " Target: " + tbl);
     return false;
 }
