@@ -22,15 +22,10 @@ namespace zmfb::transfer {
 namespace {
 
 using conn::raiseerror;
-using host::array_of;
-using host::empty;
 using host::operator""_l1;
 
-constexpr std::string_view null_dates_trigger =
-    "CREATE TRIGGER T_@@TRIGGERNAME FOR @@TABLENAME ACTIVE BEFORE INSERT POSITION 0 AS BEGIN   @@IFS END ";
 constexpr std::string_view null_date =
     "IF ( NEW.@@DATEFIELD = '0001-01-01' ) THEN   NEW.@@DATEFIELD = NULL;  @@IFS";
-constexpr std::string_view copy_rows = "INSERT INTO @@TABLENAME SELECT @@COLUMNS FROM @@EXTTABLE";
 
 // One import on its way. Each step answers whether the next one may run; one that says no has reported why.
 //
@@ -118,10 +113,10 @@ bool Import::read_fields() {
 }
 
 void Import::make_structure() {
-    structure = array_of();
+    structure = host::array_of();
     for (const dbf::Field& field : fields) {
-        structure.push(array_of(call(self, "removezerobytes", host::upper(field.name)),
-                                std::string_view(&field.type, 1), field.length, field.decimals));
+        structure.push(host::array_of(call(self, "removezerobytes", host::upper(field.name)),
+                                      std::string_view(&field.type, 1), field.length, field.decimals));
     }
     table = host::upper(call(self, "removefilenameext", call(self, "getfilename", dbfname)));
 }
@@ -157,9 +152,9 @@ bool Import::write_data() {
 }
 
 bool Import::make_external() {
-    const Value columns = array_of();
+    const Value columns = host::array_of();
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        columns.push(array_of(structure[i + 1][1], "C", dat_width(fields[i]), 0));
+        columns.push(host::array_of(structure[i + 1][1], "C", dat_width(fields[i]), 0));
     }
     return make_external_table(self, external_table(), columns, data_file);
 }
@@ -170,30 +165,34 @@ bool Import::has_dates() const {
 }
 
 bool Import::make_null_dates_trigger() {
+    constexpr std::string_view null_dates_trigger =
+        "CREATE TRIGGER T_@@TRIGGERNAME FOR @@TABLENAME ACTIVE BEFORE INSERT POSITION 0 AS BEGIN   @@IFS "
+        "END ";
     if (!has_dates()) return true;
-    Parameters aparam{{"@@TRIGGERNAME", null_dates_name()}, {"@@TABLENAME", table}};
+    Parameters parameters{{"@@TRIGGERNAME", null_dates_name()}, {"@@TABLENAME", table}};
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (fields[i].type != 'D') continue;
-        aparam.add("@@IFS", null_date);
-        aparam.add("@@DATEFIELD", structure[i + 1][1]);
+        parameters.add("@@IFS", null_date);
+        parameters.add("@@DATEFIELD", structure[i + 1][1]);
     }
-    aparam.add("@@IFS", "");
-    return update(self, null_dates_trigger, aparam);
+    parameters.add("@@IFS", "");
+    return update(self, null_dates_trigger, parameters);
 }
 
 bool Import::copy() {
-    Parameters aparam{{"@@TABLENAME", table}, {"@@EXTTABLE", external_table()}};
-    for (const Value& field : structure.items()) aparam.add("@@COLUMNS", field[1] + ",@@COLUMNS");
+    constexpr std::string_view copy_rows = "INSERT INTO @@TABLENAME SELECT @@COLUMNS FROM @@EXTTABLE";
+    Parameters parameters{{"@@TABLENAME", table}, {"@@EXTTABLE", external_table()}};
+    for (const Value& field : structure.items()) parameters.add("@@COLUMNS", field[1] + ",@@COLUMNS");
     // The two driver columns behind the user's: the area's, and the record number that the table's own
     // trigger sets.
-    aparam.add("@@COLUMNS", "null,@@COLUMNS");
-    aparam.add("@@COLUMNS", "0");
+    parameters.add("@@COLUMNS", "null,@@COLUMNS");
+    parameters.add("@@COLUMNS", "0");
     // Counted before the copy, so that nothing of another file comes in, and after it, in case another
     // program has made the file its own between.
     const bool copied =
         holds_rows(self, "counttablerecords", external_table(), records, data_file) &&
         update_or_raise(
-            self, copy_rows, aparam,
+            self, copy_rows, parameters,
             "Erro durante a transferência dos dados da tabela externa para tabela oficial; FB Error: "_l1) &&
         holds_rows(self, "gettablereccount", table, records, data_file);
     if (has_dates()) call(self, "droptrigger", "T_" + null_dates_name());
@@ -206,7 +205,7 @@ bool Import::copy() {
 
 Value bringdbf(Self& self, Args args) {
     const Value& dbfname = args[0];
-    if (empty(dbfname)) return false;
+    if (host::empty(dbfname)) return false;
     Import import{.self = self, .dbfname = dbfname};
     if (!import.open() || !import.read_header() || !import.read_fields()) return false;
     import.make_structure();

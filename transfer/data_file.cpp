@@ -18,11 +18,6 @@ namespace {
 
 using host::operator""_l1;
 
-constexpr std::string_view wide_character_set =
-    "SELECT C.RDB$CHARACTER_SET_NAME, C.RDB$BYTES_PER_CHARACTER FROM RDB$DATABASE D JOIN "
-    "RDB$CHARACTER_SETS C ON C.RDB$CHARACTER_SET_NAME = D.RDB$CHARACTER_SET_NAME WHERE "
-    "C.RDB$BYTES_PER_CHARACTER > 1";
-
 // Large enough to make calls of the system rare, small enough to stay in the processor's cache.
 constexpr std::size_t block_size = std::size_t{256} * 1024;
 
@@ -39,10 +34,14 @@ std::size_t complete(std::span<char> block, std::size_t size, std::size_t record
 }  // namespace
 
 bool has_single_bytes(Self& self) {
+    constexpr std::string_view wide_character_set =
+        "SELECT C.RDB$CHARACTER_SET_NAME, C.RDB$BYTES_PER_CHARACTER FROM RDB$DATABASE D JOIN "
+        "RDB$CHARACTER_SETS C ON C.RDB$CHARACTER_SET_NAME = D.RDB$CHARACTER_SET_NAME WHERE "
+        "C.RDB$BYTES_PER_CHARACTER > 1";
     const Value wide = call(self, "internalselect", wide_character_set);
-    if (!has_row(wide)) return true;
-    const Value& found = data_rows(wide)[0];
-    const Value name = alltrim(found[1]);
+    if (!host::has_row(wide)) return true;
+    const Value& found = host::data_rows(wide)[0];
+    const Value name = host::alltrim(found[1]);
     call(self, "writelog", "[ERROR] Default character set of more than one byte: " + name,
          transfer_log_level);
     conn::raiseerror("Default character set " + name + " takes up to " + found[2] +
@@ -52,7 +51,7 @@ bool has_single_bytes(Self& self) {
 
 Value data_file_path(Self& self) {
     const Value path = call(self, "getfullpathdatfile");
-    if (empty(path)) return path;
+    if (host::empty(path)) return path;
     std::error_code no_current_folder;
     const std::filesystem::path absolute = std::filesystem::absolute(path.text(), no_current_folder);
     return no_current_folder ? path : Value(absolute.native());
@@ -64,7 +63,7 @@ bool make_external_table(Self& self, const Value& name, const Value& structure, 
         return false;
     }
     // Within the literal of the statement a quote is two.
-    return ask(self, "createtableexternal", name, structure, strtran(path, "'", "''"));
+    return ask(self, "createtableexternal", name, structure, host::strtran(path, "'", "''"));
 }
 
 bool holds_rows(Self& self, MethodName<1> counter, const Value& name, std::int64_t records,

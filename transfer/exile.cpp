@@ -16,11 +16,8 @@ namespace zmfb::transfer {
 
 namespace {
 
-using host::array_of;
-using host::empty;
 using host::operator""_l1;
 
-constexpr std::string_view copy_rows = "INSERT INTO @@EXTTABLE SELECT @@COLUMNS FROM @@TABLENAME";
 constexpr std::string_view native_driver = "DBFIDX";
 constexpr std::string_view export_alias = "dbffile";
 constexpr int go_top_after_use = 87;
@@ -39,23 +36,24 @@ bool empty_data_file(const Value& data_file) {
 }
 
 Value external_columns(const Value& structure) {
-    const Value columns = array_of();
-    for (const Value& field : structure.items()) columns.push(array_of(field[1], "C", field[3], 0));
-    columns.push(array_of("NEWLINE", "C", 1, 0));
+    const Value columns = host::array_of();
+    for (const Value& field : structure.items()) columns.push(host::array_of(field[1], "C", field[3], 0));
+    columns.push(host::array_of("NEWLINE", "C", 1, 0));
     return columns;
 }
 
 bool copy_to_external_table(Self& self, const Value& tblname, const Value& ext_table,
                             const Value& structure) {
-    Parameters aparam{{"@@TABLENAME", tblname}, {"@@EXTTABLE", ext_table}};
+    constexpr std::string_view copy_rows = "INSERT INTO @@EXTTABLE SELECT @@COLUMNS FROM @@TABLENAME";
+    Parameters parameters{{"@@TABLENAME", tblname}, {"@@EXTTABLE", ext_table}};
     for (const Value& field : structure.items()) {
         const bool is_date = field[2].text() == "D";
         const Value column = is_date ? "SkipPad('{{D}}'||" + field[1] + ")" : field[1];
-        aparam.add("@@COLUMNS", column + ",@@COLUMNS");
+        parameters.add("@@COLUMNS", column + ",@@COLUMNS");
     }
-    aparam.add("@@COLUMNS", "'\n'");
+    parameters.add("@@COLUMNS", "'\n'");
     return update_or_raise(
-        self, copy_rows, aparam,
+        self, copy_rows, parameters,
         "Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: "_l1);
 }
 
@@ -64,7 +62,7 @@ std::optional<std::int64_t> append_data_file(const Value& tblname, const Value& 
     host::dbusearea(true, native_driver, tblname, export_alias, Value(), false);
     if (!host::used().logical()) return std::nullopt;
     host::dbsetindex();
-    if (!empty(host::set(go_top_after_use))) host::dbgotop();
+    if (!host::empty(host::set(go_top_after_use))) host::dbgotop();
     std::optional<std::int64_t> records;
     if (host::dbappsdf_exactly(data_file).logical() && host::table_of(export_alias)->commit())
         records = host::table_of(export_alias)->record_count();
@@ -104,7 +102,7 @@ Value exiletable(Self& self, Args args) {
     const Value ext_table = "EXT_" + tblname;
     const Value structure = call(self, "filterrddfields", call(self, "gettablestruct", tblname));
     const Value data_file = data_file_path(self);
-    const bool done = !empty(structure) && has_single_bytes(self) && create_dbf(tblname, structure) &&
+    const bool done = !host::empty(structure) && has_single_bytes(self) && create_dbf(tblname, structure) &&
                       empty_data_file(data_file) &&
                       make_external_table(self, ext_table, external_columns(structure), data_file) &&
                       copy(self, tblname, ext_table, structure, data_file);
