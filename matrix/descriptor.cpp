@@ -35,27 +35,28 @@ Value isfieldstructuredifferent(Self&, Args args) {
     if (!both_reach(args[0], args[1], args[2])) return true;
     const Value field1 = at_position(args[0], args[2]);
     const Value field2 = at_position(args[1], args[2]);
-    return !(exactly_equal(field1[1], field2[1]) && exactly_equal(field1[2], field2[2]) &&
-             exactly_equal(field1[3], field2[3]) && exactly_equal(field1[4], field2[4]));
+    return !(host::exactly_equal(field1[1], field2[1]) && host::exactly_equal(field1[2], field2[2]) &&
+             host::exactly_equal(field1[3], field2[3]) && host::exactly_equal(field1[4], field2[4]));
 }
 
 Value samefieldname(Self&, Args args) {
     if (!both_reach(args[0], args[1], args[2])) return false;
     const Value field1 = at_position(args[0], args[2]);
     const Value field2 = at_position(args[1], args[2]);
-    return exactly_equal(field1[1], field2[1]);
+    return host::exactly_equal(field1[1], field2[1]);
 }
 
-Value hasfieldnamechanged(Self&, Args args) { return !exactly_equal(args[0][1], args[1][1]); }
+Value hasfieldnamechanged(Self&, Args args) { return !host::exactly_equal(args[0][1], args[1][1]); }
 
 Value isfieldstructurechanged(Self&, Args args) {
     const Value& wanted = args[0];
-    const Value same_name =
-        Value::block([&wanted](Args element) { return Value(exactly_equal(element[0][1], wanted[1])); });
+    const Value same_name = Value::block(
+        [&wanted](Args element) { return Value(host::exactly_equal(element[0][1], wanted[1])); });
     const Value found = host::ascan(args[1], same_name);
     if (found.number() <= 0) return false;
     const Value field = at_position(args[1], found);
-    return unequal(field[2], wanted[2]) || unequal(field[3], wanted[3]) || unequal(field[4], wanted[4]);
+    return host::unequal(field[2], wanted[2]) || host::unequal(field[3], wanted[3]) ||
+           host::unequal(field[4], wanted[4]);
 }
 
 Value isfielddropped(Self&, Args args) { return host::exactly_equal(drop_field_words, args[0][1]); }

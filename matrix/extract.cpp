@@ -37,7 +37,7 @@ Value banner() {
 
 bool is_system_table(const Value& table) {
     for (const std::string_view name : system_tables) {
-        if (exactly_equal(table, name)) return true;
+        if (host::exactly_equal(table, name)) return true;
     }
     return false;
 }
@@ -46,7 +46,7 @@ void add_header(Self& self, const Value& table, const Value& lines) {
     const auto add = [&lines](Value line) { lines.push(host::array_of(std::move(line))); };
     add(opening_line);
     add(version_line);
-    add(Value("   Data: ") + dtoc(host::date()) + " " + host::time());
+    add(Value("   Data: ") + host::dtoc(host::date()) + " " + host::time());
     add(Value("     DB: ") + var(self, Var::sdbname));
     add(Value(" Tabela: ") + table);
     add(host::space(marker_indent) + change_here);
@@ -54,11 +54,12 @@ void add_header(Self& self, const Value& table, const Value& lines) {
 
 Value descriptor_text(std::size_t position, const Value& field) {
     return host::strzero(position, 3) + between_pieces + field[1] + between_pieces + field[2] +
-           between_pieces + alltrim(str(field[3])) + between_pieces + alltrim(str(field[4]));
+           between_pieces + host::alltrim(host::str(field[3])) + between_pieces +
+           host::alltrim(host::str(field[4]));
 }
 
 Value field_line(const Value& table, const Value& descriptor) {
-    const double padding = left_width - len(descriptor).number() - len(table).number();
+    const double padding = left_width - host::len(descriptor).number() - host::len(table).number();
     return Value(" ") + table + after_table + descriptor + host::space(padding) + arrow + " " + descriptor;
 }
 

@@ -9,7 +9,6 @@
 namespace zmfb::matrix {
 namespace {
 
-using host::Kind;
 using host::operator""_l1;
 
 constexpr std::string_view bad_record = "Os dados para esta tabela parecem corrompidos;Registro: ";
@@ -39,8 +38,8 @@ Value read_file(Self& self, const Value& name) {
 }
 
 // What an array of one element holds; NIL when `wrapper` is no array or holds another kind.
-Value unwrapped(const Value& wrapper, Kind kind) {
-    if (!wrapper.is(Kind::array) || wrapper.size() == 0) return {};
+Value unwrapped(const Value& wrapper, host::Kind kind) {
+    if (!wrapper.is(host::Kind::array) || wrapper.size() == 0) return {};
     const Value element = wrapper[1];
     return element.is(kind) ? element : Value();
 }
@@ -52,7 +51,7 @@ bool stop_damaged(Group& group, Value message) {
 }
 
 bool stop_at_record(Group& group, const Value& record) {
-    return stop_damaged(group, Value(bad_record) + (record.is(Kind::character) ? record : Value("")));
+    return stop_damaged(group, Value(bad_record) + (record.is(host::Kind::character) ? record : Value("")));
 }
 
 bool stop_at_field(Group& group, const Value& text) {
@@ -63,7 +62,8 @@ bool stop_at_field(Group& group, const Value& text) {
 Value field_of(Self& self, const Value& text) {
     const Value pieces = call(self, "toarray", text, between_pieces);
     if (!ask(self, "isvalidfielddescriptor", pieces)) return {};
-    return host::array_of(alltrim(upper(pieces[2])), upper(pieces[3]), val(pieces[4]), val(pieces[5]));
+    return host::array_of(host::alltrim(host::upper(pieces[2])), host::upper(pieces[3]), host::val(pieces[4]),
+                          host::val(pieces[5]));
 }
 
 bool read_left(Self& self, const Value& text, Group& group) {
@@ -96,10 +96,10 @@ bool read_line(Self& self, const Value& line, Group& group) {
     const Value& left = sides[1];
     if (!host::contained(after_table, left)) return stop_at_record(group, left);
     const Value parts = call(self, "toarray", left, after_table);
-    const Value table = alltrim(parts[1]);
+    const Value table = host::alltrim(parts[1]);
     if (host::empty(group.table)) {
         group.table = table;
-    } else if (!exactly_equal(table, group.table)) {
+    } else if (!host::exactly_equal(table, group.table)) {
         return stop_damaged(group, Value(bad_table) + group.table);
     }
     if (host::empty(group.table)) return stop_damaged(group, no_table);
@@ -109,19 +109,19 @@ bool read_line(Self& self, const Value& line, Group& group) {
 }  // namespace
 
 Value matrix_of(Self& self, const Value& source) {
-    if (source.is(Kind::character)) return read_file(self, source);
-    return source.is(Kind::array) ? source : Value::array_of_size(0);
+    if (source.is(host::Kind::character)) return read_file(self, source);
+    return source.is(host::Kind::array) ? source : Value::array_of_size(0);
 }
 
 Group read_group(Self& self, const Value& element) {
     Group group;
-    const Value lines = unwrapped(element, Kind::array);
+    const Value lines = unwrapped(element, host::Kind::array);
     if (lines.is_nil()) {
         stop_at_record(group, element);
         return group;
     }
     for (std::size_t i = 1; i <= lines.size(); ++i) {
-        const Value line = unwrapped(lines[i], Kind::character);
+        const Value line = unwrapped(lines[i], host::Kind::character);
         const bool go_on = line.is_nil() ? stop_at_record(group, lines[i]) : read_line(self, line, group);
         if (!go_on) break;
     }
