@@ -11,12 +11,10 @@
 
 namespace zmfb::conn {
 
-using namespace host;
-
 namespace {
 
 std::string_view given(const Value& argument) {
-    return argument.is(Kind::character) ? argument.text() : std::string_view{};
+    return argument.is(host::Kind::character) ? argument.text() : std::string_view{};
 }
 
 void attach_database(Self& self, const Value& db, const Value& user, const Value& pass, const Value& role) {
@@ -52,7 +50,7 @@ Value init(Self& self, Args args) {
     const Value& user = args[1];
     const Value& pass = args[2];
     const Value& role = args[3];
-    if (empty(db) && empty(user) && empty(pass) && empty(role)) {
+    if (host::empty(db) && host::empty(user) && host::empty(pass) && host::empty(role)) {
         call(self, "setrddactive", false);
         return {};
     }
@@ -71,7 +69,7 @@ Value disconnect(Self& self, Args) {
     const Value name = var(self, Var::sdbname);
     call(self, "closealltables");
     const Value handle = var(self, Var::dbhndl);
-    if (handle.is(Kind::numeric) && !empty(handle)) {
+    if (handle.is(host::Kind::numeric) && !host::empty(handle)) {
         // A detach that fails is passed over: nothing is left to be done with the handle.
         (void)sql::detach(handle.number());
         log_event(0, fmt::format("[EXIT] Disconnected from: {}", given(name)));
@@ -88,18 +86,18 @@ Value getdatabasename(Self& self, Args) { return var(self, Var::sdbname); }
 
 // A work area that closes calls removealias, which replaces aaliases: the loop runs over a copy.
 Value closealltables(Self& self, Args) {
-    const Value aliases = aclone(var(self, Var::aaliases));
+    const Value aliases = host::aclone(var(self, Var::aaliases));
     for (const Value& entry : aliases.items()) {
         const Value alias = entry[1];
-        if (!alias.is(Kind::character) || empty(alias)) continue;
+        if (!alias.is(host::Kind::character) || host::empty(alias)) continue;
         call(self, "writelog", "[FORCED] Trying close alias: " + alias, 5);
-        dbclosearea(alias);
+        host::dbclosearea(alias);
     }
     return {};
 }
 
 Value announcealias(Self& self, Args args) {
-    aadd(var(self, Var::aaliases), array_of(args[0]));
+    host::aadd(var(self, Var::aaliases), host::array_of(args[0]));
     return {};
 }
 
@@ -107,11 +105,11 @@ Value removealias(Self& self, Args args) {
     const Value als = args[0];
     const Value aliases = var(self, Var::aaliases);
     const Value is_it = Value::block([&als](Args x) { return x[0][1].same(als); });
-    const Value found = ascan(aliases, is_it);
-    if (!empty(found)) aliases[static_cast<std::size_t>(found.integer())][1] = Value();
+    const Value found = host::ascan(aliases, is_it);
+    if (!host::empty(found)) aliases[static_cast<std::size_t>(found.integer())][1] = Value();
     const Value kept = Value::array_of_size(0);
     for (const Value& entry : aliases.items()) {
-        if (!empty(entry[1])) aadd(kept, array_of(entry[1]));
+        if (!host::empty(entry[1])) host::aadd(kept, host::array_of(entry[1]));
     }
     var(self, Var::aaliases) = kept;
     return {};

@@ -8,8 +8,6 @@
 
 namespace zmfb::conn {
 
-using namespace host;
-
 Value nomethod(Self& self, Args args) {
     const Value& meth = args[0];
     call(self, "writelog", "[ERROR] Meth: " + meth + " does not exist inside zmFBConn", 0);
@@ -20,7 +18,7 @@ Value nomethod(Self& self, Args args) {
 Value evalmeth(Self& self, Args args) {
     constexpr std::size_t passed = 5;
     const Value& param = args[1];
-    const std::size_t count = !empty(param) && param.is(Kind::array) ? param.size() : 0;
+    const std::size_t count = !host::empty(param) && param.is(host::Kind::array) ? param.size() : 0;
     std::array<Value, passed> arguments;
     for (std::size_t k = 0; k < passed; ++k) arguments[k] = k < count ? param[k + 1] : Value("");
     return self.send(args[0].text(), Args(arguments));

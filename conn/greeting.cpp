@@ -6,8 +6,6 @@
 
 namespace zmfb::conn {
 
-using namespace host;
-
 namespace {
 
 constexpr int box_width = 43;
@@ -20,21 +18,21 @@ constexpr std::string_view please_wait = "Please wait...";
 
 static_assert(title.size() == box_width && blank_line.size() == box_width && driver_line.size() == box_width);
 
-Value version_line() { return padl("zmfbconn " + std::string(library_version()), box_width - 1) + " "; }
+Value version_line() { return host::padl("zmfbconn " + std::string(library_version()), box_width - 1) + " "; }
 
-/// Writes at a place counted up and left from the bottom right corner.
+// Writes at a place counted up and left from the bottom right corner.
 void write_from_corner(int up, int left, const Value& text, std::string_view colour) {
-    devpos(maxrow() - up, maxcol() - left);
-    devout(text, colour);
+    host::devpos(host::maxrow() - up, host::maxcol() - left);
+    host::devout(text, colour);
 }
 
 }  // namespace
 
-Value iscurseson(Self&, Args) { return standard_screen() != nullptr; }
+Value iscurseson(Self&, Args) { return host::standard_screen() != nullptr; }
 
 Value showgreetscr(Self& self, Args) {
     if (!ask(self, "iscurseson")) return {};
-    var(self, Var::oldscreen) = savescreen(0, 0, maxrow(), maxcol());
+    var(self, Var::oldscreen) = host::savescreen(0, 0, host::maxrow(), host::maxcol());
     write_from_corner(4, 50, title, "BG/N");
     write_from_corner(3, 50, blank_line, "BG/B");
     write_from_corner(2, 50, driver_line, "BG/B");
@@ -45,7 +43,7 @@ Value showgreetscr(Self& self, Args) {
 
 Value hidegreetscr(Self& self, Args) {
     if (!ask(self, "iscurseson")) return {};
-    restscreen(0, 0, maxrow(), maxcol(), var(self, Var::oldscreen));
+    host::restscreen(0, 0, host::maxrow(), host::maxcol(), var(self, Var::oldscreen));
     return {};
 }
 

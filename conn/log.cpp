@@ -14,8 +14,6 @@
 namespace zmfb::conn {
 namespace {
 
-using host::Kind;
-
 int current_level = 0;
 
 // Every log text passes through this one buffer; its last byte ends the text.
@@ -63,7 +61,7 @@ void write_entry(int level) {
 }
 
 std::string_view text_or_empty(const Value& value) {
-    return value.is(Kind::character) ? value.text() : std::string_view{};
+    return value.is(host::Kind::character) ? value.text() : std::string_view{};
 }
 
 }  // namespace
@@ -84,7 +82,7 @@ std::string sqlcode_text(int sqlcode, std::string_view message) {
 }
 
 int integer_or_zero(const Value& value) {
-    if (!value.is(Kind::numeric)) return 0;
+    if (!value.is(host::Kind::numeric)) return 0;
     using Limits = std::numeric_limits<int>;
     return static_cast<int>(std::clamp<std::int64_t>(value.integer(), Limits::min(), Limits::max()));
 }

@@ -7,8 +7,6 @@
 
 namespace zmfb::conn {
 
-using namespace host;
-
 namespace {
 
 constexpr std::string_view driver_name = "ZMRDDFIRE";
@@ -19,19 +17,19 @@ constexpr int default_skip_cache_size = 11;
 }  // namespace
 
 Value savepreviousrdd(Self& self, Args) {
-    var(self, Var::previousrd) = rddsetdefault();
-    rddsetdefault(driver_name);
+    var(self, Var::previousrd) = host::rddsetdefault();
+    host::rddsetdefault(driver_name);
     return {};
 }
 
 Value restorepreviousrdd(Self& self, Args) {
-    rddsetdefault(var(self, Var::previousrd));
+    host::rddsetdefault(var(self, Var::previousrd));
     return {};
 }
 
 Value setibrdd(Self& self, Args) {
     if (!ask(self, "isconnected")) return false;
-    rddsetdefault(driver_name);
+    host::rddsetdefault(driver_name);
     return true;
 }
 
@@ -43,15 +41,15 @@ Value setrddactive(Self& self, Args args) {
 Value isrddactive(Self& self, Args) { return var(self, Var::brddativo); }
 
 Value isfirebirdarea(Self&, Args args) {
-    const Value area = dbobject(args[0]);
+    const Value area = host::dbobject(args[0]);
     if (area.object() == nullptr) return false;
-    return exactly_equal(upper(area.object()->get("rddname")), driver_name);
+    return host::exactly_equal(host::upper(area.object()->get("rddname")), driver_name);
 }
 
 Value setfullpathdatfile(Self& self, Args args) {
     const Value& fullpath = args[0];
-    const bool kept = fullpath.is(Kind::character) && !empty(fullpath);
-    return var(self, Var::sfullpathd) = kept ? fullpath : tempfilename("/tmp", "zmrdd") + ".dat";
+    const bool kept = fullpath.is(host::Kind::character) && !host::empty(fullpath);
+    return var(self, Var::sfullpathd) = kept ? fullpath : host::tempfilename("/tmp", "zmrdd") + ".dat";
 }
 
 Value getfullpathdatfile(Self& self, Args) { return var(self, Var::sfullpathd); }
@@ -59,10 +57,12 @@ Value getfullpathdatfile(Self& self, Args) { return var(self, Var::sfullpathd); 
 // Unlike a cache size, a mode of 0 is a valid one. What is no number is no valid one of either.
 Value setglbskipmode(Self& self, Args args) {
     const Value& vl = args[0];
-    const bool kept = vl.is(Kind::numeric) && vl.number() >= 0 && vl.number() <= highest_skip_mode;
+    const bool kept = vl.is(host::Kind::numeric) && vl.number() >= 0 && vl.number() <= highest_skip_mode;
     Value& mode = var(self, Var::iglbskmode) = kept ? vl : Value(default_skip_mode);
     call(self, "writelog",
-         "[SET] Global SkipMode now is: " + alltrim(str(mode)) + " for: " + var(self, Var::sdbname), 6);
+         "[SET] Global SkipMode now is: " + host::alltrim(host::str(mode)) +
+             " for: " + var(self, Var::sdbname),
+         6);
     return {};
 }
 
@@ -70,10 +70,12 @@ Value getglbskipmode(Self& self, Args) { return var(self, Var::iglbskmode); }
 
 Value setglbskipcachesize(Self& self, Args args) {
     const Value& sz = args[0];
-    const bool kept = sz.is(Kind::numeric) && sz.number() > 0;
+    const bool kept = sz.is(host::Kind::numeric) && sz.number() > 0;
     Value& size = var(self, Var::iglbskchsz) = kept ? sz : Value(default_skip_cache_size);
     call(self, "writelog",
-         "[SET] Global SkipCacheSize now is: " + alltrim(str(size)) + " for: " + var(self, Var::sdbname), 6);
+         "[SET] Global SkipCacheSize now is: " + host::alltrim(host::str(size)) +
+             " for: " + var(self, Var::sdbname),
+         6);
     return {};
 }
 

@@ -34,13 +34,14 @@ class Parameters {
 
 /// The result of the filled query as internalselect gives it: a header, then the data rows; empty when it
 /// failed.
-Value select(Self& self, std::string_view sstmt, const Parameters& parameters);
+Value select(Self& self, std::string_view statement, const Parameters& parameters);
 /// The number that the first value of the first data row holds; 0 without a row.
 Value first_number(const Value& result);
 
 /// Whether the filled statement ran.
-bool update(Self& self, std::string_view sstmt, const Parameters& parameters);
+bool update(Self& self, std::string_view statement, const Parameters& parameters);
 /// The same; one that fails raises `message` followed by the SQLCODE error text.
-bool update_or_raise(Self& self, std::string_view sstmt, const Parameters& parameters, const Value& message);
+bool update_or_raise(Self& self, std::string_view statement, const Parameters& parameters,
+                     const Value& message);
 
 }  // namespace zmfb
