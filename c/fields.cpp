@@ -11,8 +11,8 @@ namespace {
 
 using Room = zmfb_statement::Room;
 
-/// Has `tell` tell of a field of the current row into places that must not be NULL, with room for what has to
-/// live until the next row.
+// Has `tell` tell of a field of the current row into places that must not be NULL, with room for what has to
+// live until the next row.
 template <class Tell, class... Places>
 zmfb_status on_field(zmfb_statement* handle, size_t index, Tell tell, Places*... places) noexcept {
     return on_prepared(handle, [=](zmfb_statement& statement) {
@@ -24,7 +24,7 @@ zmfb_status on_field(zmfb_statement* handle, size_t index, Tell tell, Places*...
     });
 }
 
-/// The same of a field that is not NULL.
+// The same of a field that is not NULL.
 template <class Tell, class... Places>
 zmfb_status on_value(zmfb_statement* handle, size_t index, Tell tell, Places*... places) {
     const auto checked = [=](const zmfb::Field& field, Room& room) {

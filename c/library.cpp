@@ -12,7 +12,7 @@ namespace {
 
 std::string_view text_of(const char* text) { return text == nullptr ? "" : text; }
 
-/// The status for what a function of database.h returned.
+// The status for what a function of database.h returned.
 zmfb_status done(const zmfb::Status& status) {
     return status.ok() ? ZMFB_OK : fail(ZMFB_FAILED, status.message());
 }

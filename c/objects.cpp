@@ -10,7 +10,7 @@ namespace {
 
 Value text_or_nil(const char* text) { return text == nullptr ? Value() : Value(text); }
 
-/// Runs `work` on the object in a place; it stays alive meanwhile, whatever becomes of the place.
+// Runs `work` on the object in a place; it stays alive meanwhile, whatever becomes of the place.
 template <class Work>
 zmfb_status with_object(const zmfb_value* place, Work work) noexcept {
     if (place == nullptr) return fail_null();

@@ -13,7 +13,7 @@ namespace {
 
 using Given = zmfb_statement::Given;
 
-/// Has `give` give a "?" its value.
+// Has `give` give a "?" its value.
 template <class Give>
 zmfb_status bind(zmfb_statement* handle, size_t index, Give give) noexcept {
     return on_prepared(handle, [=](zmfb_statement& statement) {
@@ -25,7 +25,7 @@ zmfb_status bind(zmfb_statement* handle, size_t index, Give give) noexcept {
     });
 }
 
-/// Gives a "?" a value that is made without a copy of bytes.
+// Gives a "?" a value that is made without a copy of bytes.
 template <class Make>
 zmfb_status bind_made(zmfb_statement* handle, size_t index, Make make) noexcept {
     return bind(handle, index, [=](Given& given) {
@@ -34,7 +34,7 @@ zmfb_status bind_made(zmfb_statement* handle, size_t index, Make make) noexcept 
     });
 }
 
-/// Gives a "?" what `view` makes of a copy of bytes.
+// Gives a "?" what `view` makes of a copy of bytes.
 template <class View>
 zmfb_status bind_copy(zmfb_statement* handle, size_t index, const void* bytes, size_t length,
                       View view) noexcept {
@@ -46,7 +46,7 @@ zmfb_status bind_copy(zmfb_statement* handle, size_t index, const void* bytes, s
     });
 }
 
-/// Gives a "?" what `make` makes of a moment whose parts that count are some.
+// Gives a "?" what `make` makes of a moment whose parts that count are some.
 template <class Make>
 zmfb_status bind_moment(zmfb_statement* handle, size_t index, const zmfb_moment* moment,
                         zmfb_status (*check)(const zmfb_moment& moment), Make make) noexcept {

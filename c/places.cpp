@@ -15,7 +15,7 @@ using zmfb::host::Picture;
 
 namespace {
 
-/// Reads a place that must hold `kind`.
+// Reads a place that must hold `kind`.
 template <class Tell>
 zmfb_status read(const zmfb_value* place, Kind kind, Tell tell) noexcept {
     if (place == nullptr) return fail_null();
@@ -24,7 +24,7 @@ zmfb_status read(const zmfb_value* place, Kind kind, Tell tell) noexcept {
     return ZMFB_OK;
 }
 
-/// Whether there is an element `index` of the array in a place.
+// Whether there is an element `index` of the array in a place.
 zmfb_status check_element(const zmfb_value* array, std::size_t index) noexcept {
     if (array == nullptr) return fail_null();
     if (!array->value.is(Kind::array)) return fail_kind(Kind::array, array->value);
@@ -34,7 +34,7 @@ zmfb_status check_element(const zmfb_value* array, std::size_t index) noexcept {
 
 bool fits_a_byte(int number) { return number >= 0 && number <= std::numeric_limits<std::uint8_t>::max(); }
 
-/// A code block of a C program.
+// A code block of a C program.
 class ForeignBody {
   public:
     // Tells `gone` even where there is no memory for the pointer.

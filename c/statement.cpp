@@ -7,7 +7,7 @@ using namespace zmfb::c;
 
 namespace {
 
-/// Gives up the rows of an earlier run, and runs `work` with the values that were given.
+// Gives up the rows of an earlier run, and runs `work` with the values that were given.
 template <class Work>
 zmfb_status run(zmfb_statement* handle, Work work) noexcept {
     return on_prepared(handle, [&](zmfb_statement& statement) {

@@ -12,7 +12,7 @@ zmfb::Transaction begun(zmfb::zmFBConn& connection, zmfb_access access) {
                              access == ZMFB_READ_ONLY ? zmfb::Access::read_only : zmfb::Access::read_write);
 }
 
-/// Runs `work` on a transaction that was begun.
+// Runs `work` on a transaction that was begun.
 template <class Work>
 zmfb_status on_begun(zmfb_transaction* handle, Work work) noexcept {
     return on(handle, [&](zmfb_transaction& transaction) {

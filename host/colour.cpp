@@ -7,7 +7,7 @@ constexpr std::uint8_t bright = 8;
 
 char capital(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
-/// One half of a pair while it is read.
+// One half of a pair while it is read.
 struct Half {
     int colour = -1;
     bool number = false;

@@ -23,7 +23,7 @@ std::string with_extension(std::string_view file) {
 
 bool is_sharing_violation(int system_error) { return system_error == EAGAIN; }
 
-/// Raises that the system refuses a table to be opened or created.
+// Raises that the system refuses a table to be opened or created.
 void raise_refused(GenCode gencode, std::string_view path, int system_error) {
     constexpr int sharing_violation = 32;
     const bool opening = gencode == GenCode::open;
@@ -43,8 +43,8 @@ Access access_for(const OpenRequest& request) {
     return request.shared ? Access::shared : Access::exclusive;
 }
 
-/// Opens the file and takes the lock of its use; errno tells why that failed. A write lock needs a file open
-/// for writing: one that may not be written is only kept from those who would write it.
+// Opens the file and takes the lock of its use; errno tells why that failed. A write lock needs a file open
+// for writing: one that may not be written is only kept from those who would write it.
 Descriptor open_locked(const std::string& path, Access access) {
     Lock lock =
         access == Access::exclusive || access == Access::read_only_exclusive ? Lock::exclusive : Lock::shared;
@@ -66,7 +66,7 @@ Descriptor open_locked(const std::string& path, Access access) {
     return file;
 }
 
-/// Writes the file of an empty table; 0, or the system's error.
+// Writes the file of an empty table; 0, or the system's error.
 int write_empty_table(Descriptor& file, const std::string& path, const std::string& header) {
     const std::string content = header + dbf::end_of_file;
     if (!file.truncate(0)) return errno;

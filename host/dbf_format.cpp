@@ -50,7 +50,7 @@ std::string fit_field(Field& field) {
     return field.length < 1 ? wrong_field(field, "no length") : std::string();
 }
 
-/// What a descriptor means to the driver; returns what is wrong with it, else "".
+// What a descriptor means to the driver; returns what is wrong with it, else "".
 std::string read_field(const dbf::Descriptor& descriptor, Field& field) {
     field.name = upper(trim(descriptor.name.substr(0, descriptor.name.find('\0')))).string();
     field.type = descriptor.type;
@@ -74,15 +74,15 @@ dbf::Descriptor descriptor_of(const Field& field) {
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-/// A number's digits as a text has them: sign, whole part without leading zeros, and the part behind the
-/// point.
+// A number's digits as a text has them: sign, whole part without leading zeros, and the part behind the
+// point.
 struct Digits {
     bool negative = false;
     std::string whole;
     std::string fraction;
 };
 
-/// Reads the leading number of a text, as VAL() does.
+// Reads the leading number of a text, as VAL() does.
 Digits leading_number(std::string_view text) {
     Digits digits;
     std::size_t i = std::min(text.find_first_not_of(" \t\r\n"), text.size());
@@ -96,7 +96,7 @@ Digits leading_number(std::string_view text) {
     return digits;
 }
 
-/// Rounds half away from zero, or fills up, to so many decimals.
+// Rounds half away from zero, or fills up, to so many decimals.
 void set_decimals(Digits& digits, std::size_t decimals) {
     const bool up = digits.fraction.size() > decimals && digits.fraction[decimals] >= '5';
     digits.fraction.resize(decimals, '0');

@@ -14,7 +14,7 @@ namespace {
 constexpr std::int64_t block_size = std::int64_t{256} * 1024;
 constexpr ByteRange append_lock{dbf_use.size, 1};
 
-/// What a transfer that fell short reports when the system gave no reason.
+// What a transfer that fell short reports when the system gave no reason.
 int reason(int otherwise) { return errno == 0 ? otherwise : errno; }
 
 }  // namespace
@@ -87,7 +87,7 @@ int DbfTable::load_block(std::int64_t record) {
     return record < behind_block() ? 0 : error;
 }
 
-/// The bytes of a record, null (raised) when they cannot be read.
+// The bytes of a record, null (raised) when they cannot be read.
 char* DbfTable::record_bytes(std::int64_t record) {
     if (record < block_first_ || record >= behind_block()) {
         const bool writes = changed_first_ != 0;
@@ -125,7 +125,7 @@ int DbfTable::write_block() {
     return 0;
 }
 
-/// Forgets what could not be written, and the records that the header does not count.
+// Forgets what could not be written, and the records that the header does not count.
 void DbfTable::roll_back() {
     changed_first_ = changed_last_ = 0;
     block_.clear();
@@ -143,7 +143,7 @@ void DbfTable::roll_back() {
 // ---- Records
 // -------------------------------------------------------------------------------------------------------
 
-/// In shared use others append: asks the file how many records there are.
+// In shared use others append: asks the file how many records there are.
 void DbfTable::refresh_count() {
     char beginning[dbf::sizes_size];
     if (!shared() || file_.read_at(0, beginning) != sizeof beginning) return;
@@ -305,7 +305,7 @@ int DbfTable::write_header() {
     return 0;
 }
 
-/// Brings the file up to date; 0, or the system's error.
+// Brings the file up to date; 0, or the system's error.
 int DbfTable::store() {
     if (!changed_) return 0;
     const bool appended = count_ != committed_;

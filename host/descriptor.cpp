@@ -11,7 +11,7 @@
 namespace zmfb::host {
 namespace {
 
-/// Repeats a system call that a signal broke off.
+// Repeats a system call that a signal broke off.
 template <class Call>
 auto uninterrupted(Call call) {
     auto result = call();
@@ -21,7 +21,7 @@ auto uninterrupted(Call call) {
 
 constexpr std::size_t largest_transfer = std::size_t{1} << 30;
 
-/// Transfers piece by piece; errno is 0 afterwards unless an error ended it.
+// Transfers piece by piece; errno is 0 afterwards unless an error ended it.
 template <class Step>
 std::size_t transfer(std::size_t size, Step step) {
     std::size_t done = 0;
@@ -40,7 +40,7 @@ off_t offset(std::int64_t position, std::size_t done) {
     return static_cast<off_t>(position) + static_cast<off_t>(done);
 }
 
-/// The text of the link that `name` ends in, when its owner may be trusted; empty, with errno set, otherwise.
+// The text of the link that `name` ends in, when its owner may be trusted; empty, with errno set, otherwise.
 std::string trusted_link(const std::string& name) {
     const Descriptor link(name, O_PATH | O_NOFOLLOW);
     struct stat status {};

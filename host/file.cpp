@@ -28,7 +28,7 @@ constexpr int read_fault = 30;
 constexpr int lock_violation = 33;
 constexpr int end_of_file = 38;
 
-/// An open file and what freadtxt() has read of it beyond the position that the program knows of.
+// An open file and what freadtxt() has read of it beyond the position that the program knows of.
 struct File {
     Descriptor descriptor;
     std::string ahead;
@@ -36,7 +36,7 @@ struct File {
 
     [[nodiscard]] std::string_view rest() const { return std::string_view(ahead).substr(used); }
 
-    /// Moves the system's position back to the program's.
+    // Moves the system's position back to the program's.
     void drop_ahead() {
         const auto unread = static_cast<std::int64_t>(rest().size());
         if (unread > 0) descriptor.seek(-unread, SEEK_CUR);
@@ -78,8 +78,8 @@ std::int64_t integer_or(const Value& value, std::int64_t otherwise) {
     return value.is(Kind::numeric) ? value.integer() : otherwise;
 }
 
-/// Reads the decimal digits of an attribute such as 666 as octal ones; 0 when they are not three octal
-/// digits.
+// Reads the decimal digits of an attribute such as 666 as octal ones; 0 when they are not three octal
+// digits.
 unsigned octal_permissions(std::int64_t attribute) {
     if (attribute < 100 || attribute > 777) return 0;
     const auto hundreds = static_cast<unsigned>(attribute / 100);

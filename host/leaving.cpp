@@ -12,7 +12,7 @@
 namespace zmfb::host {
 namespace {
 
-/// Those that end a process by themselves.
+// Those that end a process by themselves.
 constexpr std::array ending_signals{SIGHUP,  SIGINT,    SIGQUIT, SIGILL,  SIGTRAP, SIGABRT,  SIGBUS,  SIGFPE,
                                     SIGUSR1, SIGSEGV,   SIGUSR2, SIGPIPE, SIGALRM, SIGTERM,  SIGXCPU, SIGXFSZ,
                                     SIGPROF, SIGVTALRM, SIGPOLL, SIGPWR,  SIGSYS,  SIGSTKFLT};

@@ -34,7 +34,7 @@ struct Position {
 };
 Position cursor;
 
-/// The part of a region that lies on the screen.
+// The part of a region that lies on the screen.
 struct Region {
     int top, left, bottom, right;
     [[nodiscard]] bool empty() const { return bottom < top || right < left; }
@@ -56,7 +56,7 @@ Region clipped(const Value& top, const Value& left, const Value& bottom, const V
             static_cast<int>(std::clamp<std::int64_t>(integer_or(right, columns), -1, columns))};
 }
 
-/// The cells of a region, kept in a window of curses' own, with whatever attributes they have.
+// The cells of a region, kept in a window of curses' own, with whatever attributes they have.
 class SavedRegion final : public Object {
   public:
     explicit SavedRegion(const Region& region)
@@ -94,8 +94,8 @@ class SavedRegion final : public Object {
     WINDOW* cells_ = nullptr;
 };
 
-/// The pair of curses for two of its colours: one that has them already, or one that nobody uses, taken from
-/// the end of the table because programs count theirs from its beginning. 0 when there is none left.
+// The pair of curses for two of its colours: one that has them already, or one that nobody uses, taken from
+// the end of the table because programs count theirs from its beginning. 0 when there is none left.
 int pair_of(int foreground, int background) {
     constexpr int most_in_an_attribute = 256;
     static std::bitset<most_in_an_attribute> taken;
@@ -115,7 +115,7 @@ int pair_of(int foreground, int background) {
     return 0;
 }
 
-/// Curses counts red as 1 and blue as 4.
+// Curses counts red as 1 and blue as 4.
 int curses_colour(int colour) { return (colour & ~5) | (colour & 1) << 2 | (colour & 4) >> 2; }
 
 chtype attribute_of(const Colour& colour) {
@@ -148,8 +148,8 @@ bool terminal_is_utf8() {
     return utf8;
 }
 
-/// What stands for a byte on the terminal. Control characters never reach it. A UTF-8 terminal could not show
-/// a single byte of ISO-8859-1, so there an accented letter loses its accent.
+// What stands for a byte on the terminal. Control characters never reach it. A UTF-8 terminal could not show
+// a single byte of ISO-8859-1, so there an accented letter loses its accent.
 unsigned char shown(unsigned char byte) {
     constexpr std::string_view plain =
         " !cLoY|S\"ca<--R-o+23'uP.,1o>123?"
@@ -177,7 +177,7 @@ std::string display_text(const Value& value, std::string_view yes, std::string_v
     }
 }
 
-/// Writes at the cursor, of which the part on the screen shows, and moves the cursor along.
+// Writes at the cursor, of which the part on the screen shows, and moves the cursor along.
 void write(std::string_view text, chtype attribute) {
     const Position start = cursor;
     cursor.column += static_cast<std::int64_t>(text.size());

@@ -19,10 +19,10 @@ namespace {
 
 constexpr char end_of_text = 0x1A;
 
-/// What a text file is parted by: line ends, or the length that all its lines have.
+// What a text file is parted by: line ends, or the length that all its lines have.
 enum class Parting : std::uint8_t { line_ends, full_length };
 
-/// The lines of a text file, of which the first `width` bytes count.
+// The lines of a text file, of which the first `width` bytes count.
 class Lines {
   public:
     Lines(Descriptor&& file, std::size_t width, Parting parting)
@@ -30,24 +30,24 @@ class Lines {
         buffer_.resize(std::max<std::size_t>(std::size_t{256} * 1024, 2 * (width + 2)));
     }
 
-    /// Gives the next line without its end; false at the end of the file, or when it cannot be read (see
-    /// error() and wrong_line()).
+    // Gives the next line without its end; false at the end of the file, or when it cannot be read (see
+    // error() and wrong_line()).
     bool next(std::string_view& line) {
         if (rest().size() < width_ + 2) fill();
         ++number_;
         return parting_ == Parting::full_length ? next_of_full_length(line) : next_by_line_end(line);
     }
 
-    /// The number of the line that was not as long as all have to be, which ended the reading; 0 when there
-    /// was none.
+    // The number of the line that was not as long as all have to be, which ended the reading; 0 when there
+    // was none.
     [[nodiscard]] std::int64_t wrong_line() const { return wrong_line_; }
-    /// The system's error that ended the reading, 0 when there was none.
+    // The system's error that ended the reading, 0 when there was none.
     [[nodiscard]] int error() const { return error_; }
 
   private:
     [[nodiscard]] std::string_view rest() const { return {buffer_.data() + used_, filled_ - used_}; }
 
-    /// Moves what is left to the front of the buffer and fills it up.
+    // Moves what is left to the front of the buffer and fills it up.
     void fill() {
         if (at_end_) return;
         std::memmove(buffer_.data(), buffer_.data() + used_, filled_ - used_);
@@ -124,7 +124,7 @@ struct Column {
     std::size_t width;
 };
 
-/// The columns of a line; false when `names` has one that the table does not.
+// The columns of a line; false when `names` has one that the table does not.
 bool find_columns(const Table& table, const Value& names, std::vector<Column>& columns) {
     std::vector<std::string> wanted;
     if (names.is(Kind::array)) {
@@ -147,7 +147,7 @@ bool find_columns(const Table& table, const Value& names, std::vector<Column>& c
     return wanted.empty() || found == wanted.size();
 }
 
-/// Raises what keeps a file from being read.
+// Raises what keeps a file from being read.
 bool fail(GenCode gencode, std::string_view file, int system_error) {
     const bool opening = gencode == GenCode::open;
     raise_table_error({.gencode = gencode,
@@ -159,7 +159,7 @@ bool fail(GenCode gencode, std::string_view file, int system_error) {
     return false;
 }
 
-/// Raises that the line of that number is not as long as all have to be.
+// Raises that the line of that number is not as long as all have to be.
 bool fail_at_line(std::int64_t number, std::string_view file) {
     const std::string description =
         "Read error, line " + std::to_string(number) + " is not as long as a record";
@@ -181,7 +181,7 @@ bool says_no(const Value& block) {
     return !answer.is(Kind::logical) || !answer.logical();
 }
 
-/// What narrows the lines down.
+// What narrows the lines down.
 struct Conditions {
     const Value& for_block;
     const Value& while_block;
@@ -217,7 +217,7 @@ bool append_lines(Table& table, std::span<const Column> columns, Lines& lines, c
     return true;
 }
 
-/// What dbappsdf() does, with the file of exactly the name `file` and its lines parted so.
+// What dbappsdf() does, with the file of exactly the name `file` and its lines parted so.
 bool append_file(const Value& file, Parting parting, const Value& fields, const Conditions& conditions) {
     Table* const table = table_of();
     if (table == nullptr) {
@@ -243,8 +243,8 @@ bool append_file(const Value& file, Parting parting, const Value& fields, const 
     return lines.wrong_line() == 0 || fail_at_line(lines.wrong_line(), path);
 }
 
-/// The name of a file without the blanks around it, .txt behind it when it has no extension. What is no text
-/// stays as it is.
+// The name of a file without the blanks around it, .txt behind it when it has no extension. What is no text
+// stays as it is.
 Value with_extension(const Value& file) {
     if (!file.is(Kind::character)) return file;
     std::string path = alltrim(file).string();

@@ -34,7 +34,7 @@ std::map<int, Area>& areas() {
     return open_areas;
 }
 
-/// An alias or driver name as it is compared: upper case, without outer blanks.
+// An alias or driver name as it is compared: upper case, without outer blanks.
 std::string key_of(const Value& name) {
     return name.is(Kind::character) ? upper(alltrim(name)).string() : std::string();
 }
@@ -75,7 +75,7 @@ bool opens_shared(const Value& shared) {
     return key_of(exclusive) == "OFF";
 }
 
-/// The driver named, or the default one; raises and returns null when there is none of that name.
+// The driver named, or the default one; raises and returns null when there is none of that name.
 std::shared_ptr<Driver> driver_for(std::string_view name, GenCode gencode, std::string_view operation,
                                    std::string_view file) {
     auto driver = find_driver(alltrim(name).string());
@@ -94,7 +94,7 @@ std::string driver_name(const Value& driver) {
     return key_of(driver).empty() ? default_driver : std::string(driver.text());
 }
 
-/// A length or number of decimals of a descriptor; 0 for what is none.
+// A length or number of decimals of a descriptor; 0 for what is none.
 int size_in(const Value& item) {
     constexpr std::int64_t longest = 1 << 20;
     return item.is(Kind::numeric) ? static_cast<int>(std::clamp<std::int64_t>(item.integer(), 0, longest))
@@ -119,7 +119,7 @@ bool read_descriptor(const Value& row, Field& field) {
     return true;
 }
 
-/// DBOBJECT()'s object: what a work area is, as it was when it was asked for.
+// DBOBJECT()'s object: what a work area is, as it was when it was asked for.
 constexpr Variable server_variables[] = {
     {"alias", Visibility::exported, [] { return Value(""); }},
     {"rddname", Visibility::exported, [] { return Value(""); }},

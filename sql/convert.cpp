@@ -41,7 +41,7 @@ class Text {
     }
 
     void put(char c) { *--begin_ = c; }
-    /// "%u"
+    // "%u"
     void put_digits(std::uint64_t number) {
         for (; number >= 100; number /= 100) put_pair(number % 100);
         if (number >= 10) {
@@ -50,12 +50,12 @@ class Text {
             put_digit(number);
         }
     }
-    /// "%d"
+    // "%d"
     void put_number(std::int64_t number) {
         put_digits(size_of(number));
         if (number < 0) put('-');
     }
-    /// "%0*d": the sign is one of the `width` columns.
+    // "%0*d": the sign is one of the `width` columns.
     void put_field(std::int64_t number, int width) {
         std::uint64_t left = size_of(number);
         if (number < 0) --width;
@@ -67,9 +67,9 @@ class Text {
         if (left > 0) put_digits(left);
         if (number < 0) put('-');
     }
-    /// "%f". The usual number is done in whole numbers: its fraction has no bits below 2^-64, so that the
-    /// fraction times a million, rounded half to even, comes out exact. That takes a third of the time of
-    /// to_chars.
+    // "%f". The usual number is done in whole numbers: its fraction has no bits below 2^-64, so that the
+    // fraction times a million, rounded half to even, comes out exact. That takes a third of the time of
+    // to_chars.
     void put_six_decimals(double number) {
         constexpr double word = 4294967296.0;
         constexpr std::int64_t million = 1000000;
@@ -96,7 +96,7 @@ class Text {
         put_number(whole);
         if (std::signbit(number)) put('-');
     }
-    /// "%f" or, with the general format, "%g"
+    // "%f" or, with the general format, "%g"
     void put_real(double number, std::chars_format format) {
         constexpr int precision = 6;
         char text[text_size];

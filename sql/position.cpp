@@ -17,7 +17,9 @@ Value selection(const Value& tbl, const Value& cond, const Value& plan, const Va
 
 Value no_rows() { return Value::array_of_size(0); }
 
-Value first_row(const Value& result) { return has_row(result) ? data_rows(result)[0] : no_rows(); }
+Value first_row(const Value& result) {
+    return host::has_row(result) ? host::data_rows(result)[0] : no_rows();
+}
 
 }  // namespace
 
@@ -34,7 +36,7 @@ Value getfirstrows(Self& self, Args args) {
     const Value stmt = "select first " + trimmed_number(qti) + " skip " + trimmed_number(sk) +
                        selection(tbl, cond, plan, order);
     const Value result = call(self, "internalselect", stmt);
-    return has_row(result) ? result : no_rows();
+    return host::has_row(result) ? result : no_rows();
 }
 
 Value executeudfskippad(Self& self, Args args) {
