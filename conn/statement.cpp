@@ -4,17 +4,18 @@
 #include "host/array.h"
 #include "host/number.h"
 #include "host/text.h"
+#include "sql/template.h"
 
 namespace zmfb {
 namespace {
 
-Value filled(Self& self, std::string_view statement, const Parameters& parameters) {
+Value assembled(Self& self, std::string_view statement, const Parameters& parameters) {
     return call(self, "assemblestatement", statement, parameters.array());
 }
 
 // "" or the SQLCODE error text.
 Value run(Self& self, std::string_view statement, const Parameters& parameters) {
-    return call(self, "executeupdate", filled(self, statement, parameters));
+    return call(self, "executeupdate", assembled(self, statement, parameters));
 }
 
 }  // namespace
@@ -23,8 +24,12 @@ void Parameters::add(std::string_view placeholder, const Value& value) {
     array_.push(host::array_of(placeholder, value));
 }
 
+std::string filled(std::string_view statement, const Parameters& parameters) {
+    return sql::filled(statement, parameters.array()).string();
+}
+
 Value select(Self& self, std::string_view statement, const Parameters& parameters) {
-    return call(self, "internalselect", filled(self, statement, parameters));
+    return call(self, "internalselect", assembled(self, statement, parameters));
 }
 
 Value first_number(const Value& result) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <string>
 #include <string_view>
 
 #include "conn/self.h"
@@ -31,6 +32,9 @@ class Parameters {
   private:
     Value array_ = Value::array_of_size(0);
 };
+
+/// The filled template itself, for who sends it otherwise.
+std::string filled(std::string_view statement, const Parameters& parameters);
 
 /// The result of the filled query as internalselect gives it: a header, then the data rows; empty when it
 /// failed.

@@ -145,12 +145,6 @@ using schema::Column;
 
 namespace {
 
-std::string filled(std::string_view statement, std::initializer_list<Parameter> parameters) {
-    Value text(statement);
-    for (const Parameter& one : parameters) text = host::strtran(text, one.placeholder, one.value);
-    return text.string();
-}
-
 std::string definition_of(Column column, const Value& len, const Value& dec) {
     const std::string text =
         filled(schema::column_template(column), {{"@@FIELDLEN", len}, {"@@FIELDDEC", dec}});
