@@ -111,9 +111,8 @@ Exit export_in_child(Session& session, const Reports& reports, const Given& give
     zmFBConn& connection = session.connection();
     const std::string upper = nameable_table(connection, table);
     const std::string name = host::upper(table).string() == upper ? table : upper;
-    const Value structure = connection.call("filterrddfields", connection.call("gettablestruct", upper));
-    if (structure.size() == 0)
-        throw Failure{Exit::failed, fmt::format("{} has no columns of its own", table)};
+    const Structure structure = connection(m::filterrddfields, connection(m::gettablestruct, upper));
+    if (structure.empty()) throw Failure{Exit::failed, fmt::format("{} has no columns of its own", table)};
     report_check(upper, check_export(connection, upper, structure));
 
     const fs::path target = fs::path(given.folder) / (name + ".dbf");

@@ -12,6 +12,7 @@
 #include "tool/json.h"
 #include "tool/rows/shown_text.h"
 #include "tool/text_table.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -38,7 +39,7 @@ Exit tables_command(Session& session) {
 struct Structure {
     Table table;
     std::optional<std::uint64_t> records;  ///< none when they were not counted
-    Value fields;                          ///< as the object has them; none when it cannot name them all
+    zmfb::Structure fields;                ///< as the object has them; none when it cannot name them all
     std::vector<ColumnType> columns;
     std::vector<Index> indexes;
     std::vector<Trigger> triggers;
@@ -48,14 +49,13 @@ struct Structure {
 Structure structure_of(zmFBConn& connection, const std::string& typed) {
     const Table table = existing_table(connection, typed);
     const bool nameable = is_nameable(connection, table.name);
-    return {
-        .table = table,
-        .records = records_of(connection, table),
-        .fields = nameable ? connection.call("gettablestruct", table.name.bytes()) : Value::array_of_size(0),
-        .columns = columns_of(connection, table.name),
-        .indexes = indexes_of(connection, table.name),
-        .triggers = triggers_of(connection, table.name),
-        .generators = generators_of(connection, table.name)};
+    return {.table = table,
+            .records = records_of(connection, table),
+            .fields = nameable ? connection(m::gettablestruct, table.name.bytes()) : zmfb::Structure(),
+            .columns = columns_of(connection, table.name),
+            .indexes = indexes_of(connection, table.name),
+            .triggers = triggers_of(connection, table.name),
+            .generators = generators_of(connection, table.name)};
 }
 
 std::string index_kind(const Index& index) {
@@ -78,10 +78,10 @@ void print_fields(const Structure& all) {
         const ColumnType& column = all.columns[i];
         std::vector<std::string> cells{column.name.shown(), "", "", "", column.type, column.driver_use};
         if (i < all.fields.size()) {
-            const Value& field = all.fields.items()[i];
-            cells[1] = to_utf8(field[2].text());
-            cells[2] = std::to_string(field[3].integer());
-            cells[3] = std::to_string(field[4].integer());
+            const FieldDescriptor& field = all.fields[i];
+            cells[1] = to_utf8(field.type);
+            cells[2] = std::to_string(field.length);
+            cells[3] = std::to_string(field.decimals);
         }
         shown.add(std::move(cells));
     }
@@ -127,11 +127,11 @@ Json structure_json(const Structure& all) {
               {"generators", Json::array()}};
     for (std::size_t i = 0; i < all.columns.size(); ++i) {
         const ColumnType& column = all.columns[i];
-        const Value field = i < all.fields.size() ? all.fields.items()[i] : Value::array_of_size(4);
+        const FieldDescriptor* const field = i < all.fields.size() ? &all.fields[i] : nullptr;
         json["fields"].push_back({{"field", column.name.text()},
-                                  {"type", to_json(field[2])},
-                                  {"length", to_json(field[3])},
-                                  {"decimals", to_json(field[4])},
+                                  {"type", field != nullptr ? Json(to_utf8(field->type)) : Json()},
+                                  {"length", field != nullptr ? Json(field->length) : Json()},
+                                  {"decimals", field != nullptr ? Json(field->decimals) : Json()},
                                   {"sql_type", column.type},
                                   {"driver", !column.driver_use.empty()}});
     }

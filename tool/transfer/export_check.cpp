@@ -90,11 +90,11 @@ void check_values(zmFBConn& connection, const std::string& table, const std::vec
 
 }  // namespace
 
-ExportCheck check_export(zmFBConn& connection, const std::string& table, const Value& structure) {
+ExportCheck check_export(zmFBConn& connection, const std::string& table, const Structure& structure) {
     std::vector<host::Field> fields;
-    for (const Value& field : structure.items()) {
-        fields.push_back({std::string(field[1].text()), field[2].text().front(),
-                          static_cast<int>(field[3].integer()), static_cast<int>(field[4].integer())});
+    for (const FieldDescriptor& field : structure) {
+        fields.push_back({field.name, field.type.front(), static_cast<int>(field.length),
+                          static_cast<int>(field.decimals)});
     }
     ExportCheck check;
     const std::string width = width_problem(default_character_set(connection));

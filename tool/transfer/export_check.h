@@ -16,6 +16,6 @@ struct ExportCheck {
 
 /// Looks at the columns of `table`, and unless they are refused already at its values. `structure` has its
 /// fields without the driver's own.
-ExportCheck check_export(zmFBConn& connection, const std::string& table, const Value& structure);
+ExportCheck check_export(zmFBConn& connection, const std::string& table, const Structure& structure);
 
 }  // namespace zmfb::tool
