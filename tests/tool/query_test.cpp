@@ -24,6 +24,14 @@ TEST_F(QueryCommand, ShowsRowsUnderTheirHeads) {
               "(2 rows)\n");
 }
 
+TEST_F(QueryCommand, ShowsTextsInTheCharacterSetsOfTheirColumns) {
+    on(path,
+       {"exec",
+        "create table w (b varchar(5) character set win1252, c blob sub_type text character set utf8)"});
+    on(path, {"exec", "insert into w values (_win1252 x'80', _utf8 x'E282AC')"});
+    EXPECT_EQ(on(path, {"query", "--mode", "csv", "select b, c from w"}).out, "B,C\n€,€\n");
+}
+
 TEST_F(QueryCommand, JsonIsAnArrayOfObjects) {
     EXPECT_EQ(on(path, {"--json", "query", "select b from t where a = 7"}).out,
               "[\n  {\"B\": \"ação\"}\n]\n");
