@@ -29,7 +29,7 @@ TEST_F(QueryCommand, ShowsTextsInTheCharacterSetsOfTheirColumns) {
        {"exec",
         "create table w (b varchar(5) character set win1252, c blob sub_type text character set utf8)"});
     on(path, {"exec", "insert into w values (_win1252 x'80', _utf8 x'E282AC')"});
-    EXPECT_EQ(on(path, {"query", "--mode", "csv", "select b, c from w"}).out, "B,C\n€,€\n");
+    EXPECT_EQ(on(path, {"query", "--mode", "csv", "select b, c from w"}).out, "B,C\r\n€,€\r\n");
 }
 
 TEST_F(QueryCommand, JsonIsAnArrayOfObjects) {
