@@ -165,11 +165,12 @@ void note_begun(std::string_view line, Begun& begun) {
 // The process of one table: watches the work and clears up behind it.
 Exit export_one(const Options& options, const Given& given, const std::string& table) {
     Begun begun;
-    const Ended ended = supervise(options,
-                                  [&](Session& session, const Reports& reports) {
-                                      return export_in_child(session, reports, given, table);
-                                  },
-                                  {[&](std::string_view line) { note_begun(line, begun); }, {}});
+    const Ended ended = supervise(
+        options,
+        [&](Session& session, const Reports& reports) {
+            return export_in_child(session, reports, given, table);
+        },
+        [&](std::string_view line) { note_begun(line, begun); });
     if (!ended.returned) {
         begin_undoing();
         return undo_and_tell(

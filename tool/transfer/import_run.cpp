@@ -323,7 +323,7 @@ void Import::send(Transaction& work, const std::string& table) {
     const auto refused = [&](std::uint64_t record, const std::string& why) {
         throw Failure{Exit::failed, not_imported(report_.file), fmt::format("record {}: {}", record, why)};
     };
-    RowLoader loader(work, table, columns, 1, refused);
+    RowLoader loader(work, table, columns, refused);
     for_each_record("copying", [&](const dbf::Records& records) {
         if (is_left_out(records) || std::ranges::binary_search(aside_, records.number())) return;
         loader.add(records.number(), reader.read(records.number(), records.bytes(), [](const BadValue&) {}));

@@ -61,13 +61,8 @@ std::string real_text(double value) {
     return fmt::format("{:>{}}{:>{}}", mantissa, mantissa_width, exponent, exponent_width);
 }
 
-RowLoader::RowLoader(Transaction& work, std::string table, std::vector<LoadColumn> columns,
-                     std::uint64_t first, Refused refused)
-    : work_(work),
-      table_(std::move(table)),
-      columns_(std::move(columns)),
-      first_(first),
-      refused_(std::move(refused)) {
+RowLoader::RowLoader(Transaction& work, std::string table, std::vector<LoadColumn> columns, Refused refused)
+    : work_(work), table_(std::move(table)), columns_(std::move(columns)), refused_(std::move(refused)) {
     place_columns();
 }
 
@@ -173,8 +168,7 @@ void RowLoader::send(std::size_t begin, std::size_t end) {
     const std::size_t from = in_piece_[begin].begin;
     const std::size_t to = end < in_piece_.size() ? in_piece_[end].begin : piece_.size();
     try {
-        many_->execute(as_bytes(std::string_view(piece_).substr(from, to - from)), end - begin,
-                       first_ + rows_);
+        many_->execute(as_bytes(std::string_view(piece_).substr(from, to - from)), end - begin, rows_ + 1);
         rows_ += end - begin;
     } catch (const SqlError& error) {
         if (!is_of_the_row(error)) throw;
@@ -201,7 +195,7 @@ void RowLoader::send_alone(std::uint64_t record, const std::vector<std::string>&
         parameters.emplace_back(blob);
     }
     parameters.emplace_back(1);
-    parameters.emplace_back(first_ + rows_);
+    parameters.emplace_back(rows_ + 1);
     try {
         one_->execute(std::span<const Parameter>(parameters));
         ++rows_;

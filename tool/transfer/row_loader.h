@@ -41,9 +41,8 @@ class RowLoader {
     /// Takes in the number of a record that was refused, and what the engine said.
     using Refused = std::function<void(std::uint64_t record, const std::string& why)>;
 
-    /// Rows are numbered from `first` on, without a gap, in the column RECNO.
-    RowLoader(Transaction& work, std::string table, std::vector<LoadColumn> columns, std::uint64_t first,
-              Refused refused);
+    /// Rows are numbered from 1 on, without a gap, in the column RECNO.
+    RowLoader(Transaction& work, std::string table, std::vector<LoadColumn> columns, Refused refused);
 
     /// Adds the row of a record, and sends what has come together when that is enough. The values are in the
     /// order of the columns, those that are not varying no longer than these; without one, or with blanks, a
@@ -77,7 +76,6 @@ class RowLoader {
     std::vector<LoadColumn> columns_;
     std::vector<Place> places_;       // of the columns, in their order
     std::vector<std::size_t> sizes_;  // of the parameters: what the fixed part of a row takes in each
-    std::uint64_t first_;
     Refused refused_;
     std::optional<Statement> many_, one_;
 

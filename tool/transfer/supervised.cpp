@@ -80,7 +80,7 @@ Exit worked(const Options& options, const std::function<Exit(Session&, const Rep
 }
 
 // Hands over the whole lines in `pending` and keeps the rest there.
-void hand_over(std::string& pending, const Supervision& supervision, Ended& ended) {
+void hand_over(std::string& pending, const OnReport& on_report, Ended& ended) {
     for (std::size_t at = 0; (at = pending.find('\n')) != std::string::npos; pending.erase(0, at + 1)) {
         const std::string_view line = std::string_view(pending).substr(0, at);
         if (line == returned) {
@@ -88,7 +88,7 @@ void hand_over(std::string& pending, const Supervision& supervision, Ended& ende
         } else if (line.starts_with(failure_head)) {
             ended.failure = received_failure(line.substr(failure_head.size()));
         } else {
-            supervision.on_report(line);
+            on_report(line);
         }
     }
 }
@@ -169,7 +169,7 @@ void Reports::send(std::string_view line) const {
 }
 
 Ended supervise(const Options& options, const std::function<Exit(Session&, const Reports&)>& work,
-                const Supervision& supervision) {
+                const OnReport& on_report) {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) throw Failure{Exit::failed, "cannot make a pipe"};
     const Child child = fork_or_fail();
@@ -188,8 +188,7 @@ Ended supervise(const Options& options, const std::function<Exit(Session&, const
     for (bool more = true; more; ending.look()) {
         pollfd wait{ends[0], POLLIN, 0};
         if (poll(&wait, 1, tick_milliseconds) > 0) more = take_reports(ends[0], pending);
-        hand_over(pending, supervision, ended);
-        if (more && ending_signal() == 0 && supervision.on_tick) supervision.on_tick();
+        hand_over(pending, on_report, ended);
     }
     close(ends[0]);
     const int status = wait_for_end(child.process);

@@ -35,17 +35,13 @@ struct Ended {
     Failure failure = {};
 };
 
-struct Supervision {
-    /// Takes in a line that the child sent.
-    std::function<void(std::string_view)> on_report;
-    /// Called several times a second while the child works. May be empty.
-    std::function<void()> on_tick;
-};
+/// Takes in a line that the child sent.
+using OnReport = std::function<void(std::string_view)>;
 
 /// Runs `work` in a child process, with a session of its own, and watches it. What it throws is not told but
 /// comes back.
 Ended supervise(const Options& options, const std::function<Exit(Session&, const Reports&)>& work,
-                const Supervision& supervision);
+                const OnReport& on_report);
 
 /// Runs `work` for each name, in a process of its own which may attach; signals are passed on to it. Goes on
 /// after one that failed, not after one that was interrupted (which ends with 128 and more). Returns the

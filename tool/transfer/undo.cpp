@@ -41,7 +41,7 @@ class Undo {
     explicit Undo(const Begun& begun) : begun_(begun) {}
 
     void run(const Options& options) {
-        if (!begun_.external.empty() || !begun_.replaced.empty()) undo_in_database(options);
+        if (!begun_.external.empty()) undo_in_database(options);
         std::error_code ignored;
         if (!begun_.data_file.empty() && std::filesystem::exists(begun_.data_file, ignored)) {
             said_ += fmt::format("data file {} removed\n", begun_.data_file);
@@ -54,55 +54,29 @@ class Undo {
 
   private:
     void undo_in_database(const Options& options) {
+        const std::string& external = begun_.external;
         try {
             Session session(options);
             session.show_raised(Raised::silent);
             zmFBConn& connection = session.connection_to_any();
-            if (!begun_.external.empty()) drop_objects(connection);
-            tell_of_replaced(connection);
+            if (external_file_of(connection, external) != begun_.data_file) return;
+            if (!drop_table(connection, external)) return not_dropped();
+            said_ += fmt::format("external table {} dropped\n", to_utf8(external));
         } catch (const Failure& failure) {
             said_ += fmt::format("{}\n{}\n", failure.message, failure.detail);
-            if (!external_done_ && !begun_.external.empty()) not_dropped("external table", begun_.external);
-            if (!begun_.table.empty()) not_dropped("table", begun_.table);
+            not_dropped();
         }
     }
-    void drop_objects(zmFBConn& connection) {
-        if (external_file_of(connection, begun_.external) == begun_.data_file) {
-            drop(connection, "external table", begun_.external);
-        }
-        external_done_ = true;
-        if (begun_.table.empty()) return;
-        if (is_table(connection, begun_.table)) drop(connection, "table", begun_.table);
-        for (const char* end : {"_I", "_D"}) {
-            const std::string generator = "G_" + begun_.table + end;
-            if (is_there(connection, ObjectKind::generator, Name(generator)))
-                static_cast<void>(connection(m::executeupdate, "DROP GENERATOR " + generator));
-        }
-    }
-    void tell_of_replaced(zmFBConn& connection) {
-        if (begun_.replaced.empty() || is_table(connection, begun_.replaced)) return;
-        said_ += fmt::format("the table {} that was there before is gone: it had been dropped already\n",
-                             to_utf8(begun_.replaced));
-    }
-    void drop(zmFBConn& connection, std::string_view kind, const std::string& table) {
-        if (drop_table(connection, table)) {
-            said_ += fmt::format("{} {} dropped\n", kind, to_utf8(table));
-        } else {
-            not_dropped(kind, table);
-        }
-    }
-    void not_dropped(std::string_view kind, const std::string& table) {
+    void not_dropped() {
         all_undone_ = false;
-        const std::string command = table == begun_.external
-                                        ? fmt::format("zmfb exec \"drop table {}\"", to_utf8(table))
-                                        : fmt::format("zmfb call 'droptable(\"{}\")'", to_utf8(table));
-        said_ += fmt::format("{} {} could not be dropped; when it is still there, this drops it: {}\n", kind,
-                             to_utf8(table), command);
+        said_ += fmt::format(
+            "external table {0} could not be dropped; when it is still there, this drops it: zmfb exec "
+            "\"drop table {0}\"\n",
+            to_utf8(begun_.external));
     }
 
     const Begun& begun_;
     std::string said_;
-    bool external_done_ = false;
     bool all_undone_ = true;
 };
 

@@ -1,4 +1,4 @@
-/// Taking back what an import or export that did not come to its end has made.
+/// Taking back what an export that did not come to its end has made.
 #pragma once
 
 #include <string>
@@ -8,19 +8,17 @@
 
 namespace zmfb::tool {
 
-/// What a run of an import or export has begun: what it may have made, and so what may be taken back.
+/// What an export has begun: what it may have made, and so what may be taken back.
 struct Begun {
-    std::string table;      ///< ISO-8859-1, upper case; "" when none is made
-    std::string external;   ///< its external table; "" when none is made
+    std::string external;   ///< an external table, ISO-8859-1, upper case; "" when none is made
     std::string data_file;  ///< the file behind it
     std::string folder;     ///< a private folder, removed with all in it
-    std::string replaced;   ///< the table that was dropped for it, or was about to be; "" for none
 };
 
 /// How the work is spoken of.
 struct Spoken {
-    std::string of;      ///< "the import of people.dbf"
-    std::string failed;  ///< "people.dbf was not imported"
+    std::string of;      ///< "the export of people"
+    std::string failed;  ///< "people was not exported"
 };
 
 /// After work that did not return: removes what there is of it, and only an external table that lies on its
