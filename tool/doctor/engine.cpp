@@ -140,7 +140,7 @@ Finding check_external_tables(Session& session) {
     if (tried.ok()) return {"external tables", State::ok, "a row was written and read"};
     const std::string_view hint = hint_for(tried.message());
     return {"external tables", State::bad, tried.message(),
-            std::string(hint.empty() ? "import and export need them; docs/deployment.md says how" : hint)};
+            std::string(hint.empty() ? "bringdbf and exports need them; docs/deployment.md says how" : hint)};
 }
 
 }  // namespace zmfb::tool
