@@ -103,7 +103,6 @@ std::size_t row_size(const dbf::Header& header) {
     return size;
 }
 
-// Texts of up to 255 characters stand where they are; a longer one would make a piece of few rows.
 PlannedColumn planned(std::size_t place, std::string definition, Kind kind, std::size_t width,
                       std::string description = {}) {
     return {
