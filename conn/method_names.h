@@ -30,16 +30,19 @@ class MethodName {
   private:
     // The table is in byte order of the names: as many rows stand before a method as have lesser names.
     static consteval std::size_t find(std::string_view name) {
-        const MethodRow* found = nullptr;
+        bool is_there = false;
+        std::size_t most = 0;
         std::size_t before = 0;
         for (const auto rows : declared::subjects) {
             for (const MethodRow& row : rows) {
                 if (row.name < name) ++before;
-                if (row.name == name && found == nullptr) found = &row;
+                if (row.name != name || is_there) continue;
+                is_there = true;
+                most = row.parameters.size();
             }
         }
-        if (found == nullptr) throw "no method of that name";
-        if (Arguments > found->parameters.size()) throw "more arguments than the method takes";
+        if (!is_there) throw "no method of that name";
+        if (Arguments > most) throw "more arguments than the method takes";
         return before;
     }
 
