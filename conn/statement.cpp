@@ -9,40 +9,40 @@
 namespace zmfb {
 namespace {
 
-Value assembled(Self& self, std::string_view statement, const Parameters& parameters) {
-    return call(self, "assemblestatement", statement, parameters.array());
+Value assembled(Self& self, std::string_view statement, const Placeholders& placeholders) {
+    return call(self, "assemblestatement", statement, placeholders.array());
 }
 
 // "" or the SQLCODE error text.
-Value run(Self& self, std::string_view statement, const Parameters& parameters) {
-    return call(self, "executeupdate", assembled(self, statement, parameters));
+Value run(Self& self, std::string_view statement, const Placeholders& placeholders) {
+    return call(self, "executeupdate", assembled(self, statement, placeholders));
 }
 
 }  // namespace
 
-void Parameters::add(std::string_view placeholder, const Value& value) {
+void Placeholders::add(std::string_view placeholder, const Value& value) {
     array_.push(host::array_of(placeholder, value));
 }
 
-std::string filled(std::string_view statement, const Parameters& parameters) {
-    return sql::filled(statement, parameters.array()).string();
+std::string filled(std::string_view statement, const Placeholders& placeholders) {
+    return sql::filled(statement, placeholders.array()).string();
 }
 
-Value select(Self& self, std::string_view statement, const Parameters& parameters) {
-    return call(self, "internalselect", assembled(self, statement, parameters));
+Value select(Self& self, std::string_view statement, const Placeholders& placeholders) {
+    return call(self, "internalselect", assembled(self, statement, placeholders));
 }
 
 Value first_number(const Value& result) {
     return host::has_row(result) ? host::val(host::data_rows(result)[0][1]) : Value(0);
 }
 
-bool update(Self& self, std::string_view statement, const Parameters& parameters) {
-    return host::empty(run(self, statement, parameters));
+bool update(Self& self, std::string_view statement, const Placeholders& placeholders) {
+    return host::empty(run(self, statement, placeholders));
 }
 
-bool update_or_raise(Self& self, std::string_view statement, const Parameters& parameters,
+bool update_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
                      const Value& message) {
-    const Value failure = run(self, statement, parameters);
+    const Value failure = run(self, statement, placeholders);
     if (host::empty(failure)) return true;
     conn::raiseerror(message + failure);
     return false;

@@ -11,17 +11,17 @@
 namespace zmfb {
 
 /// What a placeholder of a template becomes.
-struct Parameter {
+struct Placeholder {
     std::string_view placeholder;
     Value value;
 };
 
 /// The pairs that a template is filled with, in their order: a value that holds a later placeholder is filled
 /// too.
-class Parameters {
+class Placeholders {
   public:
-    Parameters(std::initializer_list<Parameter> pairs) {
-        for (const Parameter& pair : pairs) add(pair.placeholder, pair.value);
+    Placeholders(std::initializer_list<Placeholder> pairs) {
+        for (const Placeholder& pair : pairs) add(pair.placeholder, pair.value);
     }
 
     /// Adds a pair behind the others.
@@ -34,18 +34,18 @@ class Parameters {
 };
 
 /// The filled template itself, for who sends it otherwise.
-std::string filled(std::string_view statement, const Parameters& parameters);
+std::string filled(std::string_view statement, const Placeholders& placeholders);
 
 /// The result of the filled query as internalselect gives it: a header, then the data rows; empty when it
 /// failed.
-Value select(Self& self, std::string_view statement, const Parameters& parameters);
+Value select(Self& self, std::string_view statement, const Placeholders& placeholders);
 /// The number that the first value of the first data row holds; 0 without a row.
 Value first_number(const Value& result);
 
 /// Whether the filled statement ran.
-bool update(Self& self, std::string_view statement, const Parameters& parameters);
+bool update(Self& self, std::string_view statement, const Placeholders& placeholders);
 /// The same; one that fails raises `message` followed by the SQLCODE error text.
-bool update_or_raise(Self& self, std::string_view statement, const Parameters& parameters,
+bool update_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
                      const Value& message);
 
 }  // namespace zmfb

@@ -13,7 +13,7 @@ struct SystemName {
     std::string_view placeholder;
     std::string_view name;
 
-    operator Parameter() const { return {placeholder, name}; }  // NOLINT: it stands among other pairs
+    operator Placeholder() const { return {placeholder, name}; }  // NOLINT: it stands among other pairs
 };
 
 /// Widths that table names and area ids must fit.

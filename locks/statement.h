@@ -6,10 +6,10 @@
 namespace zmfb::locks {
 
 /// A table name is upper-cased, the others go in as they are.
-Parameter tablename(const Value& tbl);
-Parameter recno(const Value& number);
-Parameter areaid(const Value& area);
-Parameter shared(bool is_shared);
+Placeholder tablename(const Value& tbl);
+Placeholder recno(const Value& number);
+Placeholder areaid(const Value& area);
+Placeholder shared(bool is_shared);
 
 /// Whether the first value of the first data row is a number above 0.
 bool counts_some(const Value& result);

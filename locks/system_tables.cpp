@@ -11,10 +11,10 @@ Value record_number_field(std::string_view name) { return host::array_of(name, "
 
 // An existing table is never looked into; one whose index fails stays without it.
 bool create_when_absent(Self& self, const SystemName& table, const Value& structure, std::string_view index,
-                        const Parameters& parameters) {
+                        const Placeholders& placeholders) {
     if (ask(self, "istable", table.name)) return true;
     if (!ask(self, "createtable", table.name, structure)) return false;
-    return update(self, index, parameters);
+    return update(self, index, placeholders);
 }
 
 }  // namespace

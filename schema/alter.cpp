@@ -18,11 +18,11 @@ Value addfield(Self& self, Args args) {
                 decimals = host::alltrim(host::str(fldstru[4]));
     const auto column = column_of_type(type);
     if (!column) return false;
-    Parameters parameters{{"@@TABLENAME", host::upper(tbl)}, {"@@FIELDDEF", column_template(*column)}};
-    add_size_parameters(parameters, *column, length, decimals);
-    parameters.add("@@FIELDNAME", name);
+    Placeholders placeholders{{"@@TABLENAME", host::upper(tbl)}, {"@@FIELDDEF", column_template(*column)}};
+    add_size_placeholders(placeholders, *column, length, decimals);
+    placeholders.add("@@FIELDNAME", name);
     const Value field = name + " Tabela: " + tbl + ";FB Error: ";
-    if (!update_or_raise(self, add_column, parameters, "Erro ao adicionar Campo: " + field)) return false;
+    if (!update_or_raise(self, add_column, placeholders, "Erro ao adicionar Campo: " + field)) return false;
 
     const Value descr = column_description(*column, length, decimals);
     if (descr.is_nil()) return true;
@@ -46,10 +46,10 @@ Value renamefield(Self& self, Args args) {
     constexpr std::string_view rename_column =
         "ALTER TABLE @@TABLENAME ALTER @@OLDFIELDNAME TO @@NEWFIELDNAME";
     const Value &tbl = args[0], &oldnm = args[1], &newnm = args[2];
-    const Parameters parameters{{"@@TABLENAME", host::alltrim(host::upper(tbl))},
-                                {"@@OLDFIELDNAME", host::alltrim(host::upper(oldnm))},
-                                {"@@NEWFIELDNAME", host::alltrim(host::upper(newnm))}};
-    return update_or_raise(self, rename_column, parameters,
+    const Placeholders placeholders{{"@@TABLENAME", host::alltrim(host::upper(tbl))},
+                                    {"@@OLDFIELDNAME", host::alltrim(host::upper(oldnm))},
+                                    {"@@NEWFIELDNAME", host::alltrim(host::upper(newnm))}};
+    return update_or_raise(self, rename_column, placeholders,
                            "Erro ao renomear Campo: " + oldnm + " Tabela: " + tbl + ";FB Error: ");
 }
 
@@ -57,10 +57,10 @@ Value setfieldposition(Self& self, Args args) {
     constexpr std::string_view move_column = "ALTER TABLE @@TABLENAME ALTER @@FIELDNAME POSITION @@FIELDPOS";
     const Value &tbl = args[0], &fstru = args[1], &pos = args[2];
     const Value name = host::alltrim(host::upper(fstru[1]));
-    const Parameters parameters{{"@@TABLENAME", host::alltrim(host::upper(tbl))},
-                                {"@@FIELDNAME", name},
-                                {"@@FIELDPOS", host::strzero(pos, 3)}};
-    return update_or_raise(self, move_column, parameters,
+    const Placeholders placeholders{{"@@TABLENAME", host::alltrim(host::upper(tbl))},
+                                    {"@@FIELDNAME", name},
+                                    {"@@FIELDPOS", host::strzero(pos, 3)}};
+    return update_or_raise(self, move_column, placeholders,
                            "Erro ao reposicionar Campo: " + name + " Tabela: " + tbl + ";FB Error: ");
 }
 
@@ -68,10 +68,10 @@ namespace {
 
 bool copy_to_auxiliary(Self& self, const Value& tbl, const Value& auxiliary, const Value& old_name) {
     constexpr std::string_view copy_column = "UPDATE @@TABLENAME SET @@NEWFIELDNAME = @@OLDFIELDNAME";
-    const Parameters parameters{{"@@TABLENAME", host::alltrim(host::upper(tbl))},
-                                {"@@NEWFIELDNAME", auxiliary[1]},
-                                {"@@OLDFIELDNAME", old_name}};
-    if (update_or_raise(self, copy_column, parameters,
+    const Placeholders placeholders{{"@@TABLENAME", host::alltrim(host::upper(tbl))},
+                                    {"@@NEWFIELDNAME", auxiliary[1]},
+                                    {"@@OLDFIELDNAME", old_name}};
+    if (update_or_raise(self, copy_column, placeholders,
                         "Erro ao popular AuxCampo: " + auxiliary[1] + " Tabela: " + tbl + ";FB Error: ")) {
         return true;
     }

@@ -39,10 +39,10 @@ std::optional<Column> column_of_type(const Value& type) {
     return {};
 }
 
-void add_size_parameters(Parameters& parameters, Column column, const Value& len, const Value& dec) {
+void add_size_placeholders(Placeholders& placeholders, Column column, const Value& len, const Value& dec) {
     const bool numeric = column == Column::numeric;
-    if (numeric || column == Column::character) parameters.add("@@FIELDLEN", len);
-    if (numeric) parameters.add("@@FIELDDEC", dec);
+    if (numeric || column == Column::character) placeholders.add("@@FIELDLEN", len);
+    if (numeric) placeholders.add("@@FIELDDEC", dec);
 }
 
 Value column_description(Column column, const Value& len, const Value& dec) {
@@ -63,7 +63,7 @@ Field field_of(const Value& descriptor) {
             .dec = host::alltrim(host::str(descriptor[4]))};
 }
 
-bool add_columns(Self& self, Parameters& parameters, const Value& table, const Value& structure) {
+bool add_columns(Self& self, Placeholders& placeholders, const Value& table, const Value& structure) {
     bool all_fit = true;
     for (const Value& descriptor : structure.items()) {
         const Field field = field_of(descriptor);
@@ -73,9 +73,9 @@ bool add_columns(Self& self, Parameters& parameters, const Value& table, const V
             all_fit = false;
             continue;
         }
-        parameters.add("@@FIELDS", column_template(*column) + Value(",@@FIELDS"));
-        parameters.add("@@FIELDNAME", field.name);
-        add_size_parameters(parameters, *column, field.len, field.dec);
+        placeholders.add("@@FIELDS", column_template(*column) + Value(",@@FIELDS"));
+        placeholders.add("@@FIELDNAME", field.name);
+        add_size_placeholders(placeholders, *column, field.len, field.dec);
     }
     return all_fit;
 }

@@ -16,8 +16,8 @@ std::string_view column_template(Column column);
 /// The kind of column of a field type, compared exactly with "C", "N", "D" and "L"; none for any other.
 std::optional<Column> column_of_type(const Value& type);
 
-/// Appends to `parameters` the pairs of a column's length and decimals, as far as its template has them.
-void add_size_parameters(Parameters& parameters, Column column, const Value& len, const Value& dec);
+/// Appends to `placeholders` the pairs of a column's length and decimals, as far as its template has them.
+void add_size_placeholders(Placeholders& placeholders, Column column, const Value& len, const Value& dec);
 
 /// What the description of such a column keeps of the field: "NUMERIC(<len>,<dec>)" or "LOGICAL". NIL: the
 /// column has no description.
@@ -33,9 +33,9 @@ struct Field {
 };
 Field field_of(const Value& descriptor);
 
-/// Appends to `parameters` the pairs that put a column for each field of `structure` in place of "@@FIELDS"
+/// Appends to `placeholders` the pairs that put a column for each field of `structure` in place of "@@FIELDS"
 /// and leave a fresh ",@@FIELDS" behind the last. Logs (level 0) and raises each field of a type other than
 /// C, N, D and L, and goes on; whether there was none.
-bool add_columns(Self& self, Parameters& parameters, const Value& table, const Value& structure);
+bool add_columns(Self& self, Placeholders& placeholders, const Value& table, const Value& structure);
 
 }  // namespace zmfb::schema

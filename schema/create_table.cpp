@@ -32,14 +32,14 @@ Start start(Self& self, const Value& tblname, const Value& structure, const Valu
 constexpr std::string_view create_statement = "CREATE TABLE @@TABLENAME( @@FIELDS, PRIMARY KEY(@@RECNO) )";
 
 bool create_relation(Self& self, const TableName& table, const Value& structure) {
-    Parameters parameters{{"@@TABLENAME", table.stored}};
-    if (!add_columns(self, parameters, table.stored, structure)) return false;
-    parameters.add("@@FIELDS", column_template(Column::area_identity) + Value(",@@FIELDS"));
-    parameters.add("@@FIELDS", column_template(Column::record_number));
-    parameters.add("@@RECNO", "RECNO");
-    parameters.add("@@AREAID", "RDD_AREAID");
-    parameters.add("@@FIELDLEN", "50");
-    return update_or_raise(self, create_statement, parameters, "Error on creating Table; FB Error: ");
+    Placeholders placeholders{{"@@TABLENAME", table.stored}};
+    if (!add_columns(self, placeholders, table.stored, structure)) return false;
+    placeholders.add("@@FIELDS", column_template(Column::area_identity) + Value(",@@FIELDS"));
+    placeholders.add("@@FIELDS", column_template(Column::record_number));
+    placeholders.add("@@RECNO", "RECNO");
+    placeholders.add("@@AREAID", "RDD_AREAID");
+    placeholders.add("@@FIELDLEN", "50");
+    return update_or_raise(self, create_statement, placeholders, "Error on creating Table; FB Error: ");
 }
 
 constexpr std::string_view driver_description = "Created by ZMRDDFIRE";
@@ -90,11 +90,11 @@ constexpr std::string_view insert_trigger =
     "NEW.@@AREAID = NULL;     END   END END ";
 
 bool create_insert_trigger(Self& self, const TableName& table) {
-    const Parameters parameters{{"@@TRIGGERNAME", table.stored + "_RECNO"},
-                                {"@@TABLENAME", table.stored},
-                                {"@@RECNO", "RECNO"},
-                                {"@@AREAID", "RDD_AREAID"}};
-    return update_or_raise(self, insert_trigger, parameters,
+    const Placeholders placeholders{{"@@TRIGGERNAME", table.stored + "_RECNO"},
+                                    {"@@TABLENAME", table.stored},
+                                    {"@@RECNO", "RECNO"},
+                                    {"@@AREAID", "RDD_AREAID"}};
+    return update_or_raise(self, insert_trigger, placeholders,
                            "Erro na criação da trigger Recno; FB Error: "_l1);
 }
 
@@ -103,8 +103,9 @@ constexpr std::string_view delete_trigger =
     "DECLARE VARIABLE IAUX INTEGER;BEGIN   IAUX = GEN_ID( G_@@TABLENAME_D, 1 ); END ";
 
 bool create_delete_trigger(Self& self, const TableName& table) {
-    const Parameters parameters{{"@@TRIGGERNAME", table.stored + "_DELETES"}, {"@@TABLENAME", table.stored}};
-    return update_or_raise(self, delete_trigger, parameters,
+    const Placeholders placeholders{{"@@TRIGGERNAME", table.stored + "_DELETES"},
+                                    {"@@TABLENAME", table.stored}};
+    return update_or_raise(self, delete_trigger, placeholders,
                            "Erro na criação da trigger Deletes; FB Error: "_l1);
 }
 
@@ -130,10 +131,10 @@ Value createtableexternal(Self& self, Args args) {
     const Start begin = start(self, tblname, structure, "A tabela já existe; Tabela: "_l1);
     if (begin != Start::create) return begin == Start::nothing;
     const Value stored = host::alltrim(host::upper(tblname));
-    Parameters parameters{{"@@TABLENAME", stored}, {"@@DATFILE", datfile}};
-    if (!add_columns(self, parameters, stored, structure)) return false;
-    parameters.add(",@@FIELDS", "");
-    return update_or_raise(self, external_statement, parameters,
+    Placeholders placeholders{{"@@TABLENAME", stored}, {"@@DATFILE", datfile}};
+    if (!add_columns(self, placeholders, stored, structure)) return false;
+    placeholders.add(",@@FIELDS", "");
+    return update_or_raise(self, external_statement, placeholders,
                            "Error on creating External Table; FB Error: ");
 }
 

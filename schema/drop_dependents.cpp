@@ -54,7 +54,7 @@ Value droptable(Self& self, Args args) {
 
 namespace {
 
-Parameters column_parameters(const Value& tbl, const Value& fldname) {
+Placeholders column_placeholders(const Value& tbl, const Value& fldname) {
     return {{"@@TABLENAME", host::alltrim(host::upper(tbl))},
             {"@@FIELDNAME", host::alltrim(host::upper(fldname))}};
 }
@@ -69,7 +69,7 @@ Value dropindexbasedonfield(Self& self, Args args) {
         "IDX.RDB$INDEX_NAME) WHERE IDX.RDB$RELATION_NAME = '@@TABLENAME' AND SEG.RDB$FIELD_NAME = "
         "'@@FIELDNAME'";
     const Value &tbl = args[0], &fldname = args[1];
-    const Value result = select(self, indexes_on_column, column_parameters(tbl, fldname));
+    const Value result = select(self, indexes_on_column, column_placeholders(tbl, fldname));
     return drop_each(result, [&](const Value& index) { return ask(self, "dropindex", index); });
 }
 
@@ -78,7 +78,7 @@ Value droptriggerbasedonfield(Self& self, Args args) {
         "SELECT RDB$DEPENDENT_NAME FROM RDB$DEPENDENCIES WHERE RDB$DEPENDED_ON_NAME = '@@TABLENAME' AND "
         "RDB$DEPENDENT_TYPE = 2 AND RDB$FIELD_NAME = '@@FIELDNAME'";
     const Value &tbl = args[0], &fldname = args[1];
-    const Value result = select(self, triggers_on_column, column_parameters(tbl, fldname));
+    const Value result = select(self, triggers_on_column, column_placeholders(tbl, fldname));
     return drop_each(result, [&](const Value& trigger) {
         // Asked while the trigger is there; index columns among them are left as they are.
         call(self, "getfieldsontrigger", trigger);
@@ -90,11 +90,11 @@ Value dropfield(Self& self, Args args) {
     constexpr std::string_view drop_column = "ALTER TABLE @@TABLENAME DROP @@FIELDNAME";
     const Value &tbl = args[0], &fldstru = args[1];
     const Value name = fldstru[1];
-    Parameters parameters{{"@@TABLENAME", host::alltrim(host::upper(tbl))}};
+    Placeholders placeholders{{"@@TABLENAME", host::alltrim(host::upper(tbl))}};
     if (!ask(self, "dropindexbasedonfield", tbl, name)) return false;
     if (!ask(self, "droptriggerbasedonfield", tbl, name)) return false;
-    parameters.add("@@FIELDNAME", name);
-    return update_or_raise(self, drop_column, parameters,
+    placeholders.add("@@FIELDNAME", name);
+    return update_or_raise(self, drop_column, placeholders,
                            "Erro ao deletar Campo: " + name + " Tabela: " + tbl + ";FB Error: ");
 }
 

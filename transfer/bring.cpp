@@ -169,30 +169,30 @@ bool Import::make_null_dates_trigger() {
         "CREATE TRIGGER T_@@TRIGGERNAME FOR @@TABLENAME ACTIVE BEFORE INSERT POSITION 0 AS BEGIN   @@IFS "
         "END ";
     if (!has_dates()) return true;
-    Parameters parameters{{"@@TRIGGERNAME", null_dates_name()}, {"@@TABLENAME", table}};
+    Placeholders placeholders{{"@@TRIGGERNAME", null_dates_name()}, {"@@TABLENAME", table}};
     for (std::size_t i = 0; i < fields.size(); ++i) {
         if (fields[i].type != 'D') continue;
-        parameters.add("@@IFS", null_date);
-        parameters.add("@@DATEFIELD", structure[i + 1][1]);
+        placeholders.add("@@IFS", null_date);
+        placeholders.add("@@DATEFIELD", structure[i + 1][1]);
     }
-    parameters.add("@@IFS", "");
-    return update(self, null_dates_trigger, parameters);
+    placeholders.add("@@IFS", "");
+    return update(self, null_dates_trigger, placeholders);
 }
 
 bool Import::copy() {
     constexpr std::string_view copy_rows = "INSERT INTO @@TABLENAME SELECT @@COLUMNS FROM @@EXTTABLE";
-    Parameters parameters{{"@@TABLENAME", table}, {"@@EXTTABLE", external_table()}};
-    for (const Value& field : structure.items()) parameters.add("@@COLUMNS", field[1] + ",@@COLUMNS");
+    Placeholders placeholders{{"@@TABLENAME", table}, {"@@EXTTABLE", external_table()}};
+    for (const Value& field : structure.items()) placeholders.add("@@COLUMNS", field[1] + ",@@COLUMNS");
     // The two driver columns behind the user's: the area's, and the record number that the table's own
     // trigger sets.
-    parameters.add("@@COLUMNS", "null,@@COLUMNS");
-    parameters.add("@@COLUMNS", "0");
+    placeholders.add("@@COLUMNS", "null,@@COLUMNS");
+    placeholders.add("@@COLUMNS", "0");
     // Counted before the copy, so that nothing of another file comes in, and after it, in case another
     // program has made the file its own between.
     const bool copied =
         holds_rows(self, "counttablerecords", external_table(), records, data_file) &&
         update_or_raise(
-            self, copy_rows, parameters,
+            self, copy_rows, placeholders,
             "Erro durante a transferência dos dados da tabela externa para tabela oficial; FB Error: "_l1) &&
         holds_rows(self, "gettablereccount", table, records, data_file);
     if (has_dates()) call(self, "droptrigger", "T_" + null_dates_name());

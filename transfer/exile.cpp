@@ -45,15 +45,15 @@ Value external_columns(const Value& structure) {
 bool copy_to_external_table(Self& self, const Value& tblname, const Value& ext_table,
                             const Value& structure) {
     constexpr std::string_view copy_rows = "INSERT INTO @@EXTTABLE SELECT @@COLUMNS FROM @@TABLENAME";
-    Parameters parameters{{"@@TABLENAME", tblname}, {"@@EXTTABLE", ext_table}};
+    Placeholders placeholders{{"@@TABLENAME", tblname}, {"@@EXTTABLE", ext_table}};
     for (const Value& field : structure.items()) {
         const bool is_date = field[2].text() == "D";
         const Value column = is_date ? "SkipPad('{{D}}'||" + field[1] + ")" : field[1];
-        parameters.add("@@COLUMNS", column + ",@@COLUMNS");
+        placeholders.add("@@COLUMNS", column + ",@@COLUMNS");
     }
-    parameters.add("@@COLUMNS", "'\n'");
+    placeholders.add("@@COLUMNS", "'\n'");
     return update_or_raise(
-        self, copy_rows, parameters,
+        self, copy_rows, placeholders,
         "Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: "_l1);
 }
 
