@@ -1,6 +1,7 @@
 // What an import may replace, and what it says of it.
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <random>
 
 #include "tests/support/dbf_builder.h"
 #include "tests/support/environment.h"
@@ -79,6 +80,42 @@ TEST_F(ImportReplace, TheOldRowsStayWhenTheNewOnesDoNotComeIn) {
                                     {"--db", path, "import", file("people.dbf"), "--replace", "--yes"});
     EXPECT_EQ(run.status, 1) << run.out;
     EXPECT_EQ(on(path, {"tables"}).out, before);
+}
+
+// The rows are there twice while they are moved, and there is room for one and a half times as many.
+TEST_F(ImportReplace, TheNewRowsStayBesideWhenTheyCannotTakeTheOldOnesPlace) {
+    if (on_server()) GTEST_SKIP() << "the server's disk is not that of the tool";
+    ASSERT_EQ(import("people.dbf").status, 0);
+    constexpr int records = 20000;
+    constexpr std::uintmax_t size = records * 250;
+    DbfBuilder dbf = DbfBuilder().field("NAME", 'C', 250);
+    std::mt19937 random;  // the engine keeps repeated characters in less room
+    for (int i = 0; i < records; ++i) {
+        std::string name = std::to_string(i) + ' ';
+        while (name.size() < 250) name += static_cast<char>('a' + random() % 26);
+        dbf.record({name});
+    }
+    dbf.write(file("people.dbf"));
+    const std::uintmax_t limit = std::filesystem::file_size(file("test.fdb")) + size * 3 / 2;
+    const std::vector<std::string> words{"--db", path, "import", file("people.dbf"), "--replace", "--yes"};
+    const Finished run = zmfb_after("ulimit -f " + std::to_string(limit / 512), words);
+    EXPECT_EQ(run.status, 1) << run.out;
+    EXPECT_NE(run.err.find("the table PEOPLE is dropped; the new records are whole in the table Z$PEOPLE\n"),
+              std::string::npos)
+        << run.err;
+    EXPECT_FALSE(is_there("PEOPLE"));
+    EXPECT_EQ(
+        on(path, {"query", "--mode", "csv", "select count(distinct name), max(recno) from Z$PEOPLE"}).out,
+        "COUNT,MAX\r\n20000,20000\r\n");
+    ASSERT_EQ(import("people.dbf").status, 0) << "the name is free again";
+    const Finished again = import("people.dbf");
+    EXPECT_EQ(again.status, 1);
+    EXPECT_NE(again.err.find("the table Z$PEOPLE is there, with the records of an import that was cut off; "
+                             "drop it first\n"),
+              std::string::npos)
+        << again.err;
+    EXPECT_EQ(on(path, {"drop", "--yes", "Z$PEOPLE"}).status, 0);
+    EXPECT_EQ(import("people.dbf").status, 0);
 }
 
 TEST_F(ImportReplace, IndexesAndGrantsComeBackAndThoseThatCannotAreNamed) {

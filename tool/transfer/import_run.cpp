@@ -27,6 +27,9 @@
 namespace zmfb::tool {
 namespace {
 
+// What is loaded beside a table that is there.
+std::string table_beside(const std::string& table) { return "Z$" + table.substr(0, longest_table - 2); }
+
 class Import {
   public:
     Import(Session& session, const ImportOptions& options, const std::string& file, ImportedSoFar& so_far,
@@ -65,6 +68,7 @@ class Import {
     }
 
     [[nodiscard]] bool sets_aside() const { return options_.on_bad_value == OnBadValue::set_aside; }
+    [[nodiscard]] bool is_added() const { return plan_.table_exists && options_.append; }
     [[nodiscard]] bool is_left_out(const dbf::Records& records) const {
         return options_.skip_deleted && records.deleted();
     }
@@ -72,6 +76,7 @@ class Import {
     void plan();
     void plan_records();
     void plan_existing();
+    [[nodiscard]] bool is_table_beside_whole() const;
     void plan_append();
     void look();
     void plan_set_aside();
@@ -80,12 +85,10 @@ class Import {
     [[nodiscard]] std::string what_goes() const;
     void load();
     void send(Transaction& work, const std::string& table);
-    void replace();
-    void append();
     [[nodiscard]] std::vector<DriverColumn> columns() const;
     void set_aside();
-    [[nodiscard]] bool dropped(zmFBConn& connection) const;
-    [[nodiscard]] bool dropped_anew() const;
+    [[nodiscard]] bool dropped(zmFBConn& connection);
+    [[nodiscard]] bool dropped_anew();
     [[noreturn]] void take_back(std::string why);
     template <class Visit>
     void for_each_record(const char* doing, Visit visit);
@@ -103,6 +106,7 @@ class Import {
     std::vector<std::uint64_t> aside_;  // the numbers of the records that are set aside
     Belongings belongings_;             // of the table that is there
     std::string beside_;                // what is loaded beside it; "" for nothing
+    bool is_whole_beside_ = false;      // and is to be kept when the other has gone
     bool has_set_aside_ = false;        // and there may be files of them
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
@@ -125,6 +129,12 @@ void Import::plan_records() {
                     counted(header.counted, "record", "records"), header.records));
 }
 
+bool Import::is_table_beside_whole() const {
+    const Name beside(table_beside(plan_.table));
+    return is_there(connection_, ObjectKind::relation, beside) &&
+           kind_of(connection_, beside) != TableKind::unfinished;
+}
+
 // What the driver has not made, or needs itself, is nothing to replace.
 void Import::plan_existing() {
     const Name table(plan_.table);
@@ -136,6 +146,10 @@ void Import::plan_existing() {
                                       : kind == TableKind::system ? "is the driver's own"
                                                                   : "was not made by the driver";
         plan_.refusals.push_back(fmt::format("{} is there already and {}", plan_.table, what));
+    } else if (is_table_beside_whole()) {
+        plan_.refusals.push_back(fmt::format(
+            "the table {} is there, with the records of an import that was cut off; drop it first",
+            table_beside(plan_.table)));
     } else if (options_.append) {
         plan_append();
     } else if (!options_.replace) {
@@ -238,22 +252,20 @@ std::string Import::what_goes() const {
 }
 
 void Import::load() try {
-    if (plan_.table_exists) beside_ = "Z$" + plan_.table.substr(0, longest_table - 2);
+    if (plan_.table_exists) beside_ = table_beside(plan_.table);
     const std::string& table = plan_.table_exists ? beside_ : plan_.table;
     begin_table(connection_, table, columns());
     {
         Transaction work(connection_);
         send(work, table);
-        if (!plan_.table_exists) finish_table(work, table, told_.records);
+        if (!is_added()) finish_table(work, table, told_.records);
         set_aside();
         work.commit();
     }
-    if (!plan_.table_exists) return;
-    if (options_.append) {
-        append();
-    } else {
-        replace();
-    }
+    if (is_added()) return add_rows(connection_, beside_, plan_.table, columns());
+    if (beside_.empty()) return;
+    is_whole_beside_ = true;
+    replace_with(connection_, beside_, plan_.table, columns(), told_.records, views_, belongings_.again);
 } catch (const SqlError& error) {
     take_back(error.message());
 } catch (const Cancelled&) {
@@ -263,21 +275,6 @@ void Import::load() try {
     take_back(is_own ? failure.detail : failure.message + "\n" + failure.detail);
 }
 
-// The rows are in a table beside the old one, which goes now.
-void Import::replace() {
-    drop_with_views(connection_, Name(plan_.table), views_);
-    begin_table(connection_, plan_.table, columns());
-    std::string names;
-    for (const PlannedColumn& column : plan_.columns) names += column.column.name + ",";
-    Transaction work(connection_);
-    work.execute(fmt::format("INSERT INTO {0} ({1}RECNO) SELECT {1}RECNO FROM {2} ORDER BY RECNO",
-                             plan_.table, names, beside_));
-    finish_table(work, plan_.table, told_.records);
-    for (const std::string& statement : belongings_.again) work.execute(statement);
-    work.commit();
-    drop_unfinished_table(connection_, beside_);
-}
-
 void Import::plan_append() {
     const std::vector<Name> names = column_names_of(connection_, Name(plan_.table));
     for (const PlannedColumn& column : plan_.columns) {
@@ -285,29 +282,6 @@ void Import::plan_append() {
         plan_.refusals.push_back(
             fmt::format("the table {} has no field {}", plan_.table, column.column.name));
     }
-}
-
-// Record numbers are the table's own to give. Those that rows took which do not stay count as deleted, so
-// that the table is not said to have them.
-void Import::append() {
-    std::string names, values;
-    for (const PlannedColumn& column : plan_.columns) {
-        const std::string& name = column.column.name;
-        names += (names.empty() ? "" : ",") + name;
-        values += (values.empty() ? ":C." : ",:C.") + name;
-    }
-    {
-        Transaction work(connection_);
-        work.execute(
-            fmt::format("EXECUTE BLOCK AS DECLARE K BIGINT = 0; BEGIN FOR SELECT {0} FROM {1} ORDER BY RECNO "
-                        "AS CURSOR C DO "
-                        "BEGIN INSERT INTO {2} ({0}) VALUES ({3}); K = K + 1; END WHEN ANY DO BEGIN IF "
-                        "(SQLSTATE NOT STARTING "
-                        "WITH '22') THEN K = K + 1; K = GEN_ID(G_{2}_D, K); EXCEPTION; END END",
-                        names, beside_, plan_.table, values));
-        work.commit();
-    }
-    drop_unfinished_table(connection_, beside_);
 }
 
 std::vector<DriverColumn> Import::columns() const {
@@ -348,16 +322,23 @@ void Import::set_aside() {
     reasons.close();
 }
 
-bool Import::dropped(zmFBConn& connection) const try {
+bool Import::dropped(zmFBConn& connection) try {
     drop_unfinished_table(connection, plan_.table);
-    if (!beside_.empty()) drop_unfinished_table(connection, beside_);
+    if (beside_.empty()) return true;
+    drop_unfinished_table(connection, beside_);
+    if (is_whole_beside_ && connection(m::istable, plan_.table)) {
+        drop_with_views(connection, Name(beside_), {});
+        is_whole_beside_ = false;
+    }
     return true;
 } catch (const std::exception&) {
+    return false;
+} catch (const Failure&) {
     return false;
 }
 
 // An attachment is of no more use when the database could not be written to, or the server went.
-bool Import::dropped_anew() const try {
+bool Import::dropped_anew() try {
     Session session(session_.options());
     session.show_raised(Raised::silent);
     return dropped(session.connection());
@@ -381,8 +362,14 @@ void Import::take_back(std::string why) {
             "its place\n",
             why.empty() || why.ends_with('\n') ? "" : "\n", plan_.table);
     }
+    if (is_whole_beside_) {
+        why += fmt::format("{}the table {} is dropped; the new records are whole in the table {}\n",
+                           why.empty() || why.ends_with('\n') ? "" : "\n", plan_.table, beside_);
+    }
     if (!interrupted()) throw Failure{Exit::failed, not_imported(report_.file), why};
-    throw Failure{ending_status(), fmt::format("the import of {} was interrupted, and undone", report_.file),
+    throw Failure{ending_status(),
+                  fmt::format("the import of {} was interrupted{}", report_.file,
+                              is_whole_beside_ ? "" : ", and undone"),
                   why};
 }
 

@@ -6,7 +6,9 @@
 #include <map>
 
 #include "tool/catalog.h"
+#include "tool/drop.h"
 #include "tool/reading.h"
+#include "tool/transfer/new_table.h"
 
 namespace zmfb::tool {
 namespace {
@@ -65,6 +67,47 @@ Belongings belongings_of(zmFBConn& connection, const Name& table, const std::vec
     add_indexes(connection, table, columns, all);
     add_grants(connection, table, all);
     return all;
+}
+
+void replace_with(zmFBConn& connection, const std::string& beside, const std::string& table,
+                  std::span<const DriverColumn> columns, std::uint64_t rows, const std::vector<Name>& views,
+                  const std::vector<std::string>& again) {
+    drop_with_views(connection, Name(table), views);
+    begin_table(connection, table, columns);
+    std::string names;
+    for (const DriverColumn& column : columns) names += column.name + ",";
+    {
+        Transaction work(connection);
+        work.execute(fmt::format("INSERT INTO {0} ({1}RECNO) SELECT {1}RECNO FROM {2} ORDER BY RECNO", table,
+                                 names, beside));
+        finish_table(work, table, rows);
+        for (const std::string& statement : again) work.execute(statement);
+        work.commit();
+    }
+    drop_with_views(connection, Name(beside), {});
+}
+
+// Record numbers are the table's own to give. Those that rows took which do not stay count as deleted, so
+// that the table is not said to have them.
+void add_rows(zmFBConn& connection, const std::string& beside, const std::string& table,
+              std::span<const DriverColumn> columns) {
+    std::string names, values;
+    for (const DriverColumn& column : columns) {
+        names += (names.empty() ? "" : ",") + column.name;
+        values += (values.empty() ? ":C." : ",:C.") + column.name;
+    }
+    {
+        Transaction work(connection);
+        work.execute(
+            fmt::format("EXECUTE BLOCK AS DECLARE K BIGINT = 0; BEGIN FOR SELECT {0} FROM {1} ORDER BY RECNO "
+                        "AS CURSOR C DO "
+                        "BEGIN INSERT INTO {2} ({0}) VALUES ({3}); K = K + 1; END WHEN ANY DO BEGIN IF "
+                        "(SQLSTATE NOT STARTING "
+                        "WITH '22') THEN K = K + 1; K = GEN_ID(G_{2}_D, K); EXCEPTION; END END",
+                        names, beside, table, values));
+        work.commit();
+    }
+    drop_unfinished_table(connection, beside);
 }
 
 }  // namespace zmfb::tool
