@@ -12,6 +12,7 @@
 #include <optional>
 #include <string_view>
 #include <thread>
+#include <type_traits>
 
 #include "zmfbconn/cancel.h"
 
@@ -41,7 +42,9 @@ struct State {
 
 // Made anew in a forked process, where the mutex may stand as the other thread had it; never destroyed, since
 // that thread goes on to the very end.
-State* state = new State;
+State before_signals_are_watched;
+State* state = &before_signals_are_watched;
+static_assert(std::is_trivially_destructible_v<State>);
 
 const sigset_t& awaited_signals() {
     static const sigset_t set = [] {
