@@ -71,8 +71,8 @@ TEST(SkipPadUdf, KnowsTheDaysOfEveryMonth) {
     for (const int year : {1, 4, 100, 400, 1899, 1900, 1996, 2000, 2007, 2008, 2100, 9996, 9999}) {
         for (int month = 1; month <= 12; ++month) {
             for (int day = 1; day <= 32; ++day) {
-                char date[32];
-                char text[32];
+                char date[48];
+                char text[48];
                 std::snprintf(date, sizeof date, "%04d%02d%02d", year, month, day);
                 std::snprintf(text, sizeof text, "{{D}}%04d-%02d-%02d", year, month, day);
                 EXPECT_EQ(take(skippad(text)), day <= days_in(year, month) ? date : text);
