@@ -5,12 +5,13 @@
 #include <cstdio>
 
 #include "tool/line_input.h"
+#include "tool/say.h"
 
 namespace zmfb::tool {
 
 bool confirm(std::string_view question) {
     std::fflush(stdout);
-    fmt::print(stderr, "{} [y/N] ", question);
+    say("{} [y/N] ", question);
     const std::string answer = LineInput::standard().next().value_or("");
     return answer == "y" || answer == "Y" || answer == "yes";
 }

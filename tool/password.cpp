@@ -10,6 +10,7 @@
 
 #include "tool/interrupt.h"
 #include "tool/line_input.h"
+#include "tool/say.h"
 
 namespace zmfb::tool {
 namespace {
@@ -82,7 +83,7 @@ void hide_password(int argc, char** argv) {
 std::optional<std::string> ask_for_password(const std::string& user, const std::string& database) {
     if (isatty(STDIN_FILENO) == 0) return std::nullopt;
     const NoEcho no_echo;
-    fmt::print(stderr, "Password of {} on {}: ", user, database);
+    say("Password of {} on {}: ", user, database);
     return LineInput::standard().next();
 }
 

@@ -14,6 +14,7 @@
 #include "tool/output.h"
 #include "tool/password.h"
 #include "tool/rows/shown_text.h"
+#include "tool/say.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
@@ -32,7 +33,7 @@ void print_indented(std::string_view detail) {
     while (!detail.empty()) {
         const std::string_view line = detail.substr(0, detail.find('\n'));
         const std::size_t blanks = std::min(line.find_first_not_of(' '), line.size());
-        fmt::print(stderr, "  {}\n", without_controls(line.substr(blanks)));
+        say("  {}\n", without_controls(line.substr(blanks)));
         detail.remove_prefix(std::min(detail.size(), line.size() + 1));
     }
 }
@@ -42,11 +43,11 @@ void print_raised(std::string text, Raised how) {
     if (how == Raised::silent || interrupted()) return;
     std::fflush(stdout);
     if (how == Raised::one_line) {
-        fmt::print(stderr, "raised: {}\n", without_controls(text));
+        say("raised: {}\n", without_controls(text));
         return;
     }
     const std::size_t first = std::min(text.find(';'), text.size());
-    fmt::print(stderr, "raised: {}\n", without_controls(std::string_view(text).substr(0, first)));
+    say("raised: {}\n", without_controls(std::string_view(text).substr(0, first)));
     std::ranges::replace(text, ';', '\n');
     print_indented(std::string_view(text).substr(std::min(first + 1, text.size())));
 }
@@ -54,10 +55,10 @@ void print_raised(std::string text, Raised how) {
 }  // namespace
 
 void print_error(std::string_view message, std::string_view detail, std::string_view hint) {
-    fmt::print(stderr, "error: {}\n", lines_without_controls(message));
+    say("error: {}\n", lines_without_controls(message));
     print_indented(detail);
     if (hint.empty()) hint = hint_for(detail);
-    if (!hint.empty()) fmt::print(stderr, "hint: {}\n", hint);
+    if (!hint.empty()) say("hint: {}\n", hint);
 }
 
 void print_failure(const Failure& failure) {

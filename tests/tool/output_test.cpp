@@ -40,6 +40,19 @@ INSTANTIATE_TEST_SUITE_P(
                       std::vector<std::string>{"matrix", "check", "MATRIX"},
                       std::vector<std::string>{"generate", "man"}, std::vector<std::string>{"--help"}));
 
+TEST_F(Output, OfAnErrorThatCannotBeWrittenLeavesTheStatus) {
+    struct Case {
+        int status;
+        std::vector<std::string> words;
+    };
+    for (const Case& one : {Case{1, {"--db", path, "import", file("nosuch.dbf")}},
+                            Case{1, {"--db", path, "struct", "nosuch"}}, Case{2, {"nosuch"}}}) {
+        EXPECT_EQ(zmfb_after("exec 2> /dev/full", one.words).status, one.status) << one.words.back();
+        EXPECT_EQ(zmfb_after("exec > /dev/full 2> /dev/full", one.words).status, one.status)
+            << one.words.back();
+    }
+}
+
 TEST_F(Output, OfAShellThatCannotBeWrittenEndsIt) {
     zmfb_after("exec < '" + file("script") + "' > /dev/full", {"--db", path, "shell"});
     EXPECT_EQ(on(path, {"query", "--mode", "csv", "select count(*) from t where a = 1"}).out,

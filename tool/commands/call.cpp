@@ -8,6 +8,7 @@
 #include "tool/line_input.h"
 #include "tool/literal.h"
 #include "tool/output.h"
+#include "tool/say.h"
 #include "tool/shell/names.h"
 #include "tool/suggest.h"
 
@@ -25,7 +26,7 @@ bool is_failure_text(const Value& result) {
 void suggest_method(const std::string& name) {
     if (is_method(name)) return;
     const std::string nearest = nearest_name(name, method_names());
-    if (!nearest.empty()) fmt::print(stderr, "hint: did you mean {}?\n", nearest);
+    if (!nearest.empty()) say("hint: did you mean {}?\n", nearest);
 }
 
 Exit evaluate(Session& session, const Call& call) {
@@ -69,7 +70,7 @@ Exit call_command(Session& session, const std::vector<std::string>& expressions)
         }
     }
     if (session.options().database.empty()) {
-        fmt::print(stderr, "note: no database given (--db, ZMFB_DB); the object is not attached\n");
+        say("note: no database given (--db, ZMFB_DB); the object is not attached\n");
     }
     Exit status = Exit::ok;
     for (const auto& call : calls) {

@@ -16,6 +16,7 @@
 #include "tool/interrupt.h"
 #include "tool/json.h"
 #include "tool/output_file.h"
+#include "tool/say.h"
 #include "tool/transfer/export_check.h"
 #include "tool/transfer/supervised.h"
 #include "tool/transfer/undo.h"
@@ -84,8 +85,7 @@ std::string nameable_table(zmFBConn& connection, const std::string& table) {
 
 void report_check(const std::string& table, const ExportCheck& check) {
     if (check.refusals.empty()) {
-        for (const std::string& warning : check.warnings)
-            fmt::print(stderr, "warning: {}: {}\n", table, warning);
+        for (const std::string& warning : check.warnings) say("warning: {}: {}\n", table, warning);
         return;
     }
     std::string reasons;

@@ -9,6 +9,7 @@
 #include "tool/confirm.h"
 #include "tool/encoding.h"
 #include "tool/json.h"
+#include "tool/say.h"
 #include "tool/text_table.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
@@ -157,11 +158,10 @@ Exit unlock_command(Session& session, const std::string& table, bool yes) {
 Exit clear_command(Session& session, bool yes) {
     zmFBConn& connection = session.connection();
     if (!yes) {
-        fmt::print(stderr,
-                   "This forgets all open tables, table locks and record locks of everybody, at once.\n"
-                   "It is DANGEROUS while anyone works on the database: two programs may then change one "
-                   "record at the\n"
-                   "same time. Do it only after a crash, when you are the only one who uses the database.\n");
+        say("This forgets all open tables, table locks and record locks of everybody, at once.\n"
+            "It is DANGEROUS while anyone works on the database: two programs may then change one "
+            "record at the\n"
+            "same time. Do it only after a crash, when you are the only one who uses the database.\n");
         if (!confirm("Clear the system tables?")) throw Failure{Exit::failed, "nothing was cleared"};
     }
     // The method answers for the registrations alone; a table of locks that it could not clear, it raises.

@@ -12,6 +12,7 @@
 #include "tool/json.h"
 #include "tool/output.h"
 #include "tool/rows/shown_text.h"
+#include "tool/say.h"
 #include "tool/shell/names.h"
 #include "tool/sql.h"
 #include "tool/suggest.h"
@@ -78,7 +79,7 @@ void Shell::guarded(const std::function<void()>& run) {
     }
     if (session_.raised().size() != raised_before) failed_ = true;
     flush_output();
-    if (timer_) fmt::print(stderr, "time: {:.3f} s\n", seconds_since(start));
+    if (timer_) say("time: {:.3f} s\n", seconds_since(start));
 }
 
 void Shell::take(const std::string& line) {

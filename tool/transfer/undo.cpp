@@ -9,6 +9,7 @@
 #include "tool/catalog.h"
 #include "tool/encoding.h"
 #include "tool/interrupt.h"
+#include "tool/say.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
 
@@ -105,8 +106,7 @@ bool drop_leftover(zmFBConn& connection, const std::string& external) {
     if (is_table(connection, external)) return false;
     std::error_code ignored;
     std::filesystem::remove(file, ignored);
-    fmt::print(stderr, "note: dropped the external table {} that an earlier run had left\n",
-               to_utf8(external));
+    say("note: dropped the external table {} that an earlier run had left\n", to_utf8(external));
     return true;
 }
 
