@@ -42,7 +42,7 @@ std::string nearest_name(std::string_view typed, std::span<const std::string> na
     std::size_t nearest = wanted.size() / 3 + 1;  // one more than what is allowed
     std::string found;
     for (const std::string& name : names) {
-        const auto [shorter, longer] = std::minmax(name.size(), wanted.size());
+        const auto [shorter, longer] = std::minmax({name.size(), wanted.size()});
         if (longer - shorter >= nearest) continue;  // each letter more is one put in
         const std::size_t distance = edit_distance(wanted, lower(name));
         if (distance >= nearest) continue;
