@@ -35,6 +35,7 @@ Statement Transaction::prepare(std::string_view sql) {
 
 void set_database_encoding(zmFBConn& connection, std::string_view name) {
     const auto session = typed::Session::of(connection);
+    if (session->encoding().name() == name) return;
     auto encoding = typed::Encoding::named(std::string(name));
     if (encoding == nullptr)
         typed::refuse(typed::no_such_set, fmt::format("{} is no set of one byte a character", name));
