@@ -9,6 +9,7 @@
 
 #include "tool/encoding.h"
 #include "tool/transfer/number_fit.h"
+#include "zmfbconn/decimal.h"
 
 namespace zmfb::tool {
 namespace {
@@ -28,13 +29,6 @@ std::string shown_stamp(dbf::Timestamp stamp) {
     return fmt::format("{} {:02}:{:02}:{:02}.{:03}", shown_day(std::chrono::year_month_day(day)),
                        time.hours().count(), time.minutes().count(), time.seconds().count(),
                        time.subseconds().count());
-}
-
-std::string shown_currency(std::int64_t ten_thousandths) {
-    const bool negative = ten_thousandths < 0;
-    const auto size = negative ? 0 - static_cast<std::uint64_t>(ten_thousandths)
-                               : static_cast<std::uint64_t>(ten_thousandths);
-    return fmt::format("{}{}.{:04}", negative ? "-" : "", size / 10000, size % 10000);
 }
 
 // A decimal without zeros that say nothing: "-0012.500" is "-12.5". One with an exponent stays.
@@ -117,7 +111,7 @@ struct ValueReader::ToText {
     std::optional<std::string> operator()(bool value) const { return value ? "T" : "F"; }
     std::optional<std::string> operator()(std::int32_t value) const { return std::to_string(value); }
     std::optional<std::string> operator()(dbf::Currency value) const {
-        return shown_currency(value.ten_thousandths);
+        return to_string(Decimal(value.ten_thousandths, 4));
     }
     std::optional<std::string> operator()(double value) const { return real_text(value); }
     std::optional<std::string> operator()(dbf::Timestamp value) const { return shown_stamp(value); }
