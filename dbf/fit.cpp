@@ -69,11 +69,10 @@ bool is_consistent(const Fit& way, const Described& described, const Announced& 
 }  // namespace
 
 std::size_t record_size_of(const std::vector<Field>& fields, bool long_texts) {
-    constexpr std::size_t unit = 256;
     std::size_t size = 1;
     for (const Field& field : fields) {
-        size += field.length;
-        if (long_texts && field.type == 'C') size += unit * static_cast<std::size_t>(field.decimals);
+        const bool is_long = long_texts && field.type == 'C';
+        size += is_long ? long_text_length(field.length, field.decimals) : field.length;
     }
     return size;
 }

@@ -138,7 +138,7 @@ class Reading {
         std::size_t offset = 1;
         for (Field field : described.fields) {
             if (field.type == 'C' && fit.long_texts)
-                field.length += 256 * static_cast<std::size_t>(field.decimals);
+                field.length = long_text_length(field.length, field.decimals);
             if (field.type == 'C') field.decimals = 0;
             field.offset = offset;
             offset += field.length;

@@ -72,10 +72,14 @@ std::string make_descriptor(const Descriptor& descriptor) {
     return bytes;
 }
 
-Descriptor with_long_text(Descriptor descriptor) {
+std::size_t long_text_length(std::size_t length, int decimals) {
     constexpr std::size_t unit = 256;
+    return length + unit * static_cast<std::size_t>(decimals);
+}
+
+Descriptor with_long_text(Descriptor descriptor) {
     if (descriptor.type != 'C') return descriptor;
-    descriptor.length += unit * static_cast<std::size_t>(descriptor.decimals);
+    descriptor.length = long_text_length(descriptor.length, descriptor.decimals);
     descriptor.decimals = 0;
     return descriptor;
 }

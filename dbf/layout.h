@@ -58,7 +58,9 @@ struct Descriptor {
 Descriptor read_descriptor(std::string_view bytes);
 /// Its bytes; the length has to be below 256.
 std::string make_descriptor(const Descriptor& descriptor);
-/// A text field with decimals is a long one: 256 bytes more for each of them, and no decimals.
+/// The length of a text whose decimals count, too: 256 bytes more for each of them.
+std::size_t long_text_length(std::size_t length, int decimals);
+/// A text field with decimals is a long one, and has no decimals.
 Descriptor with_long_text(Descriptor descriptor);
 
 }  // namespace zmfb::dbf
