@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 #include "tool/catalog.h"
 #include "tool/interrupt.h"
@@ -35,6 +37,14 @@ void drop_with_views(zmFBConn& connection, const Name& table, const std::vector<
 } catch (const Cancelled&) {
     begin_undoing();
     throw Failure{ending_status(), what_was_dropped(connection, table, views)};
+}
+
+bool wait_while_in_use(std::string_view message, int attempt) {
+    constexpr int attempts = 20;
+    constexpr auto pause = std::chrono::milliseconds(250);
+    if (message.find("is in use") == std::string_view::npos || attempt == attempts) return false;
+    std::this_thread::sleep_for(pause);
+    return true;
 }
 
 }  // namespace zmfb::tool

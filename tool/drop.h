@@ -1,6 +1,7 @@
 /// Dropping a table of the driver with all that belongs to it.
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "tool/name.h"
@@ -11,5 +12,9 @@ namespace zmfb::tool {
 /// Drops the views, all of plain names, then the table and its generators. Throws Failure at the first thing
 /// that fails; what was dropped before that stays dropped.
 void drop_with_views(zmFBConn& connection, const Name& table, const std::vector<Name>& views);
+
+/// Whether a drop that the engine has refused with these words is worth another attempt after this one, from
+/// 1 on: it lets go of what a killed process had in use only when it notices its death. Waits a little then.
+bool wait_while_in_use(std::string_view message, int attempt);
 
 }  // namespace zmfb::tool

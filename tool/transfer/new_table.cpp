@@ -2,16 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <chrono>
-#include <thread>
-
 #include "tool/catalog.h"
+#include "tool/drop.h"
 
 namespace zmfb::tool {
 namespace {
-
-constexpr int attempts = 20;
-constexpr auto pause = std::chrono::milliseconds(250);
 
 void drop_generators(Transaction& work, const std::string& table) {
     for (const char* end : {"_I", "_D"}) {
@@ -56,9 +51,7 @@ bool drop_unfinished_table(zmFBConn& connection, const std::string& table) {
             work.commit();
             break;
         } catch (const SqlError& error) {
-            const bool in_use = error.message().find("is in use") != std::string::npos;
-            if (!in_use || attempt == attempts) throw;
-            std::this_thread::sleep_for(pause);
+            if (!wait_while_in_use(error.message(), attempt)) throw;
         }
     }
     Transaction work(connection);

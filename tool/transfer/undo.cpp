@@ -2,11 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <chrono>
 #include <filesystem>
-#include <thread>
 
 #include "tool/catalog.h"
+#include "tool/drop.h"
 #include "tool/encoding.h"
 #include "tool/interrupt.h"
 #include "tool/say.h"
@@ -16,8 +15,6 @@
 namespace zmfb::tool {
 namespace {
 
-constexpr int attempts = 20;
-constexpr auto pause = std::chrono::milliseconds(250);
 constexpr std::string_view data_file_prefix = "/tmp/zmrdd";
 
 // A refused question is no answer: it throws Failure.
@@ -25,14 +22,12 @@ bool is_table(zmFBConn& connection, const std::string& table) {
     return is_there(connection, ObjectKind::relation, Name(table));
 }
 
-// The engine lets go of what a killed process had in use only when it notices its death.
 bool drop_table(zmFBConn& connection, const std::string& table) {
     for (int attempt = 1;; ++attempt) {
         static_cast<void>(connection(m::executeupdate, "DROP TABLE " + table));
-        const bool in_use = last_engine_message().find("is in use") != std::string::npos;
+        const std::string said = last_engine_message();
         if (!is_table(connection, table)) return true;
-        if (!in_use || attempt == attempts) return false;
-        std::this_thread::sleep_for(pause);
+        if (!wait_while_in_use(said, attempt)) return false;
     }
 }
 
