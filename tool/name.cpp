@@ -12,9 +12,9 @@ namespace zmfb::tool {
 namespace {
 
 std::string in_quotes(std::string_view text) {
-    std::string all = "\"";
-    for (const char c : text) all.append(c == '"' ? 2 : 1, c);
-    return all + '"';
+    std::string all;
+    add_in_quotes(all, text);
+    return all;
 }
 
 std::string_view between_blanks(std::string_view text) {
@@ -37,9 +37,7 @@ std::string unquoted(std::string_view text) {
 Name::Name(std::string_view bytes) : bytes_(bytes.substr(0, bytes.find_last_not_of(' ') + 1)) {}
 
 bool Name::is_plain() const {
-    const auto letter = [](char c) { return c >= 'A' && c <= 'Z'; };
-    const auto inner = [&](char c) { return letter(c) || (c >= '0' && c <= '9') || c == '_' || c == '$'; };
-    return !bytes_.empty() && letter(bytes_[0]) && std::ranges::all_of(bytes_, inner);
+    return !bytes_.empty() && begins_plain(bytes_[0]) && std::ranges::all_of(bytes_, tool::is_plain);
 }
 
 std::string Name::quoted() const { return in_quotes(bytes_); }
@@ -47,6 +45,10 @@ std::string Name::quoted() const { return in_quotes(bytes_); }
 std::string Name::text() const { return is_utf8(bytes_) ? bytes_ : to_utf8(bytes_); }
 
 std::string Name::shown() const { return is_plain() ? bytes_ : in_quotes(text()); }
+
+bool begins_plain(char c) { return c >= 'A' && c <= 'Z'; }
+
+bool is_plain(char c) { return begins_plain(c) || (c >= '0' && c <= '9') || c == '_' || c == '$'; }
 
 Name typed_name(std::string_view typed) {
     const std::string_view text = between_blanks(typed);

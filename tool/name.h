@@ -33,6 +33,12 @@ class Name {
     std::string bytes_;
 };
 
+/// @{
+/// Whether a plain name may begin with that character, or have it in it.
+bool begins_plain(char c);
+bool is_plain(char c);
+/// @}
+
 /// The name that a person means (UTF-8): as it stands between double quotes, in upper case and without the
 /// blanks around it otherwise.
 Name typed_name(std::string_view typed);

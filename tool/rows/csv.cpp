@@ -1,4 +1,5 @@
 #include "tool/rows/row_writer.h"
+#include "tool/rows/shown_text.h"
 
 namespace zmfb::tool {
 namespace {
@@ -8,12 +9,7 @@ void add_field(std::string& line, std::string_view text) {
         line += text;
         return;
     }
-    line += '"';
-    for (const char c : text) {
-        if (c == '"') line += '"';
-        line += c;
-    }
-    line += '"';
+    add_in_quotes(line, text);
 }
 
 class CsvWriter : public RowWriter {

@@ -58,6 +58,12 @@ std::string lines_without_controls(std::string_view utf8) {
     }
 }
 
+void add_in_quotes(std::string& line, std::string_view text) {
+    line += '"';
+    for (const char c : text) line.append(c == '"' ? 2 : 1, c);
+    line += '"';
+}
+
 std::size_t count_characters(std::string_view utf8) {
     return static_cast<std::size_t>(std::ranges::count_if(utf8, starts_character));
 }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "tool/name.h"
+
 namespace zmfb::tool {
 namespace {
 
@@ -12,10 +14,6 @@ constexpr std::string_view invalid = "is no valid name";
 constexpr std::string_view reserved_word = "is a reserved word";
 constexpr std::string_view of_the_driver = "is the name of a column of the driver's own";
 constexpr std::string_view repeated = "is there twice";
-
-bool is_letter(char c) { return c >= 'A' && c <= 'Z'; }
-
-bool is_plain_character(char c) { return is_letter(c) || (c >= '0' && c <= '9') || c == '_' || c == '$'; }
 
 bool is_of_the_driver(std::string_view name) {
     return name == "RECNO" || name == "RDD_AREAID" || name.starts_with("RDDIDX_") ||
@@ -35,8 +33,8 @@ std::string numbered(std::string_view name, std::size_t longest, const std::set<
 std::string plain_form(std::string_view name, std::string_view prefix) {
     std::string plain(name);
     std::ranges::replace_if(
-        plain, [](char c) { return !is_plain_character(c); }, '_');
-    return plain.empty() || !is_letter(plain[0]) ? std::string(prefix) + plain : plain;
+        plain, [](char c) { return !is_plain(c); }, '_');
+    return plain.empty() || !begins_plain(plain[0]) ? std::string(prefix) + plain : plain;
 }
 
 std::set<std::string> reserved_later(const std::vector<std::string>& names) {

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "tool/rows/shown_text.h"
 #include "tool/transfer/number_fit.h"
 
 namespace zmfb::tool {
@@ -10,9 +11,9 @@ namespace {
 constexpr std::size_t listed = 20;
 
 std::string quoted(std::string_view text) {
-    std::string all = "\"";
-    for (const char c : text) all += c == '"' ? std::string("\"\"") : std::string(1, c);
-    return all + '"';
+    std::string all;
+    add_in_quotes(all, text);
+    return all;
 }
 
 }  // namespace
