@@ -42,12 +42,12 @@ void check_shell(std::string_view source) {
     const tool::Input kind = tool::input_of(source);
     require(kind != tool::Input::nothing || tool::first_word(source).empty(), "nothing has no first word");
     for (std::string_view rest = source; !rest.empty();) {
-        const auto end = tool::end_of_statement(rest);
+        const auto end = tool::StatementScan().end_in(rest);
         if (!end) break;
         require(*end > 0 && *end <= rest.size() && rest[*end - 1] == ';',
                 "a statement ends behind its semicolon");
         const std::string_view statement = rest.substr(0, *end);
-        require(tool::end_of_statement(statement) == end, "a statement ends where it ended");
+        require(tool::StatementScan().end_in(statement) == end, "a statement ends where it ended");
         require(tool::action_of(statement).starts_with(tool::first_word(statement)),
                 "an action is a first word");
         if (tool::is_query(statement))

@@ -40,7 +40,7 @@ TEST(InputKind, IsToldByTheBeginningOfTheLine) {
 /// The statements of a text, and what is left behind the last.
 std::vector<std::string> parts(std::string text) {
     std::vector<std::string> found;
-    for (auto end = tool::end_of_statement(text); end; end = tool::end_of_statement(text)) {
+    while (const auto end = tool::StatementScan().end_in(text)) {
         found.push_back(text.substr(0, *end));
         text.erase(0, *end);
     }

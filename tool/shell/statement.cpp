@@ -150,8 +150,6 @@ std::vector<std::string_view> quoted_names(std::string_view statement) {
 
 bool StatementScan::is_blank() const { return tokens_ == 0 && open_ != "*/"; }
 
-std::optional<std::size_t> end_of_statement(std::string_view text) { return StatementScan().end_in(text); }
-
 bool is_query(std::string_view statement) { return is_one_of(first_word(statement), "select with"); }
 
 std::string action_of(std::string_view statement) {

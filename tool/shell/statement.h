@@ -45,9 +45,6 @@ class StatementScan {
     bool body_expected_ = false;
 };
 
-/// Where the first statement in `text` ends; nothing when it goes on.
-std::optional<std::size_t> end_of_statement(std::string_view text);
-
 /// Whether a statement is a query: SELECT or WITH.
 bool is_query(std::string_view statement);
 
