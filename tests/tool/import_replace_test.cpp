@@ -20,9 +20,6 @@ class ImportReplace : public Tool {
         words.insert(words.end(), options.begin(), options.end());
         return on(path, words, input);
     }
-    bool is_there(const std::string& table) const {
-        return on(path, {"call", "istable('" + table + "')"}).out == ".T.\n";
-    }
     std::string path;
 };
 
@@ -38,7 +35,7 @@ TEST_F(ImportReplace, WhatTheDriverDidNotMakeOrNeedsIsKept) {
         const Finished run = import(name + ".dbf");
         EXPECT_EQ(run.status, 1);
         EXPECT_EQ(run.err, "error: " + file(name + ".dbf") + " was not imported\n  " + reason + "\n");
-        EXPECT_TRUE(is_there(name)) << name;
+        EXPECT_TRUE(has_table(path, name)) << name;
     }
 }
 
@@ -52,9 +49,9 @@ TEST_F(ImportReplace, TheViewsThatGoWithATableAreNamed) {
     const Finished asked = import("people.dbf", {}, "n\n");
     EXPECT_TRUE(asked.err.starts_with("Drop the table PEOPLE with its 1 record " + with + "? [y/N] "))
         << asked.err;
-    EXPECT_TRUE(is_there("names"));
+    EXPECT_TRUE(has_table(path, "names"));
     EXPECT_EQ(import("people.dbf", {}, "y\n").status, 0);
-    EXPECT_FALSE(is_there("names"));
+    EXPECT_FALSE(has_table(path, "names"));
 }
 
 TEST_F(ImportReplace, ATableThatCannotBeDroppedStays) {
@@ -103,7 +100,7 @@ TEST_F(ImportReplace, TheNewRowsStayBesideWhenTheyCannotTakeTheOldOnesPlace) {
     EXPECT_NE(run.err.find("the table PEOPLE is dropped; the new records are whole in the table Z$PEOPLE\n"),
               std::string::npos)
         << run.err;
-    EXPECT_FALSE(is_there("PEOPLE"));
+    EXPECT_FALSE(has_table(path, "PEOPLE"));
     EXPECT_EQ(
         on(path, {"query", "--mode", "csv", "select count(distinct name), max(recno) from Z$PEOPLE"}).out,
         "COUNT,MAX\r\n20000,20000\r\n");
@@ -142,7 +139,7 @@ TEST_F(ImportReplace, IndexesAndGrantsComeBackAndThoseThatCannotAreNamed) {
         query("select trim(rdb$user), trim(rdb$privilege), rdb$grant_option from rdb$user_privileges where "
               "rdb$relation_name = 'PEOPLE' and rdb$user <> 'SYSDBA' order by 1, 2"),
         "TRIM,TRIM,RDB$GRANT_OPTION\r\nANNA,I,1\r\nANNA,S,1\r\n");
-    EXPECT_FALSE(is_there("Z$PEOPLE"));
+    EXPECT_FALSE(has_table(path, "Z$PEOPLE"));
 }
 
 TEST_F(ImportReplace, GeneratorsThatStayAreTold) {
@@ -153,7 +150,7 @@ TEST_F(ImportReplace, GeneratorsThatStayAreTold) {
     EXPECT_NE(run.err.find(" was not imported\n  PEOPLE was dropped, but not its generators\n"),
               std::string::npos)
         << run.err;
-    EXPECT_FALSE(is_there("people"));
+    EXPECT_FALSE(has_table(path, "people"));
 }
 
 TEST_F(ImportReplace, RecordsAreAddedToATableThatHasTheFields) {
@@ -172,7 +169,7 @@ TEST_F(ImportReplace, RecordsAreAddedToATableThatHasTheFields) {
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_EQ(rows(), "TRIM,RECNO\r\nAna,1\r\nBob,2\r\nEva,3\r\n");
     EXPECT_EQ(count(), "3\n");
-    EXPECT_FALSE(is_there("Z$PEOPLE"));
+    EXPECT_FALSE(has_table(path, "Z$PEOPLE"));
 
     const Finished other = append(DbfBuilder().field("CITY", 'C', 5).record({"Cork"}));
     EXPECT_EQ(other.status, 1);
@@ -184,7 +181,7 @@ TEST_F(ImportReplace, RecordsAreAddedToATableThatHasTheFields) {
     EXPECT_NE(refused.err.find("ONE_NAME"), std::string::npos) << refused.err;
     EXPECT_EQ(rows(), "TRIM,RECNO\r\nAna,1\r\nBob,2\r\nEva,3\r\n");
     EXPECT_EQ(count(), "3\n");
-    EXPECT_FALSE(is_there("Z$PEOPLE"));
+    EXPECT_FALSE(has_table(path, "Z$PEOPLE"));
     EXPECT_EQ(on(path, {"import", file("people.dbf"), "--append", "--replace"}).status, 2);
 }
 

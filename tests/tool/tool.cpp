@@ -3,8 +3,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
+#include <thread>
 
 #include "tests/support/environment.h"
 #include "tests/support/server.h"
@@ -106,6 +108,16 @@ Finished Tool::on(const std::string& database, const std::vector<std::string>& w
 void Tool::exec(const std::string& database, const std::string& statement) const {
     const Finished run = on(database, {"exec", statement});
     EXPECT_EQ(run.status, 0) << run.err;
+}
+
+bool Tool::has_table(const std::string& database, const std::string& table) const {
+    return on(database, {"call", "istable('" + table + "')"}).out == ".T.\n";
+}
+
+void Tool::wait_for_table(const std::string& database, const std::string& table) const {
+    for (int i = 0; i < 600 && !has_table(database, table); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    ASSERT_TRUE(has_table(database, table)) << "over before anything could happen to it";
 }
 
 void Tool::forbid(const std::string& database, const std::string& change, const std::string& letters) const {

@@ -43,6 +43,10 @@ class Tool : public Runtime {
                 const std::string& input = "") const;
     /// zmfb exec, which is expected to succeed.
     void exec(const std::string& database, const std::string& statement) const;
+    /// Whether it has a table of that name.
+    [[nodiscard]] bool has_table(const std::string& database, const std::string& table) const;
+    /// Waits until it has, for a while; what makes it must not have come to its end before.
+    void wait_for_table(const std::string& database, const std::string& table) const;
     /// Has the database refuse to `create table`, `drop sequence` or the like whatever has these letters in
     /// its name.
     void forbid(const std::string& database, const std::string& change,
