@@ -73,7 +73,7 @@ void tear_down_environment(bool keep) {
 bool on_server() {
     if (!firebird_folder().empty()) return true;
     const char* where = std::getenv("ZMFB_TEST_WHERE");
-    return where != nullptr && std::string_view(where) == "server";
+    return where != nullptr && std::string_view(where).ends_with("server");
 }
 
 }  // namespace zmfb::test

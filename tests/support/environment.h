@@ -31,8 +31,8 @@ void set_up_environment();
 /// Removes the folder of this process, or says where it is kept.
 void tear_down_environment(bool keep);
 
-/// Whether this run has its databases on a private server (ZMFB_TEST_WHERE=server, or there is no engine to
-/// embed) and not on the embedded engine.
+/// Whether this run has its databases on a private server (ZMFB_TEST_WHERE=server, bare_server or
+/// given_server, or there is no engine to embed) and not on the embedded engine.
 bool on_server();
 
 }  // namespace zmfb::test

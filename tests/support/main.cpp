@@ -5,8 +5,11 @@
 #include <exception>
 
 #include "tests/support/environment.h"
+#include "tests/support/server_setup.h"
 
 namespace {
+
+constexpr int skipped = 77;  // as tests/CMakeLists.txt has it
 
 // Reading a matrix leaves its file open, on purpose; a test program that reads a thousand of them needs more
 // than an ordinary user is given at first.
@@ -23,6 +26,10 @@ int main(int argc, char** argv) {
     allow_all_files();
     ::testing::InitGoogleTest(&argc, argv);
     if (GTEST_FLAG_GET(list_tests)) return RUN_ALL_TESTS();
+    if (const std::string reason = zmfb::test::why_no_server(); !reason.empty()) {
+        std::printf("%s\n", reason.c_str());
+        return skipped;
+    }
     try {
         zmfb::test::set_up_environment();
         const int status = RUN_ALL_TESTS();

@@ -15,11 +15,11 @@
 #include <memory>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
+#include "sql/database.h"
 #include "tests/support/bare_client.h"
 #include "tests/support/environment.h"
-#include "tests/support/process.h"
-#include "zmfbconn/database.h"
 
 namespace zmfb::test {
 
@@ -27,10 +27,6 @@ namespace fs = std::filesystem;
 using std::chrono::steady_clock;
 
 namespace {
-
-constexpr const char* server_program = "/usr/sbin/firebird";
-constexpr const char* isql_program = "isql-fb";
-constexpr const char* security_script = "/usr/share/firebird/3.0/security.sql";
 
 // Below the ports that the system gives out by itself.
 constexpr int first_port = 30600;
@@ -76,16 +72,19 @@ int try_reserve(int port) {
     return -1;
 }
 
-[[noreturn]] void become_server(const fs::path& folder) {
+[[noreturn]] void become_server(const std::string& program, const fs::path& folder,
+                                const std::vector<std::string>& environment) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const int output = open((folder / "output").c_str(), O_WRONLY | O_CREAT | O_APPEND, 0666);
     dup2(output, STDOUT_FILENO);
     dup2(output, STDERR_FILENO);
-    setenv("FIREBIRD", folder.c_str(), 1);
-    setenv("FIREBIRD_LOCK", (folder / "lock").c_str(), 1);
+    for (const std::string& setting : environment) {
+        const std::size_t end_of_name = setting.find('=');
+        setenv(setting.substr(0, end_of_name).c_str(), setting.substr(end_of_name + 1).c_str(), 1);
+    }
     unsetenv("ISC_USER");
     unsetenv("ISC_PASSWORD");
-    execl(server_program, server_program, static_cast<char*>(nullptr));
+    execl(program.c_str(), program.c_str(), static_cast<char*>(nullptr));
     _exit(127);
 }
 
@@ -98,18 +97,11 @@ Server& Server::shared() {
 
 void Server::stop_shared() { shared_server().reset(); }
 
-Server::Server() {
+Server::Server(ServerSetup setup) : setup_(std::move(setup)) {
     static int number = 0;
     folder_ = process_folder() / ("server" + std::to_string(++number));
     reserve_port();
-    must_succeed(make_environment(
-        {.folder = folder_,
-         .udf_folder = udf_folder(),
-         .external_file_folders = {process_folder(), "/tmp"},
-         .extra_settings = {"RemoteServicePort = " + std::to_string(port_), "RemoteBindAddress = 127.0.0.1",
-                            "SecurityDatabase = " + (folder_ / "security3.fdb").string()},
-         .firebird_folder = firebird_folder()}));
-    make_security_database();
+    make_server_folder(folder_, port_, setup_);
     start();
 }
 
@@ -126,23 +118,15 @@ void Server::reserve_port() {
     if (reservation_ < 0) throw std::runtime_error("no free port for a server");
 }
 
-void Server::make_security_database() const {
-    const std::string script = "create database '" + (folder_ / "security3.fdb").string() +
-                               "' user SYSDBA;\ncommit;\n" + "input '" + security_script + "';\ncommit;\n" +
-                               "create user SYSDBA password '" + sysdba_password + "';\ncommit;\n";
-    const Finished made =
-        run({isql_program, "-q", "-b"}, script,
-            {"FIREBIRD=" + folder_.string(), "FIREBIRD_LOCK=" + (folder_ / "lock").string()});
-    if (made.status != 0) throw std::runtime_error("security database: " + made.out + made.err);
-}
-
 std::string Server::name_of(const fs::path& file) const {
     return "127.0.0.1/" + std::to_string(port_) + ":" + file.string();
 }
 
+// From Firebird 4 on the security database itself is not to be attached from outside.
 void Server::create_user(const std::string& name, const std::string& password) const {
-    BareClient(name_of(folder_ / "security3.fdb"))
-        .execute("create user " + name + " password '" + password + "'");
+    const fs::path any = folder_ / "any.fdb";
+    if (!fs::exists(any)) must_succeed(sql::create_database(name_of(any), sysdba, sysdba_password));
+    BareClient(name_of(any)).execute("create user " + name + " password '" + password + "'");
 }
 
 bool Server::accepts_connections() const { return with_socket(port_, ::connect); }
@@ -150,7 +134,7 @@ bool Server::accepts_connections() const { return with_socket(port_, ::connect);
 void Server::start() {
     if (pid_ > 0) return;
     pid_ = fork();
-    if (pid_ == 0) become_server(folder_);
+    if (pid_ == 0) become_server(server_program(setup_), folder_, server_environment(folder_, setup_));
     const auto limit = steady_clock::now() + patience;
     while (!accepts_connections()) {
         if (waitpid(pid_, nullptr, WNOHANG) == pid_) {

@@ -7,15 +7,16 @@
 #include <filesystem>
 #include <string>
 
+#include "tests/support/server_setup.h"
+
 namespace zmfb::test {
 
-/// Runs the machine's own server program as a child of this process, on a port that no other test program
-/// uses, in a folder of its own with a security database of its own (SYSDBA with sysdba_password). It loads
-/// the UDF module of this build and lets external tables have their files in the process folder and in /tmp.
-/// Whatever fails throws std::runtime_error. The server dies with the process that started it.
+/// Runs a server program as a child of this process, on a port that no other test program uses, in a folder
+/// of its own with a security database of its own (SYSDBA with sysdba_password). Whatever fails throws
+/// std::runtime_error. The server dies with the process that started it.
 class Server {
   public:
-    Server();
+    explicit Server(ServerSetup setup = setup_of_this_run());
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
     ~Server();
@@ -30,6 +31,9 @@ class Server {
     [[nodiscard]] int port() const { return port_; }
     [[nodiscard]] pid_t pid() const { return pid_; }
 
+    /// Where its settings lie.
+    [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
+
     /// Makes a user in the security database.
     void create_user(const std::string& name, const std::string& password) const;
 
@@ -42,9 +46,9 @@ class Server {
 
   private:
     void reserve_port();
-    void make_security_database() const;
     [[nodiscard]] bool accepts_connections() const;
 
+    ServerSetup setup_;
     std::filesystem::path folder_;
     int port_ = 0;
     int reservation_ = -1;
