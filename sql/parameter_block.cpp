@@ -3,12 +3,15 @@
 #include <algorithm>
 
 #include "sql/client.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::sql {
 
 namespace {
 
 constexpr std::size_t item_limit = 255;
+// A server of Firebird 3.0 ends itself over a longer one, and what the server is shows only later.
+constexpr std::size_t server_user_limit = 31;
 
 }  // namespace
 
@@ -19,6 +22,8 @@ const char* objection_to(std::string_view database, std::string_view user, std::
             return "The database name or a credential holds a zero byte";
     }
     if (user.size() > item_limit) return "The user name is longer than 255 bytes";
+    if (user.size() > server_user_limit && names_a_server(database))
+        return "The user name is longer than 31 characters, and a server of Firebird 3.0 would end over it";
     if (password.size() > item_limit) return "The password is longer than 255 bytes";
     if (role.size() > item_limit) return "The role name is longer than 255 bytes";
     return nullptr;

@@ -7,8 +7,8 @@
 
 namespace zmfb::sql {
 
-/// Why these cannot be handed to the client whole, or a null pointer: it takes texts that end at a zero byte,
-/// and credentials of at most 255 bytes.
+/// Why these cannot be handed to the client, or a null pointer: it takes texts that end at a zero byte, and
+/// credentials of at most 255 bytes; a server gets user names of at most 31.
 const char* objection_to(std::string_view database, std::string_view user, std::string_view password,
                          std::string_view role);
 

@@ -95,7 +95,28 @@ TEST_F(ServerAttach, RoleThatIsNotGrantedIsNone) {
     EXPECT_TRUE(identity(object).starts_with("\"CLERK/NONE")) << identity(object);
 }
 
-// A user name beyond 31 bytes is not tried: it aborts a server of Firebird 3.0.
+TEST_F(ServerAttach, AUserNameThatWouldEndTheServerIsRefusedBeforeItGetsThere) {
+    for (const std::size_t length : {32U, 33U, 255U}) {
+        clear_log();
+        zmFBConn object(database(), std::string(length, 'U'), sysdba_password);
+        EXPECT_FALSE(object.isconnected());
+        EXPECT_EQ(
+            last_engine_message(),
+            "SQL error code = -901\nThe user name is longer than 31 characters, and a server of Firebird "
+            "3.0 would end over it");
+        ASSERT_EQ(log_lines().size(), 1U) << log_text();
+        EXPECT_TRUE(log_lines()[0].text.starts_with("[ERROR] SQLCODE=-901 (")) << log_text();
+    }
+    EXPECT_EQ(rows("select 1 from rdb$database"), (Rows{{"1"}})) << "the server is there";
+}
+
+TEST_F(ServerAttach, TheLongestUserNameIsTaken) {
+    const std::string longest(31, 'U');
+    Server::shared().create_user(longest, "paper");
+    zmFBConn object(database(), longest, "paper");
+    EXPECT_TRUE(object.isconnected()) << last_engine_message();
+}
+
 TEST_F(ServerAttach, LongestPasswordThatFitsReachesTheServer) {
     expect_refused(sysdba, std::string(255, 'p'));
 }
