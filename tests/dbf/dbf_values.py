@@ -67,7 +67,8 @@ def with_dbfread(path):
     table = dbfread.DBF(path, encoding="latin1", parserclass=Parser, ignore_missing_memofile=True,
                         recfactory=lambda items: [value for _, value in items])
     table.header.recordlen = max(table.header.recordlen, 1 + sum(field.length for field in table.fields))
-    return [field.type for field in table.fields], list(table) + list(table.deleted)
+    fields = table.fields
+    return [field.type for field in fields], list(table) + list(table.deleted), [field.name for field in fields]
 
 
 def with_gdal(path):
@@ -77,7 +78,8 @@ def with_gdal(path):
     gdal.SetConfigOption("SHAPE_ENCODING", "")
     layer = ogr.Open(path).GetLayer()
     definition = layer.GetLayerDefn()
-    kinds = [definition.GetFieldDefn(i).GetTypeName() for i in range(definition.GetFieldCount())]
+    fields = [definition.GetFieldDefn(i) for i in range(definition.GetFieldCount())]
+    kinds = [field.GetTypeName() for field in fields]
 
     def value(feature, i):
         if not feature.IsFieldSetAndNotNull(i):
@@ -88,13 +90,15 @@ def with_gdal(path):
             return feature.GetFieldAsString(i).encode("utf-8", "surrogateescape").rstrip(b" \0")
         return feature.GetField(i)
 
-    return kinds, [[value(feature, i) for i in range(len(kinds))] for feature in layer]
+    records = [[value(feature, i) for i in range(len(kinds))] for feature in layer]
+    return kinds, records, [field.GetName() for field in fields]
 
 
 def main():
-    kinds, records = {"dbfread": with_dbfread, "gdal": with_gdal}[sys.argv[1]](sys.argv[2])
+    kinds, records, _ = {"dbfread": with_dbfread, "gdal": with_gdal}[sys.argv[1]](sys.argv[2])
     for record in records:
         print("\t".join(cell(value) for value, kind in zip(record, kinds) if kind != "0"))
 
 
-main()
+if __name__ == "__main__":
+    main()
