@@ -1,6 +1,7 @@
 /// The code pages of the texts of DBF files.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -15,6 +16,8 @@ namespace zmfb::dbf {
 
 /// The character set that a language byte means, by its name for iconv: "CP850". "" for 0 and unknown ones.
 std::string code_page_of(std::uint8_t language);
+/// The language byte that means the character set of that name, in any spelling; 0 when none does.
+std::uint8_t language_of(const std::string& character_set);
 /// The character set that the words of a .cpg file mean: "UTF-8", "1252", "ANSI 1252", "ISO 88591". "" when
 /// they mean none that is known.
 std::string code_page_named(std::string_view words);
@@ -41,6 +44,35 @@ class ToUtf8 {
   private:
     struct State;
     std::unique_ptr<State> state_;
+};
+
+/// From UTF-8 into a character set.
+class FromUtf8 {
+  public:
+    /// By its name for iconv.
+    explicit FromUtf8(const std::string& character_set);
+    ~FromUtf8();
+    FromUtf8(const FromUtf8&) = delete;
+    FromUtf8& operator=(const FromUtf8&) = delete;
+
+    /// Whether there is such a set, and ASCII is a part of it.
+    [[nodiscard]] bool known() const { return known_; }
+
+    /// A text in the set.
+    struct Text {
+        std::string_view bytes;  ///< lives as long as what was given, and until the next one is converted
+        bool replaced = false;   ///< whether "?" stands for what the set does not have, or is no UTF-8
+        bool cut = false;        ///< whether some characters had no room
+    };
+    /// The text in a set that is known, as many whole characters of it as fit into `most` bytes.
+    Text convert(std::string_view utf8, std::size_t most = std::string_view::npos);
+
+  private:
+    Text convert_others(std::string_view utf8, std::size_t most);
+
+    struct State;
+    std::unique_ptr<State> state_;
+    bool known_ = false;
 };
 
 }  // namespace zmfb::dbf
