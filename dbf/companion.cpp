@@ -14,6 +14,11 @@ std::string lower(std::string_view text) {
     return made;
 }
 
+std::string_view memo_ending(Dialect dialect) {
+    if (dialect == Dialect::six) return ".smt";
+    return dialect == Dialect::visual_foxpro || dialect == Dialect::foxpro2 ? ".fpt" : ".dbt";
+}
+
 std::string find_companion(const std::string& path, std::string_view ending) {
     const fs::path table(path);
     const std::string same_letters = table.stem().string() + std::string(ending);

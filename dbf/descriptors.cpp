@@ -52,6 +52,33 @@ Field read_description(std::string_view bytes, Dialect dialect) {
     return field;
 }
 
+bool is_length_of(Kind kind, std::size_t length) {
+    switch (kind) {
+        case Kind::date:
+            return length == 8 || length == 10;
+        case Kind::logical:
+            return length >= 1;
+        case Kind::integer:
+            return length == 4;
+        case Kind::currency:
+        case Kind::real:
+        case Kind::timestamp:
+            return length == 8;
+        case Kind::memo_text:
+        case Kind::memo_bytes:
+            return length == 4 || length == 10;
+        default:
+            return true;
+    }
+}
+
+std::string shown(char type) {
+    const auto byte = static_cast<unsigned char>(type);
+    return byte > 0x20 && byte < 0x7F ? fmt::format("\"{}\"", type) : fmt::format("0x{:02X}", byte);
+}
+
+}  // namespace
+
 Kind kind_of(const Field& field) {
     switch (field.type) {
         case 'Q':
@@ -85,33 +112,6 @@ Kind kind_of(const Field& field) {
             return Kind::text;
     }
 }
-
-bool is_length_of(Kind kind, std::size_t length) {
-    switch (kind) {
-        case Kind::date:
-            return length == 8 || length == 10;
-        case Kind::logical:
-            return length >= 1;
-        case Kind::integer:
-            return length == 4;
-        case Kind::currency:
-        case Kind::real:
-        case Kind::timestamp:
-            return length == 8;
-        case Kind::memo_text:
-        case Kind::memo_bytes:
-            return length == 4 || length == 10;
-        default:
-            return true;
-    }
-}
-
-std::string shown(char type) {
-    const auto byte = static_cast<unsigned char>(type);
-    return byte > 0x20 && byte < 0x7F ? fmt::format("\"{}\"", type) : fmt::format("0x{:02X}", byte);
-}
-
-}  // namespace
 
 Described read_descriptions(std::string_view beginning, std::size_t limit, Dialect dialect) {
     const bool second = dialect == Dialect::dbase2;
@@ -151,7 +151,6 @@ void number_null_bits(std::vector<Field>& fields, std::size_t null_flags_size) {
         const int taken = next++;
         return taken < bits ? std::optional(taken) : std::nullopt;
     };
-    constexpr int may_be_null = 0x02;
     for (Field& field : fields) {
         if (field.type == 'V' || field.type == 'Q') field.length_bit = bit();
         if ((field.flags & may_be_null) != 0) field.null_bit = bit();

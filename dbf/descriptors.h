@@ -1,6 +1,7 @@
 /// The descriptions of the fields in a header, in the forms that the dialects have.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,9 +21,16 @@ struct Described {
 /// Reads descriptions in the first `limit` bytes of a file; what ends them may follow.
 Described read_descriptions(std::string_view beginning, std::size_t limit, Dialect dialect);
 
+/// What a field of that type, length and flags holds.
+Kind kind_of(const Field& field);
+
 /// Names the types that there are none of and lengths that a type cannot have, each in words that follow the
 /// file's name.
 void add_type_problems(const std::vector<Field>& fields, std::vector<std::string>& problems);
+
+/// In a field's flags.
+inline constexpr std::uint8_t may_be_null = 0x02;
+inline constexpr std::uint8_t is_binary = 0x04;
 
 /// Gives the fields of a table with NULL flags of so many bytes their bits among them.
 void number_null_bits(std::vector<Field>& fields, std::size_t null_flags_size);

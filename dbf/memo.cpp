@@ -16,15 +16,10 @@ constexpr std::string_view dbase4_mark("\xFF\xFF\x08\x00", 4);
 constexpr std::size_t block_header_size = 8;
 constexpr std::size_t default_block_size = 512;
 
-std::string_view ending_of(Dialect dialect) {
-    if (dialect == Dialect::six) return ".smt";
-    return dialect == Dialect::visual_foxpro || dialect == Dialect::foxpro2 ? ".fpt" : ".dbt";
-}
-
 }  // namespace
 
 std::string find_memo_file(const std::string& path, const Header& header) {
-    for (const std::string_view ending : {ending_of(header.dialect), std::string_view(".fpt"),
+    for (const std::string_view ending : {memo_ending(header.dialect), std::string_view(".fpt"),
                                           std::string_view(".dbt"), std::string_view(".smt")}) {
         if (std::string found = find_companion(path, ending); !found.empty()) return found;
     }

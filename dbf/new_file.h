@@ -1,0 +1,46 @@
+/// Files that take their names when they are finished.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zmfb::dbf {
+
+/// A file that is written under another name beside its place. The functions throw
+/// std::filesystem::filesystem_error, which names the place.
+class NewFile {
+  public:
+    /// One that was there has to be a file that may be written; it gives the new one its permissions.
+    explicit NewFile(std::string place);
+    /// What has not taken its name goes.
+    ~NewFile();
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    /// Behind what was written before.
+    void write(std::string_view bytes);
+    void write_at(std::uint64_t position, std::string_view bytes);
+    /// Everything is on the disk when it returns, and nothing more can be written.
+    void close();
+    void take_name();
+
+    [[nodiscard]] const std::string& place() const { return place_; }
+
+  private:
+    [[noreturn]] void fail() const;
+
+    std::string place_;
+    std::string temporary_;  // "" when it has taken its name
+    int descriptor_ = -1;
+    std::uint64_t written_ = 0;
+};
+
+/// Has the new files take their names, the first one last, and the files `gone`, which belonged to what the
+/// first one replaces, go. When there are other files than the first, that one is nowhere meanwhile: so a
+/// process that is killed leaves no two files under their names that do not belong together. When it fails,
+/// everything is as it was.
+void take_names(const std::vector<NewFile*>& files, const std::vector<std::string>& gone);
+
+}  // namespace zmfb::dbf
