@@ -15,6 +15,8 @@ namespace {
 constexpr std::string_view dbase4_mark("\xFF\xFF\x08\x00", 4);
 constexpr std::size_t block_header_size = 8;
 constexpr std::size_t default_block_size = 512;
+// No memo begins before, however short its blocks are.
+constexpr std::uint64_t header_size = 512;
 
 }  // namespace
 
@@ -60,6 +62,8 @@ Memo MemoFile::read(std::uint32_t block) const {
     const std::uint64_t position = block * block_size_;
     if (position >= file_->size())
         return {{}, fmt::format("block {} is behind the end of the memo file", block)};
+    if (position < header_size)
+        return {{}, fmt::format("block {} is within the header of the memo file", block)};
     const std::string head = read_bytes(*file_, position, block_header_size);
     // Files of dBASE III may have blocks of dBASE IV; no text begins so.
     const bool marked = head.size() == block_header_size && head.starts_with(dbase4_mark);
@@ -95,7 +99,8 @@ Memo MemoFile::up_to_end_mark(std::uint64_t position) const {
         const std::string piece = read_bytes(*file_, position, piece_size);
         const std::size_t end = piece.find(end_of_file);
         memo.bytes += piece.substr(0, end);
-        if (end != std::string::npos || piece.size() < piece_size) return memo;
+        if (end != std::string::npos) return memo;
+        if (piece.size() < piece_size) return {{}, "the memo file ends before the memo does"};
         position += piece.size();
     }
 }

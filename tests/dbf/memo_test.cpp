@@ -90,18 +90,36 @@ TEST(DbfMemo, ThatIsNotThereIsAProblemAndNeverLongerThanTheFile) {
         EXPECT_EQ(whole.read(999).problem, "block 999 is behind the end of the memo file");
         EXPECT_EQ(whole.read(0xFFFFFFFF).problem, "block 4294967295 is behind the end of the memo file");
         const Memo cut = open(builder.bytes().substr(0, 600), kind).read(block);
-        EXPECT_LE(cut.bytes.size(), 88U);
-        if (kind.format != MemoFormat::dbase3) {
-            EXPECT_EQ(cut.problem, "a memo of 1000 bytes goes beyond the end of the memo file");
-            EXPECT_EQ(cut.bytes, "");
-        }
+        EXPECT_EQ(cut.problem, kind.format == MemoFormat::dbase3
+                                   ? "the memo file ends before the memo does"
+                                   : "a memo of 1000 bytes goes beyond the end of the memo file");
+        EXPECT_EQ(cut.bytes, "");
     }
 }
 
-TEST(DbfMemo, TheLastOneOfDbase3MayEndWithTheFile) {
-    MemoBuilder builder(MemoFormat::dbase3);
-    const auto block = builder.add_raw("no end mark");
-    EXPECT_EQ(open(builder.bytes(), kinds[0]).read(block).bytes, "no end mark");
+TEST(DbfMemo, OneOfDbase3ThatEndsWithTheFileWithoutItsMarkIsCutOff) {
+    for (const std::size_t length : {11, 512, 8192}) {
+        MemoBuilder builder(MemoFormat::dbase3);
+        const auto block = builder.add_raw(std::string(length, 'x'));
+        const Memo cut = open(builder.bytes(), kinds[0]).read(block);
+        EXPECT_EQ(cut.problem, "the memo file ends before the memo does") << length;
+        EXPECT_EQ(cut.bytes, "") << length;
+    }
+}
+
+TEST(DbfMemo, ABlockWithinTheHeaderIsNone) {
+    for (const Kind& kind : kinds) {
+        SCOPED_TRACE(kind.name);
+        MemoBuilder builder(kind.format);
+        builder.add("a text");
+        EXPECT_EQ(open(builder.bytes(), kind).read(0).problem,
+                  "block 0 is within the header of the memo file");
+    }
+    MemoBuilder builder(MemoFormat::foxpro, 64);
+    builder.add("a text");
+    EXPECT_EQ(open(builder.bytes(), kinds[4]).read(7).problem,
+              "block 7 is within the header of the memo file");
+    EXPECT_EQ(open(builder.bytes(), kinds[4]).read(8).bytes, "a text");
 }
 
 TEST(DbfMemo, ABlockOfDbase4WithoutItsMarkOrShorterThanItsHeaderIsNone) {

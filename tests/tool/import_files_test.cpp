@@ -115,6 +115,33 @@ TEST_F(ImportFilesTest, RecordsWithBadValuesCanBeSetAsideWithTheirMemosAndImport
             << again.err;
 }
 
+TEST_F(ImportFilesTest, MemosThatAreCutOffOrWithinTheHeaderAreBadValues) {
+    MemoBuilder memos(MemoFormat::dbase3);
+    memos.add("whole");
+    const auto cut = memos.add_raw("cut o");
+    made("p.dbf", DbfBuilder()
+                      .type(0x83)
+                      .field("NOTE", 'M', 10)
+                      .record({"1"})
+                      .record({"0"})
+                      .record({std::to_string(cut)}));
+    write_file("p.dbt", memos.bytes());
+    MemoBuilder boxes(MemoFormat::foxpro, 64);
+    boxes.add("whole");
+    made("f.dbf", DbfBuilder().type(0xF5).field("NOTE", 'M', 10).record({"8"}).record({"3"}));
+    write_file("f.fpt", boxes.bytes());
+    const Finished run = import({file("p.dbf"), file("f.dbf")});
+    EXPECT_EQ(run.status, 1);
+    for (const char* reason :
+         {"record 3, field NOTE: \"2         \": the memo file ends before the memo does\n",
+          "record 2, field NOTE: \"3         \": block 3 is within the header of the memo "
+          "file\n"})
+        EXPECT_NE(run.err.find(reason), std::string::npos) << run.err;
+    EXPECT_EQ(import({file("p.dbf"), file("f.dbf"), "--on-bad-value", "default"}).status, 0);
+    EXPECT_EQ(query("select note from p order by recno"), "whole\r\n\r\n\r\n");
+    EXPECT_EQ(query("select note from f order by recno"), "whole\r\n\r\n");
+}
+
 TEST_F(ImportFilesTest, StandardInputIsReadForATableThatIsNamed) {
     const std::string bytes = prices().record({"1", "2"}).bytes();
     EXPECT_EQ(on(path, {"import", "-"}, bytes).status, 2);
