@@ -35,6 +35,11 @@ Parameter Parameter::type_name(const std::string& name) const { return Parameter
 
 Parameter Parameter::with_default() const { return Parameter(option_->capture_default_str()); }
 
+Parameter Parameter::not_empty() const {
+    const auto problem = [](const std::string& text) { return text.empty() ? "may not be empty" : ""; };
+    return Parameter(option_->check(problem));
+}
+
 Parameter Parameter::one_of(const std::vector<std::string>& values) const {
     return Parameter(option_->check(CLI::IsMember(values)));
 }

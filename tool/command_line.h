@@ -31,6 +31,8 @@ class Parameter {
     Parameter type_name(const std::string& name) const;
     /// The help shows the value that the variable has now.
     Parameter with_default() const;
+    /// Refuses an empty text.
+    Parameter not_empty() const;
     /// Refuses other values than these.
     Parameter one_of(const std::vector<std::string>& values) const;
 

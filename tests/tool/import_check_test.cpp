@@ -189,6 +189,39 @@ TEST_F(ImportCheck, NamesCanBeGiven) {
         EXPECT_EQ(refused.status, 2) << wrong;
         EXPECT_NE(refused.err.find(wrong), std::string::npos) << refused.err;
     }
+    const Finished twice = import(dbf, {"--rename", "NAME=A", "--rename", "name=B"});
+    EXPECT_EQ(twice.status, 2);
+    EXPECT_EQ(twice.err, "error: --rename name=B: another one names that field\n");
+}
+
+TEST_F(ImportCheck, ARenameOfAFieldThatIsNotThereIsRefusedAndInSeveralFilesSaid) {
+    const std::string dbf = made("p.dbf", prices().record({"1", "1"}));
+    const Finished run = import(dbf, {"--rename", "code=number", "--rename", "cost=price"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "error: " + dbf +
+                           " was not imported\n"
+                           "  there is no field COST, which --rename COST=PRICE names\n");
+    const std::string other = made("q.dbf", DbfBuilder().field("COST", 'N', 4));
+    EXPECT_EQ(import(dbf, {other, "--rename", "cost=price"}).status, 0);
+    const Finished none =
+        import(dbf, {other, "--replace", "--yes", "--rename", "costs=price", "--rename", "code=number"});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.err, "error: no file has a field COSTS, which --rename COSTS=PRICE names\n");
+}
+
+TEST_F(ImportCheck, EmptyNamesAreWrongUsage) {
+    const std::string dbf = made("p.dbf", prices());
+    for (const char* option : {"--table", "--set-aside", "--rejects", "--encoding-from"}) {
+        const Finished run = import(dbf, {option, ""});
+        EXPECT_EQ(run.status, 2) << option;
+        EXPECT_TRUE(run.err.starts_with("error: " + std::string(option) + ": may not be empty\n")) << run.err;
+    }
+}
+
+TEST_F(ImportCheck, ANameOfATableIsShownAsItWasTyped) {
+    const Finished run = import(made("p.dbf", prices()), {"--table", "preço"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(lines(run.out).at(1), "the table PREçO is no valid name: it becomes PRE_O");
 }
 
 TEST_F(ImportCheck, ATableOfTheNameIsRefusedInADryRunToo) {

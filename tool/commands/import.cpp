@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "tool/commands.h"
+#include "tool/encoding.h"
 #include "tool/interrupt.h"
 #include "tool/line_input.h"
 #include "tool/name.h"
@@ -27,15 +28,14 @@ struct Given : ImportOptions {
     throw Failure{Exit::usage, message, detail};
 }
 
-std::string upper(const std::string& name) { return typed_name(name).bytes(); }
-
 void read_renames(Given& given) {
     for (const std::string& rename : given.renames) {
         const std::size_t at = rename.find('=');
         if (at == std::string::npos || at == 0) usage(fmt::format("--rename {}: not OLD=NEW", rename));
-        const std::string name = upper(rename.substr(at + 1));
+        const std::string name = typed_name(rename.substr(at + 1)).bytes();
         if (!Name(name).is_plain()) usage(fmt::format("--rename {}: {}", rename, plain_names_only));
-        given.names.fields[upper(rename.substr(0, at))] = name;
+        if (!given.names.fields.emplace(upper_bytes(rename.substr(0, at)), name).second)
+            usage(fmt::format("--rename {}: another one names that field", rename));
     }
 }
 
@@ -64,7 +64,7 @@ void print_files(const std::vector<ImportedFile>& files) {
 
 // Goes on after a file that was refused, not after one that was interrupted.
 Exit import_each(Session& session, const Given& given, const std::vector<std::string>& files) {
-    ImportedSoFar so_far(given.rejects);
+    ImportedSoFar so_far(given.rejects, given.names.fields);
     std::vector<ImportedFile> told;
     Exit status = Exit::ok;
     for (const std::string& file : files) {
@@ -79,6 +79,11 @@ Exit import_each(Session& session, const Given& given, const std::vector<std::st
         }
     }
     so_far.rejects.close();
+    if (files.size() > 1 && !so_far.unused_renames.empty()) {
+        const auto& [from, to] = *so_far.unused_renames.begin();
+        print_error(fmt::format("no file has a field {0}, which --rename {0}={1} names", to_utf8(from), to));
+        status = Exit::failed;
+    }
     if (files.size() > 1 && !session.options().json) print_files(told);
     return status;
 }
@@ -93,6 +98,7 @@ Exit import_command(Session& session, Given& given) {
         usage("--table names the table of what is read from standard input");
     if ((!given.names.table.empty() || !given.set_aside.empty()) && files.size() != 1)
         usage(fmt::format("--table and --set-aside are for one file, not for {}", files.size()));
+    given.names.all_fields = files.size() == 1;
     return import_each(session, given, files);
 }
 
@@ -111,17 +117,20 @@ void add_import(CommandLine& line) {
                  "Add a column DELETED_ that says which records were");
     command.flag("--all-records", given->all_records, "Take in records that the header does not count");
     command.flag("--incomplete", given->incomplete, "Import a file that is cut off as far as it goes");
-    command.option("--encoding-from", given->encoding,
-                   "Encoding of the texts, such as CP850 (\"iconv -l\" lists them)");
+    command
+        .option("--encoding-from", given->encoding,
+                "Encoding of the texts, such as CP850 (\"iconv -l\" lists them)")
+        .not_empty();
     command.flag("--decimal-comma", given->decimal_comma, "Read commas in numbers as points");
     command
         .option("--on-bad-value", given->bad_values,
                 "refuse the file, bring in the column's default instead, or set the record aside")
         .one_of({"refuse", "default", "set-aside"})
         .with_default();
-    command.option("--set-aside", given->set_aside, "DBF file for such records, else TABLE.bad.dbf");
-    command.option("--rejects", given->rejects, "CSV file for all values that would be refused");
-    command.option("--table", given->names.table, "Name of the table instead of the file's");
+    command.option("--set-aside", given->set_aside, "DBF file for such records, else TABLE.bad.dbf")
+        .not_empty();
+    command.option("--rejects", given->rejects, "CSV file for all values that would be refused").not_empty();
+    command.option("--table", given->names.table, "Name of the table instead of the file's").not_empty();
     command.option("--rename", given->renames, "Name of a column instead of the field's: OLD=NEW")
         .type_name("OLD=NEW");
     command.flag("--strict-names", given->names.strict, "Refuse names that would have to be changed");

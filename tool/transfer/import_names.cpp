@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "host/text.h"
+#include "tool/encoding.h"
 #include "tool/name.h"
 
 namespace zmfb::tool {
@@ -29,6 +31,10 @@ std::string numbered(std::string_view name, std::size_t longest, const std::set<
 }
 
 }  // namespace
+
+std::string upper_bytes(const std::string& name) {
+    return host::upper(to_latin1(name).value_or(name)).string();
+}
 
 std::string plain_form(std::string_view name, std::string_view prefix) {
     std::string plain(name);

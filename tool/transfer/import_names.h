@@ -22,6 +22,9 @@ struct NameChange {
 /// The name that a person wants for a field, by the name that it has in the file, both in upper case.
 using Renames = std::map<std::string, std::string>;
 
+/// A name (UTF-8) in upper case, in the bytes of the object where they have its characters.
+std::string upper_bytes(const std::string& name);
+
 /// Letters of A to Z, digits, _ and $, with a letter at the front: everything else in `name` becomes _, and
 /// `prefix` goes before a first character that is no letter.
 std::string plain_form(std::string_view name, std::string_view prefix);

@@ -8,7 +8,6 @@
 #include "host/text.h"
 #include "tool/catalog.h"
 #include "tool/character_set.h"
-#include "tool/encoding.h"
 #include "tool/transfer/number_fit.h"
 #include "zmfbconn/methods.h"
 
@@ -55,11 +54,9 @@ class Changes {
     bool strict_;
 };
 
-std::string upper(const std::string& text) { return host::upper(text).string(); }
-
 void name_table(zmFBConn& connection, const std::string& path, const WantedNames& wanted,
                 std::set<std::string>& taken, ImportPlan& plan) {
-    const std::string name = wanted.table.empty() ? table_of_file(path) : upper(wanted.table);
+    const std::string name = wanted.table.empty() ? table_of_file(path) : upper_bytes(wanted.table);
     if (taken.contains(name)) {
         plan.table = name;
         plan.refusals.push_back(fmt::format("another file of this run is the table {} already", name));
@@ -79,8 +76,15 @@ void name_table(zmFBConn& connection, const std::string& path, const WantedNames
 void name_columns(zmFBConn& connection, const dbf::Header& header, const WantedNames& wanted,
                   ImportPlan& plan) {
     std::vector<std::string> names;
-    for (const dbf::Field& field : header.fields) names.push_back(upper(field.name));
+    for (const dbf::Field& field : header.fields) names.push_back(host::upper(field.name).string());
     if (wanted.marks_deleted) names.emplace_back("DELETED_");
+    plan.unused_renames = wanted.fields;
+    for (const std::string& name : names) plan.unused_renames.erase(name);
+    for (const auto& [from, to] : plan.unused_renames) {
+        if (!wanted.all_fields) break;
+        plan.refusals.push_back(
+            fmt::format("there is no field {0}, which --rename {0}={1} names", shown_bytes(from), to));
+    }
     FieldNames fields(names, wanted.fields);
     fields.settle(reserved(connection, fields.wanted()), longest_name(connection));
     for (std::size_t i = 0; i < plan.columns.size(); ++i)
@@ -146,8 +150,7 @@ PlannedColumn plan_number(const dbf::Field& field, std::size_t place) {
 
 std::string table_of_file(const std::string& path) {
     const std::string name = path.substr(path.rfind('/') + 1);
-    const std::string stem = name.substr(0, name.find('.'));
-    return upper(to_latin1(stem).value_or(stem));
+    return upper_bytes(name.substr(0, name.find('.')));
 }
 
 PlannedColumn plan_column(const dbf::Field& field, std::size_t place) {

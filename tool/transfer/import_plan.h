@@ -33,8 +33,9 @@ struct Digits {
 
 /// How people want things to be called.
 struct WantedNames {
-    std::string table;  ///< instead of the file's name; "" for that
+    std::string table;  ///< instead of the file's name, UTF-8; "" for that
     Renames fields;
+    bool all_fields = false;     ///< a file is to have all that are renamed
     bool strict = false;         ///< names that cannot be are refused
     bool marks_deleted = false;  ///< a column DELETED_ says which records were
 };
@@ -45,6 +46,7 @@ struct ImportPlan {
     std::vector<PlannedColumn> columns;
     std::vector<std::string> changes;   ///< of names, UTF-8, a line each
     std::vector<std::string> refusals;  ///< UTF-8, a line each
+    Renames unused_renames;             ///< of fields that the file does not have
 };
 
 /// The name of the table that a file of this path becomes, if it can be: its own up to the first dot, in

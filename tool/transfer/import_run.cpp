@@ -113,6 +113,8 @@ class Import {
 
 void Import::plan() {
     plan_ = plan_import(connection_, report_.file, source_.header, options_.names, so_far_.tables);
+    std::erase_if(so_far_.unused_renames,
+                  [&](const auto& rename) { return !plan_.unused_renames.contains(rename.first); });
     told_.table = report_.table = plan_.table;
     told_.changes = plan_.changes.size();
     report_.changes = plan_.changes;

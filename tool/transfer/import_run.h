@@ -30,9 +30,11 @@ struct ImportOptions {
 
 /// What files of one run share.
 struct ImportedSoFar {
-    explicit ImportedSoFar(std::string rejects_path) : rejects(std::move(rejects_path)) {}
+    ImportedSoFar(std::string rejects_path, Renames renames)
+        : rejects(std::move(rejects_path)), unused_renames(std::move(renames)) {}
     RejectsFile rejects;
     std::set<std::string> tables;  ///< names of the tables, planned or made
+    Renames unused_renames;        ///< of fields that no file has had
 };
 
 /// A file as the table at the end of a run shows it.
