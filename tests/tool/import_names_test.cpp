@@ -49,6 +49,14 @@ TEST(ImportNames, EachChangeSaysWhy) {
                                        {"NAME", "NAME_2", "is there twice"}}));
 }
 
+TEST(ImportNames, ANameIsCutToTheEnginesLength) {
+    const FieldNames fields =
+        settled({std::string(32, 'A'), std::string(33, 'A'), "2" + std::string(30, 'B')});
+    EXPECT_EQ(fields.names(),
+              (Texts{std::string(31, 'A'), std::string(29, 'A') + "_2", "F_2" + std::string(28, 'B')}));
+    EXPECT_EQ(fields.changes().at(0).why, "is longer than 31 characters");
+}
+
 TEST(ImportNames, ARepeatedNameStaysWithinTheEnginesLength) {
     const std::string longest(31, 'A');
     EXPECT_EQ(settled({longest, longest}).names(), (Texts{longest, std::string(29, 'A') + "_2"}));
@@ -74,6 +82,10 @@ TEST(ImportNames, TablesGetNamesThatCanBe) {
     } cases[] = {
         {"PEOPLE", false, {}, "PEOPLE", ""},
         {"ORDER", true, {}, "ORDER_", "is a reserved word"},
+        {"RDB$X", false, {}, "T_RDB$X", "is a name of the engine's own"},
+        {"MON$X", false, {}, "T_MON$X", "is a name of the engine's own"},
+        {"SEC$USERS", false, {}, "T_SEC$USERS", "is a name of the engine's own"},
+        {"RDB", false, {}, "RDB", ""},
         {"2ND", false, {}, "T_2ND", "is no valid name"},
         {"MY SHOP", false, {}, "MY_SHOP", "is no valid name"},
         {"MY-SHOP", false, {"MY_SHOP"}, "MY_SHOP_2", "is no valid name"},

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 
 #include "host/text.h"
 #include "tool/encoding.h"
@@ -15,12 +14,19 @@ namespace {
 constexpr std::string_view invalid = "is no valid name";
 constexpr std::string_view reserved_word = "is a reserved word";
 constexpr std::string_view of_the_driver = "is the name of a column of the driver's own";
+constexpr std::string_view of_the_engine = "is a name of the engine's own";
 constexpr std::string_view repeated = "is there twice";
 
 bool is_of_the_driver(std::string_view name) {
     return name == "RECNO" || name == "RDD_AREAID" || name.starts_with("RDDIDX_") ||
            name.starts_with("IDX_") || name.starts_with("RDDLMB_");
 }
+
+bool is_of_the_engine(std::string_view name) {
+    return name.starts_with("RDB$") || name.starts_with("MON$") || name.starts_with("SEC$");
+}
+
+std::string too_long(std::size_t longest) { return fmt::format("is longer than {} characters", longest); }
 
 std::string numbered(std::string_view name, std::size_t longest, const std::set<std::string>& taken) {
     for (int number = 2;; ++number) {
@@ -75,6 +81,10 @@ void FieldNames::settle(const std::set<std::string>& reserved, std::size_t longe
             names_[i] += '_';
             why_[i] = reserved_word;
         }
+        if (names_[i].size() > longest) {
+            names_[i].resize(longest);
+            why_[i] = too_long(longest);
+        }
         if (!why_[i].empty() || !taken.insert(names_[i]).second) open.push_back(i);
     }
     for (const std::size_t i : open) {
@@ -92,12 +102,16 @@ std::string table_name(const std::string& name, bool reserved, std::set<std::str
                        NameChange& change) {
     std::string plain = plain_form(name, "T_");
     change = {name, "", plain == name ? "" : std::string(invalid)};
+    if (is_of_the_engine(plain)) {
+        plain.insert(0, "T_");
+        change.why = of_the_engine;
+    }
     if (reserved) {
         plain += '_';
         change.why = reserved_word;
     }
     if (plain.size() > longest_table) {
-        change.why = fmt::format("is longer than {} characters", longest_table);
+        change.why = too_long(longest_table);
         plain.resize(longest_table);
     }
     if (!change.why.empty() && taken.contains(plain)) plain = numbered(plain, longest_table, taken);
