@@ -61,6 +61,13 @@ TEST_F(ImportFilesTest, APatternGivesWhatFitsIt) {
     EXPECT_EQ(import({file("empty")}).err, "error: no DBF file is in " + file("empty") + "\n");
 }
 
+TEST_F(ImportFilesTest, TablesAreNotCalledAsThoseOfTheEngine) {
+    const Finished run = import({made("data/mon$tables.dbf", prices().record({"1", "2"}))});
+    EXPECT_EQ(lines(run.out).at(1),
+              "the table MON$TABLES is a name of the engine's own: it becomes T_MON$TABLES");
+    EXPECT_EQ(query("select code from t_mon$tables"), "1\r\n");
+}
+
 TEST_F(ImportFilesTest, TwoFilesOfOneTableAreNotMixedUp) {
     std::filesystem::create_directory(file("more"));
     made("data/a.dbf", prices().record({"1", "2"}));
@@ -170,7 +177,7 @@ TEST_F(ImportFilesTest, ADecimalCommaIsReadAsAPointWhenToldSo) {
 
 TEST_F(ImportFilesTest, RoundedNumbersAreCounted) {
     const Finished run = import({made("p.dbf", prices().record({"1", "1.505"}).record({"1", "1.5"}))});
-    EXPECT_EQ(lines(run.out).at(1), "1 number rounded to the decimals of the column");
+    EXPECT_EQ(lines(run.out).at(1), "1 number rounded to the digits that the column keeps");
     EXPECT_EQ(query("select price from p order by recno"), "1.51\r\n1.50\r\n");
 }
 

@@ -61,6 +61,7 @@ TEST_F(ImportOptionsTest, JsonPrintsAnObjectPerFile) {
                                     {"records", 2},
                                     {"fields", 1},
                                     {"deleted", 1},
+                                    {"odd_deletion_marks", 0},
                                     {"notes", nlohmann::json::array()},
                                     {"changes", nlohmann::json::array()},
                                     {"impossible_dates", 0},
@@ -91,6 +92,26 @@ TEST_F(ImportOptionsTest, DeletedRecordsComeAlongAndAreCounted) {
     const Finished run = import(made("people.dbf", people()));
     EXPECT_EQ(lines(run.out).at(1), "1 deleted record came along; --skip-deleted leaves them out");
     EXPECT_EQ(exported("people"), (DbfRecords{{"Ana"}, {"Bob"}, {"Eva"}}));
+}
+
+TEST_F(ImportOptionsTest, DeletionMarksThatAreNoneAreCountedAndTheirRecordsComeIn) {
+    const DbfBuilder dbf = people().record({"x"}, 'x').record({"nul"}, '\0').record({"end"}, '\x1A');
+    const Finished run = import(made("people.dbf", dbf), {"--skip-deleted"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(
+        run.out.find("\n3 records with a deletion mark that is neither blank nor *: taken as not deleted\n"),
+        std::string::npos)
+        << run.out;
+    EXPECT_EQ(exported("people"), (DbfRecords{{"Ana"}, {"Eva"}, {"x"}, {"nul"}, {"end"}}));
+}
+
+TEST_F(ImportOptionsTest, ADeletedRecordThatIsSetAsideDidNotComeAlong) {
+    const DbfBuilder dbf =
+        DbfBuilder().field("N", 'N', 4).record({"1"}, '*').record({"x"}, '*').record({"3"});
+    const Finished run =
+        import(made("n.dbf", dbf), {"--on-bad-value", "set-aside", "--set-aside", file("bad.dbf")});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(lines(run.out).at(1), "1 deleted record came along; --skip-deleted leaves them out");
 }
 
 TEST_F(ImportOptionsTest, TextsOfAnotherEncodingBecomeIso88591) {

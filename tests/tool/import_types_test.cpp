@@ -98,6 +98,23 @@ TEST_F(ImportTypes, ANumberOfMoreThanEighteenDigitsGetsTheNarrowestColumn) {
     }
 }
 
+TEST_F(ImportTypes, NumbersThatDoublePrecisionDoesNotKeepAreCountedAsRounded) {
+    const std::vector<std::string> kept{"1e3", ".1", "-0.30", "12345678901234500000", "1234567890123e-3",
+                                        "0",   ""};
+    DbfBuilder dbf = DbfBuilder().field("V", 'N', 20, 4);
+    for (const std::string& value : kept) dbf.record({value});
+    const Finished exact = import("n.dbf", dbf);
+    EXPECT_EQ(exact.out.find("rounded"), std::string::npos) << exact.out;
+    for (const char* value : {"12345678901234567890", "-1234567890.123456789", "90071992547409931e3"})
+        dbf.record({value});
+    const Finished run = import("n.dbf", dbf, {"--replace", "--yes"});
+    EXPECT_NE(run.out.find("\n3 numbers rounded to the digits that the column keeps\n"), std::string::npos)
+        << run.out;
+    const Finished narrow =
+        import("m.dbf", DbfBuilder().field("V", 'N', 20, 4).record({"123456789012345.678"}));
+    EXPECT_EQ(narrow.out.find("rounded"), std::string::npos) << narrow.out;
+}
+
 TEST_F(ImportTypes, AColumnCanSayWhichRecordsWereDeleted) {
     const DbfBuilder dbf = DbfBuilder().field("DELETED_", 'C', 2).record({"a"}).record({"b"}, '*');
     const Finished run = import("d.dbf", dbf, {"--mark-deleted"});

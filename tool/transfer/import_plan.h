@@ -26,9 +26,10 @@ struct PlannedColumn {
     bool is_wide = false;    ///< of a field of more digits than a NUMERIC has
 };
 
-/// How many digits the numbers of a field have, without zeros that say nothing.
+/// What the numbers of a wide field need.
 struct Digits {
-    std::size_t whole = 0, decimals = 0;
+    std::size_t whole = 0, decimals = 0;  ///< as many as the longest have, without zeros that say nothing
+    std::uint64_t rounded = 0;            ///< numbers that DOUBLE PRECISION does not give back
 };
 
 /// How people want things to be called.

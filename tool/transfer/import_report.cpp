@@ -27,10 +27,12 @@ std::string notes(const ImportReport& report, bool made) {
                           report.skips_deleted ? "left out"
                           : made               ? "came along; --skip-deleted leaves them out"
                                                : "would come along; --skip-deleted leaves them out");
+    lines += counted_line(report.odd_marks, "record", "records",
+                          "with a deletion mark that is neither blank nor *: taken as not deleted");
     lines += counted_line(values.lost_dates, "impossible date", "impossible dates",
                           made ? "became NULL" : "would become NULL");
     lines += counted_line(values.odd_logicals, "logical", "logicals", "neither yes nor no: left blank");
-    lines += counted_line(values.rounded, "number", "numbers", "rounded to the decimals of the column");
+    lines += counted_line(values.rounded, "number", "numbers", "rounded to the digits that the column keeps");
     lines +=
         counted_line(values.zero_texts, "text with a zero byte", "texts with zero bytes", "kept as they are");
     lines += counted_line(values.unknown_texts, "text", "texts",
@@ -49,6 +51,7 @@ Json as_json(const ImportReport& report) {
             {"records", report.records},
             {"fields", report.columns.size()},
             {"deleted", report.deleted},
+            {"odd_deletion_marks", report.odd_marks},
             {"notes", report.notes},
             {"changes", report.changes},
             {"impossible_dates", report.values.lost_dates},

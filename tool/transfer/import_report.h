@@ -19,6 +19,7 @@ struct ImportReport {
     std::uint64_t records = 0;
     std::uint64_t deleted = 0;
     bool skips_deleted = false;
+    std::uint64_t odd_marks = 0;       ///< records that are marked neither as deleted nor as not deleted
     std::vector<std::string> notes;    ///< on how the file was read
     std::vector<std::string> changes;  ///< of names
     ValueCounts values;

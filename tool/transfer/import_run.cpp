@@ -185,27 +185,33 @@ void Import::for_each_record(const char* doing, Visit visit) {
 void Import::look() {
     ValueReader reader(source_, plan_.columns, {.decimal_comma = options_.decimal_comma});
     for_each_record("checking", [&](const dbf::Records& records) {
-        if (records.deleted()) ++report_.deleted;
-        if (is_left_out(records)) return;
+        if (records.has_odd_mark()) ++report_.odd_marks;
+        if (is_left_out(records)) {
+            ++report_.deleted;
+            return;
+        }
         const std::uint64_t bad_before = rejects_.count();
         reader.read(records.number(), records.bytes(), [&](const BadValue& value) { rejects_.add(value); });
         if (sets_aside() && rejects_.count() > bad_before) {
             aside_.push_back(records.number());
         } else {
             ++report_.records;
+            if (records.deleted()) ++report_.deleted;
         }
     });
     plan_set_aside();
+    report_.values = reader.counts();
     for (std::size_t i = 0; i < plan_.columns.size(); ++i) {
         PlannedColumn& column = plan_.columns[i];
         if (column.is_wide) {
             narrow(column, reader.digits()[i]);
+            if (column.load.kind == LoadColumn::Kind::real)
+                report_.values.rounded += reader.digits()[i].rounded;
             report_.notes.push_back(fmt::format("the field {} has more digits than a NUMERIC: it becomes {}",
                                                 column.column.name, sql_type_of(column)));
         }
         report_.columns.push_back({column.column.name, sql_type_of(column)});
     }
-    report_.values = reader.counts();
     report_.skips_deleted = options_.skip_deleted;
     if (options_.on_bad_value == OnBadValue::use_default) report_.defaulted = rejects_.count();
     report_.bad_values = rejects_.text();

@@ -52,6 +52,20 @@ void note_digits(std::string_view text, Digits& digits) {
     if (point < text.size()) digits.decimals = std::max(digits.decimals, text.size() - point - 1);
 }
 
+// Whether the double, written with as many digits as the text of without_zeros() has, is another number.
+bool loses_digits(double value, std::string_view text) {
+    std::string digits;
+    for (const char c : text.substr(0, text.find_first_of("eE"))) {
+        if (c >= '0' && c <= '9' && (c != '0' || !digits.empty())) digits += c;
+    }
+    digits.erase(digits.find_last_not_of('0') + 1);
+    if (digits.empty()) return false;
+    std::string shown = fmt::format("{:.{}e}", std::abs(value), digits.size() - 1);
+    shown.erase(shown.find('e'));
+    std::erase(shown, '.');
+    return shown != digits;
+}
+
 }  // namespace
 
 // The text of one value; "" and a problem for a bad one.
@@ -75,6 +89,7 @@ struct ValueReader::ToText {
         note_digits(short_text, digits);
         if (column.load.kind != LoadColumn::Kind::real) return short_text;
         const double value = std::strtod(text.c_str(), nullptr);
+        if (loses_digits(value, short_text)) ++digits.rounded;
         if (std::isfinite(value)) return real_text(value);
         problem = "too wide for DOUBLE PRECISION";
         return nothing();

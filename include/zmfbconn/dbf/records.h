@@ -30,6 +30,8 @@ class Records {
     [[nodiscard]] std::uint64_t number() const { return number_; }
     /// Whether it is marked as deleted.
     [[nodiscard]] bool deleted() const { return bytes_.front() == '*'; }
+    /// Whether its mark says neither that it is deleted nor that it is not.
+    [[nodiscard]] bool has_odd_mark() const { return !deleted() && bytes_.front() != ' '; }
 
   private:
     void load();
