@@ -23,6 +23,8 @@ class OutputFile {
     OutputFile& operator=(const OutputFile&) = delete;
 
     void write(std::string_view bytes);
+    /// Hands on to the system what was written so far.
+    void flush();
     /// Everything is in its place when it returns.
     void close();
     /// Lets a file be what it was; what is no file gets all that was written.
@@ -32,7 +34,6 @@ class OutputFile {
     void begin_beside();
     void discard();
     void open_stream();
-    void flush();
     [[noreturn]] void fail() const;
 
     std::string path_;

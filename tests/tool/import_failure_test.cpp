@@ -88,12 +88,21 @@ TEST_F(ImportFailure, ATableThatCannotBeDroppedIsCalledUnfinishedAndTheNextImpor
     EXPECT_NE(tables.find("PEOPLE      driver        2\n"), std::string::npos) << tables;
 }
 
-TEST_F(ImportFailure, AFileForRejectsThatCannotBeWrittenIsSaid) {
+TEST_F(ImportFailure, AFileForRejectsThatCannotBeWrittenIsSaidAndNothingComesIn) {
     const std::string dbf = made("people.dbf", DbfBuilder().field("N", 'N', 4).record({"x"}));
-    const std::string csv = file("nowhere/rejects.csv");
-    const Finished run = on(path, {"import", dbf, "--rejects", csv});
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "error: cannot write " + csv + ": No such file or directory\n");
+    const std::string before = objects();
+    for (const auto& [csv, reason] : {std::pair{file("nowhere/rejects.csv"), "No such file or directory"},
+                                      std::pair{std::string("/dev/full"), "No space left on device"}}) {
+        for (const char* instead : {"refuse", "default", "set-aside"}) {
+            const Finished run = on(path, {"import", dbf, "--rejects", csv, "--on-bad-value", instead});
+            const std::string problem = "cannot write " + csv + ": " + reason + "\n";
+            EXPECT_EQ(run.status, 1) << instead;
+            EXPECT_TRUE(run.err.starts_with("error: " + dbf + " was not imported\n  " + problem)) << run.err;
+            EXPECT_TRUE(run.err.ends_with("error: " + problem)) << run.err;
+            EXPECT_EQ(run.err.find("all are in"), std::string::npos) << run.err;
+        }
+    }
+    EXPECT_EQ(objects(), before);
 }
 
 TEST_F(ImportFailure, ControlCAtTheQuestionLeavesTheTable) {

@@ -78,13 +78,13 @@ Exit import_each(Session& session, const Given& given, const std::vector<std::st
             status = failure.status;
         }
     }
-    so_far.rejects.close();
     if (files.size() > 1 && !so_far.unused_renames.empty()) {
         const auto& [from, to] = *so_far.unused_renames.begin();
         print_error(fmt::format("no file has a field {0}, which --rename {0}={1} names", to_utf8(from), to));
         status = Exit::failed;
     }
     if (files.size() > 1 && !session.options().json) print_files(told);
+    so_far.rejects.close();
     return status;
 }
 

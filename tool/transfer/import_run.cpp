@@ -199,6 +199,7 @@ void Import::look() {
             if (records.deleted()) ++report_.deleted;
         }
     });
+    if (const std::string problem = rejects_.problem(); !problem.empty()) plan_.refusals.push_back(problem);
     plan_set_aside();
     report_.values = reader.counts();
     for (std::size_t i = 0; i < plan_.columns.size(); ++i) {

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "tool/rows/shown_text.h"
+#include "tool/session.h"
 #include "tool/transfer/number_fit.h"
 
 namespace zmfb::tool {
@@ -19,17 +20,29 @@ std::string quoted(std::string_view text) {
 }  // namespace
 
 void RejectsFile::add(const std::string& source, const BadValue& value) {
-    if (path_.empty()) return;
-    if (!file_) {
-        file_.emplace(path_);
-        file_->write("file,record,field,bytes,reason\r\n");
+    if (path_.empty() || !problem_.empty()) return;
+    try {
+        if (!file_) {
+            file_.emplace(path_);
+            file_->write("file,record,field,bytes,reason\r\n");
+        }
+        file_->write(fmt::format("{},{},{},{},{}\r\n", quoted(source), value.record,
+                                 quoted(shown_bytes(value.field.name)), quoted(shown_bytes(value.bytes)),
+                                 quoted(value.reason)));
+    } catch (const Failure& failure) {
+        problem_ = failure.message;
     }
-    file_->write(fmt::format("{},{},{},{},{}\r\n", quoted(source), value.record,
-                             quoted(shown_bytes(value.field.name)), quoted(shown_bytes(value.bytes)),
-                             quoted(value.reason)));
+}
+
+std::string RejectsFile::problem() try {
+    if (file_ && problem_.empty()) file_->flush();
+    return problem_;
+} catch (const Failure& failure) {
+    return problem_ = failure.message;
 }
 
 void RejectsFile::close() {
+    if (const std::string why = problem(); !why.empty()) throw Failure{Exit::failed, why};
     if (file_) file_->close();
 }
 
@@ -45,7 +58,7 @@ std::string Rejects::text() const {
     std::string all;
     for (const std::string& line : first_) all += line + "\n";
     if (count_ > first_.size()) all += fmt::format("and {} more\n", count_ - first_.size());
-    if (!all_.path().empty()) all += fmt::format("all are in {}\n", all_.path());
+    if (!all_.path().empty() && all_.problem().empty()) all += fmt::format("all are in {}\n", all_.path());
     return all;
 }
 

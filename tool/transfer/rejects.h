@@ -17,13 +17,16 @@ class RejectsFile {
     explicit RejectsFile(std::string path) : path_(std::move(path)) {}
 
     void add(const std::string& source, const BadValue& value);
-    /// Ends it. Throws Failure when it could not be written.
+    /// Why what was added cannot be written: "cannot write /dev/full: ..."; "" when it can.
+    [[nodiscard]] std::string problem();
+    /// Ends it. Throws Failure when it cannot be written.
     void close();
     [[nodiscard]] const std::string& path() const { return path_; }
 
   private:
     std::string path_;
     std::optional<OutputFile> file_;
+    std::string problem_;
 };
 
 /// Those of one DBF file.
@@ -34,6 +37,8 @@ class Rejects {
     void add(const BadValue& value);
     /// The first twenty, a line each, how many more there are, and where all are.
     [[nodiscard]] std::string text() const;
+    /// Why the file of all of them cannot be written; "" when it can.
+    [[nodiscard]] std::string problem() const { return all_.problem(); }
     [[nodiscard]] std::uint64_t count() const { return count_; }
 
   private:
