@@ -67,17 +67,13 @@ class Reading {
     Header read() {
         if (beginning_.empty()) throw Refused({"is empty"});
         header_.first_byte = static_cast<std::uint8_t>(beginning_[0]);
-        const std::optional<Dialect> dialect = dialect_of(header_.first_byte);
-        if (!dialect) {
-            throw Refused(
-                {fmt::format("is not a DBF file: none begins with the byte {:02X}", header_.first_byte)});
-        }
-        header_.dialect = *dialect;
-        const Announced announced = *dialect == Dialect::dbase2 ? read_dbase2() : read_prolog();
+        header_.dialect = find_dialect();
+        const Dialect dialect = header_.dialect;
+        const Announced announced = dialect == Dialect::dbase2 ? read_dbase2() : read_prolog();
         const Described described = describe(announced);
         std::vector<std::string> problems;
         add_type_problems(described.fields, problems);
-        const Fit fit = find_fit(file_, described, *dialect, announced);
+        const Fit fit = find_fit(file_, described, dialect, announced);
         if (!fit.problem.empty() && !described.fields.empty()) problems.push_back(fit.problem);
         if (!problems.empty()) throw Refused(std::move(problems));
         note_fit(fit, described, announced);
@@ -87,6 +83,38 @@ class Reading {
     }
 
   private:
+    /// By the first byte, but where the rest is plainly a header with descriptions of 32 bytes: programs have
+    /// bytes of their own, and FoxBASE and dBASE IV have those of dBASE II and 7.
+    Dialect find_dialect() {
+        const std::optional<Dialect> dialect = dialect_of(header_.first_byte);
+        const bool other = !dialect || *dialect == Dialect::dbase2 || *dialect == Dialect::dbase7;
+        if (other && agrees_as_dbase3()) {
+            if (!dialect) {
+                note("no DBF file begins with the byte {:02X}: read as one of dBASE III", header_.first_byte);
+            }
+            return dialect == Dialect::dbase7 ? Dialect::dbase4 : Dialect::dbase3;
+        }
+        if (dialect) return *dialect;
+        throw Refused(
+            {fmt::format("is not a DBF file: none begins with the byte {:02X}", header_.first_byte)});
+    }
+
+    /// Whether the sizes, the end of the descriptions, their types and the marks of the records say the same.
+    [[nodiscard]] bool agrees_as_dbase3() const {
+        if (beginning_.size() < prolog_size) return false;
+        const Sizes sizes = read_sizes(beginning_);
+        const Described described = read_descriptions(beginning_, sizes.header, Dialect::dbase3);
+        std::vector<std::string> problems;
+        add_type_problems(described.fields, problems);
+        const std::size_t end = described.end + 1;
+        if (!problems.empty() || !described.ended || (sizes.header != end && sizes.header != end + 1))
+            return false;
+        const Fit fit =
+            find_fit(file_, described, Dialect::dbase3, {sizes.header, sizes.record, sizes.records});
+        return fit.problem.empty() && fit.start == sizes.header && fit.record_size == sizes.record &&
+               record_size_of(described.fields, fit.long_texts) == sizes.record;
+    }
+
     Announced read_dbase2() {
         if (beginning_.size() < dbase2_header) throw Refused({"ends within its header"});
         return {dbase2_header, static_cast<std::size_t>(little_endian(beginning_, 6, 2)),
@@ -140,6 +168,7 @@ class Reading {
             if (field.type == 'C' && fit.long_texts)
                 field.length = long_text_length(field.length, field.decimals);
             if (field.type == 'C') field.decimals = 0;
+            if (field.length == 0) note("its field {} has no bytes: it is always blank", field.name);
             field.offset = offset;
             offset += field.length;
             if (field.type != '0') {

@@ -298,6 +298,57 @@ TEST(DbfHeader, RecordsWithoutADeletionMarkAreReadWhenTheSizesAgree) {
     }
 }
 
+// The first byte changed alone; the descriptions stay as dBASE III has them.
+std::string with_first_byte(int byte) {
+    std::string bytes = people().bytes();
+    bytes[0] = static_cast<char>(byte);
+    return bytes;
+}
+
+TEST(DbfHeader, DescriptionsOfDbase3AreReadWhateverTheFirstByteSays) {
+    const struct {
+        int first_byte;
+        Dialect dialect;
+        Lines notes;
+    } cases[] = {
+        {0x02, Dialect::dbase3, {}},
+        {0x04, Dialect::dbase4, {}},
+        {0x8C, Dialect::dbase4, {}},
+        {0x00, Dialect::dbase3, {"no DBF file begins with the byte 00: read as one of dBASE III"}},
+        {0x13, Dialect::dbase3, {"no DBF file begins with the byte 13: read as one of dBASE III"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.first_byte);
+        const Header header = header_of(with_first_byte(c.first_byte));
+        EXPECT_EQ(header.dialect, c.dialect);
+        EXPECT_EQ(header.notes, c.notes);
+        EXPECT_EQ(header.records, 2U);
+        ASSERT_EQ(header.fields.size(), 3U);
+        EXPECT_EQ(header.fields[2].name, "BORN");
+    }
+}
+
+TEST(DbfHeader, AFirstByteThatIsNoneIsRefusedUnlessAllElseAgrees) {
+    const auto changed = [](std::size_t at, char byte) {
+        std::string bytes = with_first_byte(0x13);
+        bytes[at] = byte;
+        return bytes;
+    };
+    const Lines refused{"is not a DBF file: none begins with the byte 13"};
+    EXPECT_EQ(refusals_of(changed(10, 28)), refused) << "records of another size";
+    EXPECT_EQ(refusals_of(changed(8, 0)), refused) << "a header of another size";
+    EXPECT_EQ(refusals_of(changed(32 + 11, '?')), refused) << "a field of no type";
+    EXPECT_EQ(refusals_of(changed(32 + 3 * 32, '\n')), refused) << "nothing ends the fields";
+    EXPECT_EQ(refusals_of(with_first_byte(0x13).substr(0, 100)), refused) << "a part of the header";
+}
+
+TEST(DbfHeader, AFieldWithoutALengthHasNoValuesAndIsSaid) {
+    const Header header = header_of(DbfBuilder().field("A", 'C', 4).field("NONE", 'C', 0).record({"a", ""}));
+    ASSERT_EQ(header.fields.size(), 2U);
+    EXPECT_EQ(header.fields[1].length, 0U);
+    EXPECT_EQ(header.notes, Lines{"its field NONE has no bytes: it is always blank"});
+}
+
 TEST(DbfHeader, RecordsOf32768BytesAndMoreHaveTheirLength) {
     const Header header = header_of(DbfBuilder().field("NOTE", 'C', 40000).record({"a"}).record({"b"}));
     EXPECT_EQ(header.record_size, 40001U);

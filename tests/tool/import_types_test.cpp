@@ -170,24 +170,6 @@ TEST_F(ImportTypes, RecordsLongerThanAPieceComeInRight) {
     EXPECT_EQ(query("select char_length(trim(a)) from one"), "32765\r\n");
 }
 
-TEST_F(ImportTypes, TheOldestAndTheNewestDialectComeIn) {
-    ASSERT_EQ(
-        import("two.dbf", DbfBuilder().type(2).field("NAME", 'C', 5).field("N", 'N', 4).record({"Ana", "12"}))
-            .status,
-        0);
-    EXPECT_EQ(query("select trim(name), n from two"), "Ana,12\r\n");
-    ASSERT_EQ(
-        import("seven.dbf", DbfBuilder()
-                                .type(4)
-                                .field("I", 'I', 4)
-                                .field("O", 'O', 8)
-                                .record({high_first(0x80000005, 4),
-                                         high_first(std::bit_cast<std::uint64_t>(1.5) ^ (1ULL << 63), 8)}))
-            .status,
-        0);
-    EXPECT_EQ(query("select i, o from seven"), "5,1.5\r\n");
-}
-
 TEST_F(ImportTypes, TextsAreConvertedFromThePageThatTheFileNames) {
     const DbfBuilder dbf = DbfBuilder().language(2).field("NAME", 'C', 5).record({"Jo\xC6o"});  // CP850
     ASSERT_EQ(import("c.dbf", dbf).status, 0);

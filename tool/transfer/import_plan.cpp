@@ -94,10 +94,12 @@ void name_columns(zmFBConn& connection, const dbf::Header& header, const WantedN
 }
 
 std::string type_problem(const dbf::Field& field) {
-    if (field.kind == dbf::Kind::text && field.length > largest_char)
-        return fmt::format("has {} characters; {} are possible", field.length, largest_char);
-    return field.length == 0 ? "has no length" : "";
+    const bool fits = field.kind != dbf::Kind::text || field.length <= largest_char;
+    return fits ? "" : fmt::format("has {} characters; {} are possible", field.length, largest_char);
 }
+
+// There is no column without a length.
+std::size_t length_of(const dbf::Field& field) { return std::max<std::size_t>(1, field.length); }
 
 // As the engine counts the bytes of a row, without its few more for NULLs and alignment.
 std::size_t row_size(const dbf::Header& header) {
@@ -132,8 +134,9 @@ PlannedColumn planned_xbase(std::size_t place, char type, std::size_t length, in
 }
 
 PlannedColumn plan_text(const dbf::Field& field, std::size_t place) {
-    if (field.type != 'V') return planned_xbase(place, 'C', field.length, 0, Kind::fixed, field.length);
-    return planned_varying(place, fmt::format("VARCHAR({})", field.length));
+    if (field.type != 'V')
+        return planned_xbase(place, 'C', length_of(field), 0, Kind::fixed, length_of(field));
+    return planned_varying(place, fmt::format("VARCHAR({})", length_of(field)));
 }
 
 PlannedColumn plan_number(const dbf::Field& field, std::size_t place) {
@@ -143,7 +146,7 @@ PlannedColumn plan_number(const dbf::Field& field, std::size_t place) {
         return column;
     }
     const int decimals = std::min(field.decimals, static_cast<int>(field.length));
-    return planned_xbase(place, 'N', field.length, decimals, Kind::fixed, field.length);
+    return planned_xbase(place, 'N', length_of(field), decimals, Kind::fixed, length_of(field));
 }
 
 }  // namespace
@@ -159,7 +162,7 @@ PlannedColumn plan_column(const dbf::Field& field, std::size_t place) {
         case dbf::Kind::text:
             return plan_text(field, place);
         case dbf::Kind::bytes:
-            return planned_varying(place, fmt::format("VARCHAR({}) CHARACTER SET OCTETS", field.length));
+            return planned_varying(place, fmt::format("VARCHAR({}) CHARACTER SET OCTETS", length_of(field)));
         case dbf::Kind::number:
             return plan_number(field, place);
         case dbf::Kind::date:

@@ -51,7 +51,7 @@ struct Field {
 /// A header, and how many records the file holds.
 struct Header {
     std::uint8_t first_byte = 0;            ///< which says the dialect
-    Dialect dialect = Dialect::dbase3;      ///< by the first byte
+    Dialect dialect = Dialect::dbase3;      ///< by the first byte, or by the descriptions where they differ
     std::uint8_t language = 0;              ///< the language byte; 0 says nothing
     std::vector<Field> fields;              ///< in the order of the file, without the NULL flags
     std::uint64_t start = 0;                ///< where the first record begins
