@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "dbf/code_page.h"
 #include "dbf/memo.h"
 #include "dbf/records.h"
 #include "dbf/value.h"
