@@ -17,6 +17,7 @@ void add_all(CommandLine& line) {
     add_methods(line);
     line.head("Health");
     add_doctor(line);
+    add_grant(line);
     add_log(line);
     add_locks(line);
     add_generate(line);

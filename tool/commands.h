@@ -30,6 +30,8 @@ void add_locks(CommandLine& line);
 void add_log(CommandLine& line);
 /// doctor: whether all is well, and what to do where it is not.
 void add_doctor(CommandLine& line);
+/// grant: the rights of a user.
+void add_grant(CommandLine& line);
 /// generate: manual page and completions; hidden.
 void add_generate(CommandLine& line);
 /// matrix extract, check and apply: structures through a text file.

@@ -8,8 +8,12 @@ compared). Blocks of a page go on where the last one stopped; `console desk` is 
 empty folder, with `zmfbconn` in it, the sources, and `build`, the examples. A comment <!-- varies: 4242 desk --> names words that differ from run
 to run. A block marked `screen` is one command on a terminal; what stands behind a question, "[y/N] y", is typed there.
 No other block of these pages may have a command of zmfb.
+
+With ZMFB_DOCS_SERVER=HOST/PORT in the environment the database of a page, which is called shop.fdb, lies on that server,
+and ISC_USER and ISC_PASSWORD are those of its owner.
 """
 
+import os
 import re
 import sys
 import tempfile
@@ -22,6 +26,7 @@ from terminal import Terminal, environment, memory_folder, on_screen
 
 SHELL_PROMPT = "zmfb> "
 VARIES = re.compile(r"<!-- varies: (.*?) -->")
+DATABASE = "shop.fdb"
 COMMAND_OF_TOOL = re.compile(r"^(\$ )?zmfb( |$)")
 
 
@@ -71,6 +76,9 @@ class Walk:
             (self.home / "bin").mkdir(parents=True)
             for name, target in self.links.items():
                 (self.home / name).symlink_to(Path(target).resolve())
+            if server := os.environ.get("ZMFB_DOCS_SERVER"):
+                self.varying.append(DATABASE)
+                self.bound[DATABASE] = f"{server}:{self.home / DATABASE}"
             try:
                 for block in self.page.blocks:
                     self.block(block)

@@ -79,9 +79,10 @@ class Terminal:
 
 def environment(home):
     """That of a user with that home folder, and programs in its folder `bin`; log and temporary files go there."""
-    kept = {name: value for name, value in os.environ.items() if name not in (
-        "FIREBIRD", "FIREBIRD_LOCK", "ISC_USER", "ISC_PASSWORD", "ZMFB_DB", "XDG_CACHE_HOME", "XDG_STATE_HOME",
-        "ENV", "BASH_ENV")}
+    unwanted = ["FIREBIRD", "FIREBIRD_LOCK", "ZMFB_DB", "XDG_CACHE_HOME", "XDG_STATE_HOME", "ENV", "BASH_ENV"]
+    if "ZMFB_DOCS_SERVER" not in os.environ:
+        unwanted += ["ISC_USER", "ISC_PASSWORD"]
+    kept = {name: value for name, value in os.environ.items() if name not in unwanted}
     return {**kept, "HOME": str(home), "PATH": f"{home}/bin:{kept.get('PATH', '/usr/bin:/bin')}", "LC_ALL": "C.UTF-8",
             "NO_COLOR": "1", "TMPDIR": str(home), "ZMFB_TEST_LOG": f"{home}/zmrddfire.log"}
 

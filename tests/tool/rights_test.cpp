@@ -1,6 +1,5 @@
 // The tool for a user who does not own the database.
 #include <nlohmann/json.hpp>
-#include <regex>
 #include <set>
 
 #include "tests/support/dbf_builder.h"
@@ -84,6 +83,12 @@ class RightsOnAServer : public Tool {
         words.insert(words.begin(), {"--db", Server::shared().name_of(file(database)), "--user", user});
         return zmfb(words, "", {std::string("ISC_PASSWORD=") + sysdba_password});
     }
+    /// What doctor says of the rights of a user.
+    std::string rights_of(const std::string& user) const {
+        const std::string all = as(user, {"doctor"}).out;
+        const std::size_t start = all.rfind('\n', all.find("] rights: ")) + 1;
+        return all.substr(start, all.find("\n[", start) + 1 - start);
+    }
 
   private:
     static std::set<std::string>& made_users() {
@@ -92,33 +97,31 @@ class RightsOnAServer : public Tool {
     }
 };
 
-/// The statements that docs/rights.md shows over several lines, as the shell hands them on.
-std::vector<std::string> blocks_of_the_page(const std::string& page) {
-    static const std::regex block(R"re(\$ zmfb exec "(execute block[^"]*)")re");
-    std::vector<std::string> blocks;
-    for (std::sregex_iterator found(page.begin(), page.end(), block), none; found != none; ++found) {
-        blocks.push_back(std::regex_replace(std::regex_replace((*found)[1].str(), std::regex("\n> "), "\n"),
-                                            std::regex(R"(\\\$)"), "$$"));
-    }
-    return blocks;
-}
-
-TEST_F(RightsOnAServer, TheGrantsOfThePageAreEnoughAndReadersCannotUnlock) {
+TEST_F(RightsOnAServer, WhoWasGrantedReadingReadsAndCannotUnlock) {
     ASSERT_EQ(as(sysdba, {"create"}).status, 0);
     ASSERT_EQ(as(sysdba, {"call", "createtable('CLIENT', {{'NAME', 'C', 10, 0}})"}).status, 0);
-    const std::vector<std::string> blocks = blocks_of_the_page(read_file(ZMFB_RIGHTS_PAGE));
-    ASSERT_EQ(blocks.size(), 2U);
-    for (const std::string& block : blocks) {
-        const Finished run = as(sysdba, {"exec", block});
-        ASSERT_EQ(run.status, 0) << block << run.err;
+    ASSERT_EQ(as(sysdba, {"exec", "insert into client (name) values ('Eva')"}).status, 0);
+    EXPECT_NE(as("otto", {"tables"}).status, 0);
+    const Finished granted = as(sysdba, {"grant", "otto"});
+    EXPECT_EQ(granted.status, 0) << granted.err;
+    EXPECT_EQ(lines(granted.out).size(), 12U) << granted.out;
+    EXPECT_TRUE(granted.out.starts_with("EXECUTE on FUNCTION ZMBLOBSUBSTR to PUBLIC\n")) << granted.out;
+    EXPECT_TRUE(granted.out.ends_with("\nSELECT on TABLE CLIENT to USER OTTO\n")) << granted.out;
+    EXPECT_EQ(as("otto", {"tables"}).status, 0);
+    EXPECT_EQ(as("otto", {"query", "--mode", "csv", "select name from client"}).out, "NAME\r\nEva\r\n");
+    EXPECT_EQ(as("otto", {"exec", "insert into client (name) values ('Ida')"}).status, 1);
+    ASSERT_EQ(as(sysdba, {"call", "settableaslocked('CLIENT', 'CLIENT:A:1:here')"}).out, ".T.\n");
+    for (const std::vector<std::string>& words :
+         std::vector<std::vector<std::string>>{{"unlock", "--yes", "client"}, {"clear", "--yes"}}) {
+        EXPECT_EQ(as("otto", words).status, 1);
+        EXPECT_EQ(lines(as(sysdba, {"locks"}).out).size(), 3U);  // the lock below the head
     }
-    ASSERT_EQ(as(sysdba, {"call", "grantaccess('SELECT', 'CLIENT', 'OTTO')",
-                          "grantaccess('SELECT, INSERT, UPDATE, DELETE', 'CLIENT', 'ANNA')",
-                          "grantaccess('SELECT, INSERT, DELETE', 'RDDSYS_OPN', 'ANNA')",
-                          "grantaccess('SELECT, INSERT, DELETE', 'RDDSYS_FLK', 'ANNA')",
-                          "grantaccess('SELECT, INSERT, DELETE', 'RDDSYS_RLK', 'ANNA')"})
-                  .out,
-              ".T.\n.T.\n.T.\n.T.\n.T.\n");
+}
+
+TEST_F(RightsOnAServer, WhoWasGrantedWritingWritesAndLocks) {
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"call", "createtable('CLIENT', {{'NAME', 'C', 10, 0}})"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"grant", "anna", "--level", "write"}).err, "");
     const std::string area = "'CLIENT', 'CLIENT:A:1:here'";
     EXPECT_EQ(as("anna", {"exec", "insert into client (name) values ('Ana')"}).err, "");
     EXPECT_EQ(as("anna", {"call", "settableusedbyarea(.T., " + area + ", .T.)"}).out, ".T.\n");
@@ -129,13 +132,93 @@ TEST_F(RightsOnAServer, TheGrantsOfThePageAreEnoughAndReadersCannotUnlock) {
                           "settableaslocked(" + area + ")", "deleterecord('CLIENT', '1')"})
                   .out,
               "2\n.T.\n.T.\n.T.\n");
-    EXPECT_EQ(as("otto", {"query", "--mode", "csv", "select name from client"}).out, "NAME\r\nEva\r\n");
-    for (const std::vector<std::string>& words :
-         std::vector<std::vector<std::string>>{{"unlock", "--yes", "client"}, {"clear", "--yes"}}) {
-        EXPECT_EQ(as("otto", words).status, 1);
-        EXPECT_EQ(lines(as(sysdba, {"locks"}).out).size(), 4U);  // two locks below the head
-    }
+    EXPECT_EQ(as("anna", {"unlock", "client", "--yes"}).status, 0) << "as the page says";
     EXPECT_EQ(as("anna", {"clear", "--yes"}).status, 0) << "as the page says";
+    EXPECT_EQ(as("anna", {"call", "createtable('HERS', {{'NAME', 'C', 10, 0}})"}).out, ".F.\n");
+    EXPECT_EQ(as("anna", {"drop", "client", "--yes"}).status, 1);
+}
+
+TEST_F(RightsOnAServer, WhoWasGrantedMakingImportsAndOwnsWhatCameIn) {
+    const std::string dbf = file("ours.dbf");
+    DbfBuilder().field("N", 'N', 4).record({"   1"}).write(dbf);
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"grant", "anna", "--level", "make"}).err, "");
+    EXPECT_EQ(as("anna", {"import", dbf}).err, "");
+    EXPECT_EQ(as("anna", {"exec", "insert into ours (n) values (2)"}).err, "");
+    EXPECT_EQ(as("anna", {"call", "alterfield('OURS', {'N', 'N', 6, 0}, {'N', 'N', 4, 0})"}).out, ".T.\n");
+    EXPECT_EQ(as("otto", {"query", "select n from ours"}).status, 1);
+    EXPECT_EQ(as(sysdba, {"grant", "otto", "ours"}).err, "");
+    EXPECT_EQ(as("otto", {"query", "--mode", "csv", "select n from ours"}).out, "N\r\n1\r\n2\r\n");
+    EXPECT_EQ(as("anna", {"drop", "ours", "--yes"}).err, "");
+}
+
+TEST_F(RightsOnAServer, WhoWasGrantedAdministrationChangesTablesOfOthers) {
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"call", "createtable('CLIENT', {{'NAME', 'C', 10, 0}})"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"exec", "insert into client (name) values ('Eva')"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"grant", "anna", "--level", "admin"}).err, "");
+    EXPECT_EQ(as("anna", {"call", "alterfield('CLIENT', {'NAME', 'C', 20, 0}, {'NAME', 'C', 10, 0})"}).out,
+              ".T.\n");
+    EXPECT_EQ(as("anna", {"query", "--mode", "csv", "select name from client"}).out, "NAME\r\nEva\r\n");
+    EXPECT_EQ(as("anna", {"drop", "client", "--yes"}).err, "");
+    EXPECT_EQ(as(sysdba, {"doctor"}).out.find("[note] generators"), std::string::npos);
+}
+
+TEST_F(RightsOnAServer, WhoMayNotGiveGivesNothing) {
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"grant", "anna"}).err, "");
+    const Finished refused = as("anna", {"grant", "otto"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.out, "");
+    EXPECT_TRUE(refused.err.starts_with("error: OTTO was given nothing\n")) << refused.err;
+    EXPECT_EQ(as(sysdba, {"grant", "otto", "nosuch"}).status, 1);
+    EXPECT_EQ(as(sysdba, {"grant", "otto", "--level", "all"}).status, 2);
+}
+
+TEST_F(RightsOnAServer, DoctorSaysWhichRightIsMissing) {
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"call", "createtable('CLIENT', {{'NAME', 'C', 10, 0}})"}).status, 0);
+    EXPECT_EQ(rights_of("SYSDBA"), "[ok] rights: SYSDBA may do everything here\n");
+    ASSERT_EQ(as(sysdba, {"grant", "otto"}).err, "");
+    ASSERT_EQ(as(sysdba, {"exec", "revoke select on client from otto"}).err, "");
+    const std::string nothing = rights_of("otto");
+    EXPECT_TRUE(nothing.starts_with("[bad] rights: OTTO lacks to read SELECT access to TABLE CLIENT; "))
+        << nothing;
+    ASSERT_EQ(as(sysdba, {"grant", "otto"}).err, "");
+    const std::string writing = rights_of("otto");
+    EXPECT_TRUE(writing.starts_with("[note] rights: OTTO lacks to write and lock ")) << writing;
+    for (const char* right : {" SELECT access to TABLE RDDSYS_OPN, ", " UPDATE access to TABLE CLIENT, ",
+                              " USAGE access to GENERATOR G_CLIENT_D, "}) {
+        EXPECT_NE(writing.find(right), std::string::npos) << right << " is not in\n" << writing;
+    }
+    ASSERT_EQ(as(sysdba, {"grant", "otto", "--level", "write"}).err, "");
+    EXPECT_EQ(rights_of("otto"),
+              "[note] rights: OTTO lacks to make tables CREATE TABLE, CREATE SEQUENCE\n"
+              "       the owner gives them as far as they are wanted: zmfb grant \"OTTO\" --level make\n");
+    ASSERT_EQ(as(sysdba, {"exec", "revoke usage on generator g_client_i from trigger t_client_recno"}).err,
+              "");
+    EXPECT_NE(rights_of("otto").find("lacks to write and lock USAGE access to GENERATOR G_CLIENT_I; "),
+              std::string::npos)
+        << rights_of("otto");
+    ASSERT_EQ(as(sysdba, {"grant", "otto", "--level", "make"}).err, "");
+    EXPECT_EQ(rights_of("otto"), "[ok] rights: OTTO reads, writes and makes tables\n");
+}
+
+TEST_F(RightsOnAServer, WhatWasGivenIsAListAsJson) {
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    const auto json = nlohmann::json::parse(as(sysdba, {"--json", "grant", "otto"}).out);
+    EXPECT_EQ(json["given"].size(), 11U) << "the functions; there is no table";
+}
+
+TEST_F(RightsOnAServer, ThePageHoldsThere) {
+    if (setup_of_this_run().as_it_comes) GTEST_SKIP() << "the page has the words of Firebird 3.0";
+    const Finished run_ =
+        run({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "python3", "-B",
+             ZMFB_SOURCE "/tests/docs/commands.py", ZMFB_SOURCE, folder(), ZMFB_TOOL, "docs/rights.md"},
+            "",
+            {"ZMFB_DOCS_SERVER=127.0.0.1/" + std::to_string(Server::shared().port()),
+             std::string("ISC_USER=") + sysdba, std::string("ISC_PASSWORD=") + sysdba_password});
+    EXPECT_EQ(run_.status, 0) << run_.out << run_.err;
 }
 
 TEST_F(RightsOnAServer, CreatingADatabaseTakesARightThatTheHintNames) {

@@ -50,12 +50,15 @@ Finding check_tables(Session& session);
 Finding check_leftovers(Session& session);
 /// Generators of the driver's shape whose table is gone.
 Finding check_generators(Session& session);
+/// What this user may not do with the tables of the driver.
+Finding check_rights(Session& session);
 Finding check_validity(Session& session);
 
 inline constexpr std::array<Check, 2> checks_before_attaching{check_client_library, check_log};
-inline constexpr std::array<Check, 12> checks_of_database{
+inline constexpr std::array<Check, 13> checks_of_database{
     check_engine_version,   check_functions_declared, check_functions_callable, check_character_set,
     check_data_file_folder, check_external_tables,    check_system_tables,      check_dead_processes,
-    check_tables,           check_leftovers,          check_generators,         check_validity};
+    check_tables,           check_leftovers,          check_generators,         check_rights,
+    check_validity};
 
 }  // namespace zmfb::tool

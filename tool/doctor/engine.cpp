@@ -10,6 +10,7 @@
 #include "tool/character_set.h"
 #include "tool/doctor/checks.h"
 #include "tool/encoding.h"
+#include "tool/functions.h"
 #include "tool/hints.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
@@ -17,25 +18,7 @@
 namespace zmfb::tool {
 namespace {
 
-struct Function {
-    std::string_view name;
-    std::string_view call;
-};
-
 constexpr std::string_view module_name = "zmrddudfs";
-constexpr std::array functions{
-    Function{"ZMBLOBSUBSTR", "ZMBLOBSUBSTR(CAST('x' AS BLOB SUB_TYPE TEXT), 1, 1)"},
-    Function{"ZMTRIM", "ZMTRIM('x')"},
-    Function{"ZMLOWER", "ZMLOWER('x')"},
-    Function{"ZMUPPER", "ZMUPPER('x')"},
-    Function{"ZMSUBSTR", "ZMSUBSTR('x', 1, 1)"},
-    Function{"ZMDTOS", "ZMDTOS(CAST('2007-03-01' AS TIMESTAMP))"},
-    Function{"SKIPPAD", "SKIPPAD('x')"},
-    Function{"ZMSTR", "ZMSTR(1, 3, 0)"},
-    Function{"ZMSTRZERO", "ZMSTRZERO(1, 3, 0)"},
-    Function{"ZMPADR", "ZMPADR('x', 3)"},
-    Function{"ZMPADL", "ZMPADL('x', 3)"},
-};
 
 constexpr std::string_view functions_advice =
     "udf/zmrddudfs.sql declares them: isql-fb -user USER DATABASE -i zmrddudfs.sql";
@@ -91,11 +74,12 @@ Finding check_engine_version(Session& session) {
 
 Finding check_functions_declared(Session& session) {
     std::string missing;
-    for (const Function& function : functions) {
+    for (const DriverFunction& function : driver_functions) {
         if (session.connection_to_any()(m::isudf, function.name, module_name)) continue;
         missing += (missing.empty() ? "" : ", ") + std::string(function.name);
     }
-    if (missing.empty()) return {"functions declared", State::ok, fmt::format("all {}", functions.size())};
+    if (missing.empty())
+        return {"functions declared", State::ok, fmt::format("all {}", driver_functions.size())};
     return {"functions declared", State::bad, "missing: " + missing, std::string(functions_advice)};
 }
 
@@ -103,7 +87,7 @@ Finding check_functions_callable(Session& session) {
     zmFBConn& connection = session.connection_to_any();
     std::string failed;
     std::string said;
-    for (const Function& function : functions) {
+    for (const DriverFunction& function : driver_functions) {
         if (!connection(m::isudf, function.name, module_name)) continue;
         try {
             rows_of<int>(connection,
