@@ -146,7 +146,8 @@ class Fields {
                     asked.type, name_of(format_));
         }
         if (asked.nullable) field.flags |= may_be_null;
-        if (asked.binary) field.flags |= is_binary;
+        const bool are_bytes = asked.type == 'G' || asked.type == 'P' || asked.type == 'Q';
+        if (asked.binary || are_bytes) field.flags |= is_binary;
     }
 
     void check_length(const NewField& asked, const Field& field) {
