@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <exception>
 #include <system_error>
@@ -18,6 +19,7 @@
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
+#include "zmfbconn/transaction.h"
 
 namespace zmfb::tool {
 namespace {
@@ -35,6 +37,23 @@ void print_indented(std::string_view detail) {
         const std::size_t blanks = std::min(line.find_first_not_of(' '), line.size());
         say("  {}\n", without_controls(line.substr(blanks)));
         detail.remove_prefix(std::min(detail.size(), line.size() + 1));
+    }
+}
+
+bool tells_of_a_lost_connection(std::string_view message) {
+    constexpr std::array<std::string_view, 4> words{
+        "connection lost to database", "Error reading data from the connection",
+        "Error writing data to the connection", "connection shutdown"};
+    return std::ranges::any_of(
+        words, [&](std::string_view word) { return message.find(word) != std::string_view::npos; });
+}
+
+bool has_open_batch(zmFBConn& connection) {
+    try {
+        Transaction::batch(connection);
+        return true;
+    } catch (const SqlError&) {
+        return false;
     }
 }
 
@@ -146,6 +165,14 @@ zmFBConn& Session::connection_to_any() {
     require_database();
     if (!connection_) attach(Demand::any_database);
     return *connection_;
+}
+
+void Session::let_go_when_lost(std::string_view detail) {
+    if (!connection_ || !connection_->isconnected()) return;
+    if (!tells_of_a_lost_connection(detail) && !tells_of_a_lost_connection(last_engine_message())) return;
+    say("the connection to {} is lost{}; what comes next attaches anew\n", options_.database,
+        has_open_batch(*connection_) ? ", and with it the transaction that was open" : "");
+    connection_.reset();
 }
 
 // The log level is set on the object while it is not attached yet, so that the attach itself is logged at

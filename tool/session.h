@@ -53,6 +53,9 @@ class Session {
     zmFBConn& connection_to_any();
     /// The object, attached when a database is given.
     zmFBConn& connection_or_unattached();
+    /// Lets go of the object when its connection to the server is lost, as the engine said in what failed
+    /// last or in `detail`: the next use attaches anew. Says so.
+    void let_go_when_lost(std::string_view detail);
     /// Makes the client library ready for the database of the options, and asks for its password. Throws
     /// Failure.
     void prepare_client();

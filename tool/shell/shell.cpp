@@ -61,9 +61,11 @@ void Shell::guarded(const std::function<void()>& run) {
     const Clock::time_point start = Clock::now();
     std::optional<ControlC> ends_this_only;
     if (interactive_) ends_this_only.emplace();
+    std::string said;
     try {
         run();
     } catch (const Failure& failure) {
+        said = failure.detail;
         if (ending_signal() != 0 || std::ferror(stdout) != 0) throw;
         if (interrupted()) {
             fail(interrupted_message, failure.message == interrupted_message ? "" : failure.message);
@@ -79,6 +81,7 @@ void Shell::guarded(const std::function<void()>& run) {
     }
     if (session_.raised().size() != raised_before) failed_ = true;
     flush_output();
+    session_.let_go_when_lost(said);
     if (timer_) say("time: {:.3f} s\n", seconds_since(start));
 }
 
