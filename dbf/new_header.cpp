@@ -18,10 +18,11 @@ namespace {
 
 constexpr std::size_t longest_name = 10;
 constexpr std::size_t widest_number = 255;
+constexpr std::size_t longest_foxpro_text = 254;
+constexpr std::size_t widest_foxpro_number = 20;
 constexpr std::size_t most_foxpro_fields = 255;
 // The path of the database that a table belongs to: of none.
 constexpr std::size_t database_path_size = 263;
-constexpr std::size_t changed_at = 1;
 constexpr std::size_t table_flags_at = 28;
 constexpr char has_memo_file = 0x02;
 constexpr std::size_t language_at = 29;
@@ -265,13 +266,17 @@ Header plan_header(Format format, std::span<const NewField> fields, const std::s
     return header;
 }
 
+std::string changed_bytes(Date changed) {
+    return {static_cast<char>(static_cast<int>(changed.year()) - 1900),
+            static_cast<char>(static_cast<unsigned>(changed.month())),
+            static_cast<char>(static_cast<unsigned>(changed.day()))};
+}
+
 std::string header_bytes(const Header& header, Date changed) {
     std::string bytes = make_prolog({.first_byte = header.first_byte,
                                      .header = static_cast<std::uint16_t>(header.start),
                                      .record = static_cast<std::uint16_t>(header.record_size)});
-    bytes[changed_at] = static_cast<char>(static_cast<int>(changed.year()) - 1900);
-    bytes[changed_at + 1] = static_cast<char>(static_cast<unsigned>(changed.month()));
-    bytes[changed_at + 2] = static_cast<char>(static_cast<unsigned>(changed.day()));
+    bytes.replace(changed_at, 3, changed_bytes(changed));
     if (header.dialect == Dialect::visual_foxpro && header.has_memo()) bytes[table_flags_at] = has_memo_file;
     bytes[language_at] = static_cast<char>(header.language);
     for (const Field& field : header.fields) bytes += description(field, header.dialect);

@@ -14,14 +14,14 @@ namespace zmfb::dbf {
 Header plan_header(Format format, std::span<const NewField> fields, const std::string& code_page,
                    bool names_code_page);
 
+/// The three bytes of the day of the last change, from changed_at on.
+std::string changed_bytes(Date changed);
+inline constexpr std::size_t changed_at = 1;
+
 /// The bytes before the first record, which count none.
 std::string header_bytes(const Header& header, Date changed);
 
 /// A record of which no field is set.
 std::string empty_record(const Header& header);
-
-/// The longest C and V of FoxPro, and the widest N and F.
-inline constexpr std::size_t longest_foxpro_text = 254;
-inline constexpr std::size_t widest_foxpro_number = 20;
 
 }  // namespace zmfb::dbf

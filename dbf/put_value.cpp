@@ -22,18 +22,6 @@ void put_low_first(char* at, std::size_t size, std::uint64_t number) {
     for (std::size_t i = 0; i < size; ++i) at[i] = static_cast<char>(number >> (8 * i) & 0xFF);
 }
 
-/// A number as its digits, without zeros at the front, in units of the last of its decimals.
-struct Digits {
-    bool negative = false;
-    std::string_view digits;
-    std::size_t decimals = 0;
-};
-
-std::string_view without_zeros(std::string_view digits) {
-    digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
-    return digits;
-}
-
 /// Digits of `number`, with as many decimals: rounded half away from zero in `room` when it has more, and
 /// then not whole unless only zeros went.
 bool round_to(Digits& number, std::size_t decimals, std::string& room) {
@@ -56,40 +44,6 @@ bool round_to(Digits& number, std::size_t decimals, std::string& room) {
     return whole;
 }
 
-// Right-aligned; the zero in front of the point goes first when there is no room for all.
-Loss put_digits(const Field& field, char* at, Digits number) {
-    const auto decimals = static_cast<std::size_t>(field.decimals);
-    std::string room;
-    const bool whole = round_to(number, decimals, room);
-    const bool negative = number.negative && !number.digits.empty();
-    const std::size_t zeros = number.digits.empty() ? 0 : decimals - number.decimals;
-    const std::size_t all = number.digits.size() + zeros;
-    const std::size_t in_front = all > decimals ? all - decimals : 0;
-    std::size_t size = (negative ? 1U : 0U) + in_front + (decimals > 0 ? decimals + 1 : 0);
-    const bool zero_in_front = in_front == 0 && (decimals == 0 || size < field.length);
-    if (zero_in_front) ++size;
-    if (size > field.length) {
-        std::memset(at, ' ', field.length);
-        return Loss::too_wide;
-    }
-    std::memset(at, ' ', field.length - size);
-    at += field.length - size;
-    if (negative) *at++ = '-';
-    if (zero_in_front) *at++ = '0';
-    const std::size_t taken = std::min(in_front, number.digits.size());
-    at = std::copy_n(number.digits.data(), taken, at);
-    at = std::fill_n(at, in_front - taken, '0');
-    if (decimals > 0) {
-        *at++ = '.';
-        const std::string_view rest = number.digits.substr(taken);
-        const std::size_t behind = in_front > 0 ? decimals - rest.size() : zeros;
-        at = std::fill_n(at, decimals - rest.size() - behind, '0');
-        at = std::copy(rest.begin(), rest.end(), at);
-        std::fill_n(at, behind, '0');
-    }
-    return whole ? Loss::none : Loss::rounded;
-}
-
 /// The number in units of the last of so many decimals; none when it is no such integer.
 std::optional<std::int64_t> in_units(const Digits& number, int decimals) {
     std::string digits = number.negative ? "-" : "";
@@ -108,8 +62,8 @@ Loss put_whole(const Field& field, char* at, Digits number) {
     const auto units = in_units(number, decimals);
     const bool fits = units && (!is_integer || (*units >= std::numeric_limits<std::int32_t>::min() &&
                                                 *units <= std::numeric_limits<std::int32_t>::max()));
-    put_low_first(at, field.length, static_cast<std::uint64_t>(fits ? *units : 0));
     if (!fits) return Loss::too_wide;
+    put_low_first(at, field.length, static_cast<std::uint64_t>(*units));
     return whole ? Loss::none : Loss::rounded;
 }
 
@@ -129,7 +83,7 @@ Loss put_in_double(char* at, const Digits& number) {
 Loss put_any(const Field& field, char* at, const Digits& number) {
     switch (field.kind) {
         case Kind::number:
-            return put_digits(field, at, number);
+            return put_digits({at, field.length}, field.decimals, number);
         case Kind::real:
             return put_in_double(at, number);
         default:
@@ -163,6 +117,40 @@ void put_julian(char* at, Date day, std::chrono::milliseconds time) {
 }
 
 }  // namespace
+
+std::string_view without_zeros(std::string_view digits) {
+    digits.remove_prefix(std::min(digits.find_first_not_of('0'), digits.size()));
+    return digits;
+}
+
+Loss put_digits(std::span<char> bytes, int field_decimals, Digits number) {
+    const auto decimals = static_cast<std::size_t>(field_decimals);
+    std::string room;
+    const bool whole = round_to(number, decimals, room);
+    const bool negative = number.negative && !number.digits.empty();
+    const std::size_t zeros = number.digits.empty() ? 0 : decimals - number.decimals;
+    const std::size_t all = number.digits.size() + zeros;
+    const std::size_t in_front = all > decimals ? all - decimals : 0;
+    std::size_t size = (negative ? 1U : 0U) + in_front + (decimals > 0 ? decimals + 1 : 0);
+    const bool zero_in_front = in_front == 0 && (decimals == 0 || size < bytes.size());
+    if (zero_in_front) ++size;
+    if (size > bytes.size()) return Loss::too_wide;
+    char* at = std::fill_n(bytes.data(), bytes.size() - size, ' ');
+    if (negative) *at++ = '-';
+    if (zero_in_front) *at++ = '0';
+    const std::size_t taken = std::min(in_front, number.digits.size());
+    at = std::copy_n(number.digits.data(), taken, at);
+    at = std::fill_n(at, in_front - taken, '0');
+    if (decimals > 0) {
+        *at++ = '.';
+        const std::string_view rest = number.digits.substr(taken);
+        const std::size_t behind = in_front > 0 ? decimals - rest.size() : zeros;
+        at = std::fill_n(at, decimals - rest.size() - behind, '0');
+        at = std::copy(rest.begin(), rest.end(), at);
+        std::fill_n(at, behind, '0');
+    }
+    return whole ? Loss::none : Loss::rounded;
+}
 
 void put_nothing(const Header& header, const Field& field, char* record, char logical) {
     const bool is_text = field.kind == Kind::text || field.kind == Kind::number || field.kind == Kind::date ||
@@ -213,10 +201,7 @@ Loss put_number(const Field& field, char* record, std::int64_t unscaled, int dec
 
 Loss put_real(const Field& field, char* record, double value) {
     char* const at = record + field.offset;
-    if (!std::isfinite(value)) {
-        std::memset(at, field.kind == Kind::number ? ' ' : '\0', field.length);
-        return Loss::not_a_number;
-    }
+    if (!std::isfinite(value)) return Loss::not_a_number;
     if (field.kind == Kind::real) {
         put_double(at, value);
         return Loss::none;
@@ -239,10 +224,7 @@ Loss put_real(const Field& field, char* record, double value) {
 Loss put_day(const Field& field, char* record, Date day) {
     char* const at = record + field.offset;
     const bool is_date = field.kind == Kind::date;
-    if (!has_digits(day)) {
-        std::memset(at, is_date ? ' ' : '\0', field.length);
-        return Loss::no_day;
-    }
+    if (!has_digits(day)) return Loss::no_day;
     if (is_date) {
         put_digits_of_day(at, day);
     } else {

@@ -1,16 +1,31 @@
 /// The bytes that values have in the fields of a record: value.h the other way round.
 ///
-/// Each function fills the whole field, and answers what of the value it does not keep.
+/// Each function fills the whole field, and answers what of the value it does not keep. Numbers and days of
+/// which it keeps nothing leave the field as it is.
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 #include "dbf/header.h"
 #include "dbf/writer.h"
 
 namespace zmfb::dbf {
+
+/// A number as its digits, without zeros at the front, in units of the last of its decimals.
+struct Digits {
+    bool negative = false;
+    std::string_view digits;
+    std::size_t decimals = 0;
+};
+std::string_view without_zeros(std::string_view digits);
+
+/// Writes a number with so many decimals at the end of `bytes`, rounded half away from zero. The zero in
+/// front of the point goes first when there is no room for all.
+Loss put_digits(std::span<char> bytes, int decimals, Digits number);
 
 /// Nothing: blanks, or zero bytes where these are numbers. The letter is what a logical has.
 void put_nothing(const Header& header, const Field& field, char* record, char logical = ' ');

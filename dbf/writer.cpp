@@ -157,11 +157,11 @@ struct Writer::State {
     void settle(std::size_t index, Loss loss, const Shown& shown_value) {
         if (header.fields[index].null_bit) put_bit(header, *header.fields[index].null_bit, record(), false);
         if (loss == Loss::none) return;
-        if (!options.lossy) {
-            const Field& one = header.fields[index];
-            put_nothing(header, one, record());
-            throw Unfit(loss, index, one.name, records + 1, shown_value());
-        }
+        const Field& one = header.fields[index];
+        const bool keeps_nothing =
+            loss == Loss::too_wide || loss == Loss::not_a_number || loss == Loss::no_day;
+        if (keeps_nothing || !options.lossy) put_nothing(header, one, record());
+        if (!options.lossy) throw Unfit(loss, index, one.name, records + 1, shown_value());
         ++losses[index][static_cast<std::size_t>(loss)];
     }
 

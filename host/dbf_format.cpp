@@ -6,6 +6,8 @@
 #include <limits>
 
 #include "dbf/layout.h"
+#include "dbf/new_header.h"
+#include "dbf/put_value.h"
 #include "host/date.h"
 #include "host/number.h"
 #include "host/text.h"
@@ -13,7 +15,6 @@
 namespace zmfb::host {
 namespace {
 
-// The layout is in dbf/layout.h. The day of the last change is its year - 1900, month and day.
 constexpr std::size_t name_size = 10;
 constexpr std::uint8_t plain_table = 3;
 constexpr std::uint8_t table_with_memo = 0x83;
@@ -64,67 +65,28 @@ std::string read_field(const dbf::Descriptor& descriptor, Field& field) {
     return {};
 }
 
-dbf::Descriptor descriptor_of(const Field& field) {
-    constexpr int unit = 256;
-    return {.name = field.name,
-            .type = field.type,
-            .length = static_cast<std::size_t>(field.length % unit),
-            .decimals = field.type == 'C' ? field.length / unit : field.decimals};
+dbf::Date today() {
+    const CalendarDay day = calendar_day(date().date());
+    return std::chrono::year(static_cast<int>(day.year)) / static_cast<int>(day.month) /
+           static_cast<int>(day.day);
 }
 
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
-// A number's digits as a text has them: sign, whole part without leading zeros, and the part behind the
-// point.
-struct Digits {
-    bool negative = false;
-    std::string whole;
-    std::string fraction;
-};
-
-// Reads the leading number of a text, as VAL() does.
-Digits leading_number(std::string_view text) {
-    Digits digits;
-    std::size_t i = std::min(text.find_first_not_of(" \t\r\n"), text.size());
-    if (i < text.size() && (text[i] == '-' || text[i] == '+')) digits.negative = text[i++] == '-';
-    for (; i < text.size() && is_digit(text[i]); ++i) {
-        if (!digits.whole.empty() || text[i] != '0') digits.whole += text[i];
-    }
-    if (i < text.size() && text[i] == '.') {
-        for (++i; i < text.size() && is_digit(text[i]); ++i) digits.fraction += text[i];
-    }
-    return digits;
-}
-
-// Rounds half away from zero, or fills up, to so many decimals.
-void set_decimals(Digits& digits, std::size_t decimals) {
-    const bool up = digits.fraction.size() > decimals && digits.fraction[decimals] >= '5';
-    digits.fraction.resize(decimals, '0');
-    if (!up) return;
-    std::string all = "0" + digits.whole + digits.fraction;
-    std::size_t i = all.size() - 1;
-    for (; all[i] == '9'; --i) all[i] = '0';
-    ++all[i];
-    digits.whole = all.substr(all[0] == '0' ? 1 : 0, all.size() - decimals - (all[0] == '0' ? 1 : 0));
-    digits.fraction = all.substr(all.size() - decimals);
-}
-
+// The leading number of a text, as VAL() reads it.
 Encoding encode_number(const Field& field, std::string_view text, std::span<char> bytes) {
-    Digits digits = leading_number(text);
-    set_decimals(digits, static_cast<std::size_t>(field.decimals));
-    const bool zero = digits.whole.empty() && digits.fraction.find_first_not_of('0') == std::string::npos;
-    std::string number = digits.negative && !zero ? "-" : "";
-    const std::size_t size =
-        number.size() + digits.whole.size() + digits.fraction.size() + (field.decimals > 0 ? 1 : 0);
-    // The zero in front of the point goes first when there is no room for all.
-    if (digits.whole.empty() && (field.decimals == 0 || size < bytes.size())) digits.whole = "0";
-    number += digits.whole;
-    if (field.decimals > 0) number += '.' + digits.fraction;
-    if (number.size() > bytes.size()) return Encoding::too_wide;
-    const auto blanks = bytes.size() - number.size();
-    std::fill_n(bytes.begin(), blanks, ' ');
-    std::copy(number.begin(), number.end(), bytes.begin() + static_cast<std::ptrdiff_t>(blanks));
-    return Encoding::stored;
+    std::size_t i = std::min(text.find_first_not_of(" \t\r\n"), text.size());
+    const bool negative = i < text.size() && text[i] == '-';
+    if (i < text.size() && (text[i] == '-' || text[i] == '+')) ++i;
+    std::string digits;
+    for (; i < text.size() && is_digit(text[i]); ++i) digits += text[i];
+    const std::size_t whole = digits.size();
+    if (i < text.size() && text[i] == '.') {
+        for (++i; i < text.size() && is_digit(text[i]); ++i) digits += text[i];
+    }
+    const dbf::Digits number{negative, dbf::without_zeros(digits), digits.size() - whole};
+    const dbf::Loss loss = dbf::put_digits(bytes, field.decimals, number);
+    return loss == dbf::Loss::too_wide ? Encoding::too_wide : Encoding::stored;
 }
 
 Encoding encode_text(std::string_view text, std::span<char> bytes) {
@@ -157,24 +119,24 @@ std::string fit_for_dbf(std::vector<Field>& structure) {
 }
 
 std::string dbf_header(std::span<const Field> structure) {
-    const std::size_t size = dbf::prolog_size + dbf::descriptor_size * structure.size() + 1;
-    std::size_t record_size = 1;
-    for (const Field& field : structure) record_size += static_cast<std::size_t>(field.length);
-    std::string header = dbf::make_prolog({.first_byte = plain_table,
-                                           .header = static_cast<std::uint16_t>(size),
-                                           .record = static_cast<std::uint16_t>(record_size)});
-    const std::string change = dbf_change(0);
-    header.replace(dbf_change_position, change.size(), change);
-    for (const Field& field : structure) header += dbf::make_descriptor(descriptor_of(field));
-    return header + dbf::end_of_descriptors;
+    dbf::Header header;
+    header.first_byte = plain_table;
+    header.start = dbf::prolog_size + dbf::descriptor_size * structure.size() + 1;
+    header.record_size = 1;
+    for (const Field& field : structure) {
+        dbf::Field& made = header.fields.emplace_back();
+        made.name = field.name;
+        made.type = field.type;
+        made.length = static_cast<std::size_t>(field.length);
+        made.decimals = field.decimals;
+        header.record_size += made.length;
+    }
+    return dbf::header_bytes(header, today());
 }
 
 std::string dbf_change(std::uint32_t records) {
-    const CalendarDay today = calendar_day(date().date());
-    std::string change(7, '\0');
-    change[0] = static_cast<char>(today.year - 1900);
-    change[1] = static_cast<char>(today.month);
-    change[2] = static_cast<char>(today.day);
+    std::string change = dbf::changed_bytes(today());
+    change.resize(7);
     dbf::put_little_endian(change, 3, 4, records);
     return change;
 }

@@ -1,4 +1,4 @@
-/// The layout of DBF files of type 3, and the bytes that values have in their records.
+/// What the runtime's driver makes of DBF files of type 3: its rules, over the layout and bytes of dbf/.
 #pragma once
 
 #include <cstdint>
