@@ -8,8 +8,13 @@
 
 namespace zmfb::dbf {
 
+/// The path beside the table at `path` with another ending (".fpt", in lower case), in capitals when its own
+/// is.
+std::string companion_path(const std::string& path, std::string_view ending);
+
 /// The path of the file in the folder of `path` that has its name with another ending (".fpt", in lower
-/// case), both in any letter case; the one in the same letters goes before others. "" when there is none.
+/// case), both in any letter case; that of companion_path() goes before others, and then
+/// one of the same letters but for the ending. "" when there is none.
 std::string find_companion(const std::string& path, std::string_view ending);
 
 /// The ending of the memo files of a dialect: ".dbt", ".fpt", ".smt".

@@ -36,14 +36,6 @@ Date today() {
     return std::chrono::year(local.tm_year + 1900) / (local.tm_mon + 1) / local.tm_mday;
 }
 
-// A table that is written in capitals has files in capitals beside it.
-std::string beside(const std::string& path, std::string_view ending) {
-    const std::string own = fs::path(path).extension().string();
-    std::string named(ending);
-    if (own == ".DBF") std::transform(named.begin(), named.end(), named.begin(), upper);
-    return fs::path(path).replace_extension(named).string();
-}
-
 std::string shown(std::string_view text) {
     return fmt::format("\"{}{}\"", text.substr(0, longest_shown), text.size() > longest_shown ? "..." : "");
 }
@@ -120,9 +112,10 @@ struct Writer::State {
           file(path),
           losses(header.fields.size()) {
         if (!options.code_page.empty()) from_utf8.emplace(options.code_page);
-        if (header.has_memo()) memos.emplace(beside(path, memo_ending(header.dialect)), header.dialect);
+        if (header.has_memo())
+            memos.emplace(companion_path(path, memo_ending(header.dialect)), header.dialect);
         const bool unsaid = options.names_code_page && !options.code_page.empty() && header.language == 0;
-        if (unsaid) code_page_file.emplace(beside(path, ".cpg"));
+        if (unsaid) code_page_file.emplace(companion_path(path, ".cpg"));
         block.reserve(block_size + header.record_size);
         const Date changed = options.changed == Date() ? today() : options.changed;
         block = header_bytes(header, changed);
@@ -224,10 +217,11 @@ void Writer::State::put_memo_text(const Field& one, std::size_t index, std::stri
 // The memos of what was there, and the name of a code page that this one does not have.
 std::vector<std::string> Writer::State::files_that_go() {
     std::vector<std::string> paths;
-    if (!code_page_file) paths.push_back(beside(file.place(), ".cpg"));
+    if (!code_page_file) paths.push_back(companion_path(file.place(), ".cpg"));
     if (fs::exists(file.place())) {
         for (const std::string_view ending : {".dbt", ".fpt"}) {
-            if (std::string path = beside(file.place(), ending); !memos || memos->file().place() != path)
+            if (std::string path = companion_path(file.place(), ending);
+                !memos || memos->file().place() != path)
                 paths.push_back(std::move(path));
         }
     }

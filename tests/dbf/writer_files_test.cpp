@@ -93,6 +93,10 @@ TEST_F(DbfFiles, InCapitalsHaveOthersInCapitalsBesideThem) {
     write(folder_.file("T.DBF"), "ö", true, {.code_page = "UTF-8"});
     EXPECT_EQ(folder_.names(), (std::set<std::string>{"T.CPG", "T.DBF", "T.DBT"}));
     EXPECT_EQ(read_back(folder_.file("T.DBF")), (Lines{"1|memo \"ö\""}));
+    // Those of another table are not taken for its own.
+    write(folder_.file("T.dbf"), "of another");
+    EXPECT_EQ(read_back(folder_.file("T.DBF")), (Lines{"1|memo \"ö\""}));
+    EXPECT_EQ(read_back(folder_.file("T.dbf")), (Lines{"1|memo \"of another\""}));
 }
 
 TEST_F(DbfFiles, OfATableThatIsReplacedGoWithIt) {
