@@ -19,6 +19,12 @@ constexpr std::array hints{
          "is the server running, and are host and port right? host/port:/path names another port than 3050"},
     Hint{"connection rejected by remote interface",
          "the server and this client have no login method in common"},
+    Hint{"Error occurred during login",
+         "AuthServer of the server and AuthClient of the client, in their firebird.conf, may have no login "
+         "method in common"},
+    Hint{"Incompatible wire encryption levels",
+         "WireCrypt in the firebird.conf of the server and in that of the client, which the folder FIREBIRD "
+         "has, must agree"},
     Hint{"Database already opened with engine instance",
          "another program has the file open with other engine settings; end it, or put the database on a "
          "server"},

@@ -164,16 +164,12 @@ Finding check_generators(Session& session) {
 }
 
 Finding check_validity(Session& session) {
-    std::string path = session.options().database;
-    std::string folder;
-    if (names_a_server(path)) {
-        path = path.substr(path.find(':') + 1);
-    } else if (const char* locks = std::getenv("FIREBIRD_LOCK")) {
-        folder = fmt::format("FIREBIRD_LOCK={} ", locks);
-    }
+    const char* const locks = std::getenv("FIREBIRD_LOCK");
+    const bool local = !names_a_server(session.options().database);
     return {"validity", State::note, "not looked at",
-            fmt::format("while nobody uses the database: {}gfix -v -full -user {} {}", folder,
-                        session.options().user, path)};
+            fmt::format("while nobody uses the database: {}gfix -v -full -user {} {}",
+                        local && locks != nullptr ? fmt::format("FIREBIRD_LOCK={} ", locks) : "",
+                        session.options().user, session.options().database)};
 }
 
 }  // namespace zmfb::tool
