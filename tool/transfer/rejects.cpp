@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t listed = 20;
 
-std::string quoted(std::string_view text) {
+std::string in_quotes(std::string_view text) {
     std::string all;
     add_in_quotes(all, text);
     return all;
@@ -26,9 +26,9 @@ void RejectsFile::add(const std::string& source, const BadValue& value) {
             file_.emplace(path_);
             file_->write("file,record,field,bytes,reason\r\n");
         }
-        file_->write(fmt::format("{},{},{},{},{}\r\n", quoted(source), value.record,
-                                 quoted(shown_bytes(value.field.name)), quoted(shown_bytes(value.bytes)),
-                                 quoted(value.reason)));
+        file_->write(fmt::format("{},{},{},{},{}\r\n", in_quotes(source), value.record,
+                                 in_quotes(shown_bytes(value.field.name)),
+                                 in_quotes(shown_bytes(value.bytes)), in_quotes(value.reason)));
     } catch (const Failure& failure) {
         problem_ = failure.message;
     }

@@ -1,0 +1,1 @@
+// Nothing: it holds the headers that are compiled once for the library.
