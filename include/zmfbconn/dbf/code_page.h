@@ -42,7 +42,7 @@ class ToUtf8 {
     [[nodiscard]] std::optional<std::string> convert(std::string_view text);
 
   private:
-    struct State;
+    struct [[gnu::visibility("hidden")]] State;
     std::unique_ptr<State> state_;
 };
 
@@ -70,7 +70,7 @@ class FromUtf8 {
   private:
     Text convert_others(std::string_view utf8, std::size_t most);
 
-    struct State;
+    struct [[gnu::visibility("hidden")]] State;
     std::unique_ptr<State> state_;
     bool known_ = false;
 };

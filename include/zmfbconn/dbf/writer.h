@@ -162,7 +162,7 @@ class Writer {
     void finish();
 
   private:
-    struct State;
+    struct [[gnu::visibility("hidden")]] State;
     std::unique_ptr<State> state_;
 };
 
