@@ -163,7 +163,8 @@ TEST_F(ImportReplace, RecordsAreAddedToATableThatHasTheFields) {
             .out;
     };
     const auto count = [&] { return on(path, {"call", "gettablereccount('PEOPLE')"}).out; };
-    ASSERT_EQ(append(DbfBuilder().field("NAME", 'C', 8).field("AGE", 'N', 3).record({"Ana", "1"})).status, 0);
+    DbfBuilder().field("NAME", 'C', 8).field("AGE", 'N', 3).record({"Ana", "1"}).write(file("people.dbf"));
+    ASSERT_EQ(on(path, {"import", file("people.dbf")}).status, 0);
     const DbfBuilder more = DbfBuilder().field("NAME", 'C', 5).record({"Bob"}).record({"Eva"});
     const Finished run = append(more);
     EXPECT_EQ(run.status, 0) << run.err;

@@ -128,21 +128,26 @@ PlannedColumn planned_xbase(std::size_t place, char type, std::size_t length, in
                             std::size_t width) {
     PlannedColumn column = planned(place, "", kind, width);
     column.column = driver_column("", type, length, decimals);
+    if (type != 'N') return column;
     column.digits = length;
     column.decimals = decimals;
+    column.takes_null = false;
     return column;
 }
 
 PlannedColumn plan_text(const dbf::Field& field, std::size_t place) {
-    if (field.type != 'V')
-        return planned_xbase(place, 'C', length_of(field), 0, Kind::fixed, length_of(field));
-    return planned_varying(place, fmt::format("VARCHAR({})", length_of(field)));
+    const std::size_t length = length_of(field);
+    PlannedColumn column = field.type == 'V' ? planned_varying(place, fmt::format("VARCHAR({})", length))
+                                             : planned_xbase(place, 'C', length, 0, Kind::fixed, length);
+    column.longest = length;
+    return column;
 }
 
 PlannedColumn plan_number(const dbf::Field& field, std::size_t place) {
     if (field.length > largest_precision) {
         PlannedColumn column = planned(place, "DOUBLE PRECISION DEFAULT 0 NOT NULL", Kind::real, real_width);
         column.is_wide = true;
+        column.takes_null = false;
         return column;
     }
     const int decimals = std::min(field.decimals, static_cast<int>(field.length));

@@ -18,12 +18,14 @@ struct PlannedColumn {
     /// Instead of a place: the column says whether the record was deleted.
     static constexpr std::size_t deletion_mark = static_cast<std::size_t>(-1);
 
-    std::size_t field;       ///< its place in the header
-    DriverColumn column;     ///< as the table is made with
-    LoadColumn load;         ///< as its values travel
-    std::size_t digits = 0;  ///< of a NUMERIC
-    int decimals = 0;        ///< of them, behind the point
-    bool is_wide = false;    ///< of a field of more digits than a NUMERIC has
+    std::size_t field;        ///< its place in the header
+    DriverColumn column;      ///< as the table is made with
+    LoadColumn load;          ///< as its values travel
+    std::size_t digits = 0;   ///< of a NUMERIC
+    int decimals = 0;         ///< of them, behind the point
+    bool is_wide = false;     ///< of a field of more digits than a NUMERIC has
+    std::size_t longest = 0;  ///< of a text, in characters; 0 for any
+    bool takes_null = true;   ///< where it is not the number 0 instead, a text of blanks
 };
 
 /// What the numbers of a wide field need.
@@ -46,6 +48,7 @@ struct ImportPlan {
     bool table_exists = false;
     std::vector<PlannedColumn> columns;
     std::vector<std::string> changes;   ///< of names, UTF-8, a line each
+    std::vector<std::string> notes;     ///< on what comes of it, UTF-8, a line each
     std::vector<std::string> refusals;  ///< UTF-8, a line each
     Renames unused_renames;             ///< of fields that the file does not have
 };

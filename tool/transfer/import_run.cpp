@@ -13,6 +13,7 @@
 #include "tool/drop.h"
 #include "tool/encoding.h"
 #include "tool/interrupt.h"
+#include "tool/transfer/append_plan.h"
 #include "tool/transfer/dbf_source.h"
 #include "tool/transfer/import_report.h"
 #include "tool/transfer/import_values.h"
@@ -77,7 +78,6 @@ class Import {
     void plan_records();
     void plan_existing();
     [[nodiscard]] bool is_table_beside_whole() const;
-    void plan_append();
     void look();
     void plan_set_aside();
     void refuse() const;
@@ -120,6 +120,11 @@ void Import::plan() {
     report_.changes = plan_.changes;
     report_.notes = source_.header.notes;
     if (plan_.table_exists) plan_existing();
+    if (options_.append && !plan_.table_exists && plan_.refusals.empty()) {
+        plan_.refusals.push_back(
+            fmt::format("there is no table {} to add to; without --append it is made", plan_.table));
+    }
+    for (const std::string& note : plan_.notes) report_.notes.push_back(note);
     plan_records();
 }
 
@@ -153,7 +158,7 @@ void Import::plan_existing() {
             "the table {} is there, with the records of an import that was cut off; drop it first",
             table_beside(plan_.table)));
     } else if (options_.append) {
-        plan_append();
+        plan_append(connection_, source_.header, plan_);
     } else if (!options_.replace) {
         plan_.refusals.push_back(fmt::format(
             "the table {} is there already; --replace replaces it, --append adds to it", plan_.table));
@@ -204,13 +209,12 @@ void Import::look() {
     report_.values = reader.counts();
     for (std::size_t i = 0; i < plan_.columns.size(); ++i) {
         PlannedColumn& column = plan_.columns[i];
-        if (column.is_wide) {
+        if (column.is_wide && !is_added()) {
             narrow(column, reader.digits()[i]);
-            if (column.load.kind == LoadColumn::Kind::real)
-                report_.values.rounded += reader.digits()[i].rounded;
             report_.notes.push_back(fmt::format("the field {} has more digits than a NUMERIC: it becomes {}",
                                                 column.column.name, sql_type_of(column)));
         }
+        if (column.load.kind == LoadColumn::Kind::real) report_.values.rounded += reader.digits()[i].rounded;
         report_.columns.push_back({column.column.name, sql_type_of(column)});
     }
     report_.skips_deleted = options_.skip_deleted;
@@ -282,15 +286,6 @@ void Import::load() try {
 } catch (const Failure& failure) {
     const bool is_own = failure.message == not_imported(report_.file) || interrupted();
     take_back(is_own ? failure.detail : failure.message + "\n" + failure.detail);
-}
-
-void Import::plan_append() {
-    const std::vector<Name> names = column_names_of(connection_, Name(plan_.table));
-    for (const PlannedColumn& column : plan_.columns) {
-        if (std::ranges::find(names, Name(column.column.name)) != names.end()) continue;
-        plan_.refusals.push_back(
-            fmt::format("the table {} has no field {}", plan_.table, column.column.name));
-    }
 }
 
 std::vector<DriverColumn> Import::columns() const {

@@ -78,21 +78,35 @@ struct ValueReader::ToText {
 
     // Nothing: blanks are NULL where there is one, and no number is 0.
     std::optional<std::string> nothing() const {
-        if (column.load.kind == LoadColumn::Kind::varying) return std::nullopt;
-        if (field.kind != dbf::Kind::number) return "";
-        return column.load.kind == LoadColumn::Kind::real ? real_text(0) : "0";
+        const bool is_varying = column.load.kind == LoadColumn::Kind::varying;
+        const bool takes_none = column.takes_null || column.load.kind == LoadColumn::Kind::fixed;
+        if (!column.takes_null && column.load.kind == LoadColumn::Kind::real) return real_text(0);
+        if (!column.takes_null && column.digits > 0) return "0";
+        if (!takes_none && problem.empty()) problem = "nothing, where the column has to have a value";
+        return is_varying ? std::nullopt : std::optional<std::string>("");
     }
 
-    // A number of more digits than NUMERIC has.
-    std::optional<std::string> wide_number(const std::string& text) const {
-        const std::string short_text = without_zeros(text);
-        note_digits(short_text, digits);
-        if (column.load.kind != LoadColumn::Kind::real) return short_text;
+    // For DOUBLE PRECISION.
+    std::optional<std::string> rounded_number(const std::string& text) const {
         const double value = std::strtod(text.c_str(), nullptr);
-        if (loses_digits(value, short_text)) ++digits.rounded;
+        if (loses_digits(value, text)) ++digits.rounded;
         if (std::isfinite(value)) return real_text(value);
         problem = "too wide for DOUBLE PRECISION";
         return nothing();
+    }
+
+    std::optional<std::string> number(std::string text) const {
+        if (column.is_wide) {
+            text = without_zeros(text);
+            note_digits(text, digits);
+        }
+        if (column.load.kind == LoadColumn::Kind::real) return rounded_number(text);
+        if (column.digits == 0) return text;
+        bool rounded = false;
+        problem = number_problem(text, column.digits, column.decimals, &rounded);
+        if (!problem.empty()) return nothing();
+        if (rounded) ++reader.counts_.rounded;
+        return text;
     }
 
     std::optional<std::string> operator()(dbf::Blank) const { return nothing(); }
@@ -109,24 +123,23 @@ struct ValueReader::ToText {
     }
     std::optional<std::string> operator()(const dbf::Text& text) const {
         std::string converted = reader.text_for(text.bytes, !field.binary(), problem);
-        if (problem.empty() && converted.size() > field.length)
-            problem = "the converted text is longer than the field";
+        if (problem.empty() && column.longest > 0 && converted.size() > column.longest)
+            problem = "the text is longer than its column";
         return problem.empty() ? converted : "";
     }
-    std::optional<std::string> operator()(const dbf::Bytes& bytes) const { return std::string(bytes.bytes); }
-    std::optional<std::string> operator()(const dbf::Number& number) const {
-        if (column.is_wide) return wide_number(number.text);
-        bool rounded = false;
-        problem = number_problem(number.text, column.digits, column.decimals, &rounded);
-        if (!problem.empty()) return nothing();
-        if (rounded) ++reader.counts_.rounded;
-        return number.text;
+    std::optional<std::string> operator()(const dbf::Bytes& bytes) const {
+        if (column.longest > 0 && bytes.bytes.size() > column.longest) {
+            problem = "the bytes are more than its column holds";
+            return nothing();
+        }
+        return std::string(bytes.bytes);
     }
+    std::optional<std::string> operator()(const dbf::Number& value) const { return number(value.text); }
     std::optional<std::string> operator()(dbf::Date day) const { return shown_day(day); }
     std::optional<std::string> operator()(bool value) const { return value ? "T" : "F"; }
-    std::optional<std::string> operator()(std::int32_t value) const { return std::to_string(value); }
+    std::optional<std::string> operator()(std::int32_t value) const { return number(std::to_string(value)); }
     std::optional<std::string> operator()(dbf::Currency value) const {
-        return to_string(Decimal(value.ten_thousandths, 4));
+        return number(to_string(Decimal(value.ten_thousandths, 4)));
     }
     std::optional<std::string> operator()(double value) const { return real_text(value); }
     std::optional<std::string> operator()(dbf::Timestamp value) const { return shown_stamp(value); }
