@@ -1,4 +1,5 @@
 // What an import finds in a file before it begins.
+#include <csignal>
 #include <filesystem>
 
 #include "tests/support/dbf_builder.h"
@@ -131,6 +132,46 @@ TEST_F(ImportCheck, ADryRunTellsWhatWouldBeMadeAndMakesNothing) {
               "1 deleted record would come along; --skip-deleted leaves them out\n"
               "nothing was changed; the import would work\n");
     EXPECT_EQ(objects(), before);
+}
+
+TEST_F(ImportCheck, ADryRunSaysWhatTheDatabaseHasAgainstTheTable) {
+    const std::string dbf = made("prices.dbf", prices().record({"1", "1.50"}));
+    forbid(path, "create table");
+    const std::string before = objects();
+    const Finished run = import(dbf, {"--dry-run"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out.find("would work"), std::string::npos) << run.out;
+    EXPECT_TRUE(run.err.starts_with("error: " + dbf + " would not be imported\n")) << run.err;
+    EXPECT_NE(run.err.find("  not in this database\n"), std::string::npos) << run.err;
+    EXPECT_EQ(objects(), before);
+}
+
+TEST_F(ImportCheck, ADryRunWorksInThePlaceOfWhatWasLeftBehind) {
+    const std::string dbf = made("prices.dbf", prices().record({"1", "1.50"}));
+    exec(path, "create table prices (a integer)");
+    exec(path, "comment on table prices is 'Unfinished import for ZMRDDFIRE'");
+    exec(path, "create sequence G_PRICES_I");
+    const std::string before = objects();
+    EXPECT_EQ(import(dbf, {"--dry-run"}).err, "");
+    EXPECT_EQ(objects(), before);
+    EXPECT_EQ(import(dbf).err, "");
+}
+
+TEST_F(ImportCheck, ADryRunOfAReplacementSaysThatTheTableIsInUse) {
+    const std::string dbf = made("prices.dbf", prices().record({"1", "1.50"}));
+    ASSERT_EQ(import(dbf).status, 0);
+    EXPECT_EQ(import(dbf, {"--replace", "--dry-run"}).err, "");
+    const auto user = start({"--db", path, "query",
+                             "select count(*) from prices a, rdb$fields b, rdb$fields c, "
+                             "rdb$fields d, rdb$fields e"});
+    user->settle();
+    const Finished run = import(dbf, {"--replace", "--dry-run"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.err.find(" would not be imported\n  the table PRICES is in use by another program\n"),
+              std::string::npos)
+        << run.err;
+    user->send(SIGKILL);
+    user->end();
 }
 
 DbfBuilder badly_named() {

@@ -234,5 +234,29 @@ TEST_F(RightsOnAServer, CreatingADatabaseTakesARightThatTheHintNames) {
     EXPECT_EQ(as("otto", {"create"}).err, "");
 }
 
+// Nobody but SYSDBA and the owner may see what other programs have in use.
+TEST_F(RightsOnAServer, ADryRunSaysWhichRightAnImportMisses) {
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    const std::string dbf = file("client.dbf"), other = file("other.dbf");
+    DbfBuilder().field("NAME", 'C', 10).record({"Ana"}).write(dbf);
+    DbfBuilder().field("NAME", 'C', 10).record({"Ana"}).write(other);
+    ASSERT_EQ(as(sysdba, {"import", dbf}).status, 0);
+    ASSERT_EQ(as(sysdba, {"exec", "grant execute on function zmblobsubstr to public"}).status, 0);
+    const auto refused = [&](const std::vector<std::string>& words, const std::string& reason) {
+        std::vector<std::string> dry = words;
+        dry.insert(dry.begin(), {"import", "--dry-run"});
+        const Finished said = as("otto", dry);
+        EXPECT_EQ(said.status, 1) << said.out;
+        EXPECT_NE(said.err.find(reason), std::string::npos) << said.err;
+        std::vector<std::string> real = words;
+        real.insert(real.begin(), {"import", "--yes"});
+        EXPECT_EQ(as("otto", real).status, 1);
+    };
+    refused({other}, "CREATE");
+    refused({dbf, "--append"}, "no permission for ");
+    refused({dbf, "--replace"}, "DROP");
+    EXPECT_EQ(as(sysdba, {"query", "--mode", "csv", "select trim(name) from client"}).out, "TRIM\r\nAna\r\n");
+}
+
 }  // namespace
 }  // namespace zmfb::test

@@ -19,6 +19,7 @@
 #include "tool/transfer/import_values.h"
 #include "tool/transfer/new_table.h"
 #include "tool/transfer/progress.h"
+#include "tool/transfer/rehearsal.h"
 #include "tool/transfer/replacing.h"
 #include "tool/transfer/set_aside.h"
 #include "zmfbconn/cancel.h"
@@ -49,6 +50,7 @@ class Import {
         plan();
         look();
         if (options_.dry_run) {
+            rehearse_it();
             print_plan(report_, session_.options().json, can_work());
             return refuse();
         }
@@ -80,6 +82,7 @@ class Import {
     [[nodiscard]] bool is_table_beside_whole() const;
     void look();
     void plan_set_aside();
+    void rehearse_it();
     void refuse() const;
     void ask();
     [[nodiscard]] std::string what_goes() const;
@@ -232,6 +235,15 @@ void Import::plan_set_aside() {
         plan_.refusals.push_back(fmt::format(
             "{} is there already; --set-aside names another file for records that are set aside", file));
     }
+}
+
+void Import::rehearse_it() {
+    if (!can_work()) return;
+    const std::string why = rehearse(connection_, plan_,
+                                     {.made = plan_.table_exists ? table_beside(plan_.table) : plan_.table,
+                                      .replaced = plan_.table_exists && options_.replace ? plan_.table : "",
+                                      .added_to = is_added() ? plan_.table : ""});
+    if (!why.empty()) plan_.refusals.push_back(why);
 }
 
 void Import::refuse() const {
