@@ -38,10 +38,12 @@ static bool is_calendar_date(const char* text) {
     return day <= days[month - 1] + (leap && month == 2);
 }
 
+/* Blanks behind it do not count. */
 static bool is_timestamp_text(const char* text) {
-    const size_t length = matching_length(text);
+    size_t length = text_length(text);
+    while (length > 0 && text[length - 1] == ' ') --length;
     if (length != DATE_END && length != SECONDS_END && length != FRACTION_END) return false;
-    return text[length + strspn(text + length, " ")] == '\0' && is_calendar_date(text);
+    return matching_length(text) >= length && is_calendar_date(text);
 }
 
 char* skippad(const char* text) {

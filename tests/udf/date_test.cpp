@@ -26,6 +26,7 @@ const skippad_case skippad_cases[] = {
     {"DateOfADate", "{{D}}2007-03-01", "20070301"},
     {"DateOfATimestampWithoutFraction", "{{D}}2007-03-01 14:05:09", "20070301"},
     {"DateOfATimestampWithBlanksBehind", "{{D}}2007-03-01 00:00:00.0000   ", "20070301"},
+    {"DateWithBlanksBehind", "{{D}}2007-03-01   ", "20070301"},
     {"FirstDateOfTheEngine", "{{D}}0001-01-01", "00010101"},
     {"LastDateOfTheEngine", "{{D}}9999-12-31", "99991231"},
     {"LeapDay", "{{D}}2008-02-29", "20080229"},
