@@ -42,9 +42,15 @@ zmfb_status zmfb_create_database(const char* database, const char* user, const c
     return guard([=] { return done(zmfb::create_database(database, text_of(user), text_of(password))); });
 }
 
-zmfb_status zmfb_declare_functions(const char* database, const char* user, const char* password) {
+zmfb_status zmfb_install_functions(const char* database, const char* user, const char* password,
+                                   zmfb_functions functions) {
     if (database == nullptr) return fail_null();
-    return guard([=] { return done(zmfb::declare_functions(database, text_of(user), text_of(password))); });
+    if (functions < ZMFB_FUNCTIONS_BY_ENGINE || functions > ZMFB_FUNCTIONS_MODULE)
+        return fail(ZMFB_OUT_OF_RANGE, "no such functions");
+    return guard([=] {
+        return done(zmfb::install_functions(database, text_of(user), text_of(password),
+                                            static_cast<zmfb::Functions>(functions)));
+    });
 }
 
 zmfb_status zmfb_setting(int number, const zmfb_value* value, zmfb_value* before) {

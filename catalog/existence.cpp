@@ -1,5 +1,9 @@
 #include "catalog/existence.h"
 
+#include <algorithm>
+#include <map>
+#include <string>
+
 #include "catalog/methods.h"
 #include "conn/statement.h"
 #include "host/text.h"
@@ -13,9 +17,44 @@ bool counts_some(Self& self, const Value& stmt) {
 
 constexpr std::string_view udf_module = "zmrddudfs";
 
-constexpr std::string_view needed_udfs[] = {"ZMBLOBSUBSTR", "ZMTRIM", "ZMLOWER", "ZMUPPER",
-                                            "ZMSUBSTR",     "ZMDTOS", "SKIPPAD", "ZMSTR",
-                                            "ZMSTRZERO",    "ZMPADR", "ZMPADL"};
+struct NeededUdf {
+    std::string_view name;
+    std::string_view as_stored;  // result and parameters of a stored one, as RDB$FIELDS has type and length
+};
+
+constexpr NeededUdf needed_udfs[] = {{"ZMBLOBSUBSTR", "37:4000 261:8 8:4 8:4"},
+                                     {"ZMTRIM", "37:4000 37:4000"},
+                                     {"ZMLOWER", "37:4000 37:4000"},
+                                     {"ZMUPPER", "37:4000 37:4000"},
+                                     {"ZMSUBSTR", "37:4000 37:4000 8:4 8:4"},
+                                     {"ZMDTOS", "37:8 35:8"},
+                                     {"SKIPPAD", "37:4000 37:4000"},
+                                     {"ZMSTR", "37:255 27:8 8:4 8:4"},
+                                     {"ZMSTRZERO", "37:255 27:8 8:4 8:4"},
+                                     {"ZMPADR", "37:4000 37:4000 8:4"},
+                                     {"ZMPADL", "37:4000 37:4000 8:4"}};
+
+// An external function has no fields behind its arguments.
+bool all_are_stored(Self& self) {
+    std::string names;
+    for (const NeededUdf& udf : needed_udfs)
+        names += (names.empty() ? "'" : ", '") + std::string(udf.name) + "'";
+    const Value result =
+        call(self, "internalselect",
+             "select trim(a.rdb$function_name), f.rdb$field_type || ':' || f.rdb$field_length from "
+             "rdb$function_arguments a join rdb$fields f on f.rdb$field_name = a.rdb$field_source where "
+             "a.rdb$package_name is null and a.rdb$function_name in (" +
+                 names + ") order by a.rdb$function_name, a.rdb$argument_position");
+    std::map<std::string, std::string> found;
+    for (std::size_t row = 2; row <= result.size(); ++row) {
+        std::string& types = found[host::trim(result[row][1]).string()];
+        types += (types.empty() ? "" : " ") + host::trim(result[row][2]).string();
+    }
+    return std::ranges::all_of(needed_udfs, [&found](const NeededUdf& udf) {
+        const auto there = found.find(std::string(udf.name));
+        return there != found.end() && there->second == udf.as_stored;
+    });
+}
 
 }  // namespace
 
@@ -75,8 +114,8 @@ Value isudf(Self& self, Args args) {
 }
 
 Value isallneededudfsinstalled(Self& self, Args) {
-    for (const Value udfname : needed_udfs) {
-        if (!ask(self, "isudf", host::upper(udfname), udf_module)) return false;
+    for (const NeededUdf& udf : needed_udfs) {
+        if (!ask(self, "isudf", host::upper(udf.name), udf_module)) return all_are_stored(self);
     }
     return true;
 }

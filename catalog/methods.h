@@ -28,7 +28,8 @@ Value istriggeroftable(Self& self, Args args);
 /// isudf(udfname, modname): whether the module's function is declared; both names as they are.
 Value isudf(Self& self, Args args);
 /// isallneededudfsinstalled(): whether all functions of the module "zmrddudfs" that the driver needs are
-/// declared. Stops at the first that is missing, and does not tell which.
+/// declared, or all are there as stored functions with the same parameters, which is asked at the first that
+/// is not declared. Does not tell which is missing.
 Value isallneededudfsinstalled(Self& self, Args args);
 /// @}
 

@@ -18,18 +18,19 @@ Status attach_once(const std::string& database, std::string_view user, std::stri
         return Value();
     }));
     zmFBConn connection(database, user, password);
-    if (connection.isconnected() && raised.empty()) return {};
     std::ranges::replace(raised, ';', '\n');
-    return Status(raised + last_engine_message());
+    const bool ready = connection.isconnected() && raised.empty();
+    return ready ? Status() : Status(raised + last_engine_message());
 }
 
 }  // namespace
 
-Status create_database(std::string_view database, std::string_view user, std::string_view password) {
+Status create_database(std::string_view database, std::string_view user, std::string_view password,
+                       Functions functions) {
     const conn::PublicCall under_way;
     return sql::create_database(database, user, password, [=](const std::string& name) {
-        Status declared = declare_functions(name, user, password);
-        return declared.ok() ? attach_once(name, user, password) : declared;
+        Status installed = install_functions(name, user, password, functions);
+        return installed.ok() ? attach_once(name, user, password) : installed;
     });
 }
 

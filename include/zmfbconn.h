@@ -120,14 +120,26 @@ const char* zmfb_engine_message(void);
 zmfb_status zmfb_prepare(const char* database);
 
 /**
- * Creates a database, ready for the driver: with its functions and its system tables. A file that is there is
- * refused (ZMFB_FAILED) and left alone. `user` and `password` may be NULL.
+ * Creates a database, ready for the driver: with its functions (ZMFB_FUNCTIONS_BY_ENGINE) and its system
+ * tables. A file that is there is refused (ZMFB_FAILED) and left alone. `user` and `password` may be NULL.
  */
 zmfb_status zmfb_create_database(const char* database, const char* user, const char* password);
 
-/** Declares the driver's functions in a database that another program made. `user` and `password` may be
- * NULL. */
-zmfb_status zmfb_declare_functions(const char* database, const char* user, const char* password);
+/** What the functions are that the driver's statements call in a database. */
+typedef enum zmfb_functions {
+    ZMFB_FUNCTIONS_BY_ENGINE = 0, /**< stored ones from Firebird 3.0 on, the module's before */
+    ZMFB_FUNCTIONS_STORED = 1,    /**< stored functions: they need nothing on the server, but Firebird 3.0 */
+    ZMFB_FUNCTIONS_MODULE = 2     /**< those of the module zmrddudfs: the server has to have and allow it */
+} zmfb_functions;
+
+/**
+ * Puts the driver's functions into a database, in the place of those that it has: into one that another
+ * program made, or to change from the ones to the others. Stored ones take the place of the module's with all
+ * that uses them as it is; the way back is refused (ZMFB_FAILED) while anything in the database uses one.
+ * `user` and `password` may be NULL.
+ */
+zmfb_status zmfb_install_functions(const char* database, const char* user, const char* password,
+                                   zmfb_functions functions);
 
 /**
  * Reads the runtime's setting `number` into `before`, and sets it when `value` is not NULL: 1 is EXACT, 3

@@ -141,4 +141,15 @@ Status detach(double handle) {
     return done;
 }
 
+Status on_attachment(std::string_view database, std::string_view user, std::string_view password,
+                     const std::function<Status(double handle)>& work) {
+    const Attachment attached = attach(database, user, password, "");
+    if (attached.status.sqlcode() != 0) return attached.status;
+    struct Detaching {
+        double handle;
+        ~Detaching() { (void)detach(handle); }
+    } const in_the_end{attached.handle};
+    return work(attached.handle);
+}
+
 }  // namespace zmfb::sql

@@ -1,6 +1,7 @@
 /// Attaching to a database and detaching from it.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -23,5 +24,9 @@ Attachment attach(std::string_view database, std::string_view user, std::string_
 
 /// Detaches `handle`.
 Status detach(double handle);
+
+/// Attaches, has `work` done on the handle, and detaches whatever becomes of it.
+Status on_attachment(std::string_view database, std::string_view user, std::string_view password,
+                     const std::function<Status(double handle)>& work);
 
 }  // namespace zmfb::sql

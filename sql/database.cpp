@@ -8,18 +8,12 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <utility>
-#include <vector>
 
-#include "conn/public_call.h"
-#include "sql/attach.h"
 #include "sql/attachments.h"
 #include "sql/client.h"
 #include "sql/driver_setup.h"
 #include "sql/parameter_block.h"
 #include "sql/state.h"
-#include "sql/statement_text.h"
-#include "sql/transaction.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb {
@@ -27,42 +21,6 @@ namespace zmfb {
 namespace {
 
 constexpr char dialect_item[] = {isc_dpb_sql_dialect, 1, SQL_DIALECT_V6};
-
-// A statement in a transaction of its own.
-Status run_statement(isc_db_handle database, const std::string& statement) {
-    sql::Transaction transaction(database, sql::batch_block);
-    Status done = transaction.started();
-    if (done.ok()) done = sql::refuse_unfit(statement);
-    if (done.ok()) done = transaction.execute(statement.c_str());
-    if (done.ok()) done = transaction.commit();
-    return done;
-}
-
-std::string_view without_blanks(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-std::vector<std::string> statements_of(std::string_view script) {
-    std::vector<std::string> statements;
-    std::string statement;
-    while (!script.empty()) {
-        const std::size_t end = script.find('\n');
-        const std::string_view line = without_blanks(script.substr(0, end));
-        script.remove_prefix(end == std::string_view::npos ? script.size() : end + 1);
-        if (line.empty() || line.starts_with("--")) continue;
-        if (!statement.empty()) statement += '\n';
-        statement += line;
-        if (line.ends_with(';')) {
-            statement.pop_back();
-            statements.push_back(std::exchange(statement, {}));
-        }
-    }
-    if (!statement.empty()) statements.push_back(statement);
-    return statements;
-}
 
 // A name without a folder may be one of the engine's aliases.
 bool names_a_file(std::string_view database) {
@@ -95,11 +53,6 @@ Status create(const std::string& database, std::string_view user, std::string_vi
     done = sql::outcome();
     return done.ok() && fill ? fill(database) : done;
 }
-
-struct Detaching {
-    double handle;
-    ~Detaching() { (void)sql::detach(handle); }
-};
 
 // A file of this process that goes unless it got another name.
 struct Unnamed {
@@ -138,18 +91,6 @@ Status sql::create_database(std::string_view database, std::string_view user, st
     if (const char* reason = sql::objection_to(database, user, password, "")) return Status(reason);
     const std::string name = sql::name_without_blanks(database);
     return (names_a_file(name) ? create_file : create)(name, user, password, fill);
-}
-
-Status run_script(std::string_view database, std::string_view user, std::string_view password,
-                  std::string_view script) {
-    const conn::PublicCall under_way;
-    const sql::Attachment attached = sql::attach(database, user, password, "");
-    if (attached.status.sqlcode() != 0) return attached.status;
-    const Detaching in_the_end{attached.handle};
-    for (const std::string& statement : statements_of(script)) {
-        if (Status done = run_statement(sql::handle_of(attached.handle), statement); !done.ok()) return done;
-    }
-    return {};
 }
 
 std::string client_version() {

@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <functional>
 
-#include "udf_script.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb {
@@ -43,7 +42,8 @@ fs::path own_folder() {
 }
 
 // Where the module lies: where the user says; beside the shared library, or where it is from a program that
-// is installed with it, so that an installation can be moved; where it was to be installed.
+// is installed with it, so that an installation can be moved; where it was to be installed. "" when it is
+// nowhere: databases whose functions are stored ones need none.
 std::string udf_folder() {
     constexpr std::string_view folder_name = "zmfbconn";
     const fs::path own = own_folder();
@@ -130,11 +130,6 @@ Status prepare_client(std::string_view database) {
     const bool other = std::getenv("FIREBIRD") != nullptr && !sql::in_private_environment();
     if (other || names_a_server(database)) return {};
     const std::string functions = udf_folder();
-    if (functions.empty()) {
-        return Status("cannot find " + std::string(module_file) +
-                      ", the module of the driver's functions; the environment " +
-                      "variable ZMFB_UDF_DIR names its folder");
-    }
     const fs::path base = private_folder();
     if (base.empty()) return Status("there is no folder to make a private Firebird environment in");
     // One for each folder of functions, so that two installations do not rewrite each other's settings; but
@@ -152,10 +147,6 @@ Status prepare_client(std::string_view database) {
     setenv("FIREBIRD", folder.c_str(), 1);
     setenv("FIREBIRD_LOCK", locks.c_str(), 1);
     return done;
-}
-
-Status declare_functions(std::string_view database, std::string_view user, std::string_view password) {
-    return run_script(database, user, password, udf::declaration_script);
 }
 
 }  // namespace zmfb

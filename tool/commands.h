@@ -8,8 +8,10 @@ namespace zmfb::tool {
 /// Adds all of them, in the order in which --help lists them.
 void add_all(CommandLine& line);
 
-/// create: makes the database, declares the functions, attaches once so that the system tables exist.
+/// create: makes the database with the functions, attaches once so that the system tables exist.
 void add_create(CommandLine& line);
+/// functions: what the driver's functions are in a database, and others in their place.
+void add_functions(CommandLine& line);
 /// methods: the method table.
 void add_methods(CommandLine& line);
 /// call: evaluates calls one after another; "-" reads one a line from standard input.

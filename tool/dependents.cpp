@@ -14,11 +14,10 @@ namespace {
 constexpr int trigger = 2, computed = 3;
 
 std::string kind_of_dependent(int type) {
-    static const std::map<int, std::string> kinds{{0, "table"},         {1, "view"},
-                                                  {trigger, "trigger"}, {computed, "computed field"},
-                                                  {5, "procedure"},     {6, "index on an expression"},
-                                                  {15, "function"},     {18, "package"},
-                                                  {19, "package"}};
+    static const std::map<int, std::string> kinds{
+        {0, "table"},    {1, "view"},      {trigger, "trigger"},          {computed, "computed field"},
+        {4, "domain"},   {5, "procedure"}, {6, "index on an expression"}, {15, "function"},
+        {18, "package"}, {19, "package"}};
     const auto found = kinds.find(type);
     return found == kinds.end() ? "object" : found->second;
 }
@@ -101,6 +100,13 @@ Dependents dependents_of_table(zmFBConn& connection, const Name& table) {
         values);
     for (const auto& [type, name] : rows)
         dependents.in_the_way.push_back({kind_of_dependent(type), Name(name)});
+    return dependents;
+}
+
+std::vector<Dependent> dependents_by(zmFBConn& connection, std::string_view query) {
+    std::vector<Dependent> dependents;
+    for (const auto& [type, name] : rows_of<int, std::string>(connection, query))
+        dependents.push_back({kind_of_dependent(type), Name(name)});
     return dependents;
 }
 

@@ -30,6 +30,9 @@ Dependents dependents_of_field(zmFBConn& connection, const Name& table, const Na
 /// Of a table; what is its own, such as its indexes, does not count.
 Dependents dependents_of_table(zmFBConn& connection, const Name& table);
 
+/// What a query names, which gives the engine's number of a kind and a name. Throws Failure.
+std::vector<Dependent> dependents_by(zmFBConn& connection, std::string_view query);
+
 std::vector<Name> names_in(const std::vector<Dependent>& dependents);
 /// "index BY_NAME, view \"Names\"".
 std::string in_words(const std::vector<Dependent>& dependents);

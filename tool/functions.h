@@ -1,8 +1,15 @@
-/// The driver's functions.
+/// The functions that the driver's statements call in a database.
 #pragma once
 
 #include <array>
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
+
+#include "tool/dependents.h"
+#include "zmfbconn/connection.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::tool {
 
@@ -24,5 +31,17 @@ inline constexpr std::array driver_functions{
     DriverFunction{"ZMPADR", "ZMPADR('x', 3)"},
     DriverFunction{"ZMPADL", "ZMPADL('x', 3)"},
 };
+
+/// "stored" and "module", as people name them.
+inline constexpr std::string_view stored_word = "stored", module_word = "module";
+/// What one of the two words names; by_engine for "".
+Functions functions_named(std::string_view word);
+
+/// Which ones a database has, all of them; none when it has not. Throws Failure.
+std::optional<Functions> functions_of(zmFBConn& connection);
+/// Why it has not: the missing ones, or that they are no set. Throws Failure.
+std::string functions_problem(zmFBConn& connection);
+/// What in the database uses them, other than themselves. Throws Failure.
+std::vector<Dependent> dependents_of_functions(zmFBConn& connection);
 
 }  // namespace zmfb::tool

@@ -43,11 +43,11 @@ constexpr std::array hints{
          "ExternalFileAccess in the engine's firebird.conf must allow that folder; docs/deployment.md says "
          "how"},
     Hint{"Access to UDF library",
-         "UdfAccess in the engine's firebird.conf must allow the folder of zmrddudfs.so; docs/deployment.md "
-         "says how"},
+         "\"zmfb functions stored\" makes functions that need no module; or UdfAccess in the engine's "
+         "firebird.conf must allow the folder of zmrddudfs.so"},
     Hint{"module name or entrypoint could not be found",
-         "zmrddudfs.so must lie in the folder that UdfAccess in the engine's firebird.conf names; "
-         "docs/deployment.md says how"},
+         "\"zmfb functions stored\" makes functions that need no module; or zmrddudfs.so must lie in the "
+         "folder that UdfAccess in the engine's firebird.conf names"},
     Hint{
         "cannot create index RDB$PRIMARY",
         "a process was killed while it made a table; zmfb exec \"create table ZZ (A integer)\" and zmfb exec "

@@ -41,29 +41,42 @@ bool open_standard_descriptors();
 
 /// Makes this process ready to attach to `database`. Nothing else is done for a server, or where FIREBIRD is
 /// set already to an environment that was not made here; else the user's own private environment is made,
-/// when it is absent, and used. It loads the driver's functions from the folder of the environment variable
-/// ZMFB_UDF_DIR, or from where they are installed beside the shared library or the program, and lets external
-/// tables have their files under /tmp. The engine keeps its locks on all databases in one folder of the
-/// user's, so that this user's programs can have one open at once; attaching fails while a process has it
-/// open whose engine keeps its locks elsewhere. Must come before the first call of the client library.
+/// when it is absent, and used. Its engine loads the module of functions from the folder of the environment
+/// variable ZMFB_UDF_DIR, or from where it is installed beside the shared library or the program, and none
+/// where there is no module; it lets external tables have their files under /tmp. The engine keeps its locks
+/// on all databases in one folder of the user's, so that this user's programs can have one open at once;
+/// attaching fails while a process has it open whose engine keeps its locks elsewhere. Must come before the
+/// first call of the client library.
 Status prepare_client(std::string_view database);
 
 /// Whether a database name has a host part ("server:/path", "server/port:/path") and so means a server.
 bool names_a_server(std::string_view database);
 
-/// Creates a database of dialect 3 without a default character set, ready for the driver: its functions are
-/// declared in it, and an object has been attached once, which makes the system tables. A local file that
-/// exists is refused and left alone. A new one gets its name when all that is done: until then the number of
-/// this process stands behind it, and it is removed when anything fails or is thrown.
-Status create_database(std::string_view database, std::string_view user, std::string_view password);
+/// What the eleven functions are that the driver's statements call in a database.
+enum class Functions {
+    by_engine,  ///< stored ones from Firebird 3.0 on, the module's before
+    stored,     ///< stored functions: they need nothing on the server, but Firebird 3.0
+    module,     ///< those of the module zmrddudfs, which the server has to have, and to allow (UdfAccess)
+};
 
-/// Runs `script`, statements that each end with ";" at the end of a line, in `database`, each in a
-/// transaction of its own, up to the first that fails.
+/// Creates a database of dialect 3 without a default character set, ready for the driver: it has its
+/// functions, and an object has been attached once, which makes the system tables. A local file that exists
+/// is refused and left alone. A new one gets its name when all that is done: until then the number of this
+/// process stands behind it, and it is removed when anything fails or is thrown.
+Status create_database(std::string_view database, std::string_view user, std::string_view password,
+                       Functions functions = Functions::by_engine);
+
+/// Runs `script`, statements that each end with ";" at the end of a line, or with what "SET TERM" says, in
+/// `database`, each in a transaction of its own, up to the first that fails.
 Status run_script(std::string_view database, std::string_view user, std::string_view password,
                   std::string_view script);
 
-/// Declares the driver's functions in `database`, which another program has made. Attaching checks for them.
-Status declare_functions(std::string_view database, std::string_view user, std::string_view password);
+/// Puts the driver's functions into `database`, all or none, in the place of those that it has. Stored ones
+/// take the place of the module's with views, indexes, columns and rights on them as they are; the way back
+/// keeps the rights, and is refused while anything in the database uses a stored one. In the end one is
+/// called: a server that does not run the module's lets them be declared, but that fails, and they are there.
+Status install_functions(std::string_view database, std::string_view user, std::string_view password,
+                         Functions functions = Functions::by_engine);
 
 /// The version of the Firebird client library, such as "LI-V6.3.11.33703 Firebird 3.0".
 std::string client_version();

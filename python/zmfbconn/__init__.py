@@ -15,9 +15,9 @@ environment variable ZMFB_LIBRARY names.
 """
 
 from ._library import Error, lib, told
-from ._objects import Block, Connection, Object, connect, create_database, set_error_block
+from ._objects import Block, Connection, Object, connect, create_database, install_functions, set_error_block
 from ._statements import Rows, Statement, Transaction
 
 __all__ = ["Block", "Connection", "Error", "Object", "Rows", "Statement", "Transaction", "connect", "create_database",
-           "set_error_block"]
+           "install_functions", "set_error_block"]
 __version__ = told(lib.zmfb_version())

@@ -24,6 +24,7 @@ def _load():
     for function, result, *arguments in [
         ("version", c_char_p), ("message", c_char_p), ("engine_message", c_char_p),
         ("prepare", _STATUS, c_char_p), ("create_database", _STATUS, c_char_p, c_char_p, c_char_p),
+        ("install_functions", _STATUS, c_char_p, c_char_p, c_char_p, c_int),
         ("connect", _STATUS, c_void_p, c_char_p, c_char_p, c_char_p, c_char_p),
         ("call", _STATUS, c_void_p, c_char_p, POINTER(c_void_p), c_size_t, c_void_p),
         ("eval", _STATUS, c_void_p, POINTER(c_void_p), c_size_t, c_void_p),

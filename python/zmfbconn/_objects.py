@@ -198,6 +198,18 @@ def create_database(database, user=None, password=None):
     check(lib.zmfb_create_database(_path(database), ended(user), ended(password)))
 
 
+_functions = {None: 0, "stored": 1, "module": 2}
+
+
+def install_functions(database, user=None, password=None, functions=None):
+    """Puts the driver's functions into a database, in the place of those that it has: "stored" ones or those of the
+    "module"; None means stored ones from Firebird 3.0 on."""
+    if functions not in _functions:
+        raise ValueError(f"no such functions: {functions!r}")
+    check(lib.zmfb_prepare(_path(database)))
+    check(lib.zmfb_install_functions(_path(database), ended(user), ended(password), _functions[functions]))
+
+
 def connect(database, user=None, password=None, role=None):
     """A Connection to a database: a file, or "host/port:path" on a server."""
     return Connection(database, user, password, role)

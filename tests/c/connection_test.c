@@ -110,11 +110,28 @@ static void what_is_refused_is_told(const char* database) {
     zmfb_value *connection = zmfb_new(), *result = zmfb_new();
     CHECK(zmfb_create_database(database, NULL, NULL) == ZMFB_FAILED);
     CHECK(strstr(zmfb_message(), database) != NULL);
-    CHECK(zmfb_declare_functions("/nowhere/none.fdb", "SYSDBA", NULL) == ZMFB_FAILED);
+    CHECK(zmfb_install_functions("/nowhere/none.fdb", "SYSDBA", NULL, ZMFB_FUNCTIONS_BY_ENGINE) ==
+          ZMFB_FAILED);
     CHECK(strlen(zmfb_message()) > 0);
+    CHECK(zmfb_install_functions(database, "SYSDBA", NULL, (zmfb_functions)3) == ZMFB_OUT_OF_RANGE);
     CHECK(zmfb_connect(connection, "/nowhere/none.fdb", "SYSDBA", NULL, NULL) == ZMFB_OK);
     CHECK(zmfb_call(connection, "isconnected", NULL, 0, result) == ZMFB_OK && is_false(result));
     zmfb_free(result), zmfb_free(connection);
+}
+
+static void functions_are_changed(zmfb_value* connection, const char* database) {
+    static const zmfb_functions kinds[] = {ZMFB_FUNCTIONS_MODULE, ZMFB_FUNCTIONS_STORED};
+    zmfb_value* result = zmfb_new();
+    for (size_t i = 0; i < 2; ++i) {
+        CHECK(zmfb_install_functions(database, "SYSDBA", NULL, kinds[i]) == ZMFB_OK);
+        CHECK(
+            call(connection, "executequery",
+                 "select 1 from rdb$functions where rdb$function_name = 'ZMTRIM' and rdb$module_name is null",
+                 result) == ZMFB_OK);
+        size_t size = 0;
+        CHECK(zmfb_get_size(result, &size) == ZMFB_OK && size == 1 + i);
+    }
+    zmfb_free(result);
 }
 
 static void the_last_place_disconnects(const char* database) {
@@ -141,6 +158,7 @@ int main(void) {
     half_a_result_is_told_by_the_engines_message(connection);
     members_are_read_and_assigned(connection, database);
     what_is_refused_is_told(database);
+    functions_are_changed(connection, database);
     zmfb_free(result), zmfb_free(connection);
     the_last_place_disconnects(database);
     return failed_checks == 0 ? EXIT_SUCCESS : EXIT_FAILURE;

@@ -151,7 +151,7 @@ static void nothing_given(void) {
     const zmfb_status answers[] = {
         zmfb_prepare(NULL),
         zmfb_create_database(NULL, NULL, NULL),
-        zmfb_declare_functions(NULL, NULL, NULL),
+        zmfb_install_functions(NULL, NULL, NULL, ZMFB_FUNCTIONS_STORED),
         zmfb_connect(NULL, NULL, NULL, NULL, NULL),
         zmfb_call(NULL, "istable", NULL, 0, NULL),
         zmfb_call(place, NULL, NULL, 0, NULL),

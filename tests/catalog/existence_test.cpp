@@ -1,4 +1,5 @@
 #include "tests/support/database.h"
+#include "tests/support/environment.h"
 
 namespace zmfb::test {
 namespace {
@@ -70,6 +71,7 @@ const Question questions[] = {
 };
 
 TEST_F(Existence, EachTestAsksTheSystemTablesInItsOwnWords) {
+    declare_module();
     connection();
     for (const Question& question : questions) {
         SCOPED_TRACE(question.statement);
@@ -113,24 +115,71 @@ std::vector<std::string> udf_queries(std::size_t count) {
     return queries;
 }
 
+const std::string stored_question =
+    "select trim(a.rdb$function_name), f.rdb$field_type || ':' || f.rdb$field_length from "
+    "rdb$function_arguments a join rdb$fields f on f.rdb$field_name = a.rdb$field_source where "
+    "a.rdb$package_name is null and a.rdb$function_name in ('ZMBLOBSUBSTR', 'ZMTRIM', 'ZMLOWER', 'ZMUPPER', "
+    "'ZMSUBSTR', 'ZMDTOS', 'SKIPPAD', 'ZMSTR', 'ZMSTRZERO', 'ZMPADR', 'ZMPADL') order by "
+    "a.rdb$function_name, "
+    "a.rdb$argument_position";
+
+TEST_F(Existence, StoredFunctionsAreAskedForOnceWhenTheModulesAreNotThere) {
+    must_succeed(install_functions(database(), sysdba, sysdba_password, Functions::stored));
+    connection();
+    EXPECT_TRUE(call("isallneededudfsinstalled").logical());
+    std::vector<std::string> queries = udf_queries(1);
+    queries.push_back(stored_question);
+    EXPECT_EQ(sql_log(), queries);
+}
+
+TEST_F(Existence, StoredFunctionsCountOnlyWithTheirParametersAndAllOfThem) {
+    must_succeed(install_functions(database(), sysdba, sysdba_password, Functions::stored));
+    connection();
+    const char* changes[] = {
+        "create or alter function ZMPADL (T varchar(4000) character set none, N smallint) returns "
+        "varchar(4000) "
+        "character set none as begin return T; end",
+        "create or alter function ZMPADL (T varchar(4000) character set none, N integer, M integer) returns "
+        "varchar(4000) character set none as begin return T; end",
+        "create or alter function ZMPADL (T varchar(4000) character set none, N integer) returns "
+        "varchar(100) "
+        "character set none as begin return T; end",
+        "drop function ZMPADL"};
+    for (const char* change : changes) {
+        execute(change);
+        EXPECT_FALSE(call("isallneededudfsinstalled").logical()) << change;
+    }
+    execute(
+        "create function ZMPADL (T varchar(4000) character set none, N integer) returns varchar(4000) "
+        "character set none as begin return T; end");
+    EXPECT_TRUE(call("isallneededudfsinstalled").logical());
+}
+
 TEST_F(Existence, AllElevenFunctionsAreAskedForInTheirOrder) {
+    declare_module();
     connection();
     EXPECT_TRUE(call("isallneededudfsinstalled").logical());
     EXPECT_EQ(sql_log(), udf_queries(11));
 }
 
 TEST_F(Existence, WithoutTheLastFunctionAllElevenAreAskedForAndTheAnswerIsNo) {
+    declare_module();
     connection();
-    execute("drop external function ZMPADL");
+    execute("drop function ZMPADL");
     EXPECT_FALSE(call("isallneededudfsinstalled").logical());
-    EXPECT_EQ(sql_log(), udf_queries(11));
+    std::vector<std::string> queries = udf_queries(11);
+    queries.push_back(stored_question);
+    EXPECT_EQ(sql_log(), queries);
 }
 
 TEST_F(Existence, WithoutTheFirstFunctionOneIsAskedFor) {
+    declare_module();
     connection();
-    execute("drop external function ZMBLOBSUBSTR");
+    execute("drop function ZMBLOBSUBSTR");
     EXPECT_FALSE(call("isallneededudfsinstalled").logical());
-    EXPECT_EQ(sql_log(), udf_queries(1));
+    std::vector<std::string> queries = udf_queries(1);
+    queries.push_back(stored_question);
+    EXPECT_EQ(sql_log(), queries);
 }
 
 }  // namespace

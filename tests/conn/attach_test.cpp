@@ -117,7 +117,7 @@ TEST_F(Attach, SystemTablesAreCreatedWhenAbsent) {
 }
 
 TEST_F(Attach, AMissingFunctionIsLoggedAndRaisedAndTheStartGoesOn) {
-    execute("drop external function zmpadl");
+    execute("drop function zmpadl");
     execute("drop table rddsys_rlk");
     execute("drop generator g_rddsys_rlk_i");
     execute("drop generator g_rddsys_rlk_d");

@@ -85,6 +85,7 @@ std::string Walk::state_of_database() const {
 }
 
 void Walk::make_databases() {
+    declare_module();  // what each function is asked for
     const fs::path made = folder() / "database.fdb";
     fs::copy_file(made, folder() / "bare.fdb");
     object_.emplace(connect());

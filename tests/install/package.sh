@@ -25,6 +25,7 @@ folder=$ZMFB_LIBDIR
 for file in bin/zmfb include/zmfbconn.h include/zmfbconn/connection.h "$folder/libzmfbconn.so.$ZMFB_VERSION" \
     "$folder/libzmfbconn.a" "$folder/cmake/zmfbconn/zmfbconn-config.cmake" "$folder/pkgconfig/zmfbconn.pc" \
     "$folder/firebird/3.0/UDF/zmrddudfs.so" "$folder/zmfbconn/zmrddudfs.so" share/zmfbconn/zmrddudfs.sql \
+    share/zmfbconn/stored_functions.sql \
     share/man/man1/zmfb.1 share/bash-completion/completions/zmfb share/zsh/vendor-completions/_zmfb \
     share/fish/vendor_completions.d/zmfb.fish share/doc/zmfbconn/CHANGELOG.md \
     lib/python3/dist-packages/zmfbconn/__init__.py; do

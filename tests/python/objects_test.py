@@ -30,6 +30,15 @@ class Connections(Fresh):
         with self.assertRaisesRegex(zmfbconn.Error, self.database):
             zmfbconn.create_database(self.database, "SYSDBA")
 
+    def test_have_the_functions_that_are_put_into_their_database(self):
+        query = "select count(*) from rdb$functions where rdb$module_name = 'zmrddudfs'"
+        for functions, declared in [("module", 11), ("stored", 0), (None, 0)]:
+            zmfbconn.install_functions(self.database, "SYSDBA", functions=functions)
+            with self.connection.transaction(read_only=True) as work:
+                self.assertEqual(list(work.query(query)), [(declared,)])
+        with self.assertRaisesRegex(ValueError, "both"):
+            zmfbconn.install_functions(self.database, "SYSDBA", functions="both")
+
     def test_take_no_text_with_a_zero_byte_where_it_would_end(self):
         for call in [lambda: zmfbconn.connect("a\0b"), lambda: self.connection.call("is\0table"),
                      lambda: self.connection.transaction().execute("delete from T\0 where A = 1")]:

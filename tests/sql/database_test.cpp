@@ -91,7 +91,7 @@ TEST_F(Databases, OneThatCannotBeFilledIsNotThere) {
 TEST_F(Databases, NewOneIsReadyForTheDriver) {
     ASSERT_EQ(create(name_of("new.fdb")), "");
     EXPECT_EQ(BareClient(name_of("new.fdb"))
-                  .rows("select (select count(*) from rdb$functions where rdb$module_name = 'zmrddudfs'), "
+                  .rows("select (select count(*) from rdb$functions where rdb$system_flag = 0), "
                         "(select count(*) from rdb$relations where rdb$relation_name like 'RDDSYS_%') "
                         "from rdb$database"),
               (Rows{{"11", "3"}}));
@@ -103,12 +103,13 @@ TEST_F(Databases, OneThatCannotBeMadeReadyIsNotThere) {
         int nth;
         const char* message;
     };
-    constexpr int functions = 11;
+    constexpr int functions = 12;  // and a grant
     const Case cases[] = {
         {ClientCall::attach_database, 1, ""},
         {ClientCall::execute_immediate, functions, ""},
+        {ClientCall::execute_immediate, functions + 1, "the driver's functions cannot be called\n"},
         {ClientCall::attach_database, 2, ""},
-        {ClientCall::execute_immediate, functions + 1,
+        {ClientCall::execute_immediate, functions + 2,
          "[FBCONN Error]\nError on creating Table\n FB Error: "},
     };
     for (const Case& one : cases) {
@@ -174,6 +175,19 @@ TEST_F(Databases, ScriptRunsEachStatementInATransactionOfItsOwn) {
                   "insert into T values (2)"),
               "");
     EXPECT_EQ(BareClient(name_of("new.fdb")).rows("select A from T order by A"), (Rows{{"1"}, {"2"}}));
+}
+
+TEST_F(Databases, ScriptMaySayWhatEndsAStatement) {
+    EXPECT_EQ(run(database(),
+                  "create table T (A integer);\n"
+                  "SET TERM ^ ;\n"
+                  "create trigger R for T before insert as\nbegin\n  new.A = 2;\nend^\n"
+                  "SET TERM ; ^\n"
+                  "insert into T values (1);\n"),
+              "");
+    EXPECT_EQ(rows("select A from T"), (Rows{{"2"}}));
+    EXPECT_EQ(rows("select rdb$trigger_source from rdb$triggers where rdb$trigger_name = 'R'"),
+              (Rows{{"as\nbegin\n  new.A = 2;\nend"}}));
 }
 
 TEST_F(Databases, ScriptStopsAtTheFirstStatementThatFails) {

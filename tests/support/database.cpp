@@ -26,7 +26,7 @@ void switch_forced_writes_off(const std::string& database) {
 fs::path make_template() {
     const fs::path file = process_folder() / "template.fdb";
     const std::string name = attachable(file);
-    must_succeed(create_database(name, sysdba, sysdba_password));
+    must_succeed(create_database(name, sysdba, sysdba_password, functions_of_this_run()));
     switch_forced_writes_off(name);
     return file;
 }
@@ -55,6 +55,12 @@ zmFBConn& Database::connection() {
         clear_log();
     }
     return *connection_;
+}
+
+void Database::declare_module() const {
+    const Status done = install_functions(database_, sysdba, sysdba_password, Functions::module);
+    // A server that does not run them has them all the same.
+    if (!done.message().starts_with("the driver's functions cannot be called")) must_succeed(done);
 }
 
 zmFBConn Database::connect() {

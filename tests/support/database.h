@@ -10,7 +10,7 @@
 
 namespace zmfb::test {
 
-/// Gives each test a fresh database with the driver's functions declared and the system tables in it, a copy
+/// Gives each test a fresh database with the driver's functions and the system tables in it, a copy
 /// of one that is made once per process. It lies on the embedded engine or, where the run says so, on a
 /// private server.
 class Database : public Runtime {
@@ -33,6 +33,9 @@ class Database : public Runtime {
     host::Value call(std::string_view method, Arguments&&... arguments) {
         return connection().call(method, std::forward<Arguments>(arguments)...);
     }
+
+    /// Puts the functions of the module into it.
+    void declare_module() const;
 
     /// Runs a statement without anything of ours in between; throws when it fails.
     void execute(const std::string& statement) const { BareClient(database_).execute(statement); }

@@ -70,6 +70,11 @@ void tear_down_environment(bool keep) {
     fs::remove_all(process_folder(), ignored);
 }
 
+Functions functions_of_this_run() {
+    const char* which = std::getenv("ZMFB_TEST_FUNCTIONS");
+    return which != nullptr && std::string_view(which) == "module" ? Functions::module : Functions::by_engine;
+}
+
 bool on_server() {
     if (!firebird_folder().empty()) return true;
     const char* where = std::getenv("ZMFB_TEST_WHERE");

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "zmfbconn/status.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::test {
 
@@ -30,6 +30,9 @@ void set_up_environment();
 
 /// Removes the folder of this process, or says where it is kept.
 void tear_down_environment(bool keep);
+
+/// What the functions are in the databases of the tests: those of the module with ZMFB_TEST_FUNCTIONS=module.
+Functions functions_of_this_run();
 
 /// Whether this run has its databases on a private server (ZMFB_TEST_WHERE=server, bare_server or
 /// given_server, or there is no engine to embed) and not on the embedded engine.

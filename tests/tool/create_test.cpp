@@ -54,12 +54,11 @@ TEST_F(Create, AnExistingDatabaseOnAServerIsRefusedWithTheSameHint) {
 
 TEST_F(Create, WhatIsNoDatabaseOfTheDriversIsNotSentRoundInCircles) {
     const std::string path = database();
-    exec(path, "drop external function zmpadl");
+    exec(path, "drop function zmpadl");
     // Each hint leads on, and the last one says what to do.
     EXPECT_NE(on(path, {"tables"}).err.find("hint: \"zmfb doctor\" says what it misses"), std::string::npos);
     const std::string advice = on(path, {"doctor"}).out;
-    EXPECT_NE(advice.find("missing: ZMPADL\n       udf/zmrddudfs.sql declares them: "), std::string::npos)
-        << advice;
+    EXPECT_NE(advice.find("missing: ZMPADL\n       zmfb functions stored\n"), std::string::npos) << advice;
 }
 
 TEST_F(Create, AFolderThatIsNotThereIsSaidSo) {
@@ -170,7 +169,7 @@ TEST_F(Create, AHalfMadeFileGoesAndNothingElseDoes) {
     const auto blocks = std::filesystem::file_size(new_database()) / 512;
     std::filesystem::remove(new_database());
     // The file has its functions by the time that it may not grow any more.
-    const Finished run = zmfb_after("trap '' XFSZ; ulimit -f " + std::to_string(blocks - 448),
+    const Finished run = zmfb_after("trap '' XFSZ; ulimit -f " + std::to_string(blocks - 256),
                                     {"--db", new_database(), "create"});
     EXPECT_EQ(run.status, 1);
     EXPECT_TRUE(run.err.starts_with("error: cannot create " + new_database() +

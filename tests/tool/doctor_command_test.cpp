@@ -37,7 +37,7 @@ TEST_F(DoctorCommand, AFreshDatabaseIsWell) {
     EXPECT_EQ(run.out.find("[bad]"), std::string::npos) << run.out;
     for (const char* part :
          {"[ok] client library: ", "[ok] log: ", "[ok] attach: ", "[ok] engine: Firebird ",
-          "[ok] functions declared: all 11\n",
+          "[ok] functions declared: all eleven, stored ones\n",
           "[ok] functions callable: ", "[ok] character set: NONE, a byte for each character\n",
           "[ok] data-file folder: /tmp: ", "[ok] external tables: a row was written and read\n",
           "[ok] system tables: ", "[ok] dead processes: ", "[ok] tables: none of the driver's is half made\n",
@@ -62,11 +62,11 @@ TEST_F(DoctorCommand, ADatabaseThatIsNotThereEndsWithThree) {
 }
 
 TEST_F(DoctorCommand, MissingFunctionsAreNamed) {
-    on(path, {"exec", "drop external function zmpadl"});
+    on(path, {"exec", "drop function zmpadl"});
     const auto found = check("functions declared");
     EXPECT_EQ(found["state"], "bad");
     EXPECT_EQ(found["text"], "missing: ZMPADL");
-    EXPECT_NE(found["advice"].get<std::string>().find("zmrddudfs.sql"), std::string::npos);
+    EXPECT_EQ(found["advice"], "zmfb functions stored");
     EXPECT_EQ(check("functions callable")["state"], "ok");
 }
 
@@ -83,10 +83,13 @@ TEST_F(DoctorCommand, ADefaultCharacterSetOfMoreThanAByteIsBad) {
 
 TEST_F(DoctorCommand, AFunctionOfAnotherEntryPointIsNotCallable) {
     on(path,
-       {"call", "executeupdate('drop external function zmpadl')",
+       {"call", "executeupdate('drop function zmpadl')",
         "executeupdate(\"declare external function zmpadl cstring(10), integer returns cstring(10) free_it "
         "entry_point 'nosuch' module_name 'zmrddudfs'\")"});
-    EXPECT_EQ(check("functions declared")["state"], "ok");
+    const auto declared = check("functions declared");
+    EXPECT_EQ(declared["state"], "bad");
+    EXPECT_EQ(declared["text"],
+              "neither all the module's nor all stored ones with the parameters they should have");
     const auto found = check("functions callable");
     EXPECT_EQ(found["state"], "bad");
     EXPECT_TRUE(found["text"].get<std::string>().starts_with("ZMPADL failed: ")) << found;
@@ -174,6 +177,7 @@ TEST_F(DoctorCommand, ADatabaseOnAServerIsLookedAtInTheSameWay) {
 // An engine whose settings let no external file be used, and no function be loaded.
 TEST_F(DoctorCommand, WhatTheEngineDoesNotAllowIsBadWithAHint) {
     if (on_server()) GTEST_SKIP() << "the server's settings are not the client's to choose";
+    ASSERT_EQ(on(path, {"functions", "module"}).status, 0);
     const std::string settings = file("engine");
     const Status made = make_environment(
         {.folder = settings, .udf_folder = "", .external_file_folders = {}, .extra_settings = {}});
@@ -184,6 +188,9 @@ TEST_F(DoctorCommand, WhatTheEngineDoesNotAllowIsBadWithAHint) {
     EXPECT_NE(run.out.find("[bad] external tables: "), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("ExternalFileAccess"), std::string::npos) << run.out;
     EXPECT_NE(run.out.find("[bad] functions callable: "), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("\n       \"zmfb functions stored\" makes functions that need no module; or "),
+              std::string::npos)
+        << run.out;
     EXPECT_NE(run.out.find("UdfAccess"), std::string::npos) << run.out;
 }
 
@@ -256,7 +263,7 @@ TEST_F(DoctorCommand, GeneratorsOfADroppedTableAreNamedAndTheAdviceHelps) {
 }
 
 TEST_F(DoctorCommand, StatesHaveColoursOnATerminal) {
-    on(path, {"exec", "drop external function zmpadl"});
+    on(path, {"exec", "drop function zmpadl"});
     for (const std::string setting : {"NO_COLOR=", "NO_COLOR=1"}) {
         Dialogue talk({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", setting,
                        "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), ZMFB_TOOL, "--db", path,

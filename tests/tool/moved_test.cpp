@@ -15,28 +15,43 @@ class Moved : public Tool {
   protected:
     /// Runs a program as the tool on a database of this test that is a file, with a new environment.
     Finished run_as_tool(const std::string& program, const std::vector<std::string>& settings,
-                         const std::string& command) const {
+                         const std::vector<std::string>& command) const {
         std::vector<std::string> words{
             "env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "XDG_CACHE_HOME=" + file("cache")};
         words.insert(words.end(), settings.begin(), settings.end());
-        words.insert(words.end(), {program, "--db", file("moved.fdb"), command});
+        words.insert(words.end(), {program, "--db", file("moved.fdb")});
+        words.insert(words.end(), command.begin(), command.end());
         return run(words);
     }
 };
 
-TEST_F(Moved, AToolWithoutItsModuleSaysHowToNameIt) {
+TEST_F(Moved, AToolWithoutTheModuleMakesStoredFunctionsAndRefusesTheModules) {
     if (fs::exists(ZMFB_FULL_LIB "/zmfbconn/zmrddudfs.so")) GTEST_SKIP() << "an installed one is found";
+    if (on_server()) GTEST_SKIP() << "there may be no engine to embed";
     fs::copy_file(ZMFB_TOOL, file("zmfb"));
-    const Finished lost = run_as_tool(file("zmfb"), {"ZMFB_UDF_DIR=/nowhere"}, "create");
-    EXPECT_EQ(lost.status, 3);
-    EXPECT_EQ(lost.err,
-              "error: cannot prepare the embedded engine\n"
-              "  cannot find zmrddudfs.so, the module of the driver's functions; the environment variable "
-              "ZMFB_UDF_DIR names its folder\n");
+    const std::vector<std::string> without{"ZMFB_UDF_DIR=/nowhere"};
+    const Finished lost = run_as_tool(file("zmfb"), without, {"create", "--functions", "module"});
+    EXPECT_EQ(lost.status, 1);
+    EXPECT_TRUE(lost.err.starts_with("error: cannot create " + file("moved.fdb") +
+                                     "\n  the driver's functions cannot be called\n"))
+        << lost.err;
+    EXPECT_NE(lost.err.find("hint: \"zmfb functions stored\" makes functions that need no module; "),
+              std::string::npos)
+        << lost.err;
     EXPECT_FALSE(fs::exists(file("moved.fdb")));
-    if (on_server()) return;  // there may be no engine to embed
-    const Finished found = run_as_tool(file("zmfb"), {"ZMFB_UDF_DIR=" + udf_folder()}, "create");
-    EXPECT_EQ(found.status, 0) << found.err;
+    EXPECT_EQ(run_as_tool(file("zmfb"), without, {"create"}).err, "");
+    // What is refused changes nothing.
+    const Finished kept = run_as_tool(file("zmfb"), without, {"functions", "module"});
+    EXPECT_EQ(kept.status, 1);
+    EXPECT_TRUE(
+        kept.err.starts_with("error: the functions stay stored ones\n  the driver's functions cannot be "
+                             "called\n"))
+        << kept.err;
+    EXPECT_EQ(run_as_tool(file("zmfb"), without, {"functions"}).out,
+              "stored: the eleven functions are stored ones, which need nothing on the server\n");
+    const std::vector<std::string> with{"ZMFB_UDF_DIR=" + udf_folder()};
+    EXPECT_EQ(run_as_tool(file("zmfb"), with, {"functions", "module"}).err, "");
+    EXPECT_EQ(run_as_tool(file("zmfb"), with, {"query", "select zmtrim(' x ') from rdb$database"}).err, "");
 }
 
 TEST_F(Moved, TheClientLibraryMayLieAsItsOwnInstallerPutsIt) {
@@ -46,7 +61,7 @@ TEST_F(Moved, TheClientLibraryMayLieAsItsOwnInstallerPutsIt) {
     fs::create_directories(file("firebird/lib"));
     fs::copy_file(fs::canonical(library), fs::path(file("firebird/lib")) / library.filename());
     const std::vector<std::string> settings{"LD_LIBRARY_PATH=" + file("firebird/lib")};
-    const Finished lost = run_as_tool(ZMFB_TOOL, settings, "create");
+    const Finished lost = run_as_tool(ZMFB_TOOL, settings, {"create"});
     EXPECT_EQ(lost.status, 3);
     EXPECT_EQ(lost.err,
               "error: cannot prepare the embedded engine\n"
@@ -54,7 +69,7 @@ TEST_F(Moved, TheClientLibraryMayLieAsItsOwnInstallerPutsIt) {
     if (on_server()) return;  // there may be no engine to embed
     for (const auto& version : fs::directory_iterator(fs::canonical(library).parent_path() / "firebird"))
         fs::create_directory_symlink(version.path() / "plugins", file("firebird/plugins"));
-    const Finished found = run_as_tool(ZMFB_TOOL, settings, "create");
+    const Finished found = run_as_tool(ZMFB_TOOL, settings, {"create"});
     EXPECT_EQ(found.status, 0) << found.err;
 }
 

@@ -191,7 +191,7 @@ TEST_F(Usage, TheDatabaseMayComeFromTheEnvironment) {
 
 TEST_F(Usage, ADatabaseThatIsNoneOfTheDriversEndsWithThreeAndSaysWhatHelps) {
     const std::string path = database();
-    on(path, {"exec", "drop external function zmpadl"});
+    on(path, {"exec", "drop function zmpadl"});
     const Finished run = on(path, {"tables"});
     EXPECT_EQ(run.status, 3);
     EXPECT_EQ(run.out, "");

@@ -53,5 +53,15 @@ TEST(UdfScript, LeavesEveryResultToTheEngineToFree) {
     EXPECT_EQ(found("RETURNS CSTRING\\(\\d+\\) CHARACTER SET NONE (FREE_IT)\n").size(), 11U);
 }
 
+TEST(StoredFunctionsScript, MakesTheElevenOfTheOther) {
+    const std::string stored(udf::stored_functions_script);
+    for (const std::string& name : found("DECLARE EXTERNAL FUNCTION (\\w+)"))
+        EXPECT_NE(stored.find("CREATE OR ALTER FUNCTION " + name + " ("), std::string::npos) << name;
+    std::size_t made = 0;
+    for (std::size_t at = 0; (at = stored.find("CREATE OR ALTER FUNCTION ", at)) != std::string::npos; ++at)
+        ++made;
+    EXPECT_EQ(made, 11U);
+}
+
 }  // namespace
 }  // namespace zmfb::test

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tests/support/database.h"
+#include "tests/support/environment.h"
 
 namespace zmfb::test {
 namespace {
@@ -79,6 +80,15 @@ TEST_F(BlobUdfInSql, NullBlobGivesNull) {
     execute("insert into t values (1, null)");
     EXPECT_EQ(value("zmBlobSubstr(b, 1, 255)"), "NULL");
     EXPECT_EQ(value("zmBlobSubstr(null, 1, 255)"), "NULL");
+}
+
+TEST_F(BlobUdfInSql, PlainTextIsTakenByTheStoredFunctionAloneAndRefusedByTheModules) {
+    const std::string query = "select zmBlobSubstr('abc', 1, 2) from rdb$database";
+    if (functions_of_this_run() == Functions::module) {
+        EXPECT_THROW(rows(query), std::runtime_error);
+    } else {
+        EXPECT_EQ(rows(query), (Rows{{"ab"}}));
+    }
 }
 
 TEST_F(BlobUdfInSql, NullStartOrLengthCountsAsZero) {

@@ -1,8 +1,10 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <memory>
 
 #include "tool/commands.h"
+#include "tool/functions.h"
 #include "tool/hints.h"
 #include "tool/output_file.h"
 #include "zmfbconn/database.h"
@@ -11,7 +13,7 @@
 namespace zmfb::tool {
 namespace {
 
-Exit create_command(Session& session) {
+Exit create_command(Session& session, const std::string& functions) {
     session.require_database();
     const Options& options = session.options();
     const bool local = !names_a_server(options.database);
@@ -25,7 +27,9 @@ Exit create_command(Session& session) {
     session.prepare_client();
     // One for all objects of the process.
     if (options.log_level != 0) zmFBConn()(m::setloglevel, options.log_level);
-    if (const Status created = create_database(place, options.user, options.password); !created.ok())
+    if (const Status created =
+            create_database(place, options.user, options.password, functions_named(functions));
+        !created.ok())
         throw Failure{Exit::failed, fmt::format("cannot create {}", options.database), created.message()};
     fmt::print("{} is ready\n", options.database);
     return Exit::ok;
@@ -34,8 +38,14 @@ Exit create_command(Session& session) {
 }  // namespace
 
 void add_create(CommandLine& line) {
+    const auto functions = std::make_shared<std::string>();
     line.add(line.app(), "create", "Make a database the driver can use", "zmfb --db shop.fdb create",
-             create_command);
+             [functions](Session& session) { return create_command(session, *functions); })
+        .option("--functions", *functions,
+                "The driver's functions: stored, which need nothing on the server (the default from Firebird "
+                "3.0 on), or module, those of zmrddudfs")
+        .type_name("KIND")
+        .one_of({std::string(stored_word), std::string(module_word)});
 }
 
 }  // namespace zmfb::tool
