@@ -11,6 +11,7 @@
 #include "tool/text_table.h"
 #include "tool/transfer/dbf_source.h"
 #include "tool/transfer/import_files.h"
+#include "tool/transfer/import_jobs.h"
 #include "tool/transfer/import_run.h"
 #include "zmfbconn/dbf/code_page.h"
 
@@ -22,6 +23,7 @@ struct Given : ImportOptions {
     std::vector<std::string> renames;
     std::string bad_values = "refuse";
     std::string rejects;
+    std::size_t jobs = 1;
 };
 
 [[noreturn]] void usage(const std::string& message, const std::string& detail = {}) {
@@ -46,6 +48,9 @@ void check(Given& given) {
     if (!given.set_aside.empty() && given.on_bad_value != OnBadValue::set_aside)
         usage("--set-aside goes with --on-bad-value set-aside");
     if (given.append && given.replace) usage("--append and --replace go not together");
+    if (given.jobs == 0) usage("--jobs 0: there is no import without a process");
+    if (given.jobs > 1 && given.replace && !given.yes && !given.dry_run)
+        usage("--jobs asks nothing: with --replace it needs --yes");
     if (!given.encoding.empty() && !dbf::ToUtf8(given.encoding).known()) {
         usage(fmt::format("there is no encoding {}", given.encoding),
               "\"iconv -l\" lists them; old DOS files are mostly CP437 or CP850.");
@@ -63,9 +68,8 @@ void print_files(const std::vector<ImportedFile>& files) {
 }
 
 // Goes on after a file that was refused, not after one that was interrupted.
-Exit import_each(Session& session, const Given& given, const std::vector<std::string>& files) {
-    ImportedSoFar so_far(given.rejects, given.names.fields);
-    std::vector<ImportedFile> told;
+Exit import_in_order(Session& session, const Given& given, const std::vector<std::string>& files,
+                     ImportedSoFar& so_far, std::vector<ImportedFile>& told) {
     Exit status = Exit::ok;
     for (const std::string& file : files) {
         told.emplace_back().file = file;
@@ -78,6 +82,16 @@ Exit import_each(Session& session, const Given& given, const std::vector<std::st
             status = failure.status;
         }
     }
+    return status;
+}
+
+Exit import_each(Session& session, const Given& given, const std::vector<std::string>& files) {
+    ImportedSoFar so_far(given.rejects, given.names.fields);
+    std::vector<ImportedFile> told;
+    Exit status = given.jobs > 1 && files.size() > 1
+                      ? import_at_once(session, given, files, given.jobs, so_far, told)
+                      : import_in_order(session, given, files, so_far, told);
+    if (interrupted()) return status;
     if (files.size() > 1 && !so_far.unused_renames.empty()) {
         const auto& [from, to] = *so_far.unused_renames.begin();
         print_error(fmt::format("no file has a field {0}, which --rename {0}={1} names", to_utf8(from), to));
@@ -130,6 +144,8 @@ void add_import(CommandLine& line) {
     command.option("--set-aside", given->set_aside, "DBF file for such records, else TABLE.bad.dbf")
         .not_empty();
     command.option("--rejects", given->rejects, "CSV file for all values that would be refused").not_empty();
+    command.option("--jobs", given->jobs, "How many files are loaded at once, by a process each")
+        .with_default();
     command.option("--table", given->names.table, "Name of the table instead of the file's").not_empty();
     command.option("--rename", given->renames, "Name of a column instead of the field's: OLD=NEW")
         .type_name("OLD=NEW");

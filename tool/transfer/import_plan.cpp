@@ -54,6 +54,11 @@ class Changes {
     bool strict_;
 };
 
+std::string name_among(zmFBConn& connection, const std::string& name, std::set<std::string>& taken,
+                       NameChange& change) {
+    return table_name(name, !reserved(connection, {plain_form(name, "T_")}).empty(), taken, change);
+}
+
 void name_table(zmFBConn& connection, const std::string& path, const WantedNames& wanted,
                 std::set<std::string>& taken, ImportPlan& plan) {
     const std::string name = wanted.table.empty() ? table_of_file(path) : upper_bytes(wanted.table);
@@ -63,7 +68,7 @@ void name_table(zmFBConn& connection, const std::string& path, const WantedNames
         return;
     }
     NameChange change;
-    plan.table = table_name(name, !reserved(connection, {plain_form(name, "T_")}).empty(), taken, change);
+    plan.table = name_among(connection, name, taken, change);
     Changes(plan, wanted.strict).add("table", change);
     plan.table_exists = connection(m::istable, plan.table);
     if (plan.table_exists) return;
@@ -159,6 +164,12 @@ PlannedColumn plan_number(const dbf::Field& field, std::size_t place) {
 std::string table_of_file(const std::string& path) {
     const std::string name = path.substr(path.rfind('/') + 1);
     return upper_bytes(name.substr(0, name.find('.')));
+}
+
+void take_table_name(zmFBConn& connection, const std::string& path, std::set<std::string>& taken) {
+    const std::string name = table_of_file(path);
+    NameChange change;
+    if (!taken.contains(name)) name_among(connection, name, taken, change);
 }
 
 PlannedColumn plan_column(const dbf::Field& field, std::size_t place) {

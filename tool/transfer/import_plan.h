@@ -57,6 +57,9 @@ struct ImportPlan {
 /// upper case.
 std::string table_of_file(const std::string& path);
 
+/// Takes the name of the table that a file of this path becomes, if it is free.
+void take_table_name(zmFBConn& connection, const std::string& path, std::set<std::string>& taken);
+
 /// The column of a field; its name is that of the field.
 PlannedColumn plan_column(const dbf::Field& field, std::size_t place);
 

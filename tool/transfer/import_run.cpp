@@ -22,6 +22,7 @@
 #include "tool/transfer/rehearsal.h"
 #include "tool/transfer/replacing.h"
 #include "tool/transfer/set_aside.h"
+#include "tool/transfer/turn.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/dbf/records.h"
 #include "zmfbconn/methods.h"
@@ -239,6 +240,7 @@ void Import::plan_set_aside() {
 
 void Import::rehearse_it() {
     if (!can_work()) return;
+    const Turn turn;
     const std::string why = rehearse(connection_, plan_,
                                      {.made = plan_.table_exists ? table_beside(plan_.table) : plan_.table,
                                       .replaced = plan_.table_exists && options_.replace ? plan_.table : "",
@@ -280,9 +282,11 @@ void Import::load() try {
     if (plan_.table_exists) beside_ = table_beside(plan_.table);
     const std::string& table = plan_.table_exists ? beside_ : plan_.table;
     begin_table(connection_, table, columns());
+    std::optional<Turn> turn;  // for all that changes tables when the rows are there
     {
         Transaction work(connection_);
         send(work, table);
+        turn.emplace();
         if (!is_added()) finish_table(work, table, told_.records);
         set_aside();
         work.commit();
@@ -366,6 +370,7 @@ bool Import::dropped_anew() try {
 // unfinished.
 void Import::take_back(std::string why) {
     if (interrupted()) begin_undoing();
+    const Turn turn;
     if (has_set_aside_) {
         for (const std::string& file : set_aside_files(source_, report_.set_aside_file)) {
             std::error_code ignored;

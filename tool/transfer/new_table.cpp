@@ -4,6 +4,7 @@
 
 #include "tool/catalog.h"
 #include "tool/drop.h"
+#include "tool/transfer/turn.h"
 
 namespace zmfb::tool {
 namespace {
@@ -26,6 +27,7 @@ bool is_unfinished(Transaction& work, const std::string& table) {
 }  // namespace
 
 void begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns) {
+    const Turn turn;
     drop_unfinished_table(connection, table);
     Transaction before(connection);
     drop_generators(before, table);

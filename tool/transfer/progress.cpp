@@ -14,7 +14,11 @@ namespace {
 constexpr std::size_t bar_width = 20;
 constexpr auto between_two = std::chrono::milliseconds(100);
 
+std::function<void(const std::string&)> told_to;
+
 }  // namespace
+
+void tell_progress_to(std::function<void(const std::string&)> whom) { told_to = std::move(whom); }
 
 Progress::Progress(std::string doing, std::uint64_t total) : doing_(std::move(doing)), total_(total) {}
 
@@ -40,8 +44,9 @@ std::string Progress::text(std::uint64_t done) const {
 void Progress::at(std::uint64_t done) {
     require_uninterrupted();
     const auto now = std::chrono::steady_clock::now();
-    if (now - shown_ < between_two || !output_is_terminal()) return;
+    if (now - shown_ < between_two || (!told_to && !output_is_terminal())) return;
     shown_ = now;
+    if (told_to) return told_to(text(done));
     fmt::print("{}\033[K\r", text(done).substr(0, terminal_width() - 1));
     std::fflush(stdout);
 }

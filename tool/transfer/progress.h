@@ -3,9 +3,13 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace zmfb::tool {
+
+/// From now on lines of this process are told to `whom` instead, who shows them.
+void tell_progress_to(std::function<void(const std::string& line)> whom);
 
 /// One line at the foot of the terminal; nothing where standard output is none. The line is written with the
 /// cursor left at its beginning, so that whatever is printed takes its place.

@@ -19,31 +19,47 @@ std::string in_quotes(std::string_view text) {
 
 }  // namespace
 
-void RejectsFile::add(const std::string& source, const BadValue& value) {
-    if (path_.empty() || !problem_.empty()) return;
-    try {
-        if (!file_) {
-            file_.emplace(path_);
-            file_->write("file,record,field,bytes,reason\r\n");
-        }
-        file_->write(fmt::format("{},{},{},{},{}\r\n", in_quotes(source), value.record,
-                                 in_quotes(shown_bytes(value.field.name)),
-                                 in_quotes(shown_bytes(value.bytes)), in_quotes(value.reason)));
-    } catch (const Failure& failure) {
-        problem_ = failure.message;
-    }
+template <class Write>
+void RejectsFile::attempt(Write write) try {
+    if (!path_.empty() && problem_.empty()) write();
+} catch (const Failure& failure) {
+    problem_ = failure.message;
 }
 
-std::string RejectsFile::problem() try {
-    if (file_ && problem_.empty()) file_->flush();
+void RejectsFile::begin() {
+    attempt([&] {
+        file_.emplace(path_);
+        file_->write("file,record,field,bytes,reason\r\n");
+        file_->flush();
+    });
+}
+
+void RejectsFile::take_in(std::string_view rows) {
+    if (rows.empty()) return;
+    if (!file_) begin();
+    has_rows_ = true;
+    attempt([&] { file_->write(rows); });
+}
+
+void RejectsFile::add(const std::string& source, const BadValue& value) {
+    const std::string row = fmt::format("{},{},{},{},{}\r\n", in_quotes(source), value.record,
+                                        in_quotes(shown_bytes(value.field.name)),
+                                        in_quotes(shown_bytes(value.bytes)), in_quotes(value.reason));
+    if (rows_ == nullptr) return take_in(row);
+    attempt([&] {
+        if (std::fwrite(row.data(), 1, row.size(), rows_) != row.size())
+            throw Failure{Exit::failed, fmt::format("cannot write {}", path_)};
+    });
+}
+
+std::string RejectsFile::problem() {
+    if (rows_ == nullptr && file_) attempt([&] { file_->flush(); });
     return problem_;
-} catch (const Failure& failure) {
-    return problem_ = failure.message;
 }
 
 void RejectsFile::close() {
     if (const std::string why = problem(); !why.empty()) throw Failure{Exit::failed, why};
-    if (file_) file_->close();
+    if (file_ && has_rows_) file_->close();
 }
 
 void Rejects::add(const BadValue& value) {

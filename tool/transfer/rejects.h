@@ -1,8 +1,10 @@
 /// Values that an import refuses: the first of each file for a person, all of a run for a file.
 #pragma once
 
+#include <cstdio>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tool/output_file.h"
@@ -17,6 +19,12 @@ class RejectsFile {
     explicit RejectsFile(std::string path) : path_(std::move(path)) {}
 
     void add(const std::string& source, const BadValue& value);
+    /// For a run in several processes, before they are started: makes it now, to see whether that can be.
+    void begin();
+    /// In one of them: what is added goes there, for the process that began it to take in.
+    void divert_to(std::FILE* rows) { rows_ = rows; }
+    void take_in(std::string_view rows);
+
     /// Why what was added cannot be written: "cannot write /dev/full: ..."; "" when it can.
     [[nodiscard]] std::string problem();
     /// Ends it. Throws Failure when it cannot be written.
@@ -24,8 +32,13 @@ class RejectsFile {
     [[nodiscard]] const std::string& path() const { return path_; }
 
   private:
+    template <class Write>
+    void attempt(Write write);
+
     std::string path_;
     std::optional<OutputFile> file_;
+    bool has_rows_ = false;
+    std::FILE* rows_ = nullptr;
     std::string problem_;
 };
 
