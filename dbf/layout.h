@@ -17,6 +17,8 @@ inline constexpr std::size_t prolog_size = 32;
 inline constexpr std::size_t descriptor_size = 32;
 inline constexpr char end_of_descriptors = '\r';
 inline constexpr char end_of_file = 0x1A;
+/// What the blocks of a memo file of dBASE IV begin with, which may be among those of dBASE III.
+inline constexpr std::string_view dbase4_block("\xFF\xFF\x08\x00", 4);
 inline constexpr char record_in_use = ' ';
 inline constexpr char record_deleted = '*';
 

@@ -12,7 +12,6 @@
 namespace zmfb::dbf {
 namespace {
 
-constexpr std::string_view dbase4_mark("\xFF\xFF\x08\x00", 4);
 constexpr std::size_t block_header_size = 8;
 constexpr std::size_t default_block_size = 512;
 // No memo begins before, however short its blocks are.
@@ -66,7 +65,7 @@ Memo MemoFile::read(std::uint32_t block) const {
         return {{}, fmt::format("block {} is within the header of the memo file", block)};
     const std::string head = read_bytes(*file_, position, block_header_size);
     // Files of dBASE III may have blocks of dBASE IV; no text begins so.
-    const bool marked = head.size() == block_header_size && head.starts_with(dbase4_mark);
+    const bool marked = head.size() == block_header_size && head.starts_with(dbase4_block);
     if (format_ == Format::dbase3 && !marked) return up_to_end_mark(position);
     if (head.size() < block_header_size) return {{}, fmt::format("block {} is cut off", block)};
     const std::uint64_t behind_head = position + block_header_size;

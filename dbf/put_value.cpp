@@ -161,15 +161,14 @@ void put_nothing(const Header& header, const Field& field, char* record, char lo
 }
 
 void put_filled(const Field& field, char* record, std::string_view bytes) {
-    char* const at = record + field.offset;
-    std::memcpy(at, bytes.data(), bytes.size());
-    std::memset(at + bytes.size(), ' ', field.length - bytes.size());
+    char* const end = std::copy(bytes.begin(), bytes.end(), record + field.offset);
+    std::memset(end, ' ', field.length - bytes.size());
 }
 
 // The last byte is the length of what does not fill the field, and a bit says so.
 void put_varying(const Header& header, const Field& field, char* record, std::string_view bytes) {
     char* const at = record + field.offset;
-    std::memcpy(at, bytes.data(), bytes.size());
+    std::copy(bytes.begin(), bytes.end(), at);
     const bool is_shorter = bytes.size() < field.length;
     if (is_shorter) {
         std::memset(at + bytes.size(), field.kind == Kind::text ? ' ' : '\0', field.length - bytes.size());

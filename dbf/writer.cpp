@@ -36,8 +36,15 @@ Date today() {
     return std::chrono::year(local.tm_year + 1900) / (local.tm_mon + 1) / local.tm_mday;
 }
 
+// Controls as they are written in programs.
 std::string shown(std::string_view text) {
-    return fmt::format("\"{}{}\"", text.substr(0, longest_shown), text.size() > longest_shown ? "..." : "");
+    std::string made = "\"";
+    for (const char c : text.substr(0, longest_shown)) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool is_control = byte < 0x20 || byte == 0x7F;
+        made += is_control ? fmt::format("\\x{:02X}", byte) : std::string(1, c);
+    }
+    return made + (text.size() > longest_shown ? "...\"" : "\"");
 }
 
 std::string shown(Date day) {
@@ -87,7 +94,7 @@ std::string_view words_for(Loss loss) {
         case Loss::characters:
             return "has characters that the code page does not have";
         case Loss::end_mark:
-            return "has a byte 1A, which ends a memo";
+            return "has bytes that mark the end or the kind of a memo";
         case Loss::time_of_day:
             return "has a time of day that the field does not keep";
         default:
@@ -204,9 +211,11 @@ void Writer::State::put_memo_text(const Field& one, std::size_t index, std::stri
     if (made.replaced) settle(index, Loss::characters, shown_text);
     std::string_view memo = made.bytes;
     std::string unmarked;
-    if (header.dialect == Dialect::dbase3 && memo.find(end_of_file) != std::string_view::npos) {
+    const bool is_marked = memo.find(end_of_file) != std::string_view::npos || memo.starts_with(dbase4_block);
+    if (header.dialect == Dialect::dbase3 && is_marked) {
         settle(index, Loss::end_mark, shown_text);
         unmarked = memo;
+        if (memo.starts_with(dbase4_block)) unmarked.front() = '?';
         std::replace(unmarked.begin(), unmarked.end(), end_of_file, '?');
         memo = unmarked;
     }

@@ -56,7 +56,7 @@ enum class Loss : std::uint8_t {
     not_a_number,  ///< infinite, or the result of 0/0: as one that is too wide
     too_long,      ///< a text or bytes are longer than the field: cut
     characters,    ///< a text has characters that the code page does not have, or is no UTF-8: "?"
-    end_mark,      ///< a byte 1A, which would end a memo of dBASE III: "?"
+    end_mark,      ///< 1A, which ends a memo of dBASE III, or FF FF 08 00, which begins others: "?"
     time_of_day,   ///< a D field has no time, a T field none below a millisecond: left out
     no_day         ///< a day is none of the years 1 to 9999: nothing
 };
