@@ -92,9 +92,9 @@ void CommandLine::add_options() {
         ->excludes(password);
     app_->add_option("--role", options_.role, "SQL role")->type_name("NAME");
     app_->add_option("--encoding", encoding_,
-                     "Character set of the texts in the database, a single-byte one as iconv names it")
-        ->type_name("NAME")
-        ->default_str("ISO-8859-1");
+                     "Single-byte character set of the texts in the database, as iconv names it; create "
+                     "keeps it there")
+        ->type_name("NAME");
     app_->add_option("--log-level", options_.log_level,
                      "Log level: -1 nothing, 0 connections, 1 SQL errors, 7 updates, 8 queries")
         ->type_name("LEVEL")
@@ -164,6 +164,7 @@ int CommandLine::run(int argc, char** argv) {
             throw Failure{Exit::usage, fmt::format("{} is no single-byte character set", encoding_), "",
                           "iconv --list has the names"};
         }
+        options_.encoding_given = !encoding_.empty();
         find_password(options_, password_);
         return told_in_session(options_, chosen_);
     });

@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <memory>
@@ -33,6 +34,8 @@ std::string utf8_of(iconv_t converter, char byte) {
     std::size_t room = out.size();
     iconv(converter, nullptr, nullptr, nullptr, nullptr);
     if (iconv(converter, &from, &left, &to, &room) == static_cast<std::size_t>(-1)) return "";
+    // A letter is held back while a sign that belongs to it could follow.
+    iconv(converter, nullptr, nullptr, &to, &room);
     return {out.data(), out.size() - room};
 }
 
@@ -60,6 +63,9 @@ std::optional<char> byte_of(std::string_view character) {
 
 /// The characters of a single-byte set; null for a name that is not known, or is that of another set.
 std::unique_ptr<Encoding> encoding_named(const std::string& name) {
+    // iconv takes options behind a slash.
+    const bool is_word = std::ranges::all_of(name, [](char c) { return c > ' ' && c != '/' && c != '\''; });
+    if (!is_word) return nullptr;
     const iconv_t converter = iconv_open("UTF-8", name.c_str());
     // NOLINTNEXTLINE(performance-no-int-to-ptr): this is how iconv_open says no.
     if (converter == reinterpret_cast<iconv_t>(-1)) return nullptr;

@@ -9,6 +9,7 @@
 #include <system_error>
 #include <utility>
 
+#include "tool/database_encoding.h"
 #include "tool/encoding.h"
 #include "tool/hints.h"
 #include "tool/interrupt.h"
@@ -196,6 +197,7 @@ void Session::attach(Demand demand) {
                           "\"zmfb doctor\" says what it misses, and how to add that"};
         }
     }
+    if (!options_.database.empty() && !options_.encoding_given) adopt_encoding(made);
     connection_ = std::move(made);
 }
 

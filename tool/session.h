@@ -25,6 +25,7 @@ struct Options {
     int log_level = 0;
     bool json = false;
     bool password_given = false;  ///< an empty one counts
+    bool encoding_given = false;  ///< which goes before the one that the database says
 };
 
 /// Ends a command early with a status and, on standard error, what print_error() makes of the texts.

@@ -10,8 +10,8 @@
 namespace zmfb::tool {
 
 void run_query(Session& session, const std::string& statement, const RowOutput& output) {
-    statement_bytes(statement);
     zmFBConn& connection = session.connection();
+    statement_bytes(statement);
     Sink sink(output.file);
     Look look;
     if (!sink.is_file()) look = {terminal_width(), output_has_colours(), output.see_all};

@@ -36,6 +36,8 @@ std::string utf8_of(iconv_t converter, char byte) {
     std::size_t left = 1, room = out.size();
     iconv(converter, nullptr, nullptr, nullptr, nullptr);
     if (iconv(converter, &from, &left, &to, &room) == static_cast<std::size_t>(-1)) return "";
+    // A letter is held back while a sign that belongs to it could follow.
+    iconv(converter, nullptr, nullptr, &to, &room);
     return {out.data(), out.size() - room};
 }
 

@@ -174,7 +174,8 @@ TEST_F(Usage, TextsOfAnotherSingleByteSetAreShownAndFound) {
 }
 
 TEST_F(Usage, AnEncodingThatIsNoSingleByteSetIsRefused) {
-    for (const char* name : {"nosuch", "UTF-8", "UTF-16", "SHIFT_JIS", "EUC-JP", "EBCDIC-US"}) {
+    for (const char* name :
+         {"nosuch", "UTF-8", "UTF-16", "SHIFT_JIS", "EUC-JP", "EBCDIC-US", "CP866//IGNORE", "CP866 "}) {
         const Finished run = zmfb({"--encoding", name, "methods"});
         EXPECT_EQ(run.status, 2) << name;
         EXPECT_EQ(run.err, "error: " + std::string(name) +

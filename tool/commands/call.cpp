@@ -57,6 +57,8 @@ Exit evaluate_lines(Session& session) {
 
 Exit call_command(Session& session, const std::vector<std::string>& expressions) {
     session.show_raised(Raised::one_line);
+    // Which says what the texts in the expressions become.
+    session.connection_or_unattached();
     std::vector<std::optional<Call>> calls;
     for (const std::string& expression : expressions) {
         if (expression == "-") {

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "tool/commands.h"
+#include "tool/database_encoding.h"
 #include "tool/functions.h"
 #include "tool/hints.h"
 #include "tool/output_file.h"
@@ -31,6 +32,7 @@ Exit create_command(Session& session, const std::string& functions) {
             create_database(place, options.user, options.password, functions_named(functions));
         !created.ok())
         throw Failure{Exit::failed, fmt::format("cannot create {}", options.database), created.message()};
+    if (options.encoding_given) keep_encoding(session.connection());
     fmt::print("{} is ready\n", options.database);
     return Exit::ok;
 }
@@ -39,7 +41,8 @@ Exit create_command(Session& session, const std::string& functions) {
 
 void add_create(CommandLine& line) {
     const auto functions = std::make_shared<std::string>();
-    line.add(line.app(), "create", "Make a database the driver can use", "zmfb --db shop.fdb create",
+    line.add(line.app(), "create", "Make a database the driver can use",
+             "zmfb --db shop.fdb create --encoding CP866",
              [functions](Session& session) { return create_command(session, *functions); })
         .option("--functions", *functions,
                 "The driver's functions: stored, which need nothing on the server (the default from Firebird "

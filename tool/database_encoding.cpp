@@ -1,0 +1,54 @@
+#include "tool/database_encoding.h"
+
+#include <fmt/format.h>
+
+#include <optional>
+
+#include "tool/encoding.h"
+#include "tool/session.h"
+#include "zmfbconn/transaction.h"
+
+namespace zmfb::tool {
+namespace {
+
+constexpr std::string_view said_with = "Texts for ZMRDDFIRE are ";
+
+// The word behind those.
+std::string said_in(const std::string& description) {
+    const std::size_t at = description.find(said_with);
+    if (at == std::string::npos) return "";
+    const std::string rest = description.substr(at + said_with.size());
+    return rest.substr(0, rest.find_first_of(" \r\n"));
+}
+
+// An older client library has no transactions, and so nothing that would be converted.
+std::string asked(zmFBConn& connection) try {
+    Transaction work(connection, Access::read_only);
+    const auto description = work.one<std::optional<std::string>>("select rdb$description from rdb$database");
+    return said_in(description.value_or(""));
+} catch (const SqlError& error) {
+    if (error.sqlstate() == "0A000") return "";
+    throw Failure{Exit::failed, "cannot read the description of the database", error.message()};
+}
+
+}  // namespace
+
+void keep_encoding(zmFBConn& connection) try {
+    Transaction work(connection);
+    work.execute(fmt::format("COMMENT ON DATABASE IS '{}{}'", said_with, encoding_name()));
+    work.commit();
+} catch (const SqlError& error) {
+    throw Failure{Exit::failed, "the database cannot keep the encoding of its texts", error.message()};
+}
+
+void adopt_encoding(zmFBConn& connection) {
+    const std::string name = asked(connection);
+    if (name.empty() || set_encoding(name)) return;
+    throw Failure{
+        Exit::not_attached,
+        fmt::format("the database says that its texts are in {}, which is no single-byte character set",
+                    name),
+        "", "--encoding names another"};
+}
+
+}  // namespace zmfb::tool
