@@ -4,6 +4,7 @@
 #include "host/array.h"
 #include "host/number.h"
 #include "host/text.h"
+#include "sql/statement_text.h"
 #include "sql/template.h"
 
 namespace zmfb {
@@ -16,6 +17,12 @@ Value assembled(Self& self, std::string_view statement, const Placeholders& plac
 // "" or the SQLCODE error text.
 Value run(Self& self, std::string_view statement, const Placeholders& placeholders) {
     return call(self, "executeupdate", assembled(self, statement, placeholders));
+}
+
+bool raise_failure(const Value& message, const Value& failure) {
+    if (host::empty(failure)) return true;
+    conn::raiseerror(message + failure);
+    return false;
 }
 
 }  // namespace
@@ -42,10 +49,13 @@ bool update(Self& self, std::string_view statement, const Placeholders& placehol
 
 bool update_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
                      const Value& message) {
-    const Value failure = run(self, statement, placeholders);
-    if (host::empty(failure)) return true;
-    conn::raiseerror(message + failure);
-    return false;
+    return raise_failure(message, run(self, statement, placeholders));
+}
+
+bool refuse_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
+                     const Value& message, const Objection& objection) {
+    return raise_failure(message, sql::refused_update(self, assembled(self, statement, placeholders),
+                                                      objection.sqlcode, objection.reason));
 }
 
 }  // namespace zmfb

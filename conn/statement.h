@@ -48,4 +48,13 @@ bool update(Self& self, std::string_view statement, const Placeholders& placehol
 bool update_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
                      const Value& message);
 
+/// Why a statement is not to reach the engine.
+struct Objection {
+    int sqlcode;
+    std::string_view reason;
+};
+/// update_or_raise() of a statement that fails for this; one without an attached database is passed over.
+bool refuse_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
+                     const Value& message, const Objection& objection);
+
 }  // namespace zmfb

@@ -40,6 +40,11 @@ Value executeupdate(Self& self, Args args) {
     return text_of_outcome(done);
 }
 
+Value refused_update(Self& self, const Value& stmt, int sqlcode, std::string_view reason) {
+    call(self, "writelog", "[UPDT] Statement: " + stmt, 7);
+    return handle_of(self) == isc_db_handle() ? "" : text_of_outcome(refuse(sqlcode, reason));
+}
+
 // On top of an open batch the client refuses to start another: the open one goes on.
 Value starttransaction(Self& self, Args) {
     conn::log_event(7, "[TRANS] Starting Transaction");

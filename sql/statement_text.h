@@ -17,6 +17,10 @@ std::string text_of(const Value& stmt);
 /// library does by itself, in an attachment that nobody could close. Any other is well.
 Status refuse_unfit(const Value& stmt);
 
+/// What executeupdate does with a statement that is not to reach the engine: logs it, and fails with that
+/// SQLCODE for that reason; without an attached database it is passed over.
+Value refused_update(Self& self, const Value& stmt, int sqlcode, std::string_view reason);
+
 /// Whether the first word of a statement is this one, which is in capitals.
 bool begins_with(std::string_view statement, std::string_view word);
 

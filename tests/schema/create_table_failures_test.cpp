@@ -1,5 +1,7 @@
 #include "tests/schema/refusing.h"
 #include "tests/schema/schema.h"
+#include "tests/support/faulty_client.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::test {
 namespace {
@@ -159,6 +161,61 @@ TEST_F(CreateTableFailures, ABrokenDescriptorIsRaisedByTheRuntimeAndDoesNoHarm) 
     EXPECT_FALSE(yes("createtable", "T", array_of(array_of())));
     EXPECT_FALSE(yes("createtable", "T", array_of(array_of("NAME", "C"))));
     EXPECT_FALSE(yes("istable", "T"));
+}
+
+struct NotSent {
+    std::string method;
+    std::string name;
+    int digits;
+    std::string statement;
+    std::string failure;
+    std::string reason;
+};
+
+const std::string long_name = "T123456789012345678901234567890";
+
+const NotSent not_sent[] = {
+    {"createtable", "wide", 19,
+     "CREATE TABLE WIDE( A NUMERIC(19,2) DEFAULT 0 NOT NULL,RDD_AREAID VARCHAR(50) DEFAULT NULL,RECNO DOUBLE "
+     "PRECISION NOT NULL, PRIMARY KEY(RECNO) )",
+     "[ERROR] SQLCODE=-842 (Wrong numeric type)", "Precision must be from 1 to 18"},
+    {"createtableexternal", "wide", 38,
+     "CREATE TABLE WIDE EXTERNAL FILE '/nowhere/x.dat' ( A NUMERIC(38,2) DEFAULT 0 NOT NULL )",
+     "[ERROR] SQLCODE=-842 (Wrong numeric type)", "Precision must be from 1 to 18"},
+    {"createtable", long_name, 18,
+     "CREATE TABLE " + long_name +
+         "( A NUMERIC(18,2) DEFAULT 0 NOT NULL,RDD_AREAID VARCHAR(50) DEFAULT NULL,RECNO DOUBLE PRECISION "
+         "NOT "
+         "NULL, PRIMARY KEY(RECNO) )",
+     "[ERROR] SQLCODE=-104 (Invalid token)", "The name of a table of the driver has at most 30 characters"},
+};
+
+// Firebird 3.0 refuses the first two by itself, in these words.
+TEST_F(CreateTableFailures, WhatLaterEnginesWouldMakeIsRefusedWithoutAskingOne) {
+    watch();
+    for (const NotSent& one : not_sent) {
+        SCOPED_TRACE(one.statement);
+        clear_log();
+        forget_raised();
+        const Value structure = host::array_of(host::array_of("A", "N", one.digits, 2));
+        FaultyClient client;
+        const Value done = one.method == "createtable"
+                               ? call(one.method, one.name, structure)
+                               : call(one.method, one.name, structure, "/nowhere/x.dat");
+        EXPECT_FALSE(done.logical());
+        EXPECT_EQ(client.count(ClientCall::execute_immediate), 0);
+        EXPECT_EQ(updates(), Names{one.statement});
+        EXPECT_EQ(errors(), Names{one.failure});
+        ASSERT_EQ(raised().size(), 1U);
+        EXPECT_TRUE(raised()[0].ends_with("; FB Error: " + one.failure)) << raised()[0];
+        EXPECT_TRUE(last_engine_message().ends_with(one.reason)) << last_engine_message();
+    }
+}
+
+TEST_F(CreateTableFailures, WithoutADatabaseNothingIsRefused) {
+    zmFBConn unattached;
+    EXPECT_TRUE(
+        unattached.call("createtable", long_name, host::array_of(host::array_of("A", "N", 19, 2))).logical());
 }
 
 }  // namespace
