@@ -83,13 +83,14 @@ Status link_folder(const fs::path& link, const fs::path& target) {
 }
 
 // The engine takes its character sets from <environment>/intl only, and refuses a module that is reached
-// through a link: so that one file is copied. A client without character sets of its own has none to copy.
-Status copy_character_sets(const fs::path& folder, const fs::path& firebird) {
-    const fs::path source = firebird / "intl" / "libfbintl.so";
-    const fs::path copy = folder / "intl" / source.filename();
+// through a link. Where Firebird's own installer puts it, it knows them by their settings, and its messages
+// by a file in its folder. A client may have none of these.
+constexpr const char* copied_files[] = {"intl/libfbintl.so", "intl/fbintl.conf", "firebird.msg"};
+
+Status copy_when_newer(const fs::path& source, const fs::path& copy) {
     std::error_code error;
     if (!fs::exists(source, error)) return {};
-    fs::create_directory(folder / "intl", error);
+    fs::create_directory(copy.parent_path(), error);
     const auto size = fs::file_size(copy, error);
     if (!error && size == fs::file_size(source, error) &&
         fs::last_write_time(copy, error) >= fs::last_write_time(source, error)) {
@@ -105,7 +106,10 @@ Status take_from_firebird(const fs::path& folder, const std::string& named) {
     const std::optional<fs::path> firebird = named.empty() ? firebird_folder() : fs::path(named);
     if (!firebird) return Status("cannot find the plugin folder of the Firebird client library");
     Status done = link_folder(folder / "plugins", *firebird / "plugins");
-    return done.ok() ? copy_character_sets(folder, *firebird) : done;
+    for (const char* file : copied_files) {
+        if (done.ok()) done = copy_when_newer(*firebird / file, folder / file);
+    }
+    return done;
 }
 
 }  // namespace

@@ -312,7 +312,28 @@ TEST_F(Environments, OneThatDiffersIsBroughtUpToDate) {
               "");
     EXPECT_NE(read_file(file("env/firebird.conf")).find("Restrict /new\n"), std::string::npos);
     EXPECT_TRUE(fs::is_directory(file("env/plugins")));
-    EXPECT_EQ(std::distance(fs::directory_iterator(file("env")), fs::directory_iterator()), 5);
+    for (const auto& entry : fs::directory_iterator(file("env"))) {
+        const std::string name = entry.path().filename();
+        EXPECT_EQ(name.find("." + std::to_string(::getpid())), std::string::npos) << name;
+    }
+}
+
+TEST_F(Environments, WhatFirebirdsOwnInstallerPutsBesideTheLibraryIsTaken) {
+    fs::create_directories(file("firebird/plugins"));
+    fs::create_directories(file("firebird/intl"));
+    const std::vector<std::string> files{"intl/libfbintl.so", "intl/fbintl.conf", "firebird.msg"};
+    for (const std::string& name : files) write_file("firebird/" + name, name);
+    EnvironmentOptions options{
+        .folder = file("env"), .udf_folder = {}, .external_file_folders = {}, .extra_settings = {}};
+    options.firebird_folder = file("firebird");
+    ASSERT_EQ(make_environment(options).message(), "");
+    for (const std::string& name : files) {
+        EXPECT_EQ(read_file(file("env/" + name)), name);
+        EXPECT_FALSE(fs::is_symlink(file("env/" + name))) << name;
+    }
+    write_file("firebird/firebird.msg", "of a later version");
+    ASSERT_EQ(make_environment(options).message(), "");
+    EXPECT_EQ(read_file(file("env/firebird.msg")), "of a later version");
 }
 
 TEST_F(Environments, PathsThatTheSettingsCannotHoldAreRefused) {

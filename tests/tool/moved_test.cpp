@@ -73,5 +73,20 @@ TEST_F(Moved, TheClientLibraryMayLieAsItsOwnInstallerPutsIt) {
     EXPECT_EQ(found.status, 0) << found.err;
 }
 
+TEST_F(Moved, TheEngineMayBeThatOfAnUnpackedFirebird) {
+    const char* const given = std::getenv("ZMFB_TEST_FIREBIRD");
+    if (given == nullptr) GTEST_SKIP() << "ZMFB_TEST_FIREBIRD names no folder of an unpacked Firebird";
+    const std::vector<std::string> settings{"LD_LIBRARY_PATH=" + std::string(given) + "/lib"};
+    EXPECT_EQ(run_as_tool(ZMFB_TOOL, settings, {"create"}).err, "");
+    EXPECT_EQ(run_as_tool(ZMFB_TOOL, settings,
+                          {"query", "--mode", "csv",
+                           "select zmupper(cast('a' as char(1) character set iso8859_1)) "
+                           "from rdb$database"})
+                  .err,
+              "");
+    const Finished unknown = run_as_tool(ZMFB_TOOL, settings, {"exec", "drop table NOSUCH"});
+    EXPECT_NE(unknown.err.find("\n  Table NOSUCH does not exist\n"), std::string::npos) << unknown.err;
+}
+
 }  // namespace
 }  // namespace zmfb::test
