@@ -57,14 +57,34 @@ Handle from_bits(std::uint32_t bits) {
     }
 }
 
+// What engines from Firebird 4 on say that the client library of 3.0 has no words for.
+struct NewerMessage {
+    ISC_STATUS code;
+    const char* before;
+    const char* behind;
+};
+constexpr NewerMessage newer_messages[] = {{335545254, "Effective user is ", ""},
+                                           {335545264, "No permission for CREATE ", " operation"}};
+
+std::string in_words(const char* line, const ISC_STATUS* part) {
+    const bool is_unknown = std::string_view(line).starts_with("unknown ISC error");
+    if (!is_unknown || part[0] != isc_arg_gds || part[2] != isc_arg_string) return line;
+    for (const NewerMessage& message : newer_messages) {
+        if (message.code == part[1])
+            return message.before + std::string(reinterpret_cast<const char*>(part[3])) + message.behind;
+    }
+    return line;
+}
+
 }  // namespace
 
 std::string keep_message(const ISC_STATUS* status) {
     std::string message;
     char line[1024];
-    while (client().interpret(line, sizeof line, &status) != 0) {
+    for (const ISC_STATUS* part = status; client().interpret(line, sizeof line, &status) != 0;
+         part = status) {
         if (!message.empty()) message += '\n';
-        message += line;
+        message += in_words(line, part);
     }
     kept() = {message, conn::PublicCall::number()};
     return message;

@@ -54,10 +54,13 @@ constexpr std::array hints{
         "\"drop table ZZ\" put that right; docs/recovery.md says more"},
     Hint{"no permission for CREATE access to DATABASE",
          "SYSDBA gives the right to make databases; docs/rights.md says how"},
+    Hint{"No permission for CREATE DATABASE operation",
+         "SYSDBA gives the right to make databases; docs/rights.md says how"},
     Hint{"no permission for read-write access to database",
          "the file or its disk is read-only for the user who runs the engine; its owner can change that with "
          "chmod"},
     Hint{"no permission for", "the owner of the database gives rights; docs/rights.md says which are needed"},
+    Hint{"No permission for", "the owner of the database gives rights; docs/rights.md says which are needed"},
     Hint{"There is no privilege for this operation",
          "the owner of the database gives rights; docs/rights.md says which are needed"},
     Hint{"is in use", "another program uses the table; zmfb opens shows which work areas have it open"},
@@ -68,7 +71,9 @@ constexpr std::array hints{
     Hint{"No space left on device", "the disk is full; data files of exports lie under /tmp"},
     Hint{"File too large", "a limit of this process or of the disk keeps files from growing that large"},
     Hint{"Error while trying to open file", "\"zmfb create\" makes a new database"},
-    Hint{"unsupported on-disk structure", "the file was made by another version of the engine"},
+    Hint{"unsupported on-disk structure",
+         "another version of Firebird made the file; gbak takes its database to this one: docs/deployment.md "
+         "shows how"},
     Hint{"CREATE SEQUENCE G_",
          "a table of that name was dropped without its generators; \"zmfb doctor\" says what drops them"},
 };

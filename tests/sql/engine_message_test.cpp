@@ -1,5 +1,6 @@
 // Which call of a program last_engine_message() tells of.
 #include "host/error.h"
+#include "sql/state.h"
 #include "tests/support/database.h"
 #include "tests/support/environment.h"
 #include "zmfbconn/database.h"
@@ -106,6 +107,19 @@ TEST_F(EngineMessage, IsGoneAfterTheNextCallWhenAnErrorBlockHasThrown) {
     EXPECT_TRUE(tells_of_nowhere());
     call("istable", "T");
     EXPECT_EQ(last_engine_message(), "");
+}
+
+TEST_F(EngineMessage, OfLaterEnginesHasItsWordsWhateverTheClientKnows) {
+    constexpr ISC_STATUS effective_user = 335545254, no_create_permission = 335545264;
+    const ISC_STATUS refused[] = {isc_arg_gds,    isc_no_meta_update,
+                                  isc_arg_gds,    no_create_permission,
+                                  isc_arg_string, reinterpret_cast<ISC_STATUS>("TABLE"),
+                                  isc_arg_gds,    effective_user,
+                                  isc_arg_string, reinterpret_cast<ISC_STATUS>("ANNA"),
+                                  isc_arg_end};
+    EXPECT_EQ(
+        sql::keep_message(refused),
+        "unsuccessful metadata update\nNo permission for CREATE TABLE operation\nEffective user is ANNA");
 }
 
 }  // namespace

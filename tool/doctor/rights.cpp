@@ -17,7 +17,7 @@ bool is_of_rights(const SqlError& error) {
 
 // "SELECT access to TABLE CUSTOMERS", as the engine calls what is not permitted; else `what`.
 std::string missing_right(const SqlError& error, std::string_view what) {
-    constexpr std::string_view before = "no permission for ";
+    constexpr std::string_view before = "o permission for ";  // "No ..." from Firebird 4 on
     const std::string& message = error.message();
     const std::size_t found = message.find(before);
     if (found == std::string::npos) return std::string(what);
