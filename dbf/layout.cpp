@@ -64,7 +64,7 @@ Descriptor read_descriptor(std::string_view bytes) {
 
 std::string make_descriptor(const Descriptor& descriptor) {
     std::string bytes(descriptor_size, '\0');
-    bytes.replace(0, descriptor.name.size(), descriptor.name);
+    descriptor.name.copy(bytes.data(), name_size);
     bytes[type_at] = descriptor.type;
     bytes[length_at] = static_cast<char>(descriptor.length);
     bytes[decimals_at] = static_cast<char>(descriptor.decimals);
