@@ -48,9 +48,12 @@ std::string moment_of(int code) {
 }  // namespace
 
 std::string_view kind_name(TableKind kind) {
-    constexpr std::array<std::string_view, 5> names{"driver", "system", "unfinished", "foreign", "view"};
+    constexpr std::array<std::string_view, 6> names{"driver", "system",  "unfinished",
+                                                    "loaded", "foreign", "view"};
     return names.at(static_cast<std::size_t>(kind));
 }
+
+std::string table_beside(const std::string& table) { return "Z$" + table; }
 
 std::string engine_version(zmFBConn& connection) {
     constexpr const char* query = "select rdb$get_context('SYSTEM', 'ENGINE_VERSION') from rdb$database";
@@ -89,15 +92,18 @@ namespace {
 using Relation = std::tuple<std::string, int, int, std::int64_t>;
 constexpr std::string_view relations =
     "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), "
-    "decode(trim(zmblobsubstr(r.rdb$description, 1, 255)), 'Created by ZMRDDFIRE', 1, "
-    "'Unfinished import for ZMRDDFIRE', 2, 0), "
+    "case when trim(zmblobsubstr(r.rdb$description, 1, 255)) = 'Created by ZMRDDFIRE' then 1 "
+    "when zmblobsubstr(r.rdb$description, 1, 31) = 'Unfinished import for ZMRDDFIRE' then 2 "
+    "when zmblobsubstr(r.rdb$description, 1, 27) = 'Loaded import for ZMRDDFIRE' then 3 else 0 end, "
     "(select count(*) from rdb$generators g "
     "where g.rdb$owner_name <> r.rdb$owner_name and g.rdb$generator_name in ("
     "'G_' || trim(trailing from r.rdb$relation_name) || '_I', "
     "'G_' || trim(trailing from r.rdb$relation_name) || '_D')) from rdb$relations r where ";
 
 static_assert(relations.find(unfinished_description) != relations.npos);
-constexpr int finished = 1, unfinished = 2;
+static_assert(relations.find(loaded_description) != relations.npos);
+static_assert(unfinished_description.size() == 31 && loaded_description.size() == 27);
+constexpr int finished = 1, unfinished = 2, loaded = 3;
 
 constexpr std::string_view columns_of_described =
     "select f.rdb$relation_name, f.rdb$field_name from rdb$relation_fields f join rdb$relations r on "
@@ -126,6 +132,7 @@ TableKind kind_by(const Relation& relation) {
     if (!name.is_plain()) return TableKind::foreign;
     if (std::ranges::find(system_tables, name.bytes()) != system_tables.end()) return TableKind::system;
     if (described == unfinished) return TableKind::unfinished;
+    if (described == loaded) return TableKind::loaded;
     return described == finished && generators_of_others == 0 ? TableKind::driver : TableKind::foreign;
 }
 
@@ -190,7 +197,9 @@ namespace {
 
 // Nothing when it cannot be asked.
 std::optional<std::uint64_t> number_from(zmFBConn& connection, std::string_view query) try {
-    return static_cast<std::uint64_t>(std::get<0>(rows_of<std::int64_t>(connection, query).at(0)));
+    const auto rows = rows_of<std::int64_t>(connection, query);
+    if (rows.empty()) return std::nullopt;
+    return static_cast<std::uint64_t>(std::get<0>(rows.front()));
 } catch (const Failure&) {
     return std::nullopt;
 }
@@ -201,9 +210,11 @@ std::optional<std::uint64_t> records_of(zmFBConn& connection, const Table& table
     if (table.kind == TableKind::view) return std::nullopt;
     std::optional<std::uint64_t> records;
     if (table.kind == TableKind::driver) {
-        records = number_from(connection,
-                              fmt::format("select gen_id(G_{0}_I, 0) - gen_id(G_{0}_D, 0) from rdb$database",
-                                          table.name.bytes()));
+        records = number_from(
+            connection,
+            fmt::format("select gen_id(G_{0}_I, 0) - gen_id(G_{0}_D, 0) from rdb$database where not "
+                        "exists(select 1 from rdb$relations where rdb$relation_name = '{1}')",
+                        table.name.bytes(), table_beside(table.name.bytes())));
     }
     if (!records) records = number_from(connection, "select count(*) from " + table.name.quoted());
     return records;

@@ -15,13 +15,18 @@
 namespace zmfb::tool {
 
 /// What a table is to the driver. Only the names of driver and system tables, and of their columns, are sure
-/// to be plain ones. An unfinished one is that of an import that runs, or did not come to its end.
-enum class TableKind { driver, system, unfinished, foreign, view };
+/// to be plain ones. An unfinished one is that of an import that runs, or did not come to its end; a loaded
+/// one has all records of such an import, which are to come into another table.
+enum class TableKind { driver, system, unfinished, loaded, foreign, view };
 
-/// How an unfinished table describes itself.
+/// What the description of an unfinished and of a loaded table begins with.
 inline constexpr std::string_view unfinished_description = "Unfinished import for ZMRDDFIRE";
+inline constexpr std::string_view loaded_description = "Loaded import for ZMRDDFIRE";
 
-/// "driver", "system", "unfinished", "foreign" or "view".
+/// What an import loads for a table that is there.
+std::string table_beside(const std::string& table);
+
+/// "driver", "system", "unfinished", "loaded", "foreign" or "view".
 std::string_view kind_name(TableKind kind);
 
 struct Table {
@@ -87,8 +92,9 @@ Name existing_name(zmFBConn& connection, const std::string& typed);
 Table existing_table(zmFBConn& connection, const std::string& typed);
 /// What the table or view of this name, which exists, is to the driver.
 TableKind kind_of(zmFBConn& connection, const Name& name);
-/// How many rows it has: those of the driver's own tables are counted by their generators, any other by
-/// reading it. None for a view, which would run what its maker wrote, and when this user may not count them.
+/// How many rows it has: those of the driver's own tables are counted by their generators, which may have
+/// counted what an import that was cut off did not bring in; that one, and any other, by reading it. None for
+/// a view, which would run what its maker wrote, and when this user may not count them.
 std::optional<std::uint64_t> records_of(zmFBConn& connection, const Table& table);
 /// "1 record", "10 records", "records that this user may not count".
 std::string records_in_words(std::optional<std::uint64_t> records);

@@ -39,10 +39,11 @@ void drop_with_views(zmFBConn& connection, const Name& table, const std::vector<
     throw Failure{ending_status(), what_was_dropped(connection, table, views)};
 }
 
-bool wait_while_in_use(std::string_view message, int attempt) {
+bool wait_for_others(std::string_view message, int attempt) {
     constexpr int attempts = 20;
     constexpr auto pause = std::chrono::milliseconds(250);
-    if (message.find("is in use") == std::string_view::npos || attempt == attempts) return false;
+    const auto says = [&](std::string_view words) { return message.find(words) != std::string_view::npos; };
+    if (attempt == attempts || !(says("is in use") || says("concurrent transaction"))) return false;
     std::this_thread::sleep_for(pause);
     return true;
 }

@@ -13,8 +13,9 @@ namespace zmfb::tool {
 /// that fails; what was dropped before that stays dropped.
 void drop_with_views(zmFBConn& connection, const Name& table, const std::vector<Name>& views);
 
-/// Whether a drop that the engine has refused with these words is worth another attempt after this one, from
-/// 1 on: it lets go of what a killed process had in use only when it notices its death. Waits a little then.
-bool wait_while_in_use(std::string_view message, int attempt);
+/// Whether a change of tables that the engine has refused with these words is worth another attempt after
+/// this one, from 1 on: it lets go of what a killed process had in use only when it notices its death, and of
+/// two who make a table at the same moment it refuses one. Waits a little then.
+bool wait_for_others(std::string_view message, int attempt);
 
 }  // namespace zmfb::tool

@@ -55,45 +55,9 @@ class Killed : public Tool {
                          "select rdb$trigger_name from rdb$triggers where rdb$system_flag = 0"})
             .out;
     }
-    /// What "zmfb tables" says of a table: its kind and its records; "" when it is not there.
-    [[nodiscard]] std::string told(const std::string& table = "BIG") const {
-        for (const std::string& line : lines(on(path, {"tables"}).out)) {
-            if (!line.starts_with(table + " ")) continue;
-            const std::size_t kind = line.find_first_not_of(' ', table.size());
-            const std::size_t end = line.find(' ', kind);
-            return line.substr(kind, end - kind) + line.substr(line.rfind(' '));
-        }
-        return "";
-    }
     std::string path;
     std::string before;
 };
-
-// A little later each time, so that each part of an import is met.
-TEST_F(Killed, AnImportLeavesAWholeTableOrOneThatCallsItselfUnfinished) {
-    int unfinished = 0;
-    bool was_whole = false;
-    for (int i = 0; i < 12; ++i) {
-        const auto tool = start({"--db", path, "import", file("big.dbf"), "--replace", "--yes"});
-        std::this_thread::sleep_for(std::chrono::milliseconds(50 + 150 * i));
-        tool->send(SIGKILL);
-        tool->end();
-        const std::string kind = told();
-        EXPECT_TRUE(kind.empty() || kind == "unfinished 0" || kind == "driver 300000") << kind;
-        if (kind == "unfinished 0") ++unfinished;
-        // One that was killed while it replaced a table left its rows beside that.
-        EXPECT_TRUE(!was_whole || kind == "driver 300000" || told("Z$BIG") == "driver 300000") << kind;
-        was_whole = was_whole || kind == "driver 300000";
-    }
-    EXPECT_GT(unfinished, 0);
-    if (has_table(path, "Z$BIG")) {
-        EXPECT_EQ(on(path, {"drop", "--yes", "Z$BIG"}).status, 0);
-    }
-    const Finished run = on(path, {"import", file("big.dbf"), "--replace", "--yes"});
-    EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(told(), "driver 300000");
-    EXPECT_EQ(on(path, {"call", "counttablerecords('BIG')"}).out, "300000\n");
-}
 
 TEST_F(Killed, AnExportTakesItsProcessesWithItAndIsUndone) {
     ASSERT_EQ(on(path, {"import", file("big.dbf")}).status, 0);

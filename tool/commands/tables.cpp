@@ -171,6 +171,7 @@ void require_driver_table(const Table& table) {
     switch (table.kind) {
         case TableKind::driver:
         case TableKind::unfinished:
+        case TableKind::loaded:
             return;
         case TableKind::system:
             throw Failure{Exit::failed, fmt::format("{} is the driver's own and stays", shown), "",

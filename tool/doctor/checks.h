@@ -47,6 +47,10 @@ Finding check_external_tables(Session& session);
 Finding check_system_tables(Session& session);
 Finding check_dead_processes(Session& session);
 Finding check_tables(Session& session);
+/// Tables of imports that run, or were cut off.
+Finding check_imports(Session& session);
+/// The generators that count the records of each table, against the records.
+Finding check_record_counts(Session& session);
 Finding check_leftovers(Session& session);
 /// Generators of the driver's shape whose table is gone.
 Finding check_generators(Session& session);
@@ -55,10 +59,20 @@ Finding check_rights(Session& session);
 Finding check_validity(Session& session);
 
 inline constexpr std::array<Check, 2> checks_before_attaching{check_client_library, check_log};
-inline constexpr std::array<Check, 13> checks_of_database{
-    check_engine_version,   check_functions_declared, check_functions_callable, check_character_set,
-    check_data_file_folder, check_external_tables,    check_system_tables,      check_dead_processes,
-    check_tables,           check_leftovers,          check_generators,         check_rights,
-    check_validity};
+inline constexpr std::array<Check, 15> checks_of_database{check_engine_version,
+                                                          check_functions_declared,
+                                                          check_functions_callable,
+                                                          check_character_set,
+                                                          check_data_file_folder,
+                                                          check_external_tables,
+                                                          check_system_tables,
+                                                          check_dead_processes,
+                                                          check_tables,
+                                                          check_imports,
+                                                          check_record_counts,
+                                                          check_leftovers,
+                                                          check_generators,
+                                                          check_rights,
+                                                          check_validity};
 
 }  // namespace zmfb::tool

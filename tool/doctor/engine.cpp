@@ -12,6 +12,7 @@
 #include "tool/encoding.h"
 #include "tool/functions.h"
 #include "tool/hints.h"
+#include "tool/transfer/new_table.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
 
@@ -38,9 +39,11 @@ class ExternalTable {
     ExternalTable(const ExternalTable&) = delete;
     ExternalTable& operator=(const ExternalTable&) = delete;
 
-    /// Makes the table, inserts a row and reads it back.
+    /// Makes the table, inserts a row and reads it back. Another one goes before it: where a table was being
+    /// made when the engine was killed, one without pages of its own would do harm.
     Status try_out() {
         if (!created_) return Status(fmt::format("cannot make {}", path_));
+        take_harm_away();
         if (!connection_(m::createtableexternal, name_, Structure{{"TEXT", "C", 8, 0}}, path_))
             return Status(last_engine_message());
         const std::string insert = fmt::format("INSERT INTO {} (TEXT) VALUES ('readable')", name_);
@@ -55,6 +58,14 @@ class ExternalTable {
     }
 
   private:
+    // Where a table was being made when the engine was killed, an external one, which has no pages of its
+    // own, would damage the database: another one goes before it. What keeps that from being made keeps this
+    // one too.
+    void take_harm_away() try {
+        take_number_away(connection_, "DOCTOR_" + std::to_string(getpid()));
+    } catch (const SqlError&) {
+    }
+
     zmFBConn& connection_;
     std::string path_;
     std::string name_;

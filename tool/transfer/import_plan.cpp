@@ -71,8 +71,9 @@ void name_table(zmFBConn& connection, const std::string& path, const WantedNames
     plan.table = name_among(connection, name, taken, change);
     Changes(plan, wanted.strict).add("table", change);
     plan.table_exists = connection(m::istable, plan.table);
-    if (plan.table_exists) return;
-    for (const Name& one : generator_names_of(connection, Name(plan.table))) {
+    const Name made(plan.table_exists ? table_beside(plan.table) : plan.table);
+    if (is_there(connection, ObjectKind::relation, made)) return;
+    for (const Name& one : generator_names_of(connection, made)) {
         plan.changes.push_back(
             fmt::format("the generator {}, of a table that is gone, taken over", one.bytes()));
     }

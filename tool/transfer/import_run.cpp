@@ -14,7 +14,10 @@
 #include "tool/encoding.h"
 #include "tool/interrupt.h"
 #include "tool/transfer/append_plan.h"
+#include "tool/transfer/belongings.h"
 #include "tool/transfer/dbf_source.h"
+#include "tool/transfer/import_hold.h"
+#include "tool/transfer/import_leftover.h"
 #include "tool/transfer/import_report.h"
 #include "tool/transfer/import_values.h"
 #include "tool/transfer/new_table.h"
@@ -29,9 +32,6 @@
 
 namespace zmfb::tool {
 namespace {
-
-// What is loaded beside a table that is there.
-std::string table_beside(const std::string& table) { return "Z$" + table.substr(0, longest_table - 2); }
 
 class Import {
   public:
@@ -80,7 +80,9 @@ class Import {
     void plan();
     void plan_records();
     void plan_existing();
-    [[nodiscard]] bool is_table_beside_whole() const;
+    void plan_leftovers();
+    void settle();
+    void refuse_existing();
     void look();
     void plan_set_aside();
     void rehearse_it();
@@ -88,6 +90,8 @@ class Import {
     void ask();
     [[nodiscard]] std::string what_goes() const;
     void load();
+    void replace();
+    [[nodiscard]] std::string in_words_of_old(std::string message) const;
     void send(Transaction& work, const std::string& table);
     [[nodiscard]] std::vector<DriverColumn> columns() const;
     void set_aside();
@@ -109,8 +113,10 @@ class Import {
     std::vector<Name> views_;           // those that go with the table that is there
     std::vector<std::uint64_t> aside_;  // the numbers of the records that are set aside
     Belongings belongings_;             // of the table that is there
+    std::optional<ImportHold> hold_;    // on what is loaded
     std::string beside_;                // what is loaded beside it; "" for nothing
-    bool is_whole_beside_ = false;      // and is to be kept when the other has gone
+    bool is_whole_beside_ = false;      // and is to come into the table, which was dropped
+    bool is_begun_ = false;             // and it may have to be dropped
     bool has_set_aside_ = false;        // and there may be files of them
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
@@ -123,6 +129,7 @@ void Import::plan() {
     told_.changes = plan_.changes.size();
     report_.changes = plan_.changes;
     report_.notes = source_.header.notes;
+    if (plan_.refusals.empty()) plan_leftovers();
     if (plan_.table_exists) plan_existing();
     if (options_.append && !plan_.table_exists && plan_.refusals.empty()) {
         plan_.refusals.push_back(
@@ -140,10 +147,52 @@ void Import::plan_records() {
                     counted(header.counted, "record", "records"), header.records));
 }
 
-bool Import::is_table_beside_whole() const {
-    const Name beside(table_beside(plan_.table));
-    return is_there(connection_, ObjectKind::relation, beside) &&
-           kind_of(connection_, beside) != TableKind::unfinished;
+// Before anything else is looked at.
+void Import::plan_leftovers() try {
+    if (plan_.table.starts_with(table_beside(""))) {
+        plan_.refusals.push_back(
+            fmt::format("tables that begin with {} are those that imports load; --table names another",
+                        table_beside("")));
+        return;
+    }
+    for (const std::string& table : {plan_.table, table_beside(plan_.table)}) {
+        const std::string who = who_fills(connection_, table);
+        if (!who.empty()) return plan_.refusals.push_back(another_import(plan_.table, who));
+    }
+    settle();
+} catch (const SqlError& error) {
+    const bool is_in_use = error.message().find("is in use") != std::string::npos;
+    plan_.refusals.push_back(is_in_use ? another_import(plan_.table, "") : error.message());
+}
+
+void Import::settle() {
+    const std::string& table = plan_.table;
+    const Leftover leftover = leftover_beside(connection_, table);
+    if (leftover == Leftover::foreign && plan_.table_exists && (options_.replace || options_.append)) {
+        plan_.refusals.push_back(
+            fmt::format("the table {} is there, whose name the import needs", table_beside(table)));
+    } else if (leftover == Leftover::homeless) {
+        plan_.refusals.push_back(
+            fmt::format("the table {0} has the records of an earlier import that was cut off, and {1} is not "
+                        "there for them; "
+                        "zmfb drop '{0}' drops them",
+                        table_beside(table), table));
+    } else if (leftover == Leftover::brought_in && options_.dry_run) {
+        report_.notes.push_back(
+            fmt::format("an earlier import was cut off while its records came into {}: this one would bring "
+                        "them in first",
+                        table));
+        if (!options_.replace && !options_.append) refuse_existing();
+    } else if (!options_.dry_run) {
+        for (std::string& said : settle_leftover(connection_, table))
+            report_.notes.push_back(std::move(said));
+        plan_.table_exists = is_there(connection_, ObjectKind::relation, Name(table));
+    }
+}
+
+void Import::refuse_existing() {
+    plan_.refusals.push_back(fmt::format(
+        "the table {} is there already; --replace replaces it, --append adds to it", plan_.table));
 }
 
 // What the driver has not made, or needs itself, is nothing to replace.
@@ -157,21 +206,16 @@ void Import::plan_existing() {
                                       : kind == TableKind::system ? "is the driver's own"
                                                                   : "was not made by the driver";
         plan_.refusals.push_back(fmt::format("{} is there already and {}", plan_.table, what));
-    } else if (is_table_beside_whole()) {
-        plan_.refusals.push_back(fmt::format(
-            "the table {} is there, with the records of an import that was cut off; drop it first",
-            table_beside(plan_.table)));
     } else if (options_.append) {
         plan_append(connection_, source_.header, plan_);
     } else if (!options_.replace) {
-        plan_.refusals.push_back(fmt::format(
-            "the table {} is there already; --replace replaces it, --append adds to it", plan_.table));
+        refuse_existing();
     } else {
         const Dependents dependents = dependents_of_table(connection_, table);
         views_ = names_in(dependents.taken);
         std::vector<std::string> names;
         for (const PlannedColumn& column : plan_.columns) names.push_back(column.column.name);
-        belongings_ = belongings_of(connection_, table, names);
+        belongings_ = belongings_of(connection_, table, names, views_);
         report_.replaces = fmt::format("the table {}{}", plan_.table, what_goes());
         if (dependents.in_the_way.empty()) return;
         plan_.refusals.push_back(fmt::format("the table {} cannot be replaced: it is in use by {}",
@@ -273,7 +317,7 @@ void Import::ask() {
 
 // What goes with a table that is replaced, and does not come back.
 std::string Import::what_goes() const {
-    std::string all = views_in_words(views_);
+    std::string all;
     for (const std::string& one : belongings_.lost) all += ", " + one;
     return all;
 }
@@ -281,27 +325,46 @@ std::string Import::what_goes() const {
 void Import::load() try {
     if (plan_.table_exists) beside_ = table_beside(plan_.table);
     const std::string& table = plan_.table_exists ? beside_ : plan_.table;
-    begin_table(connection_, table, columns());
+    hold_.emplace(begin_table(connection_, table, columns()));
+    is_begun_ = true;
     std::optional<Turn> turn;  // for all that changes tables when the rows are there
     {
         Transaction work(connection_);
         send(work, table);
         turn.emplace();
-        if (!is_added()) finish_table(work, table, told_.records);
+        if (beside_.empty()) {
+            finish_table(work, table, told_.records);
+        } else {
+            describe_loaded(work, beside_, {.added = is_added(), .again = belongings_.again});
+            for (const TriedIndex& index : belongings_.tried) work.execute(index.statement);
+        }
         set_aside();
         work.commit();
     }
-    if (is_added()) return add_rows(connection_, beside_, plan_.table, columns());
-    if (beside_.empty()) return;
-    is_whole_beside_ = true;
-    replace_with(connection_, beside_, plan_.table, columns(), told_.records, views_, belongings_.again);
+    if (is_added()) return add_rows(connection_, *hold_, plan_.table);
+    if (!beside_.empty()) replace();
 } catch (const SqlError& error) {
-    take_back(error.message());
+    take_back(in_words_of_old(error.message()));
 } catch (const Cancelled&) {
     take_back("");
 } catch (const Failure& failure) {
     const bool is_own = failure.message == not_imported(report_.file) || interrupted();
     take_back(is_own ? failure.detail : failure.message + "\n" + failure.detail);
+}
+
+void Import::replace() {
+    make_room(connection_, plan_.table, columns(), views_);
+    for (std::string& said : move_in(connection_, *hold_, plan_.table, belongings_.again))
+        report_.notes.push_back(std::move(said));
+}
+
+// What the engine says of an index beside is meant for that of the table.
+std::string Import::in_words_of_old(std::string message) const {
+    for (const TriedIndex& index : belongings_.tried) {
+        const std::size_t at = message.find('"' + index.tried_name + '"');
+        if (at != std::string::npos) message.replace(at + 1, index.tried_name.size(), index.name);
+    }
+    return message;
 }
 
 std::vector<DriverColumn> Import::columns() const {
@@ -343,13 +406,14 @@ void Import::set_aside() {
 }
 
 bool Import::dropped(zmFBConn& connection) try {
-    drop_unfinished_table(connection, plan_.table);
-    if (beside_.empty()) return true;
-    drop_unfinished_table(connection, beside_);
-    if (is_whole_beside_ && connection(m::istable, plan_.table)) {
-        drop_with_views(connection, Name(beside_), {});
-        is_whole_beside_ = false;
+    if (!is_begun_) return true;
+    hold_.reset();
+    if (beside_.empty()) {
+        drop_unfinished_table(connection, plan_.table);
+        return true;
     }
+    is_whole_beside_ = leftover_beside(connection, plan_.table) == Leftover::brought_in;
+    if (!is_whole_beside_) settle_leftover(connection, plan_.table);
     return true;
 } catch (const std::exception&) {
     return false;
@@ -371,21 +435,24 @@ bool Import::dropped_anew() try {
 void Import::take_back(std::string why) {
     if (interrupted()) begin_undoing();
     const Turn turn;
-    if (has_set_aside_) {
+    const bool is_dropped = dropped(connection_) || dropped_anew();
+    if (has_set_aside_ && !is_whole_beside_) {
         for (const std::string& file : set_aside_files(source_, report_.set_aside_file)) {
             std::error_code ignored;
             std::filesystem::remove(file, ignored);
         }
     }
-    if (!dropped(connection_) && !dropped_anew()) {
+    if (!why.empty() && !why.ends_with('\n')) why += '\n';
+    if (!is_dropped) {
         why += fmt::format(
-            "{}the unfinished table {} could not be dropped; the next import of that name takes "
-            "its place\n",
-            why.empty() || why.ends_with('\n') ? "" : "\n", plan_.table);
+            "the unfinished table {} could not be dropped; the next import of that name takes its place\n",
+            beside_.empty() ? plan_.table : beside_);
     }
     if (is_whole_beside_) {
-        why += fmt::format("{}the table {} is dropped; the new records are whole in the table {}\n",
-                           why.empty() || why.ends_with('\n') ? "" : "\n", plan_.table, beside_);
+        why += fmt::format(
+            "the old records are gone; the new ones are whole in {}, and the next import of {} brings them "
+            "in\n",
+            beside_, plan_.table);
     }
     if (!interrupted()) throw Failure{Exit::failed, not_imported(report_.file), why};
     throw Failure{ending_status(),

@@ -2,112 +2,140 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <map>
-
 #include "tool/catalog.h"
-#include "tool/drop.h"
-#include "tool/reading.h"
 #include "tool/transfer/new_table.h"
 
 namespace zmfb::tool {
 namespace {
 
-bool can_be_made(const Index& index, const std::vector<std::string>& columns) {
-    return index.active && !index.fields.empty() && std::ranges::all_of(index.fields, [&](const Name& field) {
-               return field.bytes() == "RECNO" || std::ranges::find(columns, field.bytes()) != columns.end();
-           });
+constexpr std::string_view is_added = ", to be added";
+constexpr char between = '\x1e';
+
+std::string literal(std::string text) {
+    for (std::size_t at = 0; (at = text.find('\'', at)) != std::string::npos; at += 2)
+        text.insert(at, 1, '\'');
+    return "'" + text + "'";
 }
 
-void add_indexes(zmFBConn& connection, const Name& table, const std::vector<std::string>& columns,
-                 Belongings& all) {
-    for (const Index& index : indexes_of(connection, table)) {
-        if (!index.constraint.empty() || index.name.bytes() == table.bytes() + "_RECNO_DESC") continue;
-        if (!can_be_made(index, columns)) {
-            all.lost.push_back("index " + index.name.shown());
-            continue;
-        }
-        std::string fields;
-        for (const Name& field : index.fields) fields += (fields.empty() ? "" : ", ") + field.quoted();
-        all.again.push_back(fmt::format("CREATE {}{}INDEX {} ON {} ({})", index.unique ? "UNIQUE " : "",
-                                        index.descending ? "DESCENDING " : "", index.name.quoted(),
-                                        table.quoted(), fields));
+// The columns of a table beside, but for the driver's own: "A,B".
+std::string columns_in(Transaction& work, const std::string& beside, std::string_view before = "") {
+    std::string names;
+    for (const auto& [name] : work.query<std::string>(
+             "select trim(rdb$field_name) from rdb$relation_fields where rdb$relation_name = ? and "
+             "rdb$field_name not in ('RECNO', 'RDD_AREAID') order by rdb$field_position",
+             beside)) {
+        names += fmt::format("{}{}{}", names.empty() ? "" : ",", before, name);
     }
-}
-
-void add_grants(zmFBConn& connection, const Name& table, Belongings& all) {
-    static const std::map<std::string, std::string> privileges{
-        {"S", "SELECT"}, {"I", "INSERT"}, {"U", "UPDATE"}, {"D", "DELETE"}, {"R", "REFERENCES"}};
-    static const std::map<int, std::string> grantees{{8, "USER"}, {13, "ROLE"}};
-    const auto rows = rows_of<std::string, std::string, int, int, std::optional<std::string>>(
-        connection,
-        "select p.rdb$user, trim(p.rdb$privilege), p.rdb$user_type, coalesce(p.rdb$grant_option, 0), "
-        "p.rdb$field_name from rdb$user_privileges p join rdb$relations r on r.rdb$relation_name = "
-        "p.rdb$relation_name where p.rdb$relation_name = ? and p.rdb$object_type = 0 and p.rdb$user <> "
-        "r.rdb$owner_name order by 1, 2, 5",
-        table.bytes());
-    for (const auto& [user, privilege, user_type, option, field] : rows) {
-        const auto word = privileges.find(privilege);
-        const auto grantee = grantees.find(user_type);
-        const std::string whom = Name(user).shown();
-        if (word == privileges.end() || grantee == grantees.end() || field) {
-            all.lost.push_back(fmt::format("a right of {}", whom));
-            continue;
-        }
-        all.again.push_back(fmt::format("GRANT {} ON {} TO {} {}{}", word->second, table.quoted(),
-                                        grantee->second, Name(user).quoted(),
-                                        option == 1 ? " WITH GRANT OPTION" : ""));
-    }
+    return names;
 }
 
 }  // namespace
 
-Belongings belongings_of(zmFBConn& connection, const Name& table, const std::vector<std::string>& columns) {
-    Belongings all;
-    add_indexes(connection, table, columns, all);
-    add_grants(connection, table, all);
-    return all;
+void describe_loaded(Transaction& work, const std::string& beside, const Destination& destination) {
+    std::string description(loaded_description);
+    if (destination.added) description += is_added;
+    for (const std::string& statement : destination.again) description += between + statement;
+    work.execute(fmt::format("COMMENT ON TABLE {} IS {}", beside, literal(description)));
 }
 
-void replace_with(zmFBConn& connection, const std::string& beside, const std::string& table,
-                  std::span<const DriverColumn> columns, std::uint64_t rows, const std::vector<Name>& views,
-                  const std::vector<std::string>& again) {
-    drop_with_views(connection, Name(table), views);
-    begin_table(connection, table, columns);
-    std::string names;
-    for (const DriverColumn& column : columns) names += column.name + ",";
-    {
-        Transaction work(connection);
-        work.execute(fmt::format("INSERT INTO {0} ({1}RECNO) SELECT {1}RECNO FROM {2} ORDER BY RECNO", table,
-                                 names, beside));
-        finish_table(work, table, rows);
-        for (const std::string& statement : again) work.execute(statement);
-        work.commit();
+Destination destination_of(zmFBConn& connection, const std::string& beside) {
+    Transaction work(connection, Access::read_only);
+    const auto whole = work.one<std::string>(
+        "select rdb$description from rdb$relations where rdb$relation_name = ?", beside);
+    const std::string_view description = std::string_view(whole).substr(loaded_description.size());
+    Destination destination{.added = description.starts_with(is_added), .again = {}};
+    for (std::size_t at = description.find(between); at != std::string_view::npos;) {
+        const std::size_t end = description.find(between, at + 1);
+        destination.again.emplace_back(description.substr(at + 1, end - at - 1));
+        at = end;
     }
-    drop_with_views(connection, Name(beside), {});
+    return destination;
+}
+
+void make_room(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
+               const std::vector<Name>& views) {
+    begin_table(connection, table, columns, [&](Transaction& work) {
+        for (const Name& view : views) work.execute("DROP VIEW " + view.quoted());
+        drop_parts(work, table);
+    });
+}
+
+namespace {
+
+std::string not_again(const std::string& statement, const SqlError& error) {
+    return fmt::format("not made again: {}\n  {}", statement, error.message());
+}
+
+std::vector<std::string> moved_in(zmFBConn& connection, ImportHold& hold, const std::string& table,
+                                  const std::vector<std::string>& again) {
+    const std::string beside = table_beside(table);
+    std::vector<std::string> refused;
+    Transaction work(connection);
+    const std::int64_t rows = work.execute(fmt::format(
+        "INSERT INTO {0} ({1},RECNO) SELECT {1},RECNO FROM {2}", table, columns_in(work, beside), beside));
+    finish_table(work, table, static_cast<std::uint64_t>(rows));
+    for (const std::string& statement : again) {
+        try {
+            work.execute(statement);
+        } catch (const SqlError& error) {
+            refused.push_back(not_again(statement, error));
+        }
+    }
+    hold.release();
+    drop_parts(work, beside);
+    work.commit();
+    return refused;
+}
+
+}  // namespace
+
+// An index that cannot be made is refused when all is committed.
+std::vector<std::string> move_in(zmFBConn& connection, ImportHold& hold, const std::string& table,
+                                 const std::vector<std::string>& again) {
+    std::vector<std::string> refused;
+    const auto move = [&](const std::vector<std::string>& statements) {
+        with_patience([&] { refused = moved_in(connection, hold, table, statements); });
+    };
+    try {
+        move(again);
+    } catch (const SqlError& error) {
+        if (again.empty()) throw;
+        move({});
+        for (const std::string& statement : again) refused.push_back(not_again(statement, error));
+    }
+    return refused;
 }
 
 // Record numbers are the table's own to give. Those that rows took which do not stay count as deleted, so
 // that the table is not said to have them.
-void add_rows(zmFBConn& connection, const std::string& beside, const std::string& table,
-              std::span<const DriverColumn> columns) {
-    std::string names, values;
-    for (const DriverColumn& column : columns) {
-        names += (names.empty() ? "" : ",") + column.name;
-        values += (values.empty() ? ":C." : ",:C.") + column.name;
+void add_rows(zmFBConn& connection, ImportHold& hold, const std::string& table) {
+    const std::string beside = table_beside(table);
+    Transaction work(connection);
+    work.execute(fmt::format(
+        "EXECUTE BLOCK AS DECLARE K BIGINT = 0; BEGIN FOR SELECT {0} FROM {1} ORDER BY RECNO AS CURSOR C DO "
+        "BEGIN INSERT INTO {2} ({0}) VALUES ({3}); K = K + 1; END WHEN ANY DO BEGIN IF (SQLSTATE NOT "
+        "STARTING "
+        "WITH '22') THEN K = K + 1; K = GEN_ID(G_{2}_D, K); EXCEPTION; END END",
+        columns_in(work, beside), beside, table, columns_in(work, beside, ":C.")));
+    hold.release();
+    drop_parts(work, beside);
+    work.commit();
+}
+
+bool recount(zmFBConn& connection, const std::string& table) {
+    Transaction work(connection);
+    const bool others = work.one<bool>(
+        "select count(*) > 0 from mon$transactions where mon$attachment_id <> current_connection and "
+        "mon$read_only = 0");
+    const auto surplus = work.one<std::int64_t>(
+        fmt::format("select gen_id(G_{0}_I, 0) - gen_id(G_{0}_D, 0) - (select count(*) from {0}) from "
+                    "rdb$database",
+                    table));
+    if (surplus != 0 && !others) {
+        work.one<std::int64_t>(
+            fmt::format("select gen_id(G_{}_D, cast(? as bigint)) from rdb$database", table), surplus);
     }
-    {
-        Transaction work(connection);
-        work.execute(
-            fmt::format("EXECUTE BLOCK AS DECLARE K BIGINT = 0; BEGIN FOR SELECT {0} FROM {1} ORDER BY RECNO "
-                        "AS CURSOR C DO "
-                        "BEGIN INSERT INTO {2} ({0}) VALUES ({3}); K = K + 1; END WHEN ANY DO BEGIN IF "
-                        "(SQLSTATE NOT STARTING "
-                        "WITH '22') THEN K = K + 1; K = GEN_ID(G_{2}_D, K); EXCEPTION; END END",
-                        names, beside, table, values));
-        work.commit();
-    }
-    drop_unfinished_table(connection, beside);
+    return surplus == 0 || !others;
 }
 
 }  // namespace zmfb::tool

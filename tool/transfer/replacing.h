@@ -1,4 +1,7 @@
-/// What becomes of a table, and of what belongs to it, when other rows take its place or come to it.
+/// How the rows that were loaded beside a table come into it, or into its place.
+///
+/// A table beside another describes itself as unfinished until it has all rows. Then it is a loaded one, and
+/// its description says what becomes of it; it goes in the transaction that brings its rows to their place.
 #pragma once
 
 #include <cstdint>
@@ -7,29 +10,44 @@
 #include <vector>
 
 #include "tool/name.h"
+#include "tool/transfer/import_hold.h"
 #include "zmfbconn/connection.h"
 #include "zmfbconn/driver_table.h"
+#include "zmfbconn/transaction.h"
 
 namespace zmfb::tool {
 
-struct Belongings {
-    std::vector<std::string> again;  ///< the statements that give the new table its indexes and grants
-    std::vector<std::string> lost;   ///< those that it cannot get, in words: "index BY_NAME"
+/// Where the rows of a loaded table are to go.
+struct Destination {
+    bool added = false;              ///< to those of the table; else in their place
+    std::vector<std::string> again;  ///< the statements that give the new table what the old one had
 };
 
-/// Those of a table of the driver, besides what each has, for one with these columns.
-Belongings belongings_of(zmFBConn& connection, const Name& table, const std::vector<std::string>& columns);
+/// Has the table beside, with all its rows in this transaction, describe itself as a loaded one.
+void describe_loaded(Transaction& work, const std::string& beside, const Destination& destination);
 
-/// Puts the rows of `beside`, a whole table of the driver with the numbers 1 to `rows`, into the place of
-/// `table`, which goes with these views, and runs the statements of `again`. Throws Failure and SqlError;
-/// whatever ends it, the rows of one of the two tables are whole.
-void replace_with(zmFBConn& connection, const std::string& beside, const std::string& table,
-                  std::span<const DriverColumn> columns, std::uint64_t rows, const std::vector<Name>& views,
-                  const std::vector<std::string>& again);
+// All of these throw SqlError; the rows of both tables stay whole then.
 
-/// Adds the rows of `beside`, an unfinished table, to those of `table`, which has its columns, in one
-/// transaction. Throws SqlError.
-void add_rows(zmFBConn& connection, const std::string& beside, const std::string& table,
-              std::span<const DriverColumn> columns);
+/// What the description of a loaded table says.
+Destination destination_of(zmFBConn& connection, const std::string& beside);
+
+/// Drops the table and these views on it, and makes it anew, unfinished, in one transaction.
+void make_room(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
+               const std::vector<Name>& views);
+
+/// Brings the rows of the table beside, which is held until then, into the unfinished one, whose columns are
+/// the same, finishes that, runs the statements of `again`, and drops the one beside, in one transaction.
+/// Returns what is to be said of those of `again` that the engine has refused.
+std::vector<std::string> move_in(zmFBConn& connection, ImportHold& hold, const std::string& table,
+                                 const std::vector<std::string>& again);
+
+/// Adds the rows of the table beside, which is held until then, to those of `table`, which has its columns,
+/// and drops it, in one transaction.
+void add_rows(zmFBConn& connection, ImportHold& hold, const std::string& table);
+
+/// Puts the counting generators of a table right, which count rows too that a process had added when it was
+/// killed. Not while others change the database, as far as this user sees that; returns whether they are
+/// right now.
+bool recount(zmFBConn& connection, const std::string& table);
 
 }  // namespace zmfb::tool

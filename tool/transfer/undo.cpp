@@ -27,7 +27,7 @@ bool drop_table(zmFBConn& connection, const std::string& table) {
         static_cast<void>(connection(m::executeupdate, "DROP TABLE " + table));
         const std::string said = last_engine_message();
         if (!is_table(connection, table)) return true;
-        if (!wait_while_in_use(said, attempt)) return false;
+        if (!wait_for_others(said, attempt)) return false;
     }
 }
 

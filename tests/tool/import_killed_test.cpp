@@ -1,0 +1,162 @@
+// Imports that are killed at any moment, and their server: whole or nothing, and the next one of that name
+// works.
+#include <fmt/format.h>
+#include <signal.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <iterator>
+#include <random>
+#include <sstream>
+#include <thread>
+
+#include "tests/support/dbf_builder.h"
+#include "tests/support/environment.h"
+#include "tests/support/server.h"
+#include "tests/tool/first_row.h"
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+using Milliseconds = std::chrono::milliseconds;
+
+constexpr int few = 5, many = 20000;
+
+/// How often an import of each kind is killed: three times, or what the environment variable says for the
+/// long run.
+int rounds() {
+    const char* given = std::getenv("ZMFB_KILLED_IMPORTS");
+    return given == nullptr ? 3 : std::atoi(given);
+}
+
+DbfBuilder records(int count) {
+    DbfBuilder dbf = DbfBuilder().field("CODE", 'N', 8).field("NAME", 'C', 60);
+    for (int i = 0; i < count; ++i) dbf.record({std::to_string(i), "name"});
+    return dbf;
+}
+
+enum class Victim { client, server };
+
+class KilledImports : public Tool, public testing::WithParamInterface<std::string> {
+  protected:
+    KilledImports() : path(database()) {
+        records(few).write(file("few.dbf"));
+        records(many).write(file("big.dbf"));
+    }
+    /// The words of an import of `name` into BIG.
+    [[nodiscard]] static std::vector<std::string> words_of(const std::string& name) {
+        std::vector<std::string> words{"import", name, "--table", "BIG", "--yes"};
+        if (!GetParam().empty()) words.push_back(GetParam());
+        return words;
+    }
+    /// BIG as it is before: with few records, or not there.
+    void begin() const {
+        const bool is_there = has_table(path, "BIG");
+        if (GetParam().empty()) {
+            if (!is_there) return;
+            ASSERT_EQ(on(path, {"drop", "BIG", "--yes"}).status, 0);
+            return;
+        }
+        const Finished run = on(path, {"import", file("few.dbf"), "--table", "BIG", "--yes", "--replace"});
+        ASSERT_EQ(run.status, 0) << run.err;
+    }
+    [[nodiscard]] int before() const { return GetParam().empty() ? 0 : few; }
+    [[nodiscard]] int after() const { return GetParam() == "--append" ? few + many : many; }
+    [[nodiscard]] std::string answer(const std::string& question) const {
+        return first_row(on(path, {"query", "--mode", "csv", question}));
+    }
+
+    void kill_one(Milliseconds when, Victim victim) const {
+        std::vector<std::string> words{"--db", path};
+        const std::vector<std::string> rest = words_of(file("big.dbf"));
+        words.insert(words.end(), rest.begin(), rest.end());
+        const auto tool = start(words);
+        std::this_thread::sleep_for(when);
+        if (victim == Victim::server) Server::shared().kill();
+        if (victim == Victim::client) tool->send(SIGKILL);
+        tool->end();
+        if (victim == Victim::server) Server::shared().start();
+    }
+    /// Looks at what was left; returns whether the records are in.
+    bool look() {
+        std::string kind, loaded;
+        int told = 0;
+        for (const std::string& line : lines(on(path, {"tables"}).out)) {
+            const std::vector<std::string> words = words_in(line);
+            if (words.size() == 3 && words[0] == "BIG") kind = words[1], told = std::stoi(words[2]);
+            if (words.size() == 3 && words[0] == "Z$BIG") loaded = words[1];
+        }
+        const bool is_being_replaced = kind == "unfinished" && loaded == "loaded";
+        EXPECT_TRUE(kind == "driver" || (kind == "unfinished" && (before() == 0 || is_being_replaced)) ||
+                    (kind.empty() && before() == 0))
+            << kind << " " << loaded;
+        const int real = kind.empty() ? 0 : std::stoi(answer("select count(*) from BIG"));
+        EXPECT_EQ(told, real);
+        EXPECT_TRUE(kind == "driver" ? real == before() || real == after() : real == 0) << real;
+        if (kind == "unfinished" || !loaded.empty()) {
+            const std::string doctor = on(path, {"doctor"}).out;
+            const std::string named = kind == "unfinished" ? "BIG is an import" : "Z$BIG ";
+            EXPECT_NE(doctor.find(named), std::string::npos) << doctor;
+            ++left_;
+        }
+        if (is_being_replaced) ++moved_;
+        if (loaded == "loaded" && !is_being_replaced) ++loaded_;
+        return real == after() && kind == "driver";
+    }
+    void expect_the_next_works(bool is_in) const {
+        const Finished run = on(path, words_of(file("big.dbf")));
+        const bool is_refused = GetParam().empty() && is_in;
+        EXPECT_EQ(run.status, is_refused ? 1 : 0) << run.err;
+        const int wanted = after() + (GetParam() == "--append" && is_in ? many : 0);
+        EXPECT_EQ(answer("select count(*), count(distinct RECNO) from BIG"),
+                  std::to_string(wanted) + "," + std::to_string(wanted));
+        EXPECT_EQ(on(path, {"call", "gettablereccount('BIG')"}).out, std::to_string(wanted) + "\n");
+        EXPECT_EQ(answer("select count(*) from rdb$relations where rdb$relation_name starting with 'Z$'"),
+                  "0");
+        EXPECT_EQ(answer("select count(*) from rdb$generators where rdb$generator_name starting with 'G_Z$'"),
+                  "0");
+    }
+    void kill_many(Victim victim, int times) {
+        begin();
+        const auto started = std::chrono::steady_clock::now();
+        ASSERT_EQ(on(path, words_of(file("big.dbf"))).status, 0);
+        const auto whole =
+            std::chrono::duration_cast<Milliseconds>(std::chrono::steady_clock::now() - started);
+        std::mt19937 random(1);
+        int in = 0;
+        for (int i = 1; i <= times && !HasFailure(); ++i) {
+            SCOPED_TRACE(i);
+            begin();
+            kill_one(Milliseconds(random() % static_cast<unsigned>(whole.count() * 5 / 4)), victim);
+            const bool is_in = look();
+            if (is_in) ++in;
+            expect_the_next_works(is_in);
+        }
+        fmt::print(
+            "import {} killed {} times: {} whole, {} nothing; left behind {} times, {} of them loaded, {} "
+            "being moved\n",
+            GetParam(), times, in, times - in, left_, loaded_, moved_);
+    }
+
+    std::string path;
+
+  private:
+    [[nodiscard]] static std::vector<std::string> words_in(const std::string& line) {
+        std::istringstream stream(line);
+        return {std::istream_iterator<std::string>(stream), {}};
+    }
+    int left_ = 0, loaded_ = 0, moved_ = 0;
+};
+
+TEST_P(KilledImports, LeaveAWholeTableOrNothing) { kill_many(Victim::client, rounds()); }
+
+TEST_P(KilledImports, LeaveTheSameWhenTheServerIsKilled) {
+    if (!on_server()) GTEST_SKIP() << "there is no server to kill";
+    kill_many(Victim::server, (rounds() + 3) / 4);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfAllKinds, KilledImports, testing::Values("", "--replace", "--append"));
+
+}  // namespace
+}  // namespace zmfb::test

@@ -1,0 +1,76 @@
+#include "tool/transfer/import_leftover.h"
+
+#include <fmt/format.h>
+
+#include "tool/catalog.h"
+#include "tool/transfer/new_table.h"
+#include "tool/transfer/replacing.h"
+
+namespace zmfb::tool {
+namespace {
+
+std::optional<TableKind> kind_if_there(zmFBConn& connection, const std::string& table) {
+    const Name name(table);
+    if (!is_there(connection, ObjectKind::relation, name)) return std::nullopt;
+    return kind_of(connection, name);
+}
+
+}  // namespace
+
+Leftover leftover_beside(zmFBConn& connection, const std::string& table) {
+    const std::string beside = table_beside(table);
+    const auto kind = kind_if_there(connection, beside);
+    if (!kind) return Leftover::none;
+    if (*kind == TableKind::unfinished) return Leftover::dropped;
+    if (*kind != TableKind::loaded) return Leftover::foreign;
+    if (destination_of(connection, beside).added) return Leftover::dropped;
+    const auto there = kind_if_there(connection, table);
+    if (there == TableKind::unfinished) return Leftover::brought_in;
+    return there == TableKind::driver ? Leftover::dropped : Leftover::homeless;
+}
+
+namespace {
+
+std::vector<std::string> drop_beside(zmFBConn& connection, const std::string& table) {
+    const std::string beside = table_beside(table);
+    if (drop_unfinished_table(connection, beside)) return {};
+    const bool added = destination_of(connection, beside).added;
+    with_patience([&] {
+        Transaction work(connection);
+        drop_parts(work, beside);
+        work.commit();
+    });
+    std::vector<std::string> said{fmt::format(
+        "an earlier import was cut off before its records came into {}: they were dropped", table)};
+    if (added && !recount(connection, table)) {
+        said.push_back(
+            fmt::format("the records of {} are counted wrong; zmfb doctor says what helps when nobody "
+                        "else uses the database",
+                        table));
+    }
+    return said;
+}
+
+}  // namespace
+
+std::vector<std::string> settle_leftover(zmFBConn& connection, const std::string& table) {
+    const std::string beside = table_beside(table);
+    switch (leftover_beside(connection, table)) {
+        case Leftover::none:
+        case Leftover::homeless:
+        case Leftover::foreign:
+            return {};
+        case Leftover::dropped:
+            return drop_beside(connection, table);
+        case Leftover::brought_in:
+            break;
+    }
+    std::vector<std::string> said{fmt::format(
+        "an earlier import was cut off while its records came into {}: they are there now", table)};
+    ImportHold hold(connection, beside);
+    for (std::string& refused : move_in(connection, hold, table, destination_of(connection, beside).again))
+        said.push_back(std::move(refused));
+    return said;
+}
+
+}  // namespace zmfb::tool

@@ -1,0 +1,22 @@
+/// What imports that were cut off have left of a table, and what becomes of it at the next one of that name.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "zmfbconn/connection.h"
+
+namespace zmfb::tool {
+
+/// What was loaded beside a table: nothing, or what the next import drops; records that come into the table,
+/// which was dropped for them; records whose table has gone; a table that is no import's.
+enum class Leftover { none, dropped, brought_in, homeless, foreign };
+
+/// Throws Failure and SqlError.
+Leftover leftover_beside(zmFBConn& connection, const std::string& table);
+
+/// Drops it or brings it in. Returns what is to be said of that, a line each.
+/// Throws Failure and SqlError; the records are whole in one of the tables then.
+std::vector<std::string> settle_leftover(zmFBConn& connection, const std::string& table);
+
+}  // namespace zmfb::tool
