@@ -1,4 +1,4 @@
-#include "sql/attach.h"
+#include "conn/attach.h"
 
 #include <fmt/format.h>
 
@@ -8,6 +8,7 @@
 #include "host/array.h"
 #include "host/text.h"
 #include "host/workarea.h"
+#include "sql/attach.h"
 
 namespace zmfb::conn {
 
@@ -45,6 +46,14 @@ void check_database(Self& self) {
 
 }  // namespace
 
+void attach_as_it_is(Self& self, const Value& db, const Value& user, const Value& pass, const Value& role) {
+    var(self, Var::sdbname) = given(db);
+    var(self, Var::susername) = given(user);
+    var(self, Var::srolename) = given(role);
+    attach_database(self, db, user, pass, role);
+    call(self, "setfullpathdatfile");
+}
+
 Value init(Self& self, Args args) {
     const Value& db = args[0];
     const Value& user = args[1];
@@ -55,11 +64,7 @@ Value init(Self& self, Args args) {
         return {};
     }
     call(self, "showgreetscr");
-    var(self, Var::sdbname) = given(db);
-    var(self, Var::susername) = given(user);
-    var(self, Var::srolename) = given(role);
-    attach_database(self, db, user, pass, role);
-    call(self, "setfullpathdatfile");
+    attach_as_it_is(self, db, user, pass, role);
     if (ask(self, "isconnected")) check_database(self);
     call(self, "hidegreetscr");
     return {};

@@ -1,5 +1,6 @@
 #include "zmfbconn/connection.h"
 
+#include "conn/attach.h"
 #include "conn/class.h"
 #include "conn/log.h"
 #include "conn/public_call.h"
@@ -13,6 +14,15 @@ zmFBConn::zmFBConn(const Value& db, const Value& user, const Value& pass, const 
     auto* made = new host::Instance(conn::zmfbconn_class());
     object_ = Value(made);
     zmfb::call(*made, "init", db, user, pass, role);
+}
+
+zmFBConn zmFBConn::attached_as_it_is(const Value& db, const Value& user, const Value& pass,
+                                     const Value& role) {
+    const conn::PublicCall under_way;
+    auto* made = new host::Instance(conn::zmfbconn_class());
+    const Value object(made);
+    conn::attach_as_it_is(*made, db, user, pass, role);
+    return of(object);
 }
 
 zmFBConn zmFBConn::of(const Value& object) { return {Adopt{}, object}; }

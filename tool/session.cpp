@@ -184,14 +184,20 @@ void Session::attach(Demand demand) {
     if (!options_.database.empty()) {
         prepare_client();
         const std::size_t raised_before = raised_.size();
-        made(m::init, latin1_option(options_.database, "the database name"),
-             latin1_option(options_.user, "the user name"), latin1_option(options_.password, "the password"),
-             latin1_option(options_.role, "the role"));
+        const std::string database = latin1_option(options_.database, "the database name");
+        const std::string user = latin1_option(options_.user, "the user name");
+        const std::string password = latin1_option(options_.password, "the password");
+        const std::string role = latin1_option(options_.role, "the role");
+        if (demand == Demand::any_database) {
+            made = zmFBConn::attached_as_it_is(database, user, password, role);
+        } else {
+            made(m::init, database, user, password, role);
+        }
         if (!made.isconnected()) {
             throw Failure{Exit::not_attached, fmt::format("cannot attach to {}", options_.database),
                           last_engine_message()};
         }
-        if (demand == Demand::driver_database && raised_.size() != raised_before) {
+        if (raised_.size() != raised_before) {
             throw Failure{Exit::not_attached,
                           fmt::format("{} is no database the driver can use", options_.database), "",
                           "\"zmfb doctor\" says what it misses, and how to add that"};

@@ -50,7 +50,7 @@ class Session {
     /// The attached object; attaches on first use. Throws Failure: usage without a database, not_attached
     /// when the attach fails or the database is not one the driver can use.
     zmFBConn& connection();
-    /// The same, but a database that the driver cannot use is attached to all the same.
+    /// The same, but attached to the database as it is: nothing is made in one that the driver cannot use.
     zmFBConn& connection_to_any();
     /// The object, attached when a database is given.
     zmFBConn& connection_or_unattached();

@@ -30,6 +30,10 @@ class zmFBConn {
     /// and nothing is logged.
     explicit zmFBConn(const Value& db = {}, const Value& user = {}, const Value& pass = {},
                       const Value& role = {});
+    /// An object that is attached as `init` attaches one, but to the database as it is: nothing is looked for
+    /// in it, made in it, or raised for what it lacks to be one the driver can use.
+    static zmFBConn attached_as_it_is(const Value& db, const Value& user = {}, const Value& pass = {},
+                                      const Value& role = {});
     /// A further handle of the object that `object` refers to; a value that is no object gives an unattached
     /// one.
     static zmFBConn of(const Value& object);

@@ -101,7 +101,7 @@ Finding check_system_tables(Session& session) {
     for (const SystemTable& table : system_tables()) {
         if (!connection(m::istable, table.name)) {
             add(text, fmt::format("{} is missing", table.name));
-            add(advice, "attaching makes it, as a user who may create tables");
+            add(advice, "zmfb prepare");
         } else if (!has_unique_index(connection, table)) {
             add(text, fmt::format("{} has no unique index on {}: its locks lock nobody out", table.name,
                                   joined(table.unique)));
