@@ -5,6 +5,7 @@ namespace zmfb::tool {
 void add_all(CommandLine& line) {
     line.head("Databases and DBF files");
     add_create(line);
+    add_prepare(line);
     add_functions(line);
     add_import(line);
     add_export(line);

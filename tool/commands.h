@@ -12,6 +12,8 @@ void add_all(CommandLine& line);
 void add_create(CommandLine& line);
 /// functions: what the driver's functions are in a database, and others in their place.
 void add_functions(CommandLine& line);
+/// prepare: puts what the driver needs into a database of other programs.
+void add_prepare(CommandLine& line);
 /// methods: the method table.
 void add_methods(CommandLine& line);
 /// call: evaluates calls one after another; "-" reads one a line from standard input.

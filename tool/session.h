@@ -54,6 +54,8 @@ class Session {
     zmFBConn& connection_to_any();
     /// The object, attached when a database is given.
     zmFBConn& connection_or_unattached();
+    /// Lets go of the object; the next use attaches anew.
+    void let_go() { connection_.reset(); }
     /// Lets go of the object when its connection to the server is lost, as the engine said in what failed
     /// last or in `detail`: the next use attaches anew. Says so.
     void let_go_when_lost(std::string_view detail);
