@@ -28,6 +28,7 @@ BENCHMARKS = {
     "import": (importing.bring, True),
     "convert": (importing.convert, False),
     "export": (exporting.exile, True),
+    "export-tool": (exporting.write_out, True),
     "locks": (record_locks.lock, True),
     "call": (calls.by_name, False),
     "matrix": (extraction.extract, True),

@@ -3,6 +3,7 @@ import json
 import os
 import subprocess
 import tempfile
+import time
 
 
 def processors():
@@ -73,3 +74,19 @@ class Process:
         said = self.close()
         if said and failure is None:
             raise Failure(said)
+
+
+def timed(command, environment):
+    """Runs a command to its end. Returns the seconds that it took, and its resident memory at its peak in MB."""
+    with tempfile.TemporaryFile() as errors:
+        start = time.monotonic()
+        process = subprocess.Popen(
+            command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=errors, env={**os.environ, **environment},
+            preexec_fn=lambda: os.sched_setaffinity(0, {CLIENT_CPU}))
+        _, status, usage = os.wait4(process.pid, 0)
+        seconds = time.monotonic() - start
+        process.returncode = os.waitstatus_to_exitcode(status)
+        if process.returncode != 0:
+            errors.seek(0)
+            raise Failure(f"{' '.join(command)} ends with {process.returncode}: {errors.read().decode(errors='replace')}")
+    return seconds, usage.ru_maxrss / 1024

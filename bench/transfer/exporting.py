@@ -4,11 +4,12 @@ import os
 
 from bench.support import isql
 from bench.support.measure import Row, Target, paired
-from bench.support.processes import Failure
+from bench.support.processes import Failure, timed
 from bench.support.stage import EMBEDDED
 from bench.transfer import dbf
 
 PEER = "DBD::Firebird"
+PEERS = [PEER, "SOCI"]
 # A record as the DBF file has it.
 FORMAT = " %8s%-30s%-12s%10s%8s"
 QUERY = "select ID, NAME, CITY, CREDIT, BORN from PEOPLE"
@@ -62,12 +63,20 @@ class _Export:
             raise Failure("isql writes another data file than exiletable")
         return seconds
 
-    def peer(self):
+    def peer(self, name=PEER):
         file = self.stage.file("peer.dbf")
-        with self.stage.peer(PEER) as peer:
+        with self.stage.peer(name) as peer:
             peer.ask("attach", database=self.stage.name(self.source, self.where))
             seconds = peer.ask("export", sql=QUERY, file=file, format=FORMAT)["seconds"]
-        self._check(PEER, _content(file).removesuffix(b"\x1a"))
+        self._check(name, _content(file).removesuffix(b"\x1a"))
+        return seconds
+
+    def tool(self):
+        """`zmfb export` from its start to its end."""
+        command = [self.stage.tool, "--db", self.stage.name(self.source, self.where), "export", dbf.TABLE, "--yes",
+                   "-o", self.folder]
+        seconds, self.tool_memory = timed(command, self.stage.environment)
+        self._check("zmfb export", dbf.records_of(os.path.join(self.folder, dbf.TABLE + ".dbf")))
         return seconds
 
 
@@ -93,4 +102,36 @@ def exile(stage):
         if PEER in stage.options.peers:
             rows.append(Row(what, where, f"{PEER}: fetch and print", seconds["ours"], seconds[PEER],
                             Target(times_faster=1)))
+    return rows
+
+
+def write_out(stage):
+    """`zmfb export` against isql, and against loops that print the records; and how its memory grows."""
+    rows = []
+    options = stage.options
+    memory = {}
+    few_records = options.records * 3 // 10
+    for records in (few_records, options.records):
+        file = dbf.make(stage, records)
+        imported = stage.copy()
+        with stage.worker() as worker:
+            worker.ask("import.ours", database=stage.name(imported, EMBEDDED), dbf=file,
+                       data_file=stage.file("import.dat"))
+        for where in stage.wheres():
+            way = _Export(stage, where, imported, file)
+            way.ours()
+            contestants = {"isql": way.isql, "ours": way.tool}
+            for name in stage.peers(PEERS):
+                contestants[name] = lambda name=name, way=way: way.peer(name)
+            seconds = paired(options.runs, contestants, stage.progress)
+            what = f"zmfb export of {records:,} rows x 5 fields"
+            rows.append(Row(what, where, "isql: INSERT into an external table alone", seconds["ours"], seconds["isql"],
+                            Target(at_most=0.55)))
+            for name in stage.peers(PEERS):
+                rows.append(Row(what, where, f"{name}: fetch and print", seconds["ours"], seconds[name],
+                                Target(at_most=0.6) if name == PEER else None))
+            memory.setdefault(where, []).append(way.tool_memory)
+    for where, (few, many) in memory.items():
+        rows.append(Row(f"zmfb export of {options.records:,} rows, memory at its peak", where,
+                        f"of {few_records:,} rows", [many], [few], Target(at_most=1.1), unit="MB"))
     return rows
