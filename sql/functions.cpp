@@ -1,13 +1,12 @@
 // The driver's functions in a database: stored ones, or those of the module.
 #include <fmt/format.h>
 
-#include <array>
 #include <string>
 #include <vector>
 
 #include "conn/public_call.h"
 #include "sql/attach.h"
-#include "sql/client.h"
+#include "sql/new_types.h"
 #include "sql/script.h"
 #include "sql/state.h"
 #include "sql/transaction.h"
@@ -17,9 +16,6 @@
 namespace zmfb {
 
 namespace {
-
-// The major number of the on-disk structure of Firebird 3.0.
-constexpr int first_with_stored_functions = 12;
 
 // Declares a function of the module in the place of another of its name, which nothing may use; who may call
 // that one may call this.
@@ -61,20 +57,10 @@ std::string in_place(std::string_view declaration) {
                        fmt::arg("declaration", doubled_quotes(declaration)));
 }
 
-Status ask_structure(isc_db_handle database, int& major) {
-    constexpr char items[] = {isc_info_ods_version, isc_info_end};
-    constexpr std::size_t value_at = 3;
-    std::array<char, 16> answer{};
-    sql::client().database_info(sql::state().status, &database, sizeof items, items, answer.size(),
-                                answer.data());
-    major = static_cast<unsigned char>(answer[value_at]);
-    return sql::outcome();
-}
-
 Status choose_statements(Functions functions, isc_db_handle database, std::vector<std::string>& chosen) {
     int structure = 0;
-    if (Status asked = ask_structure(database, structure); !asked.ok()) return asked;
-    const bool can_be_stored = structure >= first_with_stored_functions;
+    if (Status asked = sql::ask_structure(database, structure); !asked.ok()) return asked;
+    const bool can_be_stored = structure >= sql::structure_of_3;
     if (functions == Functions::stored && !can_be_stored)
         return Status("stored functions need Firebird 3.0 or a later one");
     if (can_be_stored && functions != Functions::module) {

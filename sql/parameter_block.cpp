@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "sql/client.h"
+#include "sql/new_types.h"
 #include "zmfbconn/database.h"
 
 namespace zmfb::sql {
@@ -10,6 +11,9 @@ namespace zmfb::sql {
 namespace {
 
 constexpr std::size_t item_limit = 255;
+
+// The headers of 3.0 do not have it.
+constexpr char set_bind_item = 93;
 // A server of Firebird 3.0 ends itself over a longer one, and what the server is shows only later.
 constexpr std::size_t server_user_limit = 31;
 
@@ -35,10 +39,15 @@ std::string name_without_blanks(std::string_view database) {
 }
 
 ParameterBlock::ParameterBlock(std::string_view user, std::string_view password, std::string_view role) {
-    client().expand_dpb(&block_, &size_, std::string(user).c_str(), std::string(password).c_str(),
+    char* block = nullptr;
+    short size = 0;
+    client().expand_dpb(&block, &size, std::string(user).c_str(), std::string(password).c_str(),
                         std::string(role).c_str());
+    if (block != nullptr) bytes_.assign(block, static_cast<std::size_t>(size));
+    client().free_block(block);
+    bytes_ += set_bind_item;
+    bytes_ += static_cast<char>(new_types_as_before.size());
+    bytes_ += new_types_as_before;
 }
-
-ParameterBlock::~ParameterBlock() { client().free_block(block_); }
 
 }  // namespace zmfb::sql

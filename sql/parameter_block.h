@@ -15,21 +15,18 @@ const char* objection_to(std::string_view database, std::string_view user, std::
 /// The database name as the client takes it: blanks around it do not count.
 std::string name_without_blanks(std::string_view database);
 
-/// A parameter block of user, password and role, which must have passed objection_to(); no character set.
+/// A parameter block of user, password and role, which must have passed objection_to(); no character set. The
+/// types of Firebird 4 come as those of before (sql/new_types.h); older engines pass that over.
 class ParameterBlock {
   public:
     ParameterBlock(std::string_view user, std::string_view password, std::string_view role);
-    ParameterBlock(const ParameterBlock&) = delete;
-    ParameterBlock& operator=(const ParameterBlock&) = delete;
-    ~ParameterBlock();
 
-    [[nodiscard]] const char* data() const { return block_; }
-    [[nodiscard]] short size() const { return size_; }
-    [[nodiscard]] std::string bytes() const { return {block_, static_cast<std::size_t>(size_)}; }
+    [[nodiscard]] const char* data() const { return bytes_.data(); }
+    [[nodiscard]] short size() const { return static_cast<short>(bytes_.size()); }
+    [[nodiscard]] const std::string& bytes() const { return bytes_; }
 
   private:
-    char* block_ = nullptr;
-    short size_ = 0;
+    std::string bytes_;
 };
 
 }  // namespace zmfb::sql

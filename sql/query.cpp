@@ -8,6 +8,7 @@
 #include "sql/convert.h"
 #include "sql/methods.h"
 #include "sql/row_buffer.h"
+#include "sql/sessions.h"
 #include "sql/state.h"
 #include "sql/statement_text.h"
 #include "sql/transaction.h"
@@ -59,6 +60,7 @@ class Query {
     Status run(const Value& stmt, const Value& result) {
         Status done = transaction_.started();
         if (done.ok()) done = refuse_unfit(stmt);
+        if (done.ok()) done = use_types_of_before(*transaction_.database());
         if (done.ok()) done = prepare(text_of(stmt));
         if (done.ok()) done = describe();
         if (!done.ok()) return done;

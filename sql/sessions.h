@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sql/object_client.h"
+#include "zmfbconn/status.h"
 
 namespace zmfb::sql {
 
@@ -23,6 +24,9 @@ bool start_shared_batch(ISC_STATUS* status, isc_tr_handle* transaction, isc_db_h
 
 /// What the batch transaction was shared with has ended, by a call by handle.
 void shared_batch_ended();
+
+/// Has an attachment give the types of Firebird 4 as those of before, where a program has had them otherwise.
+Status use_types_of_before(isc_db_handle handle);
 
 /// Whether a transaction that may change rows is open in this process.
 bool is_writing();

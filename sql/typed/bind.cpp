@@ -42,20 +42,24 @@ class Binder {
         put_text(value ? "T" : "F");
     }
     void operator()(std::int64_t value) {
+        if (is_number_written_out()) return put_text(fmt::to_string(value));
         if (slot_.kind == SqlType::real) return put_whole_real(value);
         if (!takes_decimals()) throw_kind("a whole number");
         put_decimal(value);
     }
     void operator()(const Decimal& value) {
+        if (is_number_written_out()) return put_text(to_string(value));
         if (!takes_decimals()) throw_kind("zmfb::Decimal");
         put_decimal(value);
     }
     void operator()(double value) {
         if (slot_.kind != SqlType::real) throw_kind("double");
+        if (is_number_written_out()) return put_text(fmt::to_string(value));
         put_real(value);
     }
     void operator()(std::string_view value) {
         if (slot_.kind == SqlType::text_blob) return put_text_blob(value);
+        if (is_written_out(slot_.type, slot_.kind)) return put_text(value);
         if (slot_.kind != SqlType::text) throw_kind("a text");
         const bool as_it_is = slot_.script == Script::utf8 || slot_.script == Script::names;
         put_text(as_it_is ? value : std::string_view(bytes_ = in_bytes(value)));
@@ -108,6 +112,9 @@ class Binder {
         store_at(slot_.offset, value);
     }
 
+    [[nodiscard]] bool is_number_written_out() const {
+        return is_written_out(slot_.type, slot_.kind) && slot_.kind != SqlType::other;
+    }
     [[nodiscard]] bool takes_decimals() const {
         return slot_.kind == SqlType::integer || slot_.kind == SqlType::decimal;
     }

@@ -49,6 +49,14 @@ void check(ISC_STATUS code, std::string_view statement) {
     throw error;
 }
 
+void check(const Status& done, std::string_view statement) {
+    if (done.ok()) return;
+    throw SqlError({.sqlcode = done.sqlcode(),
+                    .sqlstate = "HY000",
+                    .message = done.message(),
+                    .statement = std::string(statement)});
+}
+
 void refuse(Refusal refusal, std::string message, std::string_view statement) {
     throw SqlError({.sqlcode = refusal.sqlcode,
                     .sqlstate = refusal.sqlstate,

@@ -6,6 +6,7 @@
 
 #include "sql/object_client.h"
 #include "zmfbconn/sql_error.h"
+#include "zmfbconn/status.h"
 
 namespace zmfb::typed {
 
@@ -14,6 +15,8 @@ Firebird::IStatus* status();
 
 /// Throws the failure that is in the status, when `code` says that there is one.
 void check(ISC_STATUS code, std::string_view statement = {});
+/// The same of what was done by handle.
+void check(const Status& done, std::string_view statement);
 
 /// Why something is refused without asking the engine: the SQLCODE and SQLSTATE that stand for it.
 struct Refusal {

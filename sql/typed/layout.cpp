@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "sql/new_types.h"
 #include "sql/typed/failure.h"
 
 namespace zmfb::typed {
@@ -36,6 +37,22 @@ constexpr std::pair<unsigned, std::string_view> other_types[] = {
     {32762, "DECFLOAT(34)"},
 };
 
+// What an engine gives as a text that is none.
+SqlType kind_of_text(const MessageItem& item, unsigned character_set) {
+    if (character_set == octets) return SqlType::bytes;
+    if (item.type != SQL_VARYING || character_set != ascii) return SqlType::text;
+    switch (item.length) {
+        case sql::whole_number_length:
+            return SqlType::decimal;
+        case sql::float_length:
+            return SqlType::real;
+        case sql::zoned_time_length:
+            return SqlType::other;
+        default:
+            return SqlType::text;
+    }
+}
+
 bool is_text(unsigned type) { return type == SQL_TEXT || type == SQL_VARYING; }
 
 unsigned character_set_of(const MessageItem& item) { return item.character_set & character_set_bits; }
@@ -49,7 +66,7 @@ SqlType kind_of_item(const MessageItem& item) {
     switch (item.type) {
         case SQL_TEXT:
         case SQL_VARYING:
-            return character_set_of(item) == octets ? SqlType::bytes : SqlType::text;
+            return kind_of_text(item, character_set_of(item));
         case SQL_SHORT:
         case SQL_LONG:
         case SQL_INT64:
@@ -105,7 +122,13 @@ std::string name_of_whole(unsigned type) {
 }
 
 std::string name_of_type(const MessageItem& item) {
-    switch (kind_of_item(item)) {
+    const SqlType kind = kind_of_item(item);
+    if (is_written_out(item.type, kind)) {
+        return kind == SqlType::decimal ? "NUMERIC of up to 38 digits"
+               : kind == SqlType::real  ? "DECFLOAT"
+                                        : "a time WITH TIME ZONE";
+    }
+    switch (kind) {
         case SqlType::text:
             return name_of_text(item);
         case SqlType::bytes:
@@ -177,6 +200,10 @@ std::vector<sql::MessageChange> changes_of(const std::vector<MessageItem>& items
 
 bool is_foreign(Script script, unsigned character_set) {
     return script == Script::utf8 && character_set != utf8 && character_set != ascii;
+}
+
+bool is_written_out(unsigned type, SqlType kind) {
+    return type == SQL_VARYING && kind != SqlType::text && kind != SqlType::bytes;
 }
 
 void Layout::describe(std::vector<MessageItem>& items, std::string_view statement) {

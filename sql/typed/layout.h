@@ -27,6 +27,9 @@ inline constexpr unsigned utf8_character_set = 4;
 /// Whether the engine has to convert a text of that character set so that it can be read.
 bool is_foreign(Script script, unsigned character_set);
 
+/// Whether the engine writes out a value that is no text, since the client need not know its type.
+bool is_written_out(unsigned type, SqlType kind);
+
 /// One value in a message.
 struct Slot {
     unsigned type = 0;  ///< SQL_VARYING and the like

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 
 #include "sql/typed/blob.h"
@@ -58,6 +59,24 @@ void get_decimal(const Place& place) {
 template <class Stored>
 void get_real(const Place& place) {
     place.as<double>() = place.stored<Stored>();
+}
+
+// Written out by the engine.
+Decimal parsed_decimal(const Place& place) {
+    try {
+        return Decimal(place.cursor.bytes(place.slot));
+    } catch (const SqlError& error) {
+        refuse(out_of_range,
+               fmt::format("Column {}: {}", name_of(place.cursor, place.column), error.message()),
+               place.cursor.statement().text());
+    }
+}
+void get_parsed_decimal(const Place& place) { place.as<Decimal>() = parsed_decimal(place); }
+void get_parsed_whole(const Place& place) {
+    place.as<std::int64_t>() = parsed_decimal(place).rescaled(0).unscaled();
+}
+void get_parsed_real(const Place& place) {
+    place.as<double>() = std::strtod(std::string(place.cursor.bytes(place.slot)).c_str(), nullptr);
 }
 
 void get_boolean(const Place& place) { place.as<bool>() = place.stored<char>() != 0; }
@@ -148,8 +167,15 @@ constexpr Reading readings[] = {
     {SqlType::decimal, SQL_SHORT, Kind::decimal, read<get_decimal<std::int16_t>>},
     {SqlType::decimal, SQL_LONG, Kind::decimal, read<get_decimal<std::int32_t>>},
     {SqlType::decimal, SQL_INT64, Kind::decimal, read<get_decimal<std::int64_t>>},
+    {SqlType::decimal, SQL_VARYING, Kind::decimal, read<get_parsed_decimal>},
+    {SqlType::decimal, SQL_VARYING, Kind::integer, read<get_parsed_whole>},
+    {SqlType::decimal, SQL_VARYING, Kind::text, read<get_text>},
+    {SqlType::real, SQL_VARYING, Kind::real, read<get_parsed_real>},
+    {SqlType::real, SQL_VARYING, Kind::text, read<get_text>},
+    {SqlType::other, SQL_VARYING, Kind::text, read<get_text>},
     {SqlType::real, SQL_FLOAT, Kind::real, read<get_real<float>>},
-    {SqlType::real, 0, Kind::real, read<get_real<double>>},
+    {SqlType::real, SQL_DOUBLE, Kind::real, read<get_real<double>>},
+    {SqlType::real, SQL_D_FLOAT, Kind::real, read<get_real<double>>},
     {SqlType::boolean, 0, Kind::boolean, read<get_boolean>},
     {SqlType::date, 0, Kind::date, read<get_date>},
     {SqlType::time, 0, Kind::time, read<get_time>},

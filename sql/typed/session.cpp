@@ -60,6 +60,17 @@ void Session::check_usable(std::string_view statement) const {
     }
 }
 
+Status Session::use(sql::NewTypes as) {
+    if (as == new_types_) return {};
+    if (structure_ == 0) {
+        if (Status asked = sql::ask_structure(handle_, structure_); !asked.ok()) return asked;
+    }
+    if (structure_ < sql::structure_of_4) return {};
+    Status done = sql::set_new_types(handle_, as);
+    if (done.ok()) new_types_ = as;
+    return done;
+}
+
 std::shared_ptr<Work>& shared_batch() {
     static std::shared_ptr<Work>& batch = *new std::shared_ptr<Work>;
     return batch;
@@ -142,6 +153,11 @@ bool start_shared_batch(ISC_STATUS* status, isc_tr_handle* transaction, isc_db_h
 
 void shared_batch_ended() {
     if (typed::shared_batch() != nullptr) typed::shared_batch()->ended("The batch was ended");
+}
+
+Status use_types_of_before(isc_db_handle handle) {
+    const auto session = sessions().find(handle);
+    return session == sessions().end() ? Status() : session->second->use(NewTypes::as_before);
 }
 
 bool is_writing() { return state().batch != isc_tr_handle() || typed::Work::writing() > 0; }

@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "sql/new_types.h"
 #include "sql/object_client.h"
 #include "sql/typed/encoding.h"
 #include "zmfbconn/connection.h"
@@ -31,6 +32,8 @@ class Session {
     /// Throws when nothing may be begun: while it is cancelled (zmfbconn/cancel.h), and when its database
     /// file could not be read or written before.
     void check_usable(std::string_view statement = {}) const;
+    /// Has the engine give the types of Firebird 4 so from now on.
+    Status use(sql::NewTypes as);
     [[nodiscard]] const Encoding& encoding() const { return *encoding_; }
     void set_encoding(std::shared_ptr<const Encoding> encoding) { encoding_ = std::move(encoding); }
 
@@ -49,6 +52,8 @@ class Session {
   private:
     Firebird::IAttachment* attachment_;
     isc_db_handle handle_;
+    sql::NewTypes new_types_ = sql::NewTypes::as_before;
+    int structure_ = 0;  // on the disk; 0 until it is asked for
     std::shared_ptr<const Encoding> encoding_ = Encoding::latin1();
     std::vector<Work*> works_;
     std::vector<Prepared*> statements_;

@@ -68,6 +68,7 @@ std::optional<std::string> Field::text() const {
     typed::Cursor& cursor = current();
     const typed::Slot& slot = cursor.slot(index_);
     if (cursor.is_null(slot)) return std::nullopt;
+    if (typed::is_written_out(slot.type, slot.kind)) return std::string(cursor.bytes(slot));
     switch (slot.kind) {
         case SqlType::text:
             return std::string(

@@ -37,6 +37,7 @@ Firebird::IStatement* prepare(Work& work, const std::string& text) {
     work.check_active(text);
     work.session().check_usable(text);
     const std::string bytes = bytes_of(text, work.session().encoding());
+    check(work.session().use(sql::NewTypes::as_texts), text);
     Firebird::IStatement* statement = nullptr;
     check(object_client().prepare(status(), work.session().attachment(), work.transaction(text), &statement,
                                   bytes),

@@ -96,7 +96,7 @@ class TypedFaults : public Database, public ::testing::WithParamInterface<Scenar
         for (const char* row : {"(1, 'one', null, null, null)", "(2, 'two', null, null, null)",
                                 "(3, 'three', 'x', 'w', 'abc')"})
             execute(std::string("insert into T values ") + row);
-        connection();
+        Transaction(connection()).prepare("select A from T");  // what is asked once of an attachment
     }
 
     // The answer of the work, or what it threw.
@@ -111,6 +111,19 @@ class TypedFaults : public Database, public ::testing::WithParamInterface<Scenar
         }
     }
 };
+
+using TypedFaultsAtFirst = Database;
+
+TEST_F(TypedFaultsAtFirst, OfAskingWhatTheEngineKnowsAreThrownAndItIsAskedAgain) {
+    zmFBConn& object = connection();
+    FaultyClient client;
+    client.fail(ClientCall::database_info);
+    EXPECT_THROW(Transaction(object).prepare("select 1 from rdb$database"), SqlError);
+    EXPECT_TRUE(client.all_failed());
+    Transaction(object).prepare("select 1 from rdb$database");
+    EXPECT_EQ(client.count(ClientCall::database_info), 2);
+    EXPECT_EQ(client.open_transactions(), 0);
+}
 
 TEST_P(TypedFaults, AreThrownAtEveryOccurrenceAndLeaveNothing) {
     std::vector<int> counts;
