@@ -35,7 +35,7 @@ bool round_to(Digits& number, std::size_t decimals, std::string& room) {
     const bool up = gone.size() == excess && !gone.empty() && gone.front() >= '5';
     number.digits = number.digits.substr(0, kept);
     if (!up) return whole;
-    room = "0";
+    room.assign(1, '0');
     room += number.digits;
     std::size_t last = room.size() - 1;
     for (; room[last] == '9'; --last) room[last] = '0';

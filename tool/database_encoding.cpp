@@ -22,10 +22,12 @@ std::string said_in(const std::string& description) {
 }
 
 // An older client library has no transactions, and so nothing that would be converted.
-std::string asked(zmFBConn& connection) try {
+std::string encoding_of(zmFBConn& connection) try {
     Transaction work(connection, Access::read_only);
-    const auto description = work.one<std::optional<std::string>>("select rdb$description from rdb$database");
-    return said_in(description.value_or(""));
+    const auto [set, description] = work.one<std::string, std::optional<std::string>>(
+        "select coalesce(rdb$character_set_name, ''), rdb$description from rdb$database");
+    const std::string said = said_in(description.value_or(""));
+    return said.empty() && set == "UTF8" ? "UTF-8" : said;
 } catch (const SqlError& error) {
     if (error.sqlstate() == "0A000") return "";
     throw Failure{Exit::failed, "cannot read the description of the database", error.message()};
@@ -42,7 +44,8 @@ void keep_encoding(zmFBConn& connection) try {
 }
 
 void adopt_encoding(zmFBConn& connection) {
-    const std::string name = asked(connection);
+    const std::string name = encoding_of(connection);
+    if (name == "UTF-8") return set_utf8();
     if (name.empty() || set_encoding(name)) return;
     throw Failure{
         Exit::not_attached,

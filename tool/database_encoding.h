@@ -9,7 +9,8 @@ namespace zmfb::tool {
 /// Failure.
 void keep_encoding(zmFBConn& connection);
 
-/// Puts into force the encoding that the database says; ISO-8859-1 when it says none. Throws Failure when
+/// Puts into force the encoding that the database says; UTF-8 when it says none and that is its default
+/// character set, else ISO-8859-1. Throws Failure when
 /// that is none for texts here, or cannot be asked.
 void adopt_encoding(zmFBConn& connection);
 

@@ -24,6 +24,7 @@ struct Encoding {
 
 std::unique_ptr<Encoding> chosen;  // null for ISO-8859-1
 std::string chosen_name = "ISO-8859-1";
+constexpr std::string_view utf8_name = "UTF-8";
 
 /// The UTF-8 of one byte; "" when the set has no character for it, or the byte only begins one.
 std::string utf8_of(iconv_t converter, char byte) {
@@ -97,11 +98,36 @@ bool set_encoding(const std::string& name) {
     return true;
 }
 
+void set_utf8() {
+    chosen = nullptr;
+    chosen_name = utf8_name;
+}
+
+bool bytes_are_utf8() { return chosen_name == utf8_name; }
+
 bool is_single_byte(const std::string& name) { return encoding_named(name) != nullptr; }
 
 const std::string& encoding_name() { return chosen_name; }
 
+namespace {
+
+// With a sign for each byte that belongs to no character.
+std::string checked(std::string_view text) {
+    if (is_utf8(text)) return std::string(text);
+    std::string out;
+    while (!text.empty()) {
+        const std::string_view character = text.substr(0, character_size(text[0]));
+        const bool is_one = is_utf8(character);
+        out += is_one ? character : no_character;
+        text.remove_prefix(is_one ? character.size() : 1);
+    }
+    return out;
+}
+
+}  // namespace
+
 std::string to_utf8(std::string_view latin1) {
+    if (bytes_are_utf8()) return checked(latin1);
     if (!chosen) return host::to_utf8(latin1);
     std::string out;
     out.reserve(latin1.size());
@@ -130,6 +156,7 @@ bool is_utf8(std::string_view bytes) {
 }
 
 std::optional<std::string> to_latin1(std::string_view utf8) {
+    if (bytes_are_utf8()) return is_utf8(utf8) ? std::optional<std::string>(utf8) : std::nullopt;
     std::string out;
     out.reserve(utf8.size());
     while (!utf8.empty()) {

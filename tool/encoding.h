@@ -1,4 +1,5 @@
-/// Between the terminal's UTF-8 and the bytes of the object: ISO-8859-1, or what set_encoding() chose.
+/// Between the terminal's UTF-8 and the bytes of the object: ISO-8859-1, or what set_encoding() or set_utf8()
+/// chose.
 #pragma once
 
 #include <optional>
@@ -10,6 +11,11 @@ namespace zmfb::tool {
 /// Chooses another single-byte character set for the whole process, by its name for iconv. Returns .F., and
 /// changes nothing, when the name is not known, or a character of the set takes more than a byte.
 bool set_encoding(const std::string& name);
+
+/// Lets the bytes be UTF-8, for the whole process.
+void set_utf8();
+/// Whether they are.
+bool bytes_are_utf8();
 
 /// Whether set_encoding() takes that name.
 bool is_single_byte(const std::string& name);

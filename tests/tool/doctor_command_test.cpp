@@ -70,13 +70,20 @@ TEST_F(DoctorCommand, MissingFunctionsAreNamed) {
     EXPECT_EQ(check("functions callable")["state"], "ok");
 }
 
-TEST_F(DoctorCommand, ADefaultCharacterSetOfMoreThanAByteIsBad) {
+TEST_F(DoctorCommand, ADefaultCharacterSetOfMoreThanAByteIsBadAndUtf8WorthKnowing) {
     on(path, {"exec", "alter database set default character set UTF8"});
+    const auto known = check("character set");
+    EXPECT_EQ(known["state"], "note");
+    EXPECT_EQ(known["text"],
+              "UTF8: the tool converts the texts of imports and queries; methods want a set of "
+              "one byte a character");
+    on(path, {"exec", "alter database set default character set SJIS_0208"});
     const auto found = check("character set");
     EXPECT_EQ(found["state"], "bad");
-    EXPECT_EQ(found["text"],
-              "the database's default character set UTF8 takes up to 4 bytes a character; DBF files go in "
-              "and out of databases where it takes one");
+    EXPECT_EQ(
+        found["text"],
+        "the database's default character set SJIS_0208 takes up to 2 bytes a character; DBF files go in "
+        "and out of databases where it takes one");
     on(path, {"exec", "alter database set default character set WIN1252"});
     EXPECT_EQ(check("character set")["text"], "WIN1252, a byte for each character");
 }

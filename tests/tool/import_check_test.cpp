@@ -31,7 +31,8 @@ class ImportCheck : public Tool {
 };
 
 constexpr const char* too_wide =
-    "the database's default character set UTF8 takes up to 4 bytes a character; DBF files go in and out of "
+    "the database's default character set SJIS_0208 takes up to 2 bytes a character; DBF files go in and out "
+    "of "
     "databases where it takes one";
 
 DbfBuilder prices() { return DbfBuilder().field("CODE", 'N', 4).field("PRICE", 'N', 8, 2); }
@@ -56,7 +57,7 @@ TEST_F(ImportCheck, ListsWhatTheDatabaseWouldRefuseAndMakesNothing) {
 TEST_F(ImportCheck, RefusesADatabaseOfWideCharactersAndKeepsTheTableThatIsThere) {
     const std::string dbf = made("prices.dbf", prices().record({"1", "1.50"}));
     EXPECT_EQ(import(dbf).status, 0);
-    on(path, {"exec", "alter database set default character set UTF8"});
+    on(path, {"exec", "alter database set default character set SJIS_0208"});
     const std::string before = objects();
     for (const char* option : {"--dry-run", "--yes"}) {
         const Finished run = import(dbf, {"--drop-existing", option});

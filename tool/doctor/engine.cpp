@@ -112,6 +112,11 @@ Finding check_character_set(Session& session) {
     const CharacterSet set = default_character_set(session.connection_to_any());
     const std::string problem = width_problem(set);
     if (problem.empty()) return {"character set", State::ok, set.name + ", a byte for each character"};
+    if (set.name == "UTF8") {
+        return {"character set", State::note,
+                "UTF8: the tool converts the texts of imports and queries; methods want a set of one byte a "
+                "character"};
+    }
     return {"character set", State::bad, problem,
             "\"zmfb create\" makes a database without a set; isql-fb -x shows the statements that make the "
             "tables of this one"};

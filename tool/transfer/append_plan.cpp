@@ -122,7 +122,7 @@ void adapt(PlannedColumn& column, const Target& target, dbf::Kind kind) {
         column.load.width = std::max(column.load.width, widest_number);
     } else if (target.type.code == fixed_code && !target.is_bytes) {
         column.load.kind = Kind::fixed;
-        column.load.width = column.longest;
+        column.load.width = static_cast<std::size_t>(target.type.bytes);
     } else if (target.type.code != day_code && target.type.code != stamp_code) {
         column.load.kind = Kind::varying;
         column.load.type = target.type_text();

@@ -8,6 +8,7 @@
 #include "host/text.h"
 #include "tool/catalog.h"
 #include "tool/character_set.h"
+#include "tool/encoding.h"
 #include "tool/transfer/number_fit.h"
 #include "zmfbconn/methods.h"
 
@@ -99,19 +100,30 @@ void name_columns(zmFBConn& connection, const dbf::Header& header, const WantedN
     for (const NameChange& change : fields.changes()) changes.add("field", change);
 }
 
-std::string type_problem(const dbf::Field& field) {
-    const bool fits = field.kind != dbf::Kind::text || field.length <= largest_char;
-    return fits ? "" : fmt::format("has {} characters; {} are possible", field.length, largest_char);
+// A database of UTF-8 takes it, and any of one byte a character the encoding in force.
+std::string text_problem(const CharacterSet& set) {
+    if (set.name != "UTF8") return width_problem(set);
+    return bytes_are_utf8() ? ""
+                            : fmt::format("the texts of the database are UTF-8, not {}", encoding_name());
+}
+
+std::string type_problem(const dbf::Field& field, std::size_t character) {
+    const std::size_t largest = largest_char / character;
+    const bool fits = field.kind != dbf::Kind::text || field.length <= largest;
+    return fits ? "" : fmt::format("has {} characters; {} are possible", field.length, largest);
 }
 
 // There is no column without a length.
 std::size_t length_of(const dbf::Field& field) { return std::max<std::size_t>(1, field.length); }
 
-// As the engine counts the bytes of a row, without its few more for NULLs and alignment.
-std::size_t row_size(const dbf::Header& header) {
-    std::size_t size = 50 + 2 + 8;
-    for (const dbf::Field& field : header.fields)
-        size += field.kind == dbf::Kind::text || field.kind == dbf::Kind::bytes ? field.length : 8;
+// As the engine counts the bytes of a row, without its few more for NULLs and alignment; a character may take
+// so many.
+std::size_t row_size(const dbf::Header& header, std::size_t character) {
+    std::size_t size = 50 * character + 2 + 8;
+    for (const dbf::Field& field : header.fields) {
+        const bool is_text = field.kind == dbf::Kind::text;
+        size += is_text ? field.length * character : field.kind == dbf::Kind::bytes ? field.length : 8;
+    }
     return size;
 }
 
@@ -220,20 +232,22 @@ std::string sql_type_of(const PlannedColumn& column) {
 ImportPlan plan_import(zmFBConn& connection, const std::string& path, const dbf::Header& header,
                        const WantedNames& wanted, std::set<std::string>& taken) {
     ImportPlan plan;
-    const std::string width = width_problem(default_character_set(connection));
-    if (!width.empty()) plan.refusals.push_back(width);
+    const CharacterSet set = default_character_set(connection);
+    if (const std::string problem = text_problem(set); !problem.empty()) plan.refusals.push_back(problem);
+    const auto character = static_cast<std::size_t>(set.bytes);
     name_table(connection, path, wanted, taken, plan);
     for (std::size_t i = 0; i < header.fields.size(); ++i) {
         const dbf::Field& field = header.fields[i];
         plan.columns.push_back(plan_column(field, i));
-        const std::string problem = type_problem(field);
+        if (field.kind == dbf::Kind::text) plan.columns.back().load.width *= character;
+        const std::string problem = type_problem(field, character);
         if (!problem.empty())
             plan.refusals.push_back(fmt::format("the field {} {}", shown_bytes(field.name), problem));
     }
     if (wanted.marks_deleted)
         plan.columns.push_back(planned_xbase(PlannedColumn::deletion_mark, 'L', 1, 0, Kind::fixed, 1));
     name_columns(connection, header, wanted, plan);
-    if (row_size(header) > largest_row)
+    if (row_size(header, character) > largest_row)
         plan.refusals.push_back(fmt::format("a row would take more than {} bytes", largest_row));
     return plan;
 }

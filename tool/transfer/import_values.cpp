@@ -31,6 +31,13 @@ std::string shown_stamp(dbf::Timestamp stamp) {
                        time.subseconds().count());
 }
 
+// Those of the database.
+std::size_t characters_in(std::string_view text) {
+    if (!bytes_are_utf8()) return text.size();
+    return static_cast<std::size_t>(
+        std::ranges::count_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
+}
+
 // A decimal without zeros that say nothing: "-0012.500" is "-12.5". One with an exponent stays.
 std::string without_zeros(std::string_view text) {
     if (text.find_first_of("eE") != text.npos) return std::string(text);
@@ -123,7 +130,9 @@ struct ValueReader::ToText {
     }
     std::optional<std::string> operator()(const dbf::Text& text) const {
         std::string converted = reader.text_for(text.bytes, !field.binary(), problem);
-        if (problem.empty() && column.longest > 0 && converted.size() > column.longest)
+        const bool is_cut =
+            column.load.kind == LoadColumn::Kind::fixed && converted.size() > column.load.width;
+        if (problem.empty() && (is_cut || (column.longest > 0 && characters_in(converted) > column.longest)))
             problem = "the text is longer than its column";
         return problem.empty() ? converted : "";
     }
@@ -170,6 +179,13 @@ ValueReader::ValueReader(const DbfSource& source, const std::vector<PlannedColum
 
 std::string ValueReader::text_for(std::string_view bytes, bool is_text, std::string& problem) {
     if (bytes.find('\0') != std::string_view::npos) ++counts_.zero_texts;
+    const bool stays = !is_text || to_utf8_ == nullptr;
+    if (stays && bytes_are_utf8() && !is_ascii(bytes) && !is_utf8(bytes)) {
+        problem = source_.code_page.empty()
+                      ? "the text is no UTF-8, and nothing says its code page; --encoding-from does"
+                      : "the text is no UTF-8, which the texts of the database are";
+        return {};
+    }
     if (!is_text || is_ascii(bytes)) return std::string(bytes);
     if (source_.code_page.empty()) ++counts_.unknown_texts;
     if (to_utf8_ == nullptr) return std::string(bytes);

@@ -126,11 +126,18 @@ std::string number_problem(std::string_view bytes, std::size_t length, int decim
 }
 
 std::string shown_bytes(std::string_view bytes) {
+    const bool is_text = bytes_are_utf8() && is_utf8(bytes);
     std::string shown;
     for (const char c : bytes) {
         const auto byte = static_cast<unsigned char>(c);
         const bool printable = byte >= 0x20 && byte != 0x7F && (byte < 0x80 || byte >= 0xA0) && c != '\\';
-        shown += printable ? to_utf8(std::string_view(&c, 1)) : fmt::format("\\x{:02X}", byte);
+        if (is_text && byte >= 0x80) {
+            shown += c;
+        } else if (printable && (byte < 0x80 || !bytes_are_utf8())) {
+            shown += to_utf8(std::string_view(&c, 1));
+        } else {
+            shown += fmt::format("\\x{:02X}", byte);
+        }
     }
     return shown;
 }

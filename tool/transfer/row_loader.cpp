@@ -34,6 +34,12 @@ bool is_of_the_row(const SqlError& error) {
            error.sqlcode() == user_exception;
 }
 
+// As a parameter itself, of any length. Characters of a text are counted, not its bytes.
+std::string blob_type_of(const LoadColumn& column) {
+    if (column.type.starts_with("BLOB")) return column.type;
+    return column.type.ends_with("OCTETS") ? "BLOB" : "BLOB SUB_TYPE TEXT";
+}
+
 std::string cut(std::size_t text, std::size_t offset, std::size_t width) {
     return fmt::format("SUBSTRING(:D{} FROM :P + {} FOR {})", text, offset, width);
 }
@@ -89,8 +95,7 @@ std::string RowLoader::block(bool of_one_row) const {
         if (!is_varying(columns_[i])) continue;
         ++number;
         if (of_one_row) {
-            const bool is_blob = columns_[i].type.starts_with("BLOB");
-            parameters += fmt::format("V{} {} = ?, ", number, is_blob ? columns_[i].type : "BLOB");
+            parameters += fmt::format("V{} {} = ?, ", number, blob_type_of(columns_[i]));
             continue;
         }
         declarations += fmt::format("DECLARE V{} {}; ", number, columns_[i].type);
