@@ -23,8 +23,7 @@ class Stage:
         self.empty = made["empty"]
         self.client_version = made["client"]
         self.server = made.get("host")
-        self.environment = {"FIREBIRD": made["environment"], "FIREBIRD_LOCK": made["environment"] + "/lock",
-                            "ISC_USER": "SYSDBA", "ISC_PASSWORD": "masterkey"}
+        self.environment = {"FIREBIRD": made["environment"], "FIREBIRD_LOCK": made["environment"] + "/lock"}
         self.tool = os.path.join(os.path.dirname(os.path.abspath(programs)), "bin", "zmfb")
         self.numbers = iter(range(1, 1 << 30))
 
