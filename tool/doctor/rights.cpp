@@ -15,13 +15,11 @@ bool is_of_rights(const SqlError& error) {
     return hint_for(error.message()) == hint_for("no permission for SELECT access to TABLE T");
 }
 
-// "SELECT access to TABLE CUSTOMERS", as the engine calls what is not permitted; else `what`.
-std::string missing_right(const SqlError& error, std::string_view what) {
-    constexpr std::string_view before = "o permission for ";  // "No ..." from Firebird 4 on
-    const std::string& message = error.message();
+// "SELECT access to TABLE CUSTOMERS", as the engine calls what is not permitted.
+std::string missing_right(const std::string& message) {
+    constexpr std::string_view before = "no permission for ";
     const std::size_t found = message.find(before);
-    if (found == std::string::npos) return std::string(what);
-    const std::size_t start = found + before.size();
+    const std::size_t start = found == std::string::npos ? 0 : found + before.size();
     return message.substr(start, message.find('\n', start) - start);
 }
 
@@ -32,22 +30,22 @@ class Trial {
 
     /// Preparing it is enough: rights are looked at then.
     void prepare(const std::string& statement) {
-        note([&](Transaction& work) { work.prepare(statement); }, statement);
+        note([&](Transaction& work) { work.prepare(statement); }, "");
     }
-    void run_and_undo(std::string_view what, const std::string& statement) {
+    void run_and_undo(const std::string& what, const std::string& statement) {
         note([&](Transaction& work) { work.execute(statement); }, what);
     }
     [[nodiscard]] const std::string& missing() const { return missing_; }
 
   private:
     template <class Work>
-    void note(const Work& what_to_do, std::string_view what) {
+    void note(const Work& what_to_do, const std::string& what) {
         try {
             Transaction work(connection_);
             what_to_do(work);
         } catch (const SqlError& error) {
             if (!is_of_rights(error)) return;  // other checks look at the rest
-            const std::string right = missing_right(error, what);
+            const std::string right = what.empty() ? missing_right(error.message()) : what;
             if (missing_.find(right) == std::string::npos) missing_ += (missing_.empty() ? "" : ", ") + right;
         }
     }
