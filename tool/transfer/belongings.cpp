@@ -215,4 +215,12 @@ Belongings belongings_of(zmFBConn& connection, const Name& table, const std::vec
     return std::move(gatherer).all();
 }
 
+std::string in_words_of_table(const Belongings& belongings, std::string message) {
+    for (const TriedIndex& index : belongings.tried) {
+        const std::size_t at = message.find('"' + index.tried_name + '"');
+        if (at != std::string::npos) message.replace(at + 1, index.tried_name.size(), index.name);
+    }
+    return message;
+}
+
 }  // namespace zmfb::tool

@@ -26,4 +26,7 @@ struct Belongings {
 Belongings belongings_of(zmFBConn& connection, const Name& table, const std::vector<std::string>& columns,
                          const std::vector<Name>& views);
 
+/// What the engine said of an index that was tried, for that of the table.
+std::string in_words_of_table(const Belongings& belongings, std::string message);
+
 }  // namespace zmfb::tool

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "tool/catalog.h"
+#include "tool/say.h"
 #include "tool/transfer/new_table.h"
 #include "tool/transfer/replacing.h"
 
@@ -71,6 +72,55 @@ std::vector<std::string> settle_leftover(zmFBConn& connection, const std::string
     for (std::string& refused : move_in(connection, hold, table, destination_of(connection, beside).again))
         said.push_back(std::move(refused));
     return said;
+}
+
+std::string already_there(const std::string& table) {
+    return fmt::format("the table {} is there already; --replace replaces it, --append adds to it", table);
+}
+
+namespace {
+
+void settle(zmFBConn& connection, ImportPlan& plan, LeftoverWish wish) {
+    const std::string& table = plan.table;
+    const Leftover leftover = leftover_beside(connection, table);
+    if (leftover == Leftover::foreign && plan.table_exists && wish.goes_on) {
+        plan.refusals.push_back(
+            fmt::format("the table {} is there, whose name the import needs", table_beside(table)));
+    } else if (leftover == Leftover::homeless) {
+        plan.refusals.push_back(
+            fmt::format("the table {0} has the records of an earlier import that was cut off, and {1} is not "
+                        "there for them; "
+                        "zmfb drop '{0}' drops them",
+                        table_beside(table), table));
+    } else if (leftover == Leftover::brought_in && wish.dry_run) {
+        plan.notes.push_back(
+            fmt::format("an earlier import was cut off while its records came into {}: this one would bring "
+                        "them in first",
+                        table));
+        if (!wish.goes_on) plan.refusals.push_back(already_there(table));
+    } else if (!wish.dry_run) {
+        for (const std::string& said : settle_leftover(connection, table)) say("note: {}\n", said);
+        plan.table_exists = is_there(connection, ObjectKind::relation, Name(table));
+    }
+}
+
+}  // namespace
+
+void plan_leftovers(zmFBConn& connection, ImportPlan& plan, LeftoverWish wish) try {
+    if (plan.table.starts_with(table_beside(""))) {
+        plan.refusals.push_back(
+            fmt::format("tables that begin with {} are those that imports load; --table names another",
+                        table_beside("")));
+        return;
+    }
+    for (const std::string& table : {plan.table, table_beside(plan.table)}) {
+        const std::string who = who_fills(connection, table);
+        if (!who.empty()) return plan.refusals.push_back(another_import(plan.table, who));
+    }
+    settle(connection, plan, wish);
+} catch (const SqlError& error) {
+    const bool is_in_use = error.message().find("is in use") != std::string::npos;
+    plan.refusals.push_back(is_in_use ? another_import(plan.table, "") : error.message());
 }
 
 }  // namespace zmfb::tool

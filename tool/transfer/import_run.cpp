@@ -10,7 +10,6 @@
 #include "tool/confirm.h"
 #include "tool/counted.h"
 #include "tool/dependents.h"
-#include "tool/drop.h"
 #include "tool/encoding.h"
 #include "tool/interrupt.h"
 #include "tool/transfer/append_plan.h"
@@ -80,9 +79,6 @@ class Import {
     void plan();
     void plan_records();
     void plan_existing();
-    void plan_leftovers();
-    void settle();
-    void refuse_existing();
     void look();
     void plan_set_aside();
     void rehearse_it();
@@ -91,7 +87,6 @@ class Import {
     [[nodiscard]] std::string what_goes() const;
     void load();
     void replace();
-    [[nodiscard]] std::string in_words_of_old(std::string message) const;
     void send(Transaction& work, const std::string& table);
     [[nodiscard]] std::vector<DriverColumn> columns() const;
     void set_aside();
@@ -129,7 +124,10 @@ void Import::plan() {
     told_.changes = plan_.changes.size();
     report_.changes = plan_.changes;
     report_.notes = source_.header.notes;
-    if (plan_.refusals.empty()) plan_leftovers();
+    if (plan_.refusals.empty()) {
+        plan_leftovers(connection_, plan_,
+                       {.dry_run = options_.dry_run, .goes_on = options_.replace || options_.append});
+    }
     if (plan_.table_exists) plan_existing();
     if (options_.append && !plan_.table_exists && plan_.refusals.empty()) {
         plan_.refusals.push_back(
@@ -147,54 +145,6 @@ void Import::plan_records() {
                     counted(header.counted, "record", "records"), header.records));
 }
 
-// Before anything else is looked at.
-void Import::plan_leftovers() try {
-    if (plan_.table.starts_with(table_beside(""))) {
-        plan_.refusals.push_back(
-            fmt::format("tables that begin with {} are those that imports load; --table names another",
-                        table_beside("")));
-        return;
-    }
-    for (const std::string& table : {plan_.table, table_beside(plan_.table)}) {
-        const std::string who = who_fills(connection_, table);
-        if (!who.empty()) return plan_.refusals.push_back(another_import(plan_.table, who));
-    }
-    settle();
-} catch (const SqlError& error) {
-    const bool is_in_use = error.message().find("is in use") != std::string::npos;
-    plan_.refusals.push_back(is_in_use ? another_import(plan_.table, "") : error.message());
-}
-
-void Import::settle() {
-    const std::string& table = plan_.table;
-    const Leftover leftover = leftover_beside(connection_, table);
-    if (leftover == Leftover::foreign && plan_.table_exists && (options_.replace || options_.append)) {
-        plan_.refusals.push_back(
-            fmt::format("the table {} is there, whose name the import needs", table_beside(table)));
-    } else if (leftover == Leftover::homeless) {
-        plan_.refusals.push_back(
-            fmt::format("the table {0} has the records of an earlier import that was cut off, and {1} is not "
-                        "there for them; "
-                        "zmfb drop '{0}' drops them",
-                        table_beside(table), table));
-    } else if (leftover == Leftover::brought_in && options_.dry_run) {
-        report_.notes.push_back(
-            fmt::format("an earlier import was cut off while its records came into {}: this one would bring "
-                        "them in first",
-                        table));
-        if (!options_.replace && !options_.append) refuse_existing();
-    } else if (!options_.dry_run) {
-        for (std::string& said : settle_leftover(connection_, table))
-            report_.notes.push_back(std::move(said));
-        plan_.table_exists = is_there(connection_, ObjectKind::relation, Name(table));
-    }
-}
-
-void Import::refuse_existing() {
-    plan_.refusals.push_back(fmt::format(
-        "the table {} is there already; --replace replaces it, --append adds to it", plan_.table));
-}
-
 // What the driver has not made, or needs itself, is nothing to replace.
 void Import::plan_existing() {
     const Name table(plan_.table);
@@ -209,7 +159,7 @@ void Import::plan_existing() {
     } else if (options_.append) {
         plan_append(connection_, source_.header, plan_);
     } else if (!options_.replace) {
-        refuse_existing();
+        plan_.refusals.push_back(already_there(plan_.table));
     } else {
         const Dependents dependents = dependents_of_table(connection_, table);
         views_ = names_in(dependents.taken);
@@ -344,7 +294,7 @@ void Import::load() try {
     if (is_added()) return add_rows(connection_, *hold_, plan_.table);
     if (!beside_.empty()) replace();
 } catch (const SqlError& error) {
-    take_back(in_words_of_old(error.message()));
+    take_back(in_words_of_table(belongings_, error.message()));
 } catch (const Cancelled&) {
     take_back("");
 } catch (const Failure& failure) {
@@ -356,15 +306,6 @@ void Import::replace() {
     make_room(connection_, plan_.table, columns(), views_);
     for (std::string& said : move_in(connection_, *hold_, plan_.table, belongings_.again))
         report_.notes.push_back(std::move(said));
-}
-
-// What the engine says of an index beside is meant for that of the table.
-std::string Import::in_words_of_old(std::string message) const {
-    for (const TriedIndex& index : belongings_.tried) {
-        const std::size_t at = message.find('"' + index.tried_name + '"');
-        if (at != std::string::npos) message.replace(at + 1, index.tried_name.size(), index.name);
-    }
-    return message;
 }
 
 std::vector<DriverColumn> Import::columns() const {
