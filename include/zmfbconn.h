@@ -406,15 +406,15 @@ typedef enum zmfb_sql_type {
     ZMFB_SQL_TEXT = 0,    /**< CHAR, VARCHAR */
     ZMFB_SQL_BYTES = 1,   /**< the same of the character set OCTETS */
     ZMFB_SQL_INTEGER = 2, /**< SMALLINT, INTEGER, BIGINT */
-    ZMFB_SQL_DECIMAL = 3, /**< NUMERIC, DECIMAL with decimals */
-    ZMFB_SQL_REAL = 4,    /**< FLOAT, DOUBLE PRECISION */
+    ZMFB_SQL_DECIMAL = 3, /**< NUMERIC, DECIMAL with decimals; all numbers of more than 18 digits */
+    ZMFB_SQL_REAL = 4,    /**< FLOAT, DOUBLE PRECISION, DECFLOAT */
     ZMFB_SQL_BOOLEAN = 5,
     ZMFB_SQL_DATE = 6,
     ZMFB_SQL_TIME = 7,
     ZMFB_SQL_TIMESTAMP = 8,
     ZMFB_SQL_TEXT_BLOB = 9,
     ZMFB_SQL_BLOB = 10,
-    ZMFB_SQL_OTHER = 11 /**< a type that is not read here: an array, a type of a newer engine */
+    ZMFB_SQL_OTHER = 11 /**< a time with a zone, read as a text; an array, which is not read here */
 } zmfb_sql_type;
 
 /** Tells how many columns the rows of a prepared statement have; 0 when it returns none. */

@@ -37,15 +37,15 @@ enum class SqlType {
     text,       ///< CHAR, VARCHAR
     bytes,      ///< the same of the character set OCTETS
     integer,    ///< SMALLINT, INTEGER, BIGINT
-    decimal,    ///< NUMERIC, DECIMAL with decimals
-    real,       ///< FLOAT, DOUBLE PRECISION
+    decimal,    ///< NUMERIC, DECIMAL with decimals; all numbers of more than 18 digits
+    real,       ///< FLOAT, DOUBLE PRECISION, DECFLOAT
     boolean,    ///< BOOLEAN
     date,       ///< DATE
     time,       ///< TIME
     timestamp,  ///< TIMESTAMP
     text_blob,  ///< BLOB SUB_TYPE TEXT
     blob,       ///< any other BLOB
-    other,      ///< a type that is not read here: an array, a type of a newer engine
+    other,      ///< a time with a zone, read as a text; an array, which is not read here
 };
 
 /// A column of the rows of a statement.
