@@ -74,6 +74,45 @@ TEST_F(ImportOptionsTest, JsonPrintsAnObjectPerFile) {
     EXPECT_EQ(nlohmann::json::parse(lines(run.out).at(1)).at("table"), "OTHERS");
 }
 
+TEST_F(ImportOptionsTest, JsonTellsOfEachChangeAndCount) {
+    DbfBuilder dbf =
+        DbfBuilder()
+            .field("LOCAL", 'C', 4)
+            .field("BINARY", 'N', 8, 1)
+            .field("WINDOW", 'D', 8)
+            .field("A", 'L', 1)
+            .field("A", 'C', 2)
+            .field("A", 'N', 20, 0)
+            .record({std::string("a\0b", 3), "1.55", "20070231", "x", "\x84", "12345678901234567890"}, 'x')
+            .record({"c", "12,5", "", "", "", ""})
+            .record_count(1);
+    const Finished run =
+        on(path, {"--json", "import", made("2nd.dbf", dbf), "--all-records", "--on-bad-value", "default"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    auto said = nlohmann::json::parse(run.out);
+    EXPECT_EQ(said.at("changes"), (nlohmann::json{"the table 2ND is no valid name: it becomes T_2ND",
+                                                  "the field LOCAL is a reserved word: it becomes LOCAL_",
+                                                  "the field BINARY is a reserved word: it becomes BINARY_",
+                                                  "the field WINDOW is a reserved word: it becomes WINDOW_",
+                                                  "the field A is there twice: it becomes A_2",
+                                                  "the field A is there twice: it becomes A_3"}));
+    EXPECT_EQ(said.at("notes"),
+              (nlohmann::json{"its header counts 1 record, the file has 1 more",
+                              "the field A_3 has more digits than a NUMERIC: it becomes DOUBLE PRECISION"}));
+    const std::pair<const char*, int> counts[] = {{"records", 2},
+                                                  {"odd_deletion_marks", 1},
+                                                  {"impossible_dates", 1},
+                                                  {"odd_logicals", 1},
+                                                  {"rounded_numbers", 2},
+                                                  {"texts_with_zero_bytes", 1},
+                                                  {"defaulted_values", 1},
+                                                  {"set_aside_records", 0},
+                                                  {"deleted", 0},
+                                                  {"texts_of_unknown_code_page", 1},
+                                                  {"fields", 6}};
+    for (const auto& [name, count] : counts) EXPECT_EQ(said.at(name), count) << name;
+}
+
 TEST_F(ImportOptionsTest, JsonTellsOfAPlanAndItsRefusalStaysOnStandardError) {
     const std::string dbf = made("people.dbf", people());
     auto plan = nlohmann::json::parse(on(path, {"--json", "import", dbf, "--dry-run"}).out);
