@@ -26,6 +26,7 @@ BENCHMARKS = {
     "memory": (reading.memory, True),
     "typed": (typed.read, True),
     "import": (importing.bring, True),
+    "load": (importing.load, True),
     "convert": (importing.convert, False),
     "export": (exporting.exile, True),
     "export-tool": (exporting.write_out, True),
@@ -45,6 +46,7 @@ SIZES = {
     "extras": (True, False, True),  # comparisons that no target asks for
     "peer_records": (1_000_000, 200_000, 200),
     "peer_records_over_tcp": (200_000, 50_000, 200),  # record by record, each is a way there and back
+    "peer_records_over_slow_tcp": (2_000, 1_000, 200),
     "lock_pairs": (500, 200, 2),
     "tables": (1_000, 60, 3),
     "growth": ([10_000, 100_000, 1_000_000, 5_000_000], [10_000, 100_000, 1_000_000], [50, 200]),

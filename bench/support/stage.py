@@ -4,11 +4,13 @@ import shutil
 import sys
 
 from bench.support.processes import SERVER_CPU, Failure, Process
+from bench.support.slow_network import SlowNetwork
 
 HERE = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 NODE_MODULE = os.path.join(HERE, "peers", "node", "node_modules", "node-firebird")
 
-EMBEDDED, TCP = "embedded", "TCP"
+EMBEDDED, TCP, SLOW = "embedded", "TCP", "TCP, 2 ms each way"
+SLOW_SECONDS = 0.002
 
 
 class Stage:
@@ -24,6 +26,7 @@ class Stage:
         self.client_version = made["client"]
         self.server = made.get("host")
         self.environment = {"FIREBIRD": made["environment"], "FIREBIRD_LOCK": made["environment"] + "/lock"}
+        self.slow = None
         self.tool = os.path.join(os.path.dirname(os.path.abspath(programs)), "bin", "zmfb")
         self.numbers = iter(range(1, 1 << 30))
 
@@ -74,7 +77,13 @@ class Stage:
             return file
         if self.server is None:
             raise Failure("no server was started")
-        return self.server + file
+        return (self._slow_server() if where == SLOW else self.server) + file
+
+    def _slow_server(self):
+        """The server behind a network that delays what is sent."""
+        host, port = self.server.rstrip(":").split("/")
+        self.slow = self.slow or SlowNetwork(int(port), SLOW_SECONDS)
+        return f"{host}/{self.slow.port}:"
 
     def wheres(self):
         return [EMBEDDED, TCP]

@@ -1,14 +1,16 @@
 """A DBF file into a table: the whole way, and the conversion of the file alone."""
+import json
 import os
+import subprocess
 
 from bench.support import isql
 from bench.support.measure import Row, Target, paired
-from bench.support.processes import Failure
-from bench.support.stage import EMBEDDED, TCP
+from bench.support.processes import CLIENT_CPU, Failure
+from bench.support.stage import EMBEDDED, SLOW, TCP
 from bench.transfer import dbf
 
 PEERS = ["SOCI", "DBD::Firebird"]
-PEER_TARGETS = {EMBEDDED: Target(times_faster=1.4), TCP: Target(times_faster=5)}
+PEER_TARGETS = {EMBEDDED: Target(times_faster=1.4), TCP: Target(times_faster=5), SLOW: Target(times_faster=5)}
 
 
 class _Import:
@@ -48,6 +50,18 @@ class _Import:
                 return worker.ask("import.ours", database=database, dbf=self.file, data_file=self.data_file)["seconds"]
         return self._timed("bringdbf", None, work)
 
+    def tool(self):
+        return self._timed("zmfb import", None, self._run_tool)
+
+    def _run_tool(self, database):
+        words = [self.stage.tool, "--json", "--db", database, "--user", "SYSDBA", "import", self.file]
+        environment = {**os.environ, **self.stage.environment, "ISC_PASSWORD": "masterkey"}
+        done = subprocess.run(words, capture_output=True, text=True, check=False, env=environment,
+                              preexec_fn=lambda: os.sched_setaffinity(0, {CLIENT_CPU}))
+        if done.returncode != 0:
+            raise Failure(f"zmfb import: {done.stderr}")
+        return json.loads(done.stdout)["seconds"]
+
     def isql(self):
         return self._timed("isql", self.prepared,
                            lambda database: isql.seconds_of(self.stage, database, self.statement))
@@ -62,25 +76,37 @@ class _Import:
         return self._timed(name, self.prepared, work)
 
 
-def bring(stage):
-    """bringdbf against isql, and against the insertion of record by record."""
+def _rows(stage, where, what, ours, at_most):
+    """`ours`, a function of _Import, against isql, and against the insertion of record by record."""
     rows = []
     options = stage.options
-    for where in stage.wheres():
+    if where != SLOW:
         way = _Import(stage, where, dbf.make(stage, options.records))
-        seconds = paired(options.runs, {"isql": way.isql, "ours": way.ours}, stage.progress)
-        rows.append(Row(f"bringdbf of {options.records:,} records x 5 fields", where, "isql: INSERT ... SELECT alone",
-                        seconds["ours"], seconds["isql"], Target(at_most=1.10)))
-        records = options.peer_records_over_tcp if where == TCP else options.peer_records
-        way = _Import(stage, where, dbf.make(stage, records))
-        contestants = {"ours": way.ours}
-        for name in stage.peers(PEERS):
-            contestants[name] = lambda name=name, way=way: way.peer(name)
-        seconds = paired(options.runs, contestants, stage.progress)
-        for name in stage.peers(PEERS):
-            rows.append(Row(f"bringdbf of {records:,} records x 5 fields", where,
-                            f"{name}: prepared INSERT a record", seconds["ours"], seconds[name], PEER_TARGETS[where]))
+        seconds = paired(options.runs, {"isql": way.isql, "ours": lambda: ours(way)}, stage.progress)
+        rows.append(Row(f"{what} of {options.records:,} records x 5 fields", where, "isql: INSERT ... SELECT alone",
+                        seconds["ours"], seconds["isql"], Target(at_most=at_most)))
+    records = {EMBEDDED: options.peer_records, TCP: options.peer_records_over_tcp,
+               SLOW: options.peer_records_over_slow_tcp}[where]
+    way = _Import(stage, where, dbf.make(stage, records))
+    contestants = {"ours": lambda: ours(way)}
+    for name in stage.peers(PEERS):
+        contestants[name] = lambda name=name, way=way: way.peer(name)
+    seconds = paired(options.runs, contestants, stage.progress)
+    for name in stage.peers(PEERS):
+        rows.append(Row(f"{what} of {records:,} records x 5 fields", where, f"{name}: prepared INSERT a record",
+                        seconds["ours"], seconds[name], PEER_TARGETS[where]))
     return rows
+
+
+def bring(stage):
+    """bringdbf, on a server that shares its disk."""
+    return [row for where in stage.wheres() for row in _rows(stage, where, "bringdbf", _Import.ours, 1.10)]
+
+
+def load(stage):
+    """zmfb import, which sends the records over the client."""
+    return [row for where in [*stage.wheres(), SLOW]
+            for row in _rows(stage, where, "zmfb import", _Import.tool, 1.25)]
 
 
 def convert(stage):
