@@ -173,6 +173,7 @@ FromUtf8::Text FromUtf8::convert(std::string_view utf8, std::size_t most) {
 
 FromUtf8::Text FromUtf8::convert_others(std::string_view utf8, std::size_t most) {
     Text made;
+    made.is_ascii = false;
     std::string& room = state_->room;
     room.resize(most);
     // iconv() does not write to the text.

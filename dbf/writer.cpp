@@ -68,6 +68,10 @@ std::string shown(std::int64_t unscaled, int decimals) {
     return digits.insert(digits.size() - behind, ".");
 }
 
+bool is_ascii(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
 bool is_memo(const Field& field) { return field.kind == Kind::memo_text || field.kind == Kind::memo_bytes; }
 
 MemoKind memo_kind(const Field& field) {
@@ -121,8 +125,7 @@ struct Writer::State {
         if (!options.code_page.empty()) from_utf8.emplace(options.code_page);
         if (header.has_memo())
             memos.emplace(companion_path(path, memo_ending(header.dialect)), header.dialect);
-        const bool unsaid = options.names_code_page && !options.code_page.empty() && header.language == 0;
-        if (unsaid) code_page_file.emplace(companion_path(path, ".cpg"));
+        for (const Field& one : header.fields) note_characters(is_ascii(one.name));
         block.reserve(block_size + header.record_size);
         const Date changed = options.changed == Date() ? today() : options.changed;
         block = header_bytes(header, changed);
@@ -171,6 +174,12 @@ struct Writer::State {
 
     void put_text(const Field& one, std::size_t index, std::string_view text);
     void put_memo_text(const Field& one, std::size_t index, std::string_view text);
+    // ASCII means the same in every code page, and needs no .cpg file.
+    void note_characters(bool are_ascii) {
+        const bool unsaid = options.names_code_page && !options.code_page.empty() && header.language == 0;
+        if (are_ascii || !unsaid || code_page_file) return;
+        code_page_file.emplace(companion_path(file.place(), ".cpg"));
+    }
     FromUtf8::Text converted(const Field& one, std::string_view text, std::size_t most);
     std::vector<std::string> files_that_go();
     void finish();
@@ -188,8 +197,10 @@ struct Writer::State {
 };
 
 FromUtf8::Text Writer::State::converted(const Field& one, std::string_view text, std::size_t most) {
-    if (from_utf8 && !one.binary()) return from_utf8->convert(text, most);
-    return {text.substr(0, most), false, text.size() > most};
+    if (!from_utf8 || one.binary()) return {text.substr(0, most), false, text.size() > most};
+    const FromUtf8::Text made = from_utf8->convert(text, most);
+    note_characters(made.is_ascii);
+    return made;
 }
 
 void Writer::State::put_text(const Field& one, std::size_t index, std::string_view text) {

@@ -148,6 +148,20 @@ struct Page {
     std::string cpg;
 };
 
+TEST(DbfCodePages, OfAsciiAloneNeedNoFileBeside) {
+    const Folder folder;
+    const auto write = [&](const std::string& name, const std::string& text) {
+        Writer writer(folder.file("t.dbf"), {{name, 'C', 5}}, {.code_page = "UTF-8"});
+        writer.text(0, text);
+        writer.append();
+        writer.finish();
+    };
+    write("A", "plain");
+    EXPECT_EQ(folder.names(), (std::set<std::string>{"t.dbf"}));
+    write("Ä", "plain");
+    EXPECT_EQ(folder.names(), (std::set<std::string>{"t.cpg", "t.dbf"}));
+}
+
 TEST(DbfCodePages, AreSaidInTheHeaderOrElseBeside) {
     const Page pages[] = {
         {"CP850", 0x02, ""},

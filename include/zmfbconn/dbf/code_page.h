@@ -63,6 +63,7 @@ class FromUtf8 {
         std::string_view bytes;  ///< lives as long as what was given, and until the next one is converted
         bool replaced = false;   ///< whether "?" stands for what the set does not have, or is no UTF-8
         bool cut = false;        ///< whether some characters had no room
+        bool is_ascii = true;    ///< whether what was given is
     };
     /// The text in a set that is known, as many whole characters of it as fit into `most` bytes.
     Text convert(std::string_view utf8, std::size_t most = std::string_view::npos);

@@ -39,7 +39,8 @@ struct WriteOptions {
     Format format = Format::dbase3;  ///< which decides on the types of fields
     /// What texts become that are given in UTF-8, by its name for iconv. "": they are bytes, and stay so.
     std::string code_page{};
-    /// Whether the file says its code page: in its language byte, or else in a .cpg file beside it.
+    /// Whether the file says its code page: in its language byte, or else, when a text or a name has other
+    /// characters than those of ASCII, in a .cpg file beside it.
     bool names_code_page = true;
     /// Whether values that a field cannot keep are converted and counted; else they are refused.
     bool lossy = false;
