@@ -9,6 +9,7 @@ installed=/usr/lib/i386-linux-gnu
 mkdir -p "$folder"
 ln -sf "$installed/libfbclient.so.2" "$folder/libfbclient.so"
 ln -sf "$installed/libedit.so.2" "$folder/libedit.so"
+ln -sf "$installed/libmd.so.0" "$folder/libmd.so"
 echo "INPUT($installed/libncurses.so.6 $installed/libtinfo.so.6)" >"$folder/libncurses.so"
 
 # This one's package does not even install beside that of another architecture: both own one file that differs.

@@ -5,7 +5,7 @@
 build_packages=(
     g++ cmake ninja-build
     firebird-dev firebird3.0-server-core firebird3.0-utils libib-util
-    libfmt-dev libcli11-dev nlohmann-json3-dev libncurses-dev libedit-dev
+    libfmt-dev libcli11-dev nlohmann-json3-dev libncurses-dev libedit-dev libmd-dev
 )
 
 # What the benchmarks measure with, and what they measure against.
@@ -30,7 +30,7 @@ fuzz_packages=(clang libclang-rt-14-dev)
 # What the programs of `./test.sh --arch i386` are built with and link, besides the packages above.
 i386_packages=(
     g++-multilib
-    libfbclient2:i386 libfmt-dev:i386 libgtest-dev:i386 librapidcheck-dev:i386 libedit2:i386 libncurses6:i386
+    libfbclient2:i386 libfmt-dev:i386 libgtest-dev:i386 librapidcheck-dev:i386 libedit2:i386 libmd0:i386 libncurses6:i386
 )
 
 # What scripts/analyse.sh and scripts/coverage.sh run.

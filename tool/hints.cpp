@@ -68,7 +68,7 @@ constexpr std::array hints{
          "the file is no Firebird database; \"zmfb create\" makes one under another name"},
     Hint{"File exists", "\"zmfb doctor\" says whether the driver can use it, and what it misses"},
     Hint{"Permission denied", "this user may not read and write the file, or enter its folder"},
-    Hint{"No space left on device", "the disk is full; data files of exports lie under /tmp"},
+    Hint{"No space left on device", "the disk is full"},
     Hint{"File too large", "a limit of this process or of the disk keeps files from growing that large"},
     Hint{"Error while trying to open file", "\"zmfb create\" makes a new database"},
     Hint{"unsupported on-disk structure",

@@ -34,8 +34,12 @@ std::string statement_bytes(std::string_view statement) {
     return bytes + latin1_bytes(statement);
 }
 
-Transaction begin_reading(zmFBConn& connection, std::string_view query) {
+void log_query(zmFBConn& connection, std::string_view query) {
     connection(m::writelog, "[QURY] Statement: " + statement_bytes(query), query_log_level);
+}
+
+Transaction begin_reading(zmFBConn& connection, std::string_view query) {
+    log_query(connection, query);
     set_database_encoding(connection, encoding_name());
     return Transaction(connection, Access::read_only);
 }

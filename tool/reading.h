@@ -15,7 +15,10 @@ namespace zmfb::tool {
 /// texts of the database do not have.
 std::string statement_bytes(std::string_view statement);
 
-/// Begins a transaction to run a query in (UTF-8), which is logged as methods log theirs.
+/// Logs a query (UTF-8) as methods log theirs.
+void log_query(zmFBConn& connection, std::string_view query);
+
+/// Begins a transaction to run a query in, which is logged.
 Transaction begin_reading(zmFBConn& connection, std::string_view query);
 
 /// Logs what a query has thrown as methods log it, and throws Failure with that message and what the engine

@@ -65,7 +65,7 @@ TEST_F(DoctorFolder, OneThatThisUserCannotWriteIsBad) {
         const Finding found = folder_finding("/proc", false);
         if (found.state != State::bad) return 1;
         if (found.text != "/proc cannot be written by this user") return 2;
-        return found.advice == "bringdbf and exports need it" ? 0 : 3;
+        return found.advice == "bringdbf and exiletable need it" ? 0 : 3;
     });
     EXPECT_EQ(outcome, 0);
 }

@@ -1,7 +1,5 @@
-// Ctrl-C in the middle of an import and of an export.
+// Ctrl-C in the middle of an import.
 #include <signal.h>
-
-#include <filesystem>
 
 #include "tests/tool/big_table.h"
 #include "tests/tool/tool.h"
@@ -37,23 +35,6 @@ TEST_F(ImportInterrupt, LeavesNothing) {
                   "from rdb$database"})
             .out;
     EXPECT_NE(left.find("\n0,0\r\n"), std::string::npos) << left;
-}
-
-TEST_F(ImportInterrupt, AnExportLeavesTheFileThatWasThereAndTheTable) {
-    ASSERT_EQ(on(path, {"import", file("big.dbf")}).status, 0);
-    std::filesystem::create_directory(file("out"));
-    write_file("out/big.dbf", "something dear");
-    const Finished finished = interrupted({"export", "--yes", "big", "-o", file("out")}, "EXT_BIG", SIGTERM);
-    EXPECT_EQ(finished.status, 143) << finished.err;
-    EXPECT_TRUE(
-        finished.err.starts_with("error: the export of big was interrupted, and undone\n"
-                                 "  external table EXT_BIG dropped\n"))
-        << finished.err;
-    EXPECT_EQ(read_file(file("out/big.dbf")), "something dear");
-    const std::filesystem::directory_iterator left(file("out"));
-    EXPECT_EQ(std::distance(begin(left), end(left)), 1);
-    EXPECT_FALSE(has_table(path, "EXT_BIG"));
-    EXPECT_EQ(on(path, {"call", "counttablerecords('BIG')"}).out, "300000\n");
 }
 
 }  // namespace

@@ -1,198 +1,172 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <memory>
-#include <stdexcept>
 
-#include "dbf/header.h"
-#include "host/text.h"
 #include "tool/catalog.h"
 #include "tool/commands.h"
-#include "tool/confirm.h"
-#include "tool/counted.h"
+#include "tool/encoding.h"
 #include "tool/interrupt.h"
-#include "tool/json.h"
-#include "tool/output_file.h"
+#include "tool/reading.h"
 #include "tool/say.h"
-#include "tool/transfer/export_check.h"
-#include "tool/transfer/supervised.h"
-#include "tool/transfer/undo.h"
-#include "zmfbconn/database.h"
-#include "zmfbconn/methods.h"
+#include "tool/terminal.h"
+#include "tool/transfer/export_run.h"
+#include "tool/transfer/manifest.h"
+#include "zmfbconn/cancel.h"
+#include "zmfbconn/dbf/code_page.h"
 
 namespace zmfb::tool {
 namespace {
 
 namespace fs = std::filesystem;
 
-struct Given {
+struct Given : ExportOptions {
     std::vector<std::string> tables;
-    std::string folder = ".";
-    bool yes = false;
-    bool keep_data_file = false;
+    bool all = false;
+    std::string format_name = "dbase3";
+    std::string query, table;
+    std::string columns;
+    std::vector<std::string> renamed;
+    WantedRows wanted;
 };
 
-// Makes a folder the current one while it lives.
-class InFolder {
-  public:
-    explicit InFolder(const fs::path& folder) : before_(fs::current_path()) { fs::current_path(folder); }
-    ~InFolder() {
-        std::error_code ignored;
-        fs::current_path(before_, ignored);
+[[noreturn]] void usage(const std::string& message, const std::string& detail = {}) {
+    throw Failure{Exit::usage, message, detail};
+}
+
+// Parted at the commas that do not stand between double quotes.
+std::vector<std::string> list_of(const std::string& text) {
+    std::vector<std::string> parts;
+    bool quoted = false;
+    for (const char c : text) {
+        if (parts.empty()) parts.emplace_back();
+        if (c == '"') quoted = !quoted;
+        if (c == ',' && !quoted) {
+            parts.emplace_back();
+        } else {
+            parts.back() += c;
+        }
     }
-    InFolder(const InFolder&) = delete;
-    InFolder& operator=(const InFolder&) = delete;
+    return parts;
+}
+
+void check_query(const Given& given) {
+    if (given.table.empty()) usage("--table names the file of what --query gives");
+    if (!given.tables.empty() || given.all) usage("--query goes without tables");
+    if (!given.wanted.columns.empty() || !given.wanted.where.empty() || !given.wanted.order.empty())
+        usage("--columns, --where and --order are for tables; the query has its own");
+}
+
+void check(Given& given) {
+    if (given.format_name == "foxpro") given.format = dbf::Format::foxpro;
+    if (given.format_name == "vfp") given.format = dbf::Format::visual_foxpro;
+    given.wanted.columns = list_of(given.columns);
+    for (const std::string& rename : given.renamed) {
+        const std::size_t at = rename.find('=');
+        if (at == std::string::npos || at == 0 || at + 1 == rename.size())
+            usage(fmt::format("--rename {}: not OLD=NEW", rename));
+        const std::string name = typed_name(rename.substr(at + 1)).text();
+        if (!given.renames.emplace(typed_name(rename.substr(0, at)).bytes(), name).second)
+            usage(fmt::format("--rename {}: another one names that column", rename));
+    }
+    if (!given.encoding.empty() && !dbf::ToUtf8(given.encoding).known()) {
+        usage(fmt::format("there is no encoding {}", given.encoding),
+              "\"iconv -l\" lists them; old DOS files are mostly CP437 or CP850.");
+    }
+    if (!given.query.empty()) return check_query(given);
+    if (!given.table.empty()) usage("--table goes with --query");
+    if (given.tables.empty() == !given.all) usage("name tables, or give --all, or a --query");
+}
+
+// As far as it is known without reading the rows; only a person who looks on wants to know.
+std::uint64_t expected_records(zmFBConn& connection, const ExportTable& table, const WantedRows& wanted) {
+    if (!output_is_terminal() || !wanted.where.empty()) return 0;
+    const TableKind kind = table.of_driver ? TableKind::driver : TableKind::foreign;
+    return records_of(connection, {table.name, kind}).value_or(0);
+}
+
+// Writes one file after another, all of one moment.
+class Run {
+  public:
+    Run(Session& session, const Given& given)
+        : session_(session), given_(given), connection_(session.connection_to_any()) {}
+
+    Exit run() try {
+        const std::vector<ExportTable> tables = tables_meant();
+        set_database_encoding(connection_, encoding_name());
+        Transaction work(connection_, Access::read_only);
+        if (!given_.query.empty())
+            attempt(given_.table, [&] { write(work, {given_.table, given_.table, given_.query, {}}, 0); });
+        for (const ExportTable& table : tables) {
+            if (interrupted()) break;
+            attempt(table.file_name, [&] {
+                write(work, export_source(connection_, table, given_.wanted),
+                      expected_records(connection_, table, given_.wanted));
+            });
+        }
+        check_renames();
+        if (status_ == Exit::ok && !given_.manifest.empty()) write_manifest(given_.manifest, so_far_.entries);
+        return status_;
+    } catch (const SqlError& error) {
+        throw_failure(connection_, error, "the export cannot begin");
+    }
 
   private:
-    fs::path before_;
+    std::vector<ExportTable> tables_meant() {
+        std::vector<ExportTable> tables;
+        if (given_.all) tables = all_tables(connection_);
+        for (const std::string& given : given_.tables) {
+            attempt(given, [&] {
+                std::ranges::move(tables_meant_by(connection_, given), std::back_inserter(tables));
+            });
+        }
+        return tables;
+    }
+    void write(Transaction& work, const ExportSource& source, std::uint64_t expected) try {
+        log_query(connection_, source.query);
+        export_file(session_, work, source, given_, expected, so_far_);
+    } catch (const SqlError& error) {
+        throw_failure(connection_, error, fmt::format("{} was not exported", source.shown));
+    }
+    // Goes on after one that was refused.
+    template <class Work>
+    void attempt(const std::string& shown, const Work& work) try {
+        work();
+    } catch (const Failure& failure) {
+        if (interrupted()) return end_interrupted(shown);
+        print_failure(failure);
+        status_ = failure.status;
+    } catch (const Cancelled&) {
+        end_interrupted(shown);
+    }
+    void check_renames() {
+        if (status_ != Exit::ok || so_far_.unused_renames.empty()) return;
+        const auto& [from, to] = *so_far_.unused_renames.begin();
+        print_error(fmt::format("there is no column {0}, which --rename {0}={1} names", from, to));
+        status_ = Exit::failed;
+    }
+    void end_interrupted(const std::string& shown) {
+        print_error(fmt::format("the export of {} was interrupted, and undone", shown));
+        status_ = ending_status();
+    }
+
+    Session& session_;
+    const Given& given_;
+    zmFBConn& connection_;
+    ExportedSoFar so_far_{given_.renames, {}};
+    Exit status_ = Exit::ok;
 };
 
-// A folder beside the file to be, so that a finished file takes its name in one go.
-fs::path make_private_folder(const fs::path& beside) {
-    std::string name = (fs::absolute(beside) / ".zmfb-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
-        throw Failure{Exit::failed, fmt::format("cannot write into {}", beside.string())};
-    }
-    return name;
-}
-
-// A file that is not there, or is no DBF file, has none.
-std::int64_t record_count(const fs::path& dbf) {
-    try {
-        return static_cast<std::int64_t>(dbf::read_header(*dbf::open_file(dbf.string())).records);
-    } catch (const std::runtime_error&) {
-        return 0;
-    }
-}
-
-// The table, when the method can name it and its columns without quotes.
-std::string nameable_table(zmFBConn& connection, const std::string& table) {
-    const Name name = existing_name(connection, table);
-    const auto refuse = [&](const std::string& reason) {
-        throw Failure{Exit::failed, fmt::format("{} cannot be exported", name.shown()), reason};
-    };
-    std::vector<Name> all = column_names_of(connection, name);
-    all.push_back(name);
-    const auto odd = std::ranges::find(all, false, &Name::is_plain);
-    if (odd != all.end()) refuse(fmt::format("{}: {}", odd->shown(), plain_names_only));
-    const std::vector<Name> reserved = reserved_among(connection, all);
-    if (!reserved.empty()) refuse(joined(reserved) + ": reserved words");
-    return name.bytes();
-}
-
-void report_check(const std::string& table, const ExportCheck& check) {
-    if (check.refusals.empty()) {
-        for (const std::string& warning : check.warnings) say("warning: {}: {}\n", table, warning);
-        return;
-    }
-    std::string reasons;
-    for (const std::string& refusal : check.refusals) reasons += refusal + "\n";
-    throw Failure{Exit::failed, fmt::format("{} cannot be exported", table), reasons};
-}
-
-// Writes the file into the private folder; returns the seconds it took.
-double write_file(Session& session, const std::string& name, const fs::path& folder) {
-    const auto start = std::chrono::steady_clock::now();
-    const std::size_t raised_before = session.raised().size();
-    const InFolder here(folder);
-    if (!session.connection()(m::exiletable, name)) {
-        const std::string said = last_engine_message();
-        const bool silent = session.raised().size() == raised_before && said.empty();
-        throw Failure{Exit::failed, fmt::format("{} was not exported", name),
-                      silent ? "The file could not be written." : said};
-    }
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-Exit export_in_child(Session& session, const Reports& reports, const Given& given, const std::string& table) {
-    zmFBConn& connection = session.connection();
-    const std::string upper = nameable_table(connection, table);
-    const std::string name = host::upper(table).string() == upper ? table : upper;
-    const Structure structure = connection(m::filterrddfields, connection(m::gettablestruct, upper));
-    if (structure.empty()) throw Failure{Exit::failed, fmt::format("{} has no columns of its own", table)};
-    report_check(upper, check_export(connection, upper, structure));
-
-    const fs::path target = fs::path(given.folder) / (name + ".dbf");
-    const fs::path place = place_of_file(target);
-    if (place.empty())
-        throw Failure{Exit::failed, fmt::format("cannot write {}: it is no file", target.string())};
-    if (fs::exists(target) && !given.yes && !confirm(fmt::format("Replace {}?", target.string()))) {
-        throw Failure{Exit::failed, fmt::format("{} is there already", target.string()),
-                      "Nothing was changed. --yes replaces it without asking."};
-    }
-    drop_leftover(connection, "EXT_" + upper);
-    const fs::path folder = make_private_folder(place.parent_path());
-    reports.send("folder " + folder.string());
-    const std::string data_file = connection(m::getfullpathdatfile);
-    reports.send("data " + data_file);
-    reports.send("external EXT_" + upper);
-    const double seconds = write_file(session, name, folder);
-    const auto rows = connection(m::counttablerecords, name);
-    const std::int64_t records = record_count(folder / (name + ".dbf"));
-    if (rows != records) {
-        throw Failure{Exit::failed, fmt::format("{} was not exported: the file has {} records, the table {}",
-                                                table, records, rows)};
-    }
-    const std::string written = target.lexically_normal().string();
-    std::error_code problem;
-    fs::rename(folder / (name + ".dbf"), place, problem);
-    if (problem) throw Failure{Exit::failed, fmt::format("cannot write {}: {}", written, problem.message())};
-    if (session.options().json) {
-        Json json{{"table", upper},
-                  {"file", written},
-                  {"records", records},
-                  {"fields", structure.size()},
-                  {"seconds", seconds}};
-        if (given.keep_data_file) json["data_file"] = data_file;
-        fmt::print("{}\n", json_line(json));
-    } else {
-        fmt::print("{} -> {}: {}, {}, {:.2f} s\n", upper, written, counted(records, "record", "records"),
-                   counted(structure.size(), "field", "fields"), seconds);
-    }
-    return Exit::ok;
-}
-
-void note_begun(std::string_view line, Begun& begun) {
-    const std::string value(line.substr(std::min(line.size(), line.find(' ') + 1)));
-    if (line.starts_with("folder ")) begun.folder = value;
-    if (line.starts_with("data ")) begun.data_file = value;
-    if (line.starts_with("external ")) begun.external = value;
-}
-
-// The process of one table: watches the work and clears up behind it.
-Exit export_one(const Options& options, const Given& given, const std::string& table) {
-    Begun begun;
-    const Ended ended = supervise(
-        options,
-        [&](Session& session, const Reports& reports) {
-            return export_in_child(session, reports, given, table);
-        },
-        [&](std::string_view line) { note_begun(line, begun); });
-    if (!ended.returned) {
-        begin_undoing();
-        return undo_and_tell(
-            options, {fmt::format("the export of {}", table), fmt::format("{} was not exported", table)},
-            ended, begun);
-    }
-    if (given.keep_data_file) {
-        if (!options.json) fmt::print("data file: {}\n", begun.data_file);
-        begun.data_file.clear();
-    }
-    remove_files(begun);
-    return ended.status;
-}
-
-Exit export_command(Session& session, const Given& given) {
+Exit export_command(Session& session, Given& given) {
+    check(given);
     session.require_database();
-    session.ask_for_missing_password();
-    if (!fs::is_directory(given.folder)) {
+    if (!fs::is_directory(given.folder))
         throw Failure{Exit::failed, fmt::format("there is no folder {}", given.folder)};
-    }
-    return for_each_apart(
-        given.tables, [&](const std::string& table) { return export_one(session.options(), given, table); });
+    const Exit status = Run(session, given).run();
+    if (status != Exit::ok && !given.manifest.empty() && !interrupted())
+        say("no manifest was written, since not all is in the files\n");
+    return status;
 }
 
 }  // namespace
@@ -202,10 +176,27 @@ void add_export(CommandLine& line) {
     const Subcommand command = line.add(
         line.app(), "export", "Write tables into DBF files", "zmfb --db shop.fdb export customers -o /tmp",
         [given](Session& session) { return export_command(session, *given); });
-    command.option("TABLE", given->tables, "Tables; the file is named as the table is given here").required();
+    command.option("TABLE", given->tables,
+                   "Tables, views, patterns; the file is named as the table is given here");
+    command.flag("--all", given->all, "All tables, in a state of one moment");
+    command.option("--query", given->query, "Write the rows of a SELECT instead").type_name("SQL");
+    command.option("--table", given->table, "Name of the file of a query").type_name("NAME");
     command.option("-o,--output", given->folder, "Folder for the files").with_default();
-    command.flag("--keep-data-file", given->keep_data_file,
-                 "Leave the flat file that the engine wrote under /tmp");
+    command.option("--format", given->format_name, "dBASE III, FoxPro 2 or Visual FoxPro")
+        .one_of({"dbase3", "foxpro", "vfp"})
+        .with_default();
+    command.option("--encoding", given->encoding, "Encoding of the texts in the files, else the database's")
+        .type_name("NAME")
+        .not_empty();
+    command.option("--columns", given->columns, "Only these columns, in this order").type_name("A,B");
+    command.option("--where", given->wanted.where, "Only the rows that fit").type_name("SQL");
+    command.option("--order", given->wanted.order, "Order of the records, else by RECNO").type_name("SQL");
+    command.option("--rename", given->renamed, "Name of a field instead of the column's: OLD=NEW")
+        .type_name("OLD=NEW");
+    command.flag("--lossy", given->lossy, "Convert what the format does not keep, and count it");
+    command.option("--manifest", given->manifest, "List of the files with checksums")
+        .type_name("FILE")
+        .not_empty();
     command.yes(given->yes);
 }
 

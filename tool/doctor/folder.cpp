@@ -15,7 +15,7 @@ Finding folder_finding(const std::filesystem::path& folder, bool on_server) {
     }
     if (access(folder.c_str(), W_OK | X_OK) != 0) {
         return {name, State::bad, fmt::format("{} cannot be written by this user", folder.string()),
-                "bringdbf and exports need it"};
+                "bringdbf and exiletable need it"};
     }
     const bool by_all = (state.st_mode & S_IWOTH) != 0;
     const bool own_files_only = (state.st_mode & S_ISVTX) != 0;

@@ -29,12 +29,13 @@ Progress::~Progress() {
 }
 
 std::string Progress::text(std::uint64_t done) const {
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start_;
+    const double rate = passed.count() > 0 ? static_cast<double>(done) / passed.count() : 0;
+    if (total_ == 0) return fmt::format("{:<10} {} records, {:.0f}/s", doing_, done, rate);
     const std::uint64_t at = std::min(done, total_);
-    const std::size_t filled = total_ == 0 ? 0 : static_cast<std::size_t>(bar_width * at / total_);
+    const auto filled = static_cast<std::size_t>(bar_width * at / total_);
     std::string line = fmt::format("{:<10} [{:-<{}}] {} of {} records", doing_, std::string(filled, '#'),
                                    bar_width, at, total_);
-    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start_;
-    const double rate = passed.count() > 0 ? static_cast<double>(at) / passed.count() : 0;
     if (rate > 0) {
         line += fmt::format(", {:.0f}/s, {:.0f} s left", rate, static_cast<double>(total_ - at) / rate);
     }

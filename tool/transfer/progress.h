@@ -1,4 +1,4 @@
-/// How far an import is, on a terminal.
+/// How far an import or an export is, on a terminal.
 #pragma once
 
 #include <chrono>
@@ -15,7 +15,7 @@ void tell_progress_to(std::function<void(const std::string& line)> whom);
 /// cursor left at its beginning, so that whatever is printed takes its place.
 class Progress {
   public:
-    /// `doing` is what is done: "checking".
+    /// `doing` is what is done: "checking". A `total` of 0 is not known.
     Progress(std::string doing, std::uint64_t total);
     /// Clears what is left of the line.
     ~Progress();

@@ -1,0 +1,13 @@
+# Finds the message digests: the imported target LibMd::LibMd.
+find_path(LibMd_INCLUDE_DIR sha2.h)
+find_library(LibMd_LIBRARY NAMES md)
+
+include(FindPackageHandleStandardArgs)
+find_package_handle_standard_args(LibMd REQUIRED_VARS LibMd_LIBRARY LibMd_INCLUDE_DIR)
+
+if(LibMd_FOUND AND NOT TARGET LibMd::LibMd)
+    add_library(LibMd::LibMd UNKNOWN IMPORTED)
+    set_target_properties(LibMd::LibMd PROPERTIES
+        IMPORTED_LOCATION "${LibMd_LIBRARY}"
+        INTERFACE_INCLUDE_DIRECTORIES "${LibMd_INCLUDE_DIR}")
+endif()

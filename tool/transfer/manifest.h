@@ -1,0 +1,42 @@
+/// The list of the files of an export, by which an import tells that all came back.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace zmfb::tool {
+
+/// One exported table.
+struct ManifestFile {
+    std::string table;   ///< as the database had it, UTF-8
+    std::string file;    ///< the path, from the folder of the manifest on
+    std::string sha256;  ///< of the file
+    std::string memo;    ///< that of its memo file; "" for none
+    std::string memo_sha256;
+    std::uint64_t records = 0;
+    std::string values;  ///< what a ValueSum says of them; "" when some were converted
+
+    bool operator==(const ManifestFile&) const = default;
+};
+
+/// The entry of a file that was just written; its path is put in as it is seen from the manifest. Throws
+/// Failure when the file cannot be read.
+ManifestFile manifest_entry(const std::string& manifest, const std::string& dbf);
+
+/// Writes the list as JSON, in one go. Throws Failure.
+void write_manifest(const std::string& path, const std::vector<ManifestFile>& files);
+/// Throws Failure, which says what is wrong, when the file is none.
+std::vector<ManifestFile> read_manifest(const std::string& path);
+
+/// The path of a file of the list.
+std::string path_by_manifest(const std::string& manifest, const std::string& file);
+
+/// The entry of a file that is named so, wherever it lies; null for none.
+const ManifestFile* entry_of(const std::vector<ManifestFile>& manifest, const std::string& dbf);
+
+/// What differs between the files of `dbf` and what the list says of them, in words that follow a file's
+/// name; "" for nothing. Throws std::system_error.
+std::string manifest_problem(const ManifestFile& entry, const std::string& dbf);
+
+}  // namespace zmfb::tool
