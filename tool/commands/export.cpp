@@ -194,7 +194,7 @@ void add_export(CommandLine& line) {
     command.option("--rename", given->renamed, "Name of a field instead of the column's: OLD=NEW")
         .type_name("OLD=NEW");
     command.flag("--lossy", given->lossy, "Convert what the format does not keep, and count it");
-    command.option("--manifest", given->manifest, "List of the files with checksums")
+    command.option("--manifest", given->manifest, "List of the files with checksums, for import --manifest")
         .type_name("FILE")
         .not_empty();
     command.yes(given->yes);

@@ -24,6 +24,7 @@ struct Given : ImportOptions {
     std::string bad_values = "refuse";
     std::string rejects;
     std::size_t jobs = 1;
+    std::string manifest_file;
 };
 
 [[noreturn]] void usage(const std::string& message, const std::string& detail = {}) {
@@ -55,6 +56,24 @@ void check(Given& given) {
         usage(fmt::format("there is no encoding {}", given.encoding),
               "\"iconv -l\" lists them; old DOS files are mostly CP437 or CP850.");
     }
+}
+
+// All that was exported is to come in.
+std::vector<std::string> files_of_manifest(Given& given) {
+    if (given.append) usage("--manifest and --append go not together");
+    given.manifest = read_manifest(given.manifest_file);
+    std::vector<std::string> files = import_paths(given.files);
+    for (const ManifestFile& entry : *given.manifest) {
+        if (given.files.empty()) {
+            files.push_back(path_by_manifest(given.manifest_file, entry.file));
+        } else if (std::ranges::none_of(files, [&](const std::string& file) {
+                       return entry_of(*given.manifest, file) == &entry;
+                   })) {
+            throw Failure{Exit::failed,
+                          fmt::format("{} was exported, and is not among the files", entry.file)};
+        }
+    }
+    return files;
 }
 
 // The table at the end of a run of several files.
@@ -107,7 +126,9 @@ Exit import_command(Session& session, Given& given) {
     session.require_database();
     session.ask_for_missing_password();
     LineInput::standard().read_only_lines();
-    const std::vector<std::string> files = import_paths(given.files);
+    if (given.files.empty() && given.manifest_file.empty()) usage("name a file, or a --manifest");
+    const std::vector<std::string> files =
+        given.manifest_file.empty() ? import_paths(given.files) : files_of_manifest(given);
     if (given.names.table.empty() && std::ranges::count(files, standard_input) > 0)
         usage("--table names the table of what is read from standard input");
     if ((!given.names.table.empty() || !given.set_aside.empty()) && files.size() != 1)
@@ -123,8 +144,10 @@ void add_import(CommandLine& line) {
     const Subcommand command = line.add(
         line.app(), "import", "Bring DBF files in as tables", "zmfb --db shop.fdb import customers.dbf",
         [given](Session& session) { return import_command(session, *given); });
-    command.option("FILE", given->files, "DBF files, folders of them, patterns; - for standard input")
-        .required();
+    command.option("FILE", given->files, "DBF files, folders of them, patterns; - for standard input");
+    command.option("--manifest", given->manifest_file, "Bring in what that export wrote, and compare it")
+        .type_name("FILE")
+        .not_empty();
     command.flag("--dry-run", given->dry_run, "Only say what would be made, and what would be refused");
     command.flag("--skip-deleted", given->skip_deleted, "Leave deleted records out");
     command.flag("--mark-deleted", given->names.marks_deleted,

@@ -25,6 +25,7 @@
 #include "tool/transfer/replacing.h"
 #include "tool/transfer/set_aside.h"
 #include "tool/transfer/turn.h"
+#include "tool/transfer/verify.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/dbf/records.h"
 #include "zmfbconn/methods.h"
@@ -57,6 +58,7 @@ class Import {
         refuse();
         ask();
         load();
+        verify();
         report_.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
         print_summary(report_, session_.options().json);
     }
@@ -78,6 +80,7 @@ class Import {
 
     void plan();
     void plan_records();
+    void plan_manifest();
     void plan_existing();
     void look();
     void plan_set_aside();
@@ -87,6 +90,7 @@ class Import {
     [[nodiscard]] std::string what_goes() const;
     void load();
     void replace();
+    void verify();
     void send(Transaction& work, const std::string& table);
     [[nodiscard]] std::vector<DriverColumn> columns() const;
     void set_aside();
@@ -105,14 +109,15 @@ class Import {
     DbfSource source_;
     ImportPlan plan_;
     ImportReport report_;
-    std::vector<Name> views_;           // those that go with the table that is there
-    std::vector<std::uint64_t> aside_;  // the numbers of the records that are set aside
-    Belongings belongings_;             // of the table that is there
-    std::optional<ImportHold> hold_;    // on what is loaded
-    std::string beside_;                // what is loaded beside it; "" for nothing
-    bool is_whole_beside_ = false;      // and is to come into the table, which was dropped
-    bool is_begun_ = false;             // and it may have to be dropped
-    bool has_set_aside_ = false;        // and there may be files of them
+    const ManifestFile* exported_ = nullptr;  // what is known of the file when it was exported
+    std::vector<Name> views_;                 // those that go with the table that is there
+    std::vector<std::uint64_t> aside_;        // the numbers of the records that are set aside
+    Belongings belongings_;                   // of the table that is there
+    std::optional<ImportHold> hold_;          // on what is loaded
+    std::string beside_;                      // what is loaded beside it; "" for nothing
+    bool is_whole_beside_ = false;            // and is to come into the table, which was dropped
+    bool is_begun_ = false;                   // and it may have to be dropped
+    bool has_set_aside_ = false;              // and there may be files of them
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
@@ -135,6 +140,30 @@ void Import::plan() {
     }
     for (const std::string& note : plan_.notes) report_.notes.push_back(note);
     plan_records();
+    if (options_.manifest) plan_manifest();
+}
+
+void Import::plan_manifest() {
+    exported_ = entry_of(*options_.manifest, report_.file);
+    const std::string problem =
+        exported_ == nullptr ? "is not in the manifest" : manifest_problem(*exported_, report_.file);
+    if (!problem.empty()) plan_.refusals.push_back(fmt::format("{} {}", report_.file, problem));
+}
+
+// The table stays as it is: what differs can be looked for in it.
+void Import::verify() {
+    if (exported_ == nullptr) return;
+    const std::string differs =
+        difference(connection_, plan_.table, plan_.columns, source_.header, *exported_);
+    if (!differs.empty()) {
+        throw Failure{Exit::failed,
+                      fmt::format("{} was imported, but does not hold what was exported", report_.file),
+                      differs};
+    }
+    report_.notes.push_back(
+        exported_->values.empty()
+            ? "as many records as were exported; values were converted then, and not compared"
+            : "the records and values that were exported");
 }
 
 void Import::plan_records() {

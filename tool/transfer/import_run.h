@@ -6,6 +6,7 @@
 
 #include "tool/session.h"
 #include "tool/transfer/import_plan.h"
+#include "tool/transfer/manifest.h"
 #include "tool/transfer/rejects.h"
 
 namespace zmfb::tool {
@@ -25,7 +26,8 @@ struct ImportOptions {
     std::string encoding;
     WantedNames names;
     OnBadValue on_bad_value = OnBadValue::refuse;
-    std::string set_aside;  ///< the file for such records; "" for TABLE.bad.dbf
+    std::string set_aside;                              ///< the file for such records; "" for TABLE.bad.dbf
+    std::optional<std::vector<ManifestFile>> manifest;  ///< of the export that the files come from
 };
 
 /// What files of one run share.
