@@ -37,7 +37,6 @@ struct State {
     std::atomic<int> control_c = end_of_the_tool;
     std::atomic<bool> waits = false;  // the main thread, in a system call
     bool undoing = false;
-    pid_t passed_on_to = 0;
 };
 
 // Made anew in a forked process, where the mutex may stand as the other thread had it; never destroyed, since
@@ -97,11 +96,7 @@ void end_on(int signal) {
     }
     const bool attached = cancel();
     wake_main_thread();
-    if (state->passed_on_to != 0) {
-        ::kill(state->passed_on_to, signal);
-    } else {
-        ::alarm(attached ? with_a_database : without_a_database);
-    }
+    ::alarm(attached ? with_a_database : without_a_database);
 }
 
 void take(int signal) {
@@ -164,14 +159,6 @@ void begin_undoing() {
     state->undoing = true;
     resume();
     if (state->control_c == end_of_the_tool) ::alarm(for_undoing);
-}
-
-void pass_signals_on_to(pid_t process) {
-    const std::lock_guard lock(state->mutex);
-    state->passed_on_to = process;
-    if (process == 0 || state->ending == 0) return;
-    ::alarm(0);
-    ::kill(process, state->ending);
 }
 
 ControlC::ControlC(Second second) : before_(state->control_c) {

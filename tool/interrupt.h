@@ -37,8 +37,6 @@ void require_uninterrupted();
 /// From now on statements are run again, to undo things or to look at what is done; a process that is to end
 /// is given a minute for that.
 void begin_undoing();
-/// Has the signals passed on to the child `process`, who has its own time to end, or to nobody (0).
-void pass_signals_on_to(pid_t process);
 
 /// While it lives, Ctrl-C ends what runs, and not the tool.
 class ControlC {
