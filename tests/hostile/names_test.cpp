@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* other_password = "anna";
 
-/// `text` in quotes of SQL.
+// `text` in quotes of SQL.
 std::string in_quotes(const std::string& text, char quote) {
     std::string all(1, quote);
     for (const char c : text) all.append(c == quote ? 2 : 1, c);
@@ -63,13 +63,13 @@ const std::vector<std::string> hostile_names{
     "T WHERE GEN_ID(G_T_I,999999)>0;",
 };
 
-/// Typed without quotes they mean another object, which the owner may change.
+// Typed without quotes they mean another object, which the owner may change.
 bool means_another(const std::string& name) {
     static const std::set<std::string> names{" VICTIM", "victim", "Victim", "g_t_i"};
     return names.contains(name);
 }
 
-/// What the engine's own tables and the tables of the owner have in them, by kind.
+// What the engine's own tables and the tables of the owner have in them, by kind.
 using Snapshot = std::map<std::string, Rows>;
 
 const std::vector<std::pair<std::string, std::string>> snapshot_queries{
@@ -154,7 +154,7 @@ class HostileNames : public Tool {
         return all;
     }
 
-    /// Runs the tool as the owner, and expects it to change nothing.
+    // Runs the tool as the owner, and expects it to change nothing.
     Finished expect_no_change(const std::vector<std::string>& words, const std::string& input = "") {
         const Finished run = on(path, words, input);
         ++commands_;
@@ -163,11 +163,12 @@ class HostileNames : public Tool {
         expect_as_before(words);
         return run;
     }
-    /// Runs what makes a table of a name of its own, and expects all to be as before when that is dropped.
+    // Runs what makes a table of a name of its own, and expects all to be as before when that is dropped.
     void expect_a_table_beside(const std::vector<std::string>& words) {
         const Finished run = on(path, words);
         ++commands_;
         EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ((run.out + run.err).find('\x1b'), std::string::npos) << run.out << run.err;
         const Rows made = missing(snapshot().at("relations"), before.at("relations"));
         ASSERT_EQ(made.size(), 1U) << show(words) << run.out;
         ASSERT_EQ(on(path, {"drop", "--yes", made[0][0]}).status, 0) << made[0][0];
@@ -181,7 +182,7 @@ class HostileNames : public Tool {
         }
     }
 
-    /// Runs the command line of a hint as a shell takes it.
+    // Runs the command line of a hint as a shell takes it.
     Finished follow(const std::string& hint) {
         ++hints_;
         return run({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "-C", file(""),
@@ -190,7 +191,7 @@ class HostileNames : public Tool {
                     path});
     }
 
-    /// The rows of one that the other has not; both are sorted.
+    // The rows of one that the other has not; both are sorted.
     static Rows missing(const Rows& one, const Rows& other) {
         Rows found;
         std::ranges::set_difference(one, other, std::back_inserter(found));
@@ -222,8 +223,8 @@ class HostileNames : public Tool {
     std::size_t compared_ = 0;
 };
 
-/// Every kind of object under every name; tables with all that a half-made table of the driver has, and its
-/// description.
+// Every kind of object under every name; tables with all that a half-made table of the driver has, and its
+// description.
 void HostileNames::make_hostile_objects() const {
     std::string script = "create table COLUMNS (A char(5)";
     for (const std::string& name : hostile_names) script += ", " + quoted(name) + " char(5)";
@@ -327,7 +328,7 @@ TEST_F(HostileNames, TheShellOffersAndTakesThemAsNames) {
     print_counts();
 }
 
-/// The command in a hint; "" when there is none.
+// The command in a hint; "" when there is none.
 std::string hint_in(const std::string& text) {
     constexpr std::string_view mark = "hint: zmfb ";
     const std::size_t at = text.find(mark);

@@ -8,6 +8,7 @@
 #include "tool/interrupt.h"
 #include "tool/line_input.h"
 #include "tool/name.h"
+#include "tool/rows/shown_text.h"
 #include "tool/text_table.h"
 #include "tool/transfer/dbf_source.h"
 #include "tool/transfer/import_files.h"
@@ -83,7 +84,7 @@ void print_files(const std::vector<ImportedFile>& files) {
         shown.add({one.file, one.table, std::to_string(one.records), std::to_string(one.changes),
                    std::to_string(one.bad_values), one.refused ? "refused" : ""});
     }
-    fmt::print("\n{}", shown.text());
+    fmt::print("\n{}", lines_without_controls(shown.text()));
 }
 
 // Goes on after a file that was refused, not after one that was interrupted.

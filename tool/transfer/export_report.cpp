@@ -4,6 +4,7 @@
 
 #include "tool/counted.h"
 #include "tool/json.h"
+#include "tool/rows/shown_text.h"
 
 namespace zmfb::tool {
 namespace {
@@ -51,13 +52,14 @@ void print_summary(const ExportReport& report, bool as_json_line) {
         fmt::print("{}\n", json_line(as_json(report)));
         return;
     }
-    fmt::print("{} -> {}: {}, {}, {:.2f} s\n", report.table, report.file,
-               counted(report.records, "record", "records"), counted(report.fields.size(), "field", "fields"),
-               report.seconds);
+    std::string lines = fmt::format("{} -> {}: {}, {}, {:.2f} s\n", report.table, report.file,
+                                    counted(report.records, "record", "records"),
+                                    counted(report.fields.size(), "field", "fields"), report.seconds);
     for (const dbf::Converted& one : report.converted) {
-        fmt::print("{} of {} {}\n", counted(one.count, "value", "values"), report.fields[one.field].name,
-                   became(one.loss));
+        lines += fmt::format("{} of {} {}\n", counted(one.count, "value", "values"),
+                             report.fields[one.field].name, became(one.loss));
     }
+    fmt::print("{}", lines_without_controls(lines));
 }
 
 }  // namespace zmfb::tool

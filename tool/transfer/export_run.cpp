@@ -13,6 +13,7 @@
 #include "tool/encoding.h"
 #include "tool/interrupt.h"
 #include "tool/output_file.h"
+#include "tool/rows/shown_text.h"
 #include "tool/say.h"
 #include "tool/transfer/export_report.h"
 #include "tool/transfer/progress.h"
@@ -143,7 +144,8 @@ void Export::plan(const std::vector<Column>& columns) {
         for (const std::string& refusal : refusals_) reasons += refusal + "\n";
         throw Failure{Exit::failed, fmt::format("{} cannot be exported", source_.shown), reasons, hint_};
     }
-    for (const std::string& warning : report_.warnings) say("warning: {}: {}\n", source_.shown, warning);
+    for (const std::string& warning : report_.warnings)
+        say("warning: {}\n", without_controls(source_.shown + ": " + warning));
     report_.fields = fields;
 }
 

@@ -19,6 +19,7 @@
 #include "tool/interrupt.h"
 #include "tool/json.h"
 #include "tool/output.h"
+#include "tool/rows/shown_text.h"
 #include "tool/say.h"
 #include "tool/terminal.h"
 #include "tool/transfer/import_worker.h"
@@ -30,7 +31,7 @@ constexpr int tick_milliseconds = 100;
 // More than a worker takes to end itself: it was stopped.
 constexpr std::chrono::seconds patience{30};
 
-/// A number that all processes see.
+// A number that all processes see.
 class SharedNumber {
   public:
     using Number = std::atomic<std::size_t>;
@@ -49,15 +50,16 @@ class SharedNumber {
     Number* number_;
 };
 
-/// A line for each file at work, at the foot of the terminal. The cursor is left at the beginning of the
-/// first, so that whatever is printed takes their place.
+// A line for each file at work, at the foot of the terminal. The cursor is left at the beginning of the
+// first, so that whatever is printed takes their place.
 class Foot {
   public:
     explicit Foot(bool shown) : shown_(shown) {}
     [[nodiscard]] bool is_shown() const { return shown_; }
     void show(const std::vector<std::string>& lines) const {
         if (!shown_ || lines.empty()) return;
-        for (const std::string& line : lines) fmt::print("{}\033[K\n", line.substr(0, terminal_width() - 1));
+        for (const std::string& line : lines)
+            fmt::print("{}\033[K\n", without_controls(line).substr(0, terminal_width() - 1));
         fmt::print("\033[J\033[{}A", lines.size());
         std::fflush(stdout);
     }
@@ -71,7 +73,7 @@ class Foot {
     bool shown_;
 };
 
-/// A worker as the process that started it sees it.
+// A worker as the process that started it sees it.
 struct Running {
     ImportWorker worker;
     std::string pending = {};    // of its reports
@@ -83,7 +85,7 @@ struct Running {
     static constexpr std::size_t nothing = static_cast<std::size_t>(-1);
 };
 
-/// What is to be told of a file when those before it are told.
+// What is to be told of a file when those before it are told.
 struct Done {
     ImportedFile told;
     Exit status = Exit::ok;

@@ -7,6 +7,7 @@
 #include "tool/counted.h"
 #include "tool/json.h"
 #include "tool/output.h"
+#include "tool/rows/shown_text.h"
 #include "tool/text_table.h"
 
 namespace zmfb::tool {
@@ -69,6 +70,9 @@ std::string head(const ImportReport& report) {
                        counted(report.columns.size(), "field", "fields"));
 }
 
+// Names of files and fields can hold what a terminal obeys.
+void print_lines(const std::string& lines) { fmt::print("{}", lines_without_controls(lines)); }
+
 }  // namespace
 
 void print_summary(const ImportReport& report, bool as_json_line) {
@@ -77,7 +81,7 @@ void print_summary(const ImportReport& report, bool as_json_line) {
         json["seconds"] = report.seconds;
         fmt::print("{}\n", json_line(json));
     } else {
-        fmt::print("{}, {:.2f} s\n{}", head(report), report.seconds, notes(report, true));
+        print_lines(fmt::format("{}, {:.2f} s\n{}", head(report), report.seconds, notes(report, true)));
     }
 }
 
@@ -93,7 +97,7 @@ void print_plan(const ImportReport& report, bool as_json_line, bool possible) {
     } else {
         TextTable columns({{"column"}, {"type"}});
         for (const auto& [name, type] : report.columns) columns.add({name, type});
-        fmt::print("{}\n{}{}", head(report), columns.text(), notes(report, false));
+        print_lines(fmt::format("{}\n{}{}", head(report), columns.text(), notes(report, false)));
         if (!report.replaces.empty()) fmt::print("{} would be dropped\n", report.replaces);
         if (possible) fmt::print("nothing was changed; the import would work\n");
     }

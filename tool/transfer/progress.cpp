@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "tool/interrupt.h"
+#include "tool/rows/shown_text.h"
 #include "tool/terminal.h"
 
 namespace zmfb::tool {
@@ -48,7 +49,7 @@ void Progress::at(std::uint64_t done) {
     if (now - shown_ < between_two || (!told_to && !output_is_terminal())) return;
     shown_ = now;
     if (told_to) return told_to(text(done));
-    fmt::print("{}\033[K\r", text(done).substr(0, terminal_width() - 1));
+    fmt::print("{}\033[K\r", without_controls(text(done)).substr(0, terminal_width() - 1));
     std::fflush(stdout);
 }
 
