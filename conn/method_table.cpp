@@ -21,7 +21,7 @@ using host::Method;
 using host::Variable;
 using host::Visibility;
 
-/// The rows of all folders, a property's access row before its assign row.
+// The rows of all folders, a property's access row before its assign row.
 template <class Row, std::size_t Count>
 constexpr std::array<Row, Count> in_order(std::span<const std::span<const Row>> lists) {
     std::array<Row, Count> rows{};

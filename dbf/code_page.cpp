@@ -31,7 +31,7 @@ constexpr LanguageByte languages[] = {
 
 bool is_letter_or_digit(char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); }
 
-/// "ANSI 1252" as "ansi1252": words with what is neither a letter nor a digit left out.
+// "ANSI 1252" as "ansi1252": words with what is neither a letter nor a digit left out.
 std::string bare(std::string_view words) {
     std::string made = lower(words);
     made.erase(std::remove_if(made.begin(), made.end(), [](char c) { return !is_letter_or_digit(c); }),
@@ -41,7 +41,7 @@ std::string bare(std::string_view words) {
 
 bool is_known(const std::string& name) { return !name.empty() && ToUtf8(name).known(); }
 
-/// The number behind one of the words that a code page is written with.
+// The number behind one of the words that a code page is written with.
 std::string number_behind(std::string_view text, std::initializer_list<std::string_view> words) {
     for (const std::string_view word : words) {
         if (!text.starts_with(word)) continue;

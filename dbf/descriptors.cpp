@@ -19,7 +19,7 @@ constexpr std::size_t dbase7_prolog = 68;
 constexpr std::size_t dbase7_descriptor = 48;
 constexpr std::size_t dbase7_name = 32;
 
-/// Up to a zero byte, behind which anything may stand, without blanks around it.
+// Up to a zero byte, behind which anything may stand, without blanks around it.
 std::string name_in(std::string_view bytes) {
     bytes = bytes.substr(0, bytes.find('\0'));
     const std::size_t first = std::min(bytes.find_first_not_of(' '), bytes.size());

@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t database_name_size = 263;
 constexpr std::uint64_t most_marks = 256;
 
-/// How well a way fits.
+// How well a way fits.
 struct Look {
     bool marks = false;   ///< each of the first records begins with a deletion mark
     bool length = false;  ///< the file ends behind the last record, or the byte that says so follows
@@ -34,7 +34,7 @@ Look look_at(const Source& file, const Fit& way, std::uint64_t records) {
     return look;
 }
 
-/// Where records begin behind such descriptions, as far as is usual: some programs write a zero byte more.
+// Where records begin behind such descriptions, as far as is usual: some programs write a zero byte more.
 std::vector<std::uint64_t> usual_starts(const Source& file, const Described& described, Dialect dialect) {
     const std::uint64_t end = described.end + (described.ended ? 1 : 0);
     std::vector<std::uint64_t> starts{end};
@@ -43,7 +43,7 @@ std::vector<std::uint64_t> usual_starts(const Source& file, const Described& des
     return starts;
 }
 
-/// The ways there are, the announced one first.
+// The ways there are, the announced one first.
 std::vector<Fit> ways(const Described& described, const std::vector<std::uint64_t>& usual,
                       const Announced& announced) {
     std::vector<std::uint64_t> starts{announced.start};

@@ -83,8 +83,8 @@ class Reading {
     }
 
   private:
-    /// By the first byte, but where the rest is plainly a header with descriptions of 32 bytes: programs have
-    /// bytes of their own, and FoxBASE and dBASE IV have those of dBASE II and 7.
+    // By the first byte, but where the rest is plainly a header with descriptions of 32 bytes: programs have
+    // bytes of their own, and FoxBASE and dBASE IV have those of dBASE II and 7.
     Dialect find_dialect() {
         const std::optional<Dialect> dialect = dialect_of(header_.first_byte);
         const bool other = !dialect || *dialect == Dialect::dbase2 || *dialect == Dialect::dbase7;
@@ -99,7 +99,7 @@ class Reading {
             {fmt::format("is not a DBF file: none begins with the byte {:02X}", header_.first_byte)});
     }
 
-    /// Whether the sizes, the end of the descriptions, their types and the marks of the records say the same.
+    // Whether the sizes, the end of the descriptions, their types and the marks of the records say the same.
     [[nodiscard]] bool agrees_as_dbase3() const {
         if (beginning_.size() < prolog_size) return false;
         const Sizes sizes = read_sizes(beginning_);
@@ -128,8 +128,8 @@ class Reading {
         return {sizes.header, sizes.record, sizes.records};
     }
 
-    /// The descriptions within the header; when nothing ends them there, those up to an end behind it if they
-    /// make records of the announced size.
+    // The descriptions within the header; when nothing ends them there, those up to an end behind it if they
+    // make records of the announced size.
     Described describe(const Announced& announced) {
         const auto limit = static_cast<std::size_t>(announced.start);
         Described within = read_descriptions(beginning_, limit, header_.dialect);
@@ -200,7 +200,7 @@ class Reading {
         }
     }
 
-    /// How many of the next `most` records begin with a deletion mark.
+    // How many of the next `most` records begin with a deletion mark.
     std::uint64_t count_behind(std::uint64_t most) const {
         Header behind = header_;
         behind.start += header_.records * header_.record_size;

@@ -39,7 +39,7 @@ void sync_folder(const std::string& place) {
     ::close(folder);
 }
 
-/// Files that stand aside under other names while new ones take theirs.
+// Files that stand aside under other names while new ones take theirs.
 class Aside {
   public:
     Aside() = default;
@@ -69,7 +69,7 @@ class Aside {
     std::vector<std::pair<std::string, std::string>> files_;
 };
 
-/// New files that have taken their names, and lose them again.
+// New files that have taken their names, and lose them again.
 class Placed {
   public:
     Placed() = default;

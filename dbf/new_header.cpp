@@ -77,7 +77,7 @@ std::size_t longest(char type, Format format) {
     return is_foxpro(format) ? longest_foxpro_text : std::numeric_limits<std::uint16_t>::max() - 1;
 }
 
-/// Makes the fields of a file of the new ones, and collects what is wrong with them.
+// Makes the fields of a file of the new ones, and collects what is wrong with them.
 class Fields {
   public:
     Fields(Format format, std::span<const NewField> fields, const std::string& code_page) : format_(format) {

@@ -22,8 +22,8 @@ void put_low_first(char* at, std::size_t size, std::uint64_t number) {
     for (std::size_t i = 0; i < size; ++i) at[i] = static_cast<char>(number >> (8 * i) & 0xFF);
 }
 
-/// Digits of `number`, with as many decimals: rounded half away from zero in `room` when it has more, and
-/// then not whole unless only zeros went.
+// Digits of `number`, with as many decimals: rounded half away from zero in `room` when it has more, and
+// then not whole unless only zeros went.
 bool round_to(Digits& number, std::size_t decimals, std::string& room) {
     if (number.decimals <= decimals) return true;
     const std::size_t excess = number.decimals - decimals;
@@ -44,7 +44,7 @@ bool round_to(Digits& number, std::size_t decimals, std::string& room) {
     return whole;
 }
 
-/// The number in units of the last of so many decimals; none when it is no such integer.
+// The number in units of the last of so many decimals; none when it is no such integer.
 std::optional<std::int64_t> in_units(const Digits& number, int decimals) {
     std::string digits = number.negative ? "-" : "";
     digits += number.digits.empty() ? "0" : number.digits;

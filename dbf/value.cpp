@@ -35,7 +35,7 @@ bool consists_of(std::string_view bytes, char one) {
     return std::all_of(bytes.begin(), bytes.end(), [one](char c) { return c == one; });
 }
 
-/// Takes digits away from the front; whether there were any.
+// Takes digits away from the front; whether there were any.
 bool take_digits(std::string_view& text) {
     const std::size_t size = text.size();
     while (!text.empty() && is_digit(text.front())) text.remove_prefix(1);
@@ -87,7 +87,7 @@ Value read_logical(std::string_view bytes) {
     return Bad{"not a logical"};
 }
 
-/// dBase 7 writes numbers so that they sort as their bytes do: the high byte first, the sign turned.
+// dBase 7 writes numbers so that they sort as their bytes do: the high byte first, the sign turned.
 bool sorts_as_bytes(const Header& header) { return header.dialect == Dialect::dbase7; }
 
 Value read_integer(const Header& header, std::string_view bytes) {
@@ -107,7 +107,7 @@ Value read_real(const Field& field, std::string_view bytes) {
     return real;
 }
 
-/// The time so many milliseconds after the beginning of a day counted from 1970.
+// The time so many milliseconds after the beginning of a day counted from 1970.
 Value timestamp(std::int64_t day, std::int64_t milliseconds) {
     using namespace std::chrono;
     // Asked of the days: a year of the library is too short for what the bytes can say.
@@ -166,7 +166,7 @@ bool is_set(const Header& header, std::optional<int> bit, std::string_view recor
     return at < record.size() && (static_cast<unsigned char>(record[at]) >> (*bit % 8) & 1) != 0;
 }
 
-/// The part of a value of varying length that counts.
+// The part of a value of varying length that counts.
 std::optional<std::string_view> varying(const Header& header, const Field& field, std::string_view bytes,
                                         std::string_view record) {
     if (!is_set(header, field.length_bit, record) || bytes.empty()) return bytes;

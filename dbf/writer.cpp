@@ -155,7 +155,7 @@ struct Writer::State {
         begin_record();
     }
 
-    /// Takes what a function put into the field, which has no value when that is refused.
+    // Takes what a function put into the field, which has no value when that is refused.
     template <class Shown>
     void settle(std::size_t index, Loss loss, const Shown& shown_value) {
         if (header.fields[index].null_bit) put_bit(header, *header.fields[index].null_bit, record(), false);

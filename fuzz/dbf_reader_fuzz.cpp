@@ -52,7 +52,7 @@ void check_header(const dbf::Header& header, std::uint64_t size) {
     require(header.cut_off < header.record_size, "what is cut off is less than a record");
 }
 
-/// What holds of a value by its type.
+// What holds of a value by its type.
 struct Check {
     const std::optional<dbf::MemoFile>& memos;
     std::size_t memo_size;

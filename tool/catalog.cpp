@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::array<std::string_view, 3> system_tables{"RDDSYS_OPN", "RDDSYS_FLK", "RDDSYS_RLK"};
 
-/// A column of the engine's tables, most of which may be NULL.
+// A column of the engine's tables, most of which may be NULL.
 using Text = std::optional<std::string>;
 using Number = std::optional<int>;
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view no_character = "\xEF\xBF\xBD";  // U+FFFD
 
-/// One character of UTF-8 for each byte.
+// One character of UTF-8 for each byte.
 using Characters = std::array<std::string, 256>;
 
 struct Encoding {
@@ -26,7 +26,7 @@ std::unique_ptr<Encoding> chosen;  // null for ISO-8859-1
 std::string chosen_name = "ISO-8859-1";
 constexpr std::string_view utf8_name = "UTF-8";
 
-/// The UTF-8 of one byte; "" when the set has no character for it, or the byte only begins one.
+// The UTF-8 of one byte; "" when the set has no character for it, or the byte only begins one.
 std::string utf8_of(iconv_t converter, char byte) {
     std::array<char, 16> out{};
     char* from = &byte;
@@ -62,7 +62,7 @@ std::optional<char> byte_of(std::string_view character) {
     return static_cast<char>(((lead & 0x03) << 6) | (next & 0x3F));
 }
 
-/// The characters of a single-byte set; null for a name that is not known, or is that of another set.
+// The characters of a single-byte set; null for a name that is not known, or is that of another set.
 std::unique_ptr<Encoding> encoding_named(const std::string& name) {
     // iconv takes options behind a slash.
     const bool is_word = std::ranges::all_of(name, [](char c) { return c > ' ' && c != '/' && c != '\''; });

@@ -10,9 +10,6 @@
 namespace zmfb::tool {
 namespace {
 
-using host::Kind;
-using host::Value;
-
 // Beyond 2^53 a double no longer holds every whole number.
 constexpr double largest_whole = 9007199254740992.0;
 
@@ -31,27 +28,27 @@ Json date_json(host::Date date) {
 
 }  // namespace
 
-Json to_json(const Value& value) {
+Json to_json(const host::Value& value) {
     switch (value.kind()) {
-        case Kind::nil:
+        case host::Kind::nil:
             return nullptr;
-        case Kind::character:
+        case host::Kind::character:
             return to_utf8(value.text());
-        case Kind::numeric:
+        case host::Kind::numeric:
             return number_json(value.number());
-        case Kind::logical:
+        case host::Kind::logical:
             return value.logical();
-        case Kind::date:
+        case host::Kind::date:
             return date_json(value.date());
-        case Kind::object:
+        case host::Kind::object:
             return fmt::format("<object {}>", value.object()->class_name());
-        case Kind::block:
+        case host::Kind::block:
             return "<block>";
-        case Kind::array:
+        case host::Kind::array:
             break;
     }
     Json out = Json::array();
-    for (const Value& element : value.items()) out.push_back(to_json(element));
+    for (const host::Value& element : value.items()) out.push_back(to_json(element));
     return out;
 }
 

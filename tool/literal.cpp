@@ -14,8 +14,6 @@
 namespace zmfb::tool {
 namespace {
 
-using host::Kind;
-
 constexpr int deepest_array = 200;
 
 bool is_name_byte(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
@@ -40,18 +38,18 @@ class Reader {
     }
 
   private:
-    Value literal(int depth) {
-        Value value = term(depth);
+    host::Value literal(int depth) {
+        host::Value value = term(depth);
         while (take('+')) {
-            const Value more = term(depth);
-            if (!value.is(Kind::character) || !more.is(Kind::character))
+            const host::Value more = term(depth);
+            if (!value.is(host::Kind::character) || !more.is(host::Kind::character))
                 fail("only texts can be joined with +; at");
             value.append(more.text());
         }
         return value;
     }
 
-    Value term(int depth) {
+    host::Value term(int depth) {
         skip_blanks();
         if (rest_.empty()) fail("expected a value");
         const char c = rest_.front();
@@ -63,7 +61,7 @@ class Reader {
         const std::string word = name();
         if (word == "nil") return {};
         if (word == "chr" && take('(')) {
-            const Value code = number();
+            const host::Value code = number();
             expect(')');
             if (code.number() < 0 || code.number() > 255) fail("CHR() takes a number from 0 to 255; at");
             return std::string(1, static_cast<char>(code.integer()));
@@ -72,7 +70,7 @@ class Reader {
                           : fmt::format("\"{}\" is no value (texts need quotes); at", word));
     }
 
-    Value text() {
+    host::Value text() {
         const char quote = rest_.front();
         const std::size_t end = rest_.find(quote, 1);
         if (end == std::string_view::npos) fail("a text without its closing quote");
@@ -82,7 +80,7 @@ class Reader {
         return *latin1;
     }
 
-    Value number() {
+    host::Value number() {
         skip_blanks();
         std::string_view digits = rest_;
         if (digits.starts_with('+')) digits.remove_prefix(1);
@@ -95,14 +93,14 @@ class Reader {
         return value;
     }
 
-    Value logical() {
+    host::Value logical() {
         const int letter = std::toupper(static_cast<unsigned char>(rest_[1]));
         if (letter != 'T' && letter != 'F' && letter != 'Y' && letter != 'N') fail("expected .T. or .F.");
         rest_.remove_prefix(3);
         return letter == 'T' || letter == 'Y';
     }
 
-    Value date() {
+    host::Value date() {
         const std::size_t end = rest_.find('}');
         if (end == std::string_view::npos) fail("a date without its closing brace");
         const std::string_view body = rest_.substr(2, end - 2);
@@ -111,17 +109,17 @@ class Reader {
             if (std::isdigit(static_cast<unsigned char>(c)) != 0) digits += c;
         }
         const bool blank = body.find_first_not_of(" -/") == std::string_view::npos;
-        Value made = host::stod(digits);
+        host::Value made = host::stod(digits);
         const bool shaped = body.size() == 10 && digits.size() == 8;
         if (!blank && (!shaped || made.date() == host::Date{})) fail("expected a date such as {^2007-03-01}");
         rest_.remove_prefix(end + 1);
         return made;
     }
 
-    Value array(int depth) {
+    host::Value array(int depth) {
         if (depth == deepest_array) fail("arrays nested too deep");
         rest_.remove_prefix(1);
-        Value made = Value::array_of_size(0);
+        host::Value made = host::Value::array_of_size(0);
         if (take('}')) return made;
         do made.push(literal(depth + 1));
         while (take(','));
@@ -213,27 +211,27 @@ std::string date_literal(host::Date date) {
 
 Call parse_call(std::string_view source) { return Reader(source).call(); }
 
-std::string to_literal(const Value& value) {
+std::string to_literal(const host::Value& value) {
     switch (value.kind()) {
-        case Kind::nil:
+        case host::Kind::nil:
             return "NIL";
-        case Kind::character:
+        case host::Kind::character:
             return text_literal(value.text());
-        case Kind::numeric:
+        case host::Kind::numeric:
             return number_literal(value.number());
-        case Kind::logical:
+        case host::Kind::logical:
             return value.logical() ? ".T." : ".F.";
-        case Kind::date:
+        case host::Kind::date:
             return date_literal(value.date());
-        case Kind::object:
+        case host::Kind::object:
             return fmt::format("<object {}>", value.object()->class_name());
-        case Kind::block:
+        case host::Kind::block:
             return "<block>";
-        case Kind::array:
+        case host::Kind::array:
             break;
     }
     std::string out = "{";
-    for (const Value& element : value.items()) {
+    for (const host::Value& element : value.items()) {
         if (out.size() > 1) out += ", ";
         out += to_literal(element);
     }

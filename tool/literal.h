@@ -14,8 +14,6 @@
 
 namespace zmfb::tool {
 
-using host::Value;
-
 /// What is wrong with a literal or call that was typed, in words for a person.
 struct SyntaxError : std::runtime_error {
     using std::runtime_error::runtime_error;
@@ -24,7 +22,7 @@ struct SyntaxError : std::runtime_error {
 /// A method call as typed: istable("CUSTOMER").
 struct Call {
     std::string method;  ///< lower case
-    std::vector<Value> arguments;
+    std::vector<host::Value> arguments;
 };
 
 /// Reads one call; a name alone is a call without arguments. `source` is UTF-8. Throws SyntaxError.
@@ -32,6 +30,6 @@ Call parse_call(std::string_view source);
 
 /// Writes a value as one line of UTF-8 that parse_call() reads back; objects and blocks, which have no
 /// literal, are shown by their kind in angle brackets.
-std::string to_literal(const Value& value);
+std::string to_literal(const host::Value& value);
 
 }  // namespace zmfb::tool

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t date_size = 24;  // "Sat Nov 21 06:45:33 2026"
 
-/// Reads the first line of an entry; nothing when the line is none.
+// Reads the first line of an entry; nothing when the line is none.
 std::optional<LogEntry> head_of(std::string_view line) {
     if (!line.starts_with("\t[")) return std::nullopt;
     const std::size_t end = line.find("] ");

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::string_view option = "--password";
 
-/// While it lives, what is typed is not shown.
+// While it lives, what is typed is not shown.
 class NoEcho {
   public:
     NoEcho() : known_(tcgetattr(STDIN_FILENO, &before_) == 0) {

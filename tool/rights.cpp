@@ -10,7 +10,7 @@ namespace {
 constexpr std::array<std::string_view, 3> system_tables{"RDDSYS_OPN", "RDDSYS_FLK", "RDDSYS_RLK"};
 const Name registrations("RDDSYS_OPN");
 
-/// What belongs to a table of the driver, by its name.
+// What belongs to a table of the driver, by its name.
 Name part_of(const Name& table, std::string_view before, std::string_view behind) {
     return Name(fmt::format("{}{}{}", before, table.bytes(), behind));
 }
@@ -20,7 +20,7 @@ void add_functions(std::vector<Right>& rights) {
         rights.push_back({"EXECUTE", "FUNCTION", Name(function.name), "", Name("PUBLIC")});
 }
 
-/// Who writes to the table could move its numbers, did not the triggers have these for themselves.
+// Who writes to the table could move its numbers, did not the triggers have these for themselves.
 void add_triggers(std::vector<Right>& rights, const Name& table) {
     const Name numbers = part_of(table, "T_", "_RECNO");
     rights.push_back({"USAGE", "GENERATOR", part_of(table, "G_", "_I"), "TRIGGER", numbers});

@@ -17,7 +17,7 @@ bool refused() {
     return false;
 }
 
-/// Everything that allocates, in an order that a program might have; the first status that is no success.
+// Everything that allocates, in an order that a program might have; the first status that is no success.
 zmfb_status scenario(zmfb_value* place, zmfb_value* other, zmfb_value* connection) {
     const auto body = [](void*, const zmfb_value* const*, std::size_t, zmfb_value* result) {
         return zmfb_set_text(result, "the body's own text, long enough", 32);
@@ -48,7 +48,7 @@ void what_a_body_throws_becomes_a_status() {
     zmfb_free(block);
 }
 
-/// The first failure of all: nothing holds room for its message yet.
+// The first failure of all: nothing holds room for its message yet.
 void failing_needs_no_memory() {
     zmfb_value* const nothing = zmfb_new();
     countdown = 0;

@@ -8,7 +8,7 @@ using host::Value;
 using host::operator""_l1;
 using Names = std::vector<std::string>;
 
-/// The engine of these tests takes descriptions by COMMENT ON.
+// The engine of these tests takes descriptions by COMMENT ON.
 class Descriptions : public Database {
   protected:
     Descriptions() {
@@ -17,13 +17,13 @@ class Descriptions : public Database {
         execute("create index I_NAME on CLIENT (NAME)");
     }
 
-    /// What a setter answers.
+    // What a setter answers.
     template <class... Arguments>
     std::string set(std::string_view method, Arguments... arguments) {
         return call(method, Value(arguments)...).string();
     }
 
-    /// What a getter gives, without the padding.
+    // What a getter gives, without the padding.
     template <class... Arguments>
     std::string get(std::string_view method, Arguments... arguments) {
         const Value aret = call(method, Value(arguments)...);

@@ -9,7 +9,7 @@ namespace {
 using host::operator""_l1;
 using Names = std::vector<std::string>;
 
-/// Which engine is attached decides how a description is written.
+// Which engine is attached decides how a description is written.
 class Engine : public Database {
   protected:
     Engine() {

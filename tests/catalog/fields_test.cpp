@@ -9,7 +9,7 @@ namespace {
 using host::array_of;
 using host::Value;
 
-/// The methods of this file need no database.
+// The methods of this file need no database.
 class Fields : public Runtime {
   protected:
     zmFBConn connection;

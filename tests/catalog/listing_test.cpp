@@ -12,7 +12,7 @@ using host::Value;
 
 class Listing : public Database {
   protected:
-    /// The first elements of rows of one element, without their padding.
+    // The first elements of rows of one element, without their padding.
     static std::vector<std::string> names(const Value& list) {
         std::vector<std::string> trimmed;
         for (const Value& row : list.items()) {

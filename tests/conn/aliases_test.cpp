@@ -4,7 +4,7 @@
 namespace zmfb::test {
 namespace {
 
-/// The aliases of an object are seen through the log lines of closealltables: one for each, in order.
+// The aliases of an object are seen through the log lines of closealltables: one for each, in order.
 class Aliases : public Runtime {
   protected:
     std::vector<std::string> announced() {

@@ -13,7 +13,7 @@ using host::Kind;
 
 const Structure client_structure{{"NAME", "C", 10, 0}, {"CREDIT", "N", 9, 2}};
 
-/// Calls by declaration on a database with a table CLIENT of one record.
+// Calls by declaration on a database with a table CLIENT of one record.
 class Declared : public Database {
   protected:
     Declared() {
@@ -148,7 +148,7 @@ TEST_F(Declared, AnswersAreThePrograms) {
     EXPECT_EQ(rows[2][1].text(), "Ana       ");
 }
 
-/// An argument of each kind.
+// An argument of each kind.
 Value argument(std::string_view kind) {
     const Value field = array_of("NAME", "C", 10, 0);
     const std::map<std::string_view, Value> arguments{
@@ -182,7 +182,7 @@ bool is_row_of(const Value& value) {
     return is_array_of(value, is<kind>);
 }
 
-/// Whether a value is of a kind of results.
+// Whether a value is of a kind of results.
 bool is_of(const Value& value, std::string_view kind) {
     const std::map<std::string_view, std::function<bool()>> rules{
         {"NIL", [&] { return value.is_nil(); }},

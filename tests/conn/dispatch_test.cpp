@@ -10,7 +10,7 @@ namespace {
 
 using host::array_of;
 
-/// Objects without a database.
+// Objects without a database.
 class Dispatch : public Runtime {
   protected:
     zmFBConn object;

@@ -9,13 +9,13 @@
 namespace zmfb::test {
 namespace {
 
-/// Methods that end what the others need; the database is gone for later calls otherwise.
+// Methods that end what the others need; the database is gone for later calls otherwise.
 bool ends_the_attachment(std::string_view method) { return method == "disconnect" || method == "axit"; }
 
 class EveryMethod : public Database {
   protected:
-    /// Calls every method of the table without arguments and then with the named table. Returns the names
-    /// that reached the handler of unknown names.
+    // Calls every method of the table without arguments and then with the named table. Returns the names
+    // that reached the handler of unknown names.
     std::vector<std::string> call_all(zmFBConn& object) {
         std::vector<std::string> unknown;
         for (const MethodRow& row : methods()) {

@@ -11,7 +11,7 @@ namespace {
 
 using Greeting = Runtime;
 
-/// Fills the screen with letters in several colours, as an application that is at work.
+// Fills the screen with letters in several colours, as an application that is at work.
 void paint() {
     const int columns = static_cast<int>(host::maxcol().number()) + 1;
     constexpr std::string_view colours[] = {"W/N", "GR+/B", "BG/R", "N/W"};
@@ -34,7 +34,7 @@ Performance on_full_screen(int rows, int columns, const std::string& kind,
     });
 }
 
-/// What a row of the box must show, in colours as the terminal counts them.
+// What a row of the box must show, in colours as the terminal counts them.
 void expect_row(const TerminalScreen& screen, int row, std::string_view text, int foreground,
                 int background) {
     constexpr int column = 79 - 50;

@@ -11,7 +11,7 @@
 namespace zmfb::test {
 namespace {
 
-/// Sets an environment variable, or removes it with nullptr, for as long as it lives.
+// Sets an environment variable, or removes it with nullptr, for as long as it lives.
 class Setting {
   public:
     Setting(const char* name, const char* value) : name_(name) {
@@ -121,8 +121,8 @@ TEST_F(Log, ALogThatCannotBeWrittenChangesNothing) {
     EXPECT_EQ(raised().size(), 1U);
 }
 
-/// What a process does with the signal of a file that grows beyond its limit: its action, whether it is
-/// blocked and whether it is pending.
+// What a process does with the signal of a file that grows beyond its limit: its action, whether it is
+// blocked and whether it is pending.
 std::string state_of_file_size_signal() {
     struct sigaction action {};
     ::sigaction(SIGXFSZ, nullptr, &action);

@@ -21,7 +21,7 @@ class PluggedDriver : public Runtime {
         host::register_driver("ZMRDDFIRE", nullptr);
         host::rddsetdefault("DBFIDX");
     }
-    /// The aliases that are announced, as closealltables() closes them: it logs each.
+    // The aliases that are announced, as closealltables() closes them: it logs each.
     std::vector<std::string> closed_by_force() {
         clear_log();
         log_at(5);

@@ -37,7 +37,7 @@ TEST_F(Settings, SkipCacheSizesThatAreEmptyOrNegativeBecomeEleven) {
     }
 }
 
-/// Values that are no number a setting could have.
+// Values that are no number a setting could have.
 std::vector<Value> no_numbers() {
     return {"2",
             "",

@@ -11,7 +11,7 @@
 namespace zmfb::dbf_test {
 namespace {
 
-/// A field that an export of the driver's tables has.
+// A field that an export of the driver's tables has.
 struct Column {
     std::string name;
     char type;
@@ -31,8 +31,8 @@ std::string digits(std::int64_t unscaled, int decimals) {
     return (unscaled < 0 ? "-" : "") + text;
 }
 
-/// Rows with the same values each time, set in the writer and returned as the engine writes their columns
-/// into the text file.
+// Rows with the same values each time, set in the writer and returned as the engine writes their columns
+// into the text file.
 class Rows {
   public:
     std::string next(dbf::Writer& writer) {

@@ -18,7 +18,7 @@ using test::DbfBuilder;
 using test::high_first;
 using test::low_first;
 
-/// A field of a table and a value of it: its bytes, and how it is shown.
+// A field of a table and a value of it: its bytes, and how it is shown.
 struct Cell {
     char type;
     std::string bytes;

@@ -39,7 +39,7 @@ std::string memo_cell(const std::optional<MemoFile>& memos, MemoBlock memo) {
     return found.problem.empty() ? escaped(found.bytes) : "?";
 }
 
-/// A value as dbf_values.py shows it.
+// A value as dbf_values.py shows it.
 std::string cell(const Value& value, const std::optional<MemoFile>& memos) {
     if (std::holds_alternative<Blank>(value) || std::holds_alternative<Null>(value)) return "NULL";
     if (std::holds_alternative<Bad>(value)) return "?";
@@ -55,7 +55,7 @@ std::string cell(const Value& value, const std::optional<MemoFile>& memos) {
     return shown(value);
 }
 
-/// All records, those in use first.
+// All records, those in use first.
 Lines records_of(const Source& file, const Header& header, const std::optional<MemoFile>& memos) {
     Lines in_use;
     Lines deleted;
@@ -80,7 +80,7 @@ Lines read_with_ours(const std::string& path) {
     return records_of(*file, header, memos);
 }
 
-/// The values of one field, in the order of the records.
+// The values of one field, in the order of the records.
 Lines values_of(const std::string& path, const std::string& name) {
     const auto file = open_file(path);
     const Header header = read_header(*file);
@@ -100,14 +100,14 @@ Lines split(const std::string& text, char end) {
     return found;
 }
 
-/// What the other reader makes of the file; none when it refuses it.
+// What the other reader makes of the file; none when it refuses it.
 std::optional<Lines> read_with(const std::string& reader, const std::string& path) {
     const test::Finished script = test::run({ZMFB_PYTHON, ZMFB_DBF_VALUES, reader, path});
     if (script.status != 0) return std::nullopt;
     return split(script.out, '\n');
 }
 
-/// The first difference; "" when there is none. A "-" of the other reader is no value of its.
+// The first difference; "" when there is none. A "-" of the other reader is no value of its.
 std::string difference(const Lines& ours, const Lines& others) {
     for (std::size_t i = 0; i < std::max(ours.size(), others.size()); ++i) {
         if (i >= ours.size() || i >= others.size())
@@ -176,7 +176,7 @@ struct Lie {
     std::string bytes;
 };
 
-/// The file with one thing in its header that is not so.
+// The file with one thing in its header that is not so.
 std::vector<Lie> lies_about(const std::string& bytes, const Header& header) {
     std::vector<Lie> lies;
     const auto changed = [&](std::size_t at, std::uint64_t number) {

@@ -17,7 +17,7 @@ namespace {
 
 using test::DbfBuilder;
 
-/// "NAME C 10, PRICE N 8.2; 2 of 27 from 97": the fields, and how many records of which size begin where.
+// "NAME C 10, PRICE N 8.2; 2 of 27 from 97": the fields, and how many records of which size begin where.
 template <class Fields>
 std::string summary(const Fields& fields, std::size_t records, std::size_t size, std::size_t start) {
     std::string all;

@@ -23,7 +23,7 @@ struct Case {
     std::string value;
 };
 
-/// The value that the bytes are in a file that has one field.
+// The value that the bytes are in a file that has one field.
 std::string value_of(const Case& c, ValueOptions options = {}) {
     const auto source = in_memory(DbfBuilder()
                                       .type(c.first_byte)

@@ -9,7 +9,7 @@ using dbf::NewField;
 using dbf::WriteOptions;
 using dbf::Writer;
 
-/// Fields that a format does not have, and why.
+// Fields that a format does not have, and why.
 struct Case {
     std::string what;
     Format format;
@@ -141,7 +141,7 @@ TEST(DbfFieldsAndValues, ThatAreNotOfOneKindAreTheProgramsMistake) {
     EXPECT_THROW(writer.null(5), std::invalid_argument);
 }
 
-/// A code page, and how a file says it.
+// A code page, and how a file says it.
 struct Page {
     std::string name;
     int language;

@@ -14,8 +14,8 @@
 
 namespace {
 
-/// Which rename from now on does not happen, from 1 on, and why: 0 kills the process, else the system's
-/// error.
+// Which rename from now on does not happen, from 1 on, and why: 0 kills the process, else the system's
+// error.
 int renames_until = 0;
 int rename_error = 0;
 
@@ -41,7 +41,7 @@ using dbf::Writer;
 
 const std::vector<NewField> with_memo{{"CODE", 'N', 5}, {"NOTE", 'M'}};
 
-/// Writes a table with a memo, which says who wrote it, or without.
+// Writes a table with a memo, which says who wrote it, or without.
 void write(const std::string& path, const std::string& who, bool memo = true, WriteOptions options = {}) {
     Writer writer(path, memo ? with_memo : std::vector<NewField>{{"WHO", 'C', 10}}, std::move(options));
     if (memo) writer.number(0, 1);
@@ -54,7 +54,7 @@ class DbfFiles : public ::testing::Test {
   protected:
     [[nodiscard]] std::string path() const { return folder_.file("t.dbf"); }
     [[nodiscard]] Lines content() const { return read_back(path()); }
-    /// Names without those that nothing but the writer has.
+    // Names without those that nothing but the writer has.
     [[nodiscard]] std::set<std::string> names() const {
         std::set<std::string> all = folder_.names();
         std::erase_if(all, [](const std::string& name) { return name.starts_with(".zmfb-"); });
@@ -115,7 +115,7 @@ TEST_F(DbfFiles, OfNoTableStayUnlessTheyWouldNameItsCodePage) {
     EXPECT_EQ(folder_.names(), (std::set<std::string>{"t.dbf", "t.fpt"}));
 }
 
-/// Does something in another process; its status, or 128 and the signal that ended it.
+// Does something in another process; its status, or 128 and the signal that ended it.
 int in_child(const std::function<void()>& what) {
     const pid_t child = ::fork();
     if (child == 0) {
@@ -131,7 +131,7 @@ int in_child(const std::function<void()>& what) {
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-/// A table that is replaced, and how many renames that takes.
+// A table that is replaced, and how many renames that takes.
 struct Replacing {
     std::string what;
     WriteOptions before;
@@ -150,7 +150,7 @@ const Replacing replacings[] = {
     {"with a code page beside it", {.code_page = "UTF-8"}, true, {.code_page = "KOI8-R"}, true, 6},
 };
 
-/// A text that differs in the two code pages, so that another's .cpg file would be found out.
+// A text that differs in the two code pages, so that another's .cpg file would be found out.
 std::string read_in_its_code_page(const std::string& path) {
     const auto file = dbf::open_file(path);
     dbf::Header header = dbf::read_header(*file);

@@ -19,7 +19,7 @@ constexpr std::chrono::local_days midnight(day);
 constexpr std::int64_t most = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t least = std::numeric_limits<std::int64_t>::min();
 
-/// A value on its way into a field: what it loses, what the file then has, and how it is named when refused.
+// A value on its way into a field: what it loses, what the file then has, and how it is named when refused.
 struct Case {
     std::string what;
     NewField field;

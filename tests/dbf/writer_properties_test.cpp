@@ -8,7 +8,7 @@
 namespace zmfb::dbf_test {
 namespace {
 
-/// Choices that are made at random.
+// Choices that are made at random.
 struct Random {
     static std::size_t below(std::size_t limit) { return *rc::gen::inRange<std::size_t>(0, limit); }
     static bool flag() { return *rc::gen::arbitrary<bool>(); }

@@ -17,7 +17,7 @@ using dbf::Writer;
 
 using Rows = std::vector<Lines>;
 
-/// Makes values, the same ones each time: sets them, and returns how read_by_others.py shows them.
+// Makes values, the same ones each time: sets them, and returns how read_by_others.py shows them.
 class Values {
   public:
     std::string set(Writer& writer, std::size_t index, const NewField& field) {
@@ -117,7 +117,7 @@ class Values {
     std::mt19937_64 random_{20070301};
 };
 
-/// A table in a format, and the programs that read it. Fields are named after their types.
+// A table in a format, and the programs that read it. Fields are named after their types.
 struct Table {
     std::string what;
     Format format;

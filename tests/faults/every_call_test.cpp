@@ -11,8 +11,8 @@
 namespace zmfb::test {
 namespace {
 
-/// How many occurrences of one call in one scenario are made to fail: the environment variable says it for
-/// the long run.
+// How many occurrences of one call in one scenario are made to fail: the environment variable says it for
+// the long run.
 int limit() {
     const char* given = std::getenv("ZMFB_FAULTS_OF_EACH");
     return given == nullptr ? 1 : std::atoi(given);

@@ -90,7 +90,7 @@ class KilledExport : public KilledProcess {
 
     [[nodiscard]] std::string dbf() const { return file("CUSTOMER.dbf"); }
 
-    /// The number of records that the header of the file tells.
+    // The number of records that the header of the file tells.
     [[nodiscard]] int records_of_file() const {
         const std::string bytes = read_file(dbf());
         int count = 0;
@@ -138,7 +138,7 @@ class KilledMatrix : public KilledProcess {
         return array_of(lines);
     }
 
-    /// NAME becomes TITLE and longer, AGE gets wider, BORN goes, EMAIL comes, NEWT is a new table.
+    // NAME becomes TITLE and longer, AGE gets wider, BORN goes, EMAIL comes, NEWT is a new table.
     static Value matrix() {
         return array_of(
             lines({" M>>001::NAME::C::10::0 => 001::TITLE::C::20::0",
@@ -150,7 +150,7 @@ class KilledMatrix : public KilledProcess {
 
     bool has_column(const std::string& name) { return yes("isfieldoftable", "M", name); }
 
-    /// A copy whose original is still there is taken away; one whose original is gone takes its name.
+    // A copy whose original is still there is taken away; one whose original is gone takes its name.
     void put_away_copy(const std::string& copy, const std::string& original, const std::string& wanted) {
         if (!has_column(copy)) return;
         const std::string change =
@@ -158,7 +158,7 @@ class KilledMatrix : public KilledProcess {
         EXPECT_EQ(call("executeupdate", "alter table M" + change).string(), "");
     }
 
-    /// What the values of a column are, whatever it is called at the moment.
+    // What the values of a column are, whatever it is called at the moment.
     void expect_values() {
         const std::string name = has_column("NAME") ? "NAME" : has_column("TITLE") ? "TITLE" : "RDDAUX_TITLE";
         const std::string age = has_column("AGE") ? "AGE" : "RDDAUX_AGE";

@@ -5,7 +5,7 @@ namespace zmfb::test {
 
 namespace {
 
-/// A question whose failed query reads as the answer `failed`.
+// A question whose failed query reads as the answer `failed`.
 Scenario asks(std::string call, std::string statement, std::string good, std::string failed) {
     const std::string method = call.substr(0, call.find('('));
     return {.method = method,
@@ -14,7 +14,7 @@ Scenario asks(std::string call, std::string statement, std::string good, std::st
             .failures = {{.statement = std::move(statement), .result = std::move(failed)}}};
 }
 
-/// One whose answer holds a row in each element.
+// One whose answer holds a row in each element.
 Scenario lists(std::string call, std::string statement, std::string good) {
     Scenario scenario = asks(std::move(call), std::move(statement), std::move(good), "{}");
     scenario.ahead_of_rows = 0;

@@ -34,7 +34,7 @@ Failure added(const std::string& field) {
 std::string description_message(const std::string& field) {
     return l1("Erro na descrição do Campo: "_l1) + field + " Tabela: customer;FB Error: ";
 }
-/// The description of a new numeric or logical field.
+// The description of a new numeric or logical field.
 std::vector<Failure> described(const std::string& field) {
     return {
         {.statement = "select rdb$get_context",
@@ -45,7 +45,7 @@ std::vector<Failure> described(const std::string& field) {
         raises("COMMENT ON COLUMN", description_message(field) + "@E")};
 }
 
-/// A column in use that the failed question did not name: the engine refuses to drop it.
+// A column in use that the failed question did not name: the engine refuses to drop it.
 Failure still_used(std::string statement) {
     return {.statement = std::move(statement),
             .result = ".F.",

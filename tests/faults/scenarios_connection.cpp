@@ -7,7 +7,7 @@ namespace zmfb::test {
 
 namespace {
 
-/// Attaches a fresh object, answers whether it is attached, and lets go of it.
+// Attaches a fresh object, answers whether it is attached, and lets go of it.
 Value attach(Walk& walk) {
     zmFBConn object;
     object.call("init", walk.name(), sysdba, sysdba_password, "");
@@ -20,7 +20,7 @@ constexpr const char* exited = "[0] [EXIT] Disconnected from: @DB";
 constexpr const char* gone = "[0] [GONE] Class: zmFBConn no longer exists. DB: @DB";
 constexpr const char* fatal = "Fatal error on creating system tables. Better to Abort!";
 
-/// Whatever becomes of a system table's part, the other lines of an attachment are there.
+// Whatever becomes of a system table's part, the other lines of an attachment are there.
 std::vector<std::string> lines_with(const char* line) { return {connected, line, gone, exited}; }
 
 Failure attach_failed() { return {.statement = "-", .result = ".F.", .logged = {gone}}; }
@@ -38,7 +38,7 @@ Failure part_failed(std::string statement, const std::string& message) {
             .other_state = true};
 }
 
-/// The statement for older engines is sent, and refused.
+// The statement for older engines is sent, and refused.
 Failure version_in_doubt() {
     return {
         .statement = "select rdb$get_context",
@@ -61,7 +61,7 @@ Scenario attach_to_sound_database() {
             .act = attach};
 }
 
-/// The system tables are missing and made. A table whose making fails stops the rest.
+// The system tables are missing and made. A table whose making fails stops the rest.
 Scenario attach_to_new_database() {
     return {.method = "init",
             .call = "",

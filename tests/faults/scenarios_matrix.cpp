@@ -7,7 +7,7 @@ namespace {
 
 constexpr const char* any_line = "*";
 
-/// AGE gets wider, BORN goes, EMAIL comes, OK is not mentioned; NEW is a new table, FOREIGN_T is not ours.
+// AGE gets wider, BORN goes, EMAIL comes, OK is not mentioned; NEW is a new table, FOREIGN_T is not ours.
 constexpr const char* matrix =
     R"({ {{ {"- Created by ZMRDDFIRE -"},)"
     R"( {" CUSTOMER>>001::NAME::C::10::0 => 001::NAME::C::10::0"},)"
@@ -25,7 +25,7 @@ Failure fails(std::string statement) {
             .raised = {any_line},
             .logged = {any_line}};
 }
-/// What the questions of one change come to is each method's own business.
+// What the questions of one change come to is each method's own business.
 Failure any_answer(std::string statement) {
     return {.statement = std::move(statement),
             .result = "?",

@@ -22,7 +22,7 @@ Scenario changes(std::string call, std::vector<Failure> failures, std::string go
 Failure raises(std::string statement, std::string message) {
     return {.statement = std::move(statement), .result = ".F.", .raised = {std::move(message)}};
 }
-/// A question that the method can do without.
+// A question that the method can do without.
 Failure passes(std::string statement) { return {.statement = std::move(statement)}; }
 
 // The engine of version 3 and later takes descriptions by COMMENT ON only. When its version cannot be asked,
@@ -67,7 +67,7 @@ Scenario create_table() {
          raises("CREATE TRIGGER T_NEW_DELETES", l1("Erro na criação da trigger Deletes; FB Error: @E"_l1))});
 }
 
-/// The system tables' own methods, on a database that lacks them.
+// The system tables' own methods, on a database that lacks them.
 Scenario create_system_table(std::string method, const std::string& table) {
     Scenario scenario = changes(
         method + "()",

@@ -28,7 +28,7 @@ Value import(Walk& walk) {
     return walk.object().call("bringdbf", path);
 }
 
-/// The export writes into the current folder.
+// The export writes into the current folder.
 Value export_customers(Walk& walk) {
     namespace fs = std::filesystem;
     const fs::path before = fs::current_path();
@@ -42,7 +42,7 @@ Failure raises(std::string statement, std::string_view message) {
     return {.statement = std::move(statement), .result = ".F.", .raised = {l1(message)}};
 }
 Failure passes(std::string statement) { return {.statement = std::move(statement)}; }
-/// The answer was decided before.
+// The answer was decided before.
 Failure only_raises(std::string statement, std::string_view message) {
     return {.statement = std::move(statement), .raised = {l1(message)}, .other_state = true};
 }

@@ -22,7 +22,7 @@ using std::chrono::microseconds;
 
 constexpr int import_records = 6000;
 
-/// How often each is tried: once, or what the environment variable says for the long run.
+// How often each is tried: once, or what the environment variable says for the long run.
 int rounds() {
     const char* given = std::getenv("ZMFB_KILLED_SERVERS");
     return given == nullptr ? 1 : std::atoi(given);
@@ -39,7 +39,7 @@ class KilledServer : public Recovery {
         log_at(1);
     }
 
-    /// Does `act` while the server is killed after `delay`, and returns what it came to.
+    // Does `act` while the server is killed after `delay`, and returns what it came to.
     template <class Act>
     auto killed_during(microseconds delay, const Act& act) {
         connection();
@@ -53,8 +53,8 @@ class KilledServer : public Recovery {
         return result;
     }
 
-    /// What is right whatever was interrupted: the dead attachment keeps saying so, the server starts, the
-    /// database is sound and has its committed rows, and a new attach works.
+    // What is right whatever was interrupted: the dead attachment keeps saying so, the server starts, the
+    // database is sound and has its committed rows, and a new attach works.
     void expect_all_well_after_restart() {
         expect_error(call("executeupdate", "update CUSTOMER set NAME = NAME").string());
         Server::shared().start();
@@ -73,7 +73,7 @@ class KilledServer : public Recovery {
         EXPECT_TRUE(std::regex_match(text.begin(), text.end(), shape)) << text;
     }
 
-    /// A failure, and nothing but failures, was logged at level 1.
+    // A failure, and nothing but failures, was logged at level 1.
     void expect_errors_logged() {
         ASSERT_FALSE(log_lines().empty());
         for (const LogEntry& entry : log_lines()) {

@@ -47,12 +47,12 @@ std::string listed(const std::vector<std::string>& texts) {
     return all.empty() ? " none" : all;
 }
 
-/// Calls whose failure nobody is told of.
+// Calls whose failure nobody is told of.
 bool is_passed_over(ClientCall call) {
     return call == release || call == detach_database || call == rollback_transaction;
 }
 
-/// Calls that attach: a failure is no attachment, and a line for everybody.
+// Calls that attach: a failure is no attachment, and a line for everybody.
 bool is_of_attaching(ClientCall call) {
     return call == attach_database || call == database_handle || call == database_info;
 }

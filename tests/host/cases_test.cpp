@@ -1,4 +1,4 @@
-/// Runs case files: our own, and one that the environment variable ZMFB_HOST_CASES names.
+// Runs case files: our own, and one that the environment variable ZMFB_HOST_CASES names.
 #include <gtest/gtest.h>
 #include <unistd.h>
 

@@ -20,7 +20,7 @@ class DamagedDbf : public host_test::DbfTest {
             .record({"Ana", "42", "20070301"})
             .record({"Bob", "7", ""});
     }
-    /// Reads every field of every record; false when the table did not open.
+    // Reads every field of every record; false when the table did not open.
     bool read_all(std::string_view name) {
         Table* const table = open(name);
         if (table == nullptr) return false;

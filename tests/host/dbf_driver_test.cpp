@@ -198,7 +198,7 @@ TEST_F(DbfFile, OtherProgramsReadTheSame) {
                           {"gone", "1.00", "1", "20000101", "T"}}));
 }
 
-/// Files made by other programs: ours reads from each what another reader does.
+// Files made by other programs: ours reads from each what another reader does.
 struct FileOfOthers {
     const char* name;
     DbfRecords (*read)(const std::string& path);
@@ -208,7 +208,7 @@ void PrintTo(const FileOfOthers& file, std::ostream* out) { *out << file.name; }
 
 class FilesOfOthers : public DbfFile, public ::testing::WithParamInterface<FileOfOthers> {};
 
-/// A reader's text of a value in the form that is the same for all readers.
+// A reader's text of a value in the form that is the same for all readers.
 std::string plain(const Field& field, std::string text) {
     if (text == "None") text.clear();
     text.erase(0, text.find_first_not_of(' '));

@@ -19,7 +19,7 @@ class DbfFailure : public host_test::DbfTest {
     static constexpr std::size_t header_size = 65;
     static constexpr std::size_t record_size = 100;
 
-    /// What a reader finds, and the bytes of the file that its header has no room for.
+    // What a reader finds, and the bytes of the file that its header has no room for.
     void expect_whole(std::size_t records) const {
         EXPECT_EQ(counted(path("t.dbf")), records);
         EXPECT_EQ(test::read_with_dbfread(path("t.dbf")).size(), records);
@@ -28,7 +28,7 @@ class DbfFailure : public host_test::DbfTest {
     }
 };
 
-/// Runs as a user without rights, which root has to become first.
+// Runs as a user without rights, which root has to become first.
 int without_rights(const std::function<int()>& body) {
     return in_child([&] {
         constexpr uid_t nobody = 65534;

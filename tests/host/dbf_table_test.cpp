@@ -22,7 +22,7 @@ class DbfRecord : public host_test::DbfTest {
         for (std::size_t i = 0; i < table.fields().size(); ++i) row.push(table.get(i));
         return test::show(row);
     }
-    /// The bytes of the first field of the first record.
+    // The bytes of the first field of the first record.
     [[nodiscard]] std::string stored(std::size_t length) const {
         return content(path("t.dbf")).substr(66, length);
     }

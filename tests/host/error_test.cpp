@@ -172,7 +172,7 @@ TEST(DefaultHandlerDeathTest, PrintsTheLinesAndEndsWithStatusOne) {
                 "^\\[FBCONN Error\\]\nfirst line\nsecond line\n$");
 }
 
-/// Says when it is destroyed, as a lock would be given back.
+// Says when it is destroyed, as a lock would be given back.
 struct Guard {
     ~Guard() { std::fputs("given back\n", stderr); }
 };

@@ -22,7 +22,7 @@ using namespace std::string_view_literals;
 class File : public host_test::FolderTest {
   protected:
     [[nodiscard]] Value open(std::string_view name, int mode = 0) const { return fopen(path(name), mode); }
-    /// Reads up to `size` bytes as a text of their number.
+    // Reads up to `size` bytes as a text of their number.
     static std::string read(const Value& handle, std::size_t size) {
         Value buffer = Value::text_of_size(size);
         const Value got = fread(handle, buffer, size);
@@ -34,7 +34,7 @@ class File : public host_test::FolderTest {
     }
 };
 
-/// The descriptors of this process that a file is open under.
+// The descriptors of this process that a file is open under.
 std::vector<int> descriptors_of(const std::string& file) {
     std::vector<int> numbers;
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {

@@ -24,7 +24,7 @@ using test::perform;
 using test::Performance;
 using test::Stage;
 
-/// What an xterm is sent to show again what it showed before the full screen.
+// What an xterm is sent to show again what it showed before the full screen.
 constexpr std::string_view shows_shell = "\x1B[?1049l";
 
 void raise_described() {
@@ -37,7 +37,7 @@ void raise_described() {
 void throw_it() { throw std::runtime_error("nobody catches this"); }
 void throw_to_nobody() noexcept { throw_it(); }
 
-/// Goes into the full screen and out of the program; nothing is dumped where that is a crash.
+// Goes into the full screen and out of the program; nothing is dumped where that is a crash.
 Performance leave(const std::function<void()>& way) {
     return perform(rows, columns, "xterm", [&](const Stage&) {
         const rlimit none{};

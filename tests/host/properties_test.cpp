@@ -1,4 +1,4 @@
-/// Properties that hold for any values, checked on random ones.
+// Properties that hold for any values, checked on random ones.
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 

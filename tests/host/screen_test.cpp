@@ -34,7 +34,7 @@ void say(const Value& row, const Value& column, const Value& value, const Value&
     devout(value, colour);
 }
 
-/// A screen with text, colours and attributes on it.
+// A screen with text, colours and attributes on it.
 void paint() {
     for (int row = 0; row < rows; ++row)
         say(row, 0, std::string(columns, static_cast<char>('a' + row)), row % 2 == 0 ? "W/B" : "GR+/R");

@@ -22,10 +22,10 @@ using namespace std::string_view_literals;
 
 class Sdf : public host_test::DbfTest {
   protected:
-    /// Appends a file of this content to the open table.
+    // Appends a file of this content to the open table.
     Value append(std::string_view text) const { return dbappsdf(write_file("data.txt", text)); }
-    /// The fields C of the records of a table {C, 3} to which a file of this content was appended; by their
-    /// full length when `exactly`.
+    // The fields C of the records of a table {C, 3} to which a file of this content was appended; by their
+    // full length when `exactly`.
     std::vector<std::string> texts_of(std::string_view text, bool exactly = false) {
         Table& table = create(array_of(field("C", "C", 3)));
         const std::string file = write_file("data.txt", text);

@@ -12,7 +12,7 @@ using namespace std::string_view_literals;
 
 class TextFile : public host_test::FolderTest {
   protected:
-    /// The lines of a file of this content, and a mark where the end was reported.
+    // The lines of a file of this content, and a mark where the end was reported.
     std::vector<std::string> lines_of(std::string_view content) const {
         const Value handle = fopen(write_file("lines", content));
         std::vector<std::string> lines;

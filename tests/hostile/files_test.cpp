@@ -23,7 +23,7 @@ unsigned mode_of(const std::string& path) {
     return ::lstat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
 }
 
-/// While it lives new files get all the permissions that they are made with, less `mask`.
+// While it lives new files get all the permissions that they are made with, less `mask`.
 class Umask {
   public:
     explicit Umask(mode_t mask) : before_(::umask(mask)) {}
@@ -86,7 +86,7 @@ TEST_F(CreatedFiles, OnlyTheDataFileIsForEverybody) {
     EXPECT_EQ(mode_of(file("new.dbf")), 0600U);
 }
 
-/// The tool with a cache folder of the test's own.
+// The tool with a cache folder of the test's own.
 class EnvironmentFolder : public Tool {
   protected:
     EnvironmentFolder() { fs::create_directory(cache()); }
@@ -111,7 +111,7 @@ class EnvironmentFolder : public Tool {
         }
         return false;
     }
-    /// The engine would load plugins from there.
+    // The engine would load plugins from there.
     void expect_another_place() {
         fs::create_directory(file("temporary"));
         attach();

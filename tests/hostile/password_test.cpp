@@ -13,7 +13,7 @@ constexpr int every_level = 100;
 
 class SecretPassword : public Tool {
   protected:
-    /// Everything that anybody could read of what was done so far.
+    // Everything that anybody could read of what was done so far.
     std::string all_texts() {
         std::string all = log_text() + last_engine_message();
         for (const std::string& description : raised()) all += description;

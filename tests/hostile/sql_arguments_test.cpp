@@ -18,10 +18,10 @@ namespace {
 using host::array_of;
 using host::Value;
 
-/// How far a text reaches into a statement.
+// How far a text reaches into a statement.
 enum class Reach { nowhere, doubled, quoted, sql };
 
-/// What stands in a place usually, and with the text in it.
+// What stands in a place usually, and with the text in it.
 struct Argument {
     Value usual;
     std::function<Value(const std::string&)> with = [](const std::string& text) { return Value(text); };
@@ -34,7 +34,7 @@ Value matrix(const std::string& table, const std::string& name) {
     return array_of(array_of(array_of(array_of("- - Created by ZMRDDFIRE - -"), array_of(line))));
 }
 
-/// By the names that the pages give the arguments.
+// By the names that the pages give the arguments.
 const std::map<std::string, Argument>& arguments() {
     const auto descriptor = [](const std::string& text) { return field(text); };
     const auto structure = [](const std::string& text) { return array_of(field(text)); };
@@ -79,7 +79,7 @@ const Argument& argument(const std::string& name) {
     return found == arguments().end() ? other : found->second;
 }
 
-/// What an entry of a page says becomes SQL, by the names of the arguments.
+// What an entry of a page says becomes SQL, by the names of the arguments.
 using Said = std::map<std::string, Reach>;
 
 std::vector<std::string> words_in_backticks(std::string_view text) {
@@ -92,7 +92,7 @@ std::vector<std::string> words_in_backticks(std::string_view text) {
     return words;
 }
 
-/// "- **SQL:** `tbl`; in quotes: `areaid`."
+// "- **SQL:** `tbl`; in quotes: `areaid`."
 void take_sql(const std::string& line, Said& said) {
     constexpr std::string_view mark = "in quotes: ";
     const std::size_t parting = std::min(line.find(mark), line.size());
@@ -137,7 +137,7 @@ Reach reach_in(const std::string& statement, const std::string& text) {
     return reach;
 }
 
-/// What has to be there for an argument to get as far as it can.
+// What has to be there for an argument to get as far as it can.
 struct Preparation {
     std::string text;
     std::string statement;
@@ -159,7 +159,7 @@ class SqlArguments : public Database {
     }
     ~SqlArguments() override { std::filesystem::current_path(before_); }
 
-    /// How far argument `place` of a method reaches.
+    // How far argument `place` of a method reaches.
     Reach reach_of(const MethodRow& method, std::size_t place) {
         const auto prepared =
             preparations.find(std::string(method.name) + "." + std::string(method.parameters[place].name));
@@ -181,7 +181,7 @@ class SqlArguments : public Database {
         return reach;
     }
 
-    /// Runs statements, parted by semicolons, while no object is attached.
+    // Runs statements, parted by semicolons, while no object is attached.
     void prepare(std::string_view statements) {
         disconnect();
         while (!statements.empty()) {
@@ -195,7 +195,7 @@ class SqlArguments : public Database {
     std::filesystem::path before_;
 };
 
-/// Methods that attach, detach or change the log are not among them.
+// Methods that attach, detach or change the log are not among them.
 bool is_asked(const MethodRow& row) {
     static const std::set<std::string_view> left_out{"init", "disconnect", "axit", "setloglevel"};
     return row.kind != MethodKind::assign && !row.parameters.empty() && !left_out.contains(row.name);
@@ -238,7 +238,7 @@ TEST_F(SqlArguments, ReachBeyondTheirPlace) {
     EXPECT_TRUE(call("istable", "NONE' or '1' = '1").logical());
 }
 
-/// How far what is no argument reaches in a call, once the statement has made something of that name.
+// How far what is no argument reaches in a call, once the statement has made something of that name.
 struct FromElsewhere {
     std::string made;
     std::string method;

@@ -17,7 +17,7 @@ namespace {
 using host::array_of;
 using host::Value;
 
-/// ZMFB_SWEEP=long makes the run that takes minutes: longer texts, deeper arrays, twice the combinations.
+// ZMFB_SWEEP=long makes the run that takes minutes: longer texts, deeper arrays, twice the combinations.
 bool is_long_run() {
     const char* const wanted = std::getenv("ZMFB_SWEEP");
     return wanted != nullptr && std::string_view(wanted) == "long";
@@ -30,7 +30,7 @@ std::size_t longest_text() {
     return is_long_run() ? 4'000'000 : 100'000;
 }
 
-/// Methods that attach and detach have tests of their own below.
+// Methods that attach and detach have tests of their own below.
 bool is_swept(const MethodRow& row) {
     return row.kind != MethodKind::assign && row.name != "init" && row.name != "disconnect" &&
            row.name != "axit";
@@ -41,7 +41,7 @@ class HostileSweep : public Database {
     HostileSweep() : before_(std::filesystem::current_path()) { std::filesystem::current_path(folder()); }
     ~HostileSweep() override { std::filesystem::current_path(before_); }
 
-    /// What stands in the places beside a hostile value.
+    // What stands in the places beside a hostile value.
     std::vector<std::vector<Value>> companions() const {
         const Value field = array_of("NAME", "C", 10, 0);
         std::vector<std::vector<Value>> sets{{"CLIENT", "NAME", 1, 1, "1", "1"}};
@@ -67,7 +67,7 @@ class HostileSweep : public Database {
         }
     }
 
-    /// Makes the object as it was, and the table too when it is gone.
+    // Makes the object as it was, and the table too when it is gone.
     void tidy_up() {
         call("commitchanges");
         call("setloglevel", 0);

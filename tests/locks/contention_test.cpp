@@ -15,14 +15,14 @@ namespace {
 constexpr int records = 20;
 constexpr const char* table = "CONTESTED";
 
-/// How often all processes together try: a few hundred times, or what the environment variable says for the
-/// long run.
+// How often all processes together try: a few hundred times, or what the environment variable says for the
+// long run.
 int attempts() {
     const char* given = std::getenv("ZMFB_CONTENTION_ATTEMPTS");
     return given == nullptr ? 800 : std::atoi(given);
 }
 
-/// What `contend` answers, and the sum of it over several processes; of the longest call the longest.
+// What `contend` answers, and the sum of it over several processes; of the longest call the longest.
 struct Figures {
     long attempts = 0, grants = 0, table_grants = 0, refusals = 0, wrong_rows = 0, retries = 0, kept = 0,
          given_back = 0, longest = 0;
@@ -39,7 +39,7 @@ struct Figures {
 
 class Contention : public Workers {
   protected:
-    /// Lets that many processes contend; the holds that they recorded are in `holds` then.
+    // Lets that many processes contend; the holds that they recorded are in `holds` then.
     void contend(int processes, bool look_again) {
         std::vector<Worker> workers = start_workers(processes, table);
         ASSERT_EQ(workers.size(), static_cast<std::size_t>(processes));
@@ -63,7 +63,7 @@ class Contention : public Workers {
             sum.longest, took.count());
     }
 
-    /// What holds for every run.
+    // What holds for every run.
     void expect_exclusion() const {
         EXPECT_EQ(sum.attempts, attempts());
         EXPECT_EQ(sum.grants + sum.refusals + sum.given_back, sum.attempts);

@@ -8,7 +8,7 @@
 namespace zmfb::test {
 namespace {
 
-/// How many are killed: a few, or what the environment variable says for the long run.
+// How many are killed: a few, or what the environment variable says for the long run.
 unsigned rounds() {
     const char* given = std::getenv("ZMFB_KILLED_WORKERS");
     return given == nullptr ? 4 : static_cast<unsigned>(std::atoi(given));

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* table = "CUSTOMER";
 
-/// How many rounds: a few, or what the environment variable says for the long run.
+// How many rounds: a few, or what the environment variable says for the long run.
 int rounds() {
     const char* given = std::getenv("ZMFB_OPEN_ROUNDS");
     return given == nullptr ? 60 : std::atoi(given);
@@ -18,12 +18,12 @@ int rounds() {
 
 class Opens : public Workers {
   protected:
-    /// How many processes got their open in a round, counted over the rounds.
+    // How many processes got their open in a round, counted over the rounds.
     struct Outcome {
         int none = 0, one = 0, both = 0;
     };
 
-    /// Lets two processes open the table at once, the first exclusively, and close it again.
+    // Lets two processes open the table at once, the first exclusively, and close it again.
     Outcome open_at_once(bool second_is_shared, bool safely) {
         Outcome outcome;
         std::vector<Worker> workers = start_workers(2, table);

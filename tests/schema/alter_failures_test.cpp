@@ -6,7 +6,7 @@ namespace {
 
 using host::operator""_l1;
 
-/// Each step of an alteration that fails, and what it leaves.
+// Each step of an alteration that fails, and what it leaves.
 class AlterFailures : public Schema {
   protected:
     void SetUp() override {

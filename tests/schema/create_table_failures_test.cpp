@@ -89,7 +89,7 @@ TEST_F(CreateTableFailures, WhatTheEngineRefusesIsRaisedWithItsErrorAndNothingIs
     EXPECT_EQ(call("gettablesname").size(), 3U);
 }
 
-/// One part of the layout that is taken, and what its failure raises and leaves.
+// One part of the layout that is taken, and what its failure raises and leaves.
 struct Taken {
     std::string name;
     std::string blocker;

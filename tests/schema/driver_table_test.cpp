@@ -11,7 +11,7 @@ class DriverTable : public Schema {
     void run(const std::vector<std::string>& statements) {
         for (const std::string& statement : statements) execute(statement);
     }
-    /// What the engine knows of a table, with T for its name.
+    // What the engine knows of a table, with T for its name.
     std::string told(const std::string& table) {
         std::string all;
         for (const std::string& query :

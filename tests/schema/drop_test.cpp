@@ -17,7 +17,7 @@ class Drop : public Schema {
     }
 };
 
-/// One of the single drops.
+// One of the single drops.
 struct Single {
     std::string method;
     std::string kind;  ///< of the system table

@@ -18,7 +18,7 @@ class QuotedNames : public Schema {
         execute("create trigger T_INNOCENT for VICTIM before insert as begin end");
     }
 
-    /// Expects that the method drops nothing once the statement has made something named `name`.
+    // Expects that the method drops nothing once the statement has made something named `name`.
     void expect_refusal(const std::string& made, const std::string& name, std::string_view method) {
         SCOPED_TRACE(std::string(method) + " and " + name);
         disconnect();

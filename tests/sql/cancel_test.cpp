@@ -25,7 +25,7 @@ class Cancelling : public Database {
     ~Cancelling() override { resume(); }
 };
 
-/// Says when a call of one kind is about to be made.
+// Says when a call of one kind is about to be made.
 class Announcing : public FaultyClient {
   public:
     explicit Announcing(ClientCall call) : call_(call) {}
@@ -39,7 +39,7 @@ class Announcing : public FaultyClient {
     std::counting_semaphore<> begun_{0};
 };
 
-/// Calls cancel() again and again, from when the client makes that call on, for as long as it lives.
+// Calls cancel() again and again, from when the client makes that call on, for as long as it lives.
 class Canceller {
   public:
     explicit Canceller(ClientCall call)
@@ -119,7 +119,7 @@ TEST_F(Cancelling, WithoutAnAttachmentThereIsNothingToCancel) {
 
 class GivenUp : public Cancelling {
   protected:
-    /// The path of the database as the engine names it.
+    // The path of the database as the engine names it.
     [[nodiscard]] std::string database_file() const {
         const std::string& name = database();
         return names_a_server(name) ? name.substr(name.find(':') + 1) : name;

@@ -30,7 +30,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// An engine with its locks in a folder that a test chooses.
+// An engine with its locks in a folder that a test chooses.
 class Engine : public sql::Client {
   public:
     explicit Engine(std::string folder) : folder_(std::move(folder)) { sql::set_client(this); }
@@ -43,7 +43,7 @@ class Engine : public sql::Client {
     std::string folder_;
 };
 
-/// A process that does what it is given, sends the text that it comes to, and then waits for its end.
+// A process that does what it is given, sends the text that it comes to, and then waits for its end.
 class Holder {
   public:
     template <class Work>
@@ -60,7 +60,7 @@ class Holder {
         ::close(ends[1]);
         answers_ = ends[0];
     }
-    /// One that takes a file, its locks in that folder.
+    // One that takes a file, its locks in that folder.
     Holder(const std::string& folder, const std::string& file)
         : Holder([&](const auto& answer) {
               const Engine engine(folder);
@@ -76,7 +76,7 @@ class Holder {
         ::close(answers_);
     }
 
-    /// The text that it sent; waits for it.
+    // The text that it sent; waits for it.
     std::string answer() const {
         std::string text;
         for (char byte = 0; ::read(answers_, &byte, 1) == 1 && byte != '\0';) text += byte;
@@ -175,7 +175,7 @@ TEST_F(Guards, AGuardEndsWithItsProcessWhateverChildrenItHad) {
     }
 }
 
-/// What two processes that come at the same moment share.
+// What two processes that come at the same moment share.
 struct Meeting {
     static constexpr int rounds = 15;
     std::atomic<int> arrived = 0;

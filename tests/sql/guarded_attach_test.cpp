@@ -11,18 +11,18 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// This process has its locks in the folder of the test program, the others in that of People.
+// This process has its locks in the folder of the test program, the others in that of People.
 class GuardedAttach : public People {
   protected:
     [[nodiscard]] static sql::Attachment attach(const std::string& name) {
         return sql::attach(name, sysdba, "", "");
     }
-    /// Whether another process, with another lock folder, can open it.
+    // Whether another process, with another lock folder, can open it.
     [[nodiscard]] bool is_free(const std::string& path) const {
         WorkerProcess stranger = worker();
         return opens(stranger, path);
     }
-    /// An environment of the user's own, with these settings and aliases.
+    // An environment of the user's own, with these settings and aliases.
     [[nodiscard]] std::vector<std::string> own_environment(const std::string& name,
                                                            std::vector<std::string> settings,
                                                            const std::string& aliases) const {

@@ -79,7 +79,7 @@ TEST_F(LockFolders, AHardLinkInAnotherFolderIsTheSameDatabase) {
     }
 }
 
-/// What may become of the lock folder while a process has a database open.
+// What may become of the lock folder while a process has a database open.
 struct Fate {
     const char* name;
     void (*befall)(const fs::path& cache);
@@ -145,7 +145,7 @@ TEST_F(LockFolders, TwoUsersMayHaveADatabaseOneAfterTheOtherButNotAtOnce) {
     expect_nothing_lost();
 }
 
-/// Who owns the files below a folder, and what others may do with them.
+// Who owns the files below a folder, and what others may do with them.
 std::vector<std::string> owners_in(const std::string& folder) {
     std::vector<std::string> found;
     for (const auto& entry : fs::recursive_directory_iterator(folder)) {

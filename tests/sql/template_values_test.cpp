@@ -11,7 +11,7 @@ namespace {
 using host::array_of;
 using host::Value;
 
-/// A call with good values, and the places of those that go into templates.
+// A call with good values, and the places of those that go into templates.
 struct GoodCall {
     std::string method;
     std::vector<Value> arguments;
@@ -85,7 +85,7 @@ class TemplateValues : public Database {
         log_at(8);
     }
 
-    /// What the call sends.
+    // What the call sends.
     std::vector<std::string> sent(const std::string& method, const std::vector<Value>& arguments) {
         clear_log();
         connection().call_with(method, host::Args(arguments));

@@ -24,7 +24,7 @@ struct Theatre {
     Performance& performance;
 };
 
-/// Takes in what the program wrote, until nothing has come for so many milliseconds.
+// Takes in what the program wrote, until nothing has come for so many milliseconds.
 void listen(Theatre& theatre, int quiet) {
     pollfd output{theatre.master, POLLIN, 0};
     while (::poll(&output, 1, quiet) > 0) {
@@ -37,7 +37,7 @@ void listen(Theatre& theatre, int quiet) {
     }
 }
 
-/// Answers one request; false when the program has ended.
+// Answers one request; false when the program has ended.
 bool serve(Theatre& theatre) {
     char what = 0;
     std::uint32_t size = 0;

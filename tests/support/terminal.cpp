@@ -20,7 +20,7 @@ std::vector<int> numbers_in(std::string_view parameters) {
     return numbers;
 }
 
-/// The size of the sequence that `bytes` begins with; 0 when its end has not come yet.
+// The size of the sequence that `bytes` begins with; 0 when its end has not come yet.
 std::size_t sequence_size(std::string_view bytes) {
     if (bytes.size() < 2) return 0;
     if (bytes[1] == '(' || bytes[1] == ')') return bytes.size() < 3 ? 0 : 3;
@@ -131,7 +131,7 @@ void TerminalScreen::line_feed() {
     }
 }
 
-/// Moves the rows from `top` to the end of the scrolling region up, or down when `count` is negative.
+// Moves the rows from `top` to the end of the scrolling region up, or down when `count` is negative.
 void TerminalScreen::scroll(int top, int count) {
     const int height = bottom_ - top + 1;
     const int by = std::clamp(count, -height, height);
@@ -152,7 +152,7 @@ void TerminalScreen::erase(int row, int from, int to) {
               cells_.begin() + static_cast<std::ptrdiff_t>(place(row, to)), blank);
 }
 
-/// Moves the rest of a row right, or left when `count` is negative.
+// Moves the rest of a row right, or left when `count` is negative.
 void TerminalScreen::shift(int row, int column, int count) {
     const std::vector<Cell> before = cells_;
     for (int to = column; to < columns_; ++to) {

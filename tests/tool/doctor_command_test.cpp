@@ -16,7 +16,7 @@ namespace {
 class DoctorCommand : public Tool {
   protected:
     DoctorCommand() : path(database()) {}
-    /// What --json says of one check.
+    // What --json says of one check.
     nlohmann::json check(const std::string& name) const {
         const Finished run = on(path, {"--json", "doctor"});
         const auto all = nlohmann::json::parse(run.out);

@@ -10,7 +10,7 @@ namespace {
 
 class KeptEncoding : public Tool {
   protected:
-    /// A new database with texts in that encoding.
+    // A new database with texts in that encoding.
     std::string made(const std::string& encoding) const {
         const std::string path = as_database(encoding + ".fdb");
         const Finished run = on(path, {"create", "--encoding", encoding});

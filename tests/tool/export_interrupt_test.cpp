@@ -22,7 +22,7 @@ class ExportInterrupt : public ExportFolder {
         write_file("out/big.dbf", "something dear");
         write_file("out/big.cpg", "CP437");
     }
-    /// An export that goes on for long, as soon as it writes.
+    // An export that goes on for long, as soon as it writes.
     [[nodiscard]] std::unique_ptr<Started> begun() const {
         auto tool = start({"--db", path, "export", "--query", "select a.name from big a cross join big b",
                            "--table", "big", "--yes", "-o", folder_out});

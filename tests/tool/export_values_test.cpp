@@ -15,7 +15,7 @@ class ExportValues : public ExportFolder {
     DbfRecords records(const std::string& table) const {
         return read_with_dbfread(folder_out + "/" + table + ".dbf");
     }
-    /// Exports the table, imports the file as `back`.
+    // Exports the table, imports the file as `back`.
     void there_and_back(const std::string& table, std::vector<std::string> words) const {
         words.insert(words.begin(), table);
         const Finished out = export_to_folder(words);

@@ -8,8 +8,8 @@
 namespace zmfb::test {
 namespace {
 
-/// Goes through an import on a small file system that nobody else sees, and through another when there is
-/// room again. Prints each step with its status and what it said.
+// Goes through an import on a small file system that nobody else sees, and through another when there is
+// room again. Prints each step with its status and what it said.
 constexpr const char* script = R"(
 mount -t tmpfs -o size=${2}k none "$1/disk" || exit 77
 cp "$1/empty.fdb" "$1/disk/test.fdb"
@@ -55,7 +55,7 @@ class FullDisk : public Tool, public ::testing::WithParamInterface<int> {
     }
 };
 
-/// What a step said, its status first.
+// What a step said, its status first.
 std::string step_of(const std::string& steps, const std::string& name) {
     const std::string head = "== " + name + "\n";
     const std::size_t start = steps.find(head);

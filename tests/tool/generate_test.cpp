@@ -9,7 +9,7 @@ namespace {
 class Generate : public Tool {
   protected:
     Finished generate(const std::string& kind) const { return zmfb({"generate", kind}); }
-    /// What bash offers for the last of these words, sorted.
+    // What bash offers for the last of these words, sorted.
     std::vector<std::string> offered(const std::vector<std::string>& words) const {
         const std::string script = write_script();
         std::vector<std::string> command{"bash", "-c",
@@ -34,7 +34,7 @@ class Generate : public Tool {
     }
 };
 
-/// The words of a text that look like options or like commands in a list of --help.
+// The words of a text that look like options or like commands in a list of --help.
 std::set<std::string> options_in(const std::string& help) {
     std::set<std::string> found;
     for (std::size_t at = help.find("--"); at != std::string::npos; at = help.find("--", at + 2)) {

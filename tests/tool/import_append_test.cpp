@@ -11,7 +11,7 @@ namespace {
 class ImportAppend : public Tool {
   protected:
     ImportAppend() : path(database()) {}
-    /// Adds a file to the table of its name.
+    // Adds a file to the table of its name.
     Finished append(const std::string& name, const DbfBuilder& dbf,
                     std::vector<std::string> options = {}) const {
         dbf.write(file(name));

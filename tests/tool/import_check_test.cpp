@@ -20,7 +20,7 @@ class ImportCheck : public Tool {
         return on(path, options);
     }
     Finished call(const std::string& line) const { return on(path, {"call", line}); }
-    /// How many tables, generators and triggers there are.
+    // How many tables, generators and triggers there are.
     std::string objects() const {
         return call(
                    "executequery('select (select count(*) from rdb$relations), (select count(*) from "

@@ -14,7 +14,7 @@ namespace {
 class ImportDialects : public Tool {
   protected:
     ImportDialects() : path(database()) { std::filesystem::create_directory(file("data")); }
-    /// The rows of a table in the order of their records, as CSV.
+    // The rows of a table in the order of their records, as CSV.
     std::string rows(const std::string& table, const std::string& columns) const {
         const Finished run =
             on(path, {"query", "--mode", "csv", "select " + columns + " from " + table + " order by recno"});

@@ -18,7 +18,7 @@ class ImportFailure : public Tool {
         dbf.write(file(name));
         return file(name);
     }
-    /// The names of the tables, generators and triggers that users made.
+    // The names of the tables, generators and triggers that users made.
     std::string objects() const {
         return on(path, {"query", "--mode", "csv",
                          "select rdb$relation_name from rdb$relations where rdb$system_flag = 0 union "

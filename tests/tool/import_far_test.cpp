@@ -23,8 +23,8 @@ class ImportFar : public Tool {
         words.insert(words.begin(), {"--db", database});
         return zmfb(words, "", login());
     }
-    /// Runs zmfb where the folder "mine" is another disk, which no other process sees: with what lies in
-    /// "shown".
+    // Runs zmfb where the folder "mine" is another disk, which no other process sees: with what lies in
+    // "shown".
     Finished from_far(const std::string& database, std::vector<std::string> words) const {
         std::vector<std::string> command{"unshare",
                                          "--mount",
@@ -41,7 +41,7 @@ class ImportFar : public Tool {
         command.insert(command.end(), words.begin(), words.end());
         return run(command, "", login());
     }
-    /// Why there can be no such disk here; "" when there can.
+    // Why there can be no such disk here; "" when there can.
     std::string why_not_far() const {
         const Finished tried =
             run({"unshare", "--mount", "--map-root-user", "mount", "-t", "tmpfs", "none", file("mine")});

@@ -10,7 +10,7 @@ namespace {
 class ImportInterrupt : public Tool {
   protected:
     ImportInterrupt() : path(database()) { big_table().write(file("big.dbf")); }
-    /// Runs the tool with these words until the table is there, and sends it a signal.
+    // Runs the tool with these words until the table is there, and sends it a signal.
     Finished interrupted(std::vector<std::string> words, const std::string& table, int signal) const {
         words.insert(words.begin(), {"--db", path});
         const auto tool = start(words);

@@ -27,7 +27,7 @@ class ImportJobs : public Tool {
         dbf.write(file(name));
         return file(name);
     }
-    /// The numbers of the processes that import for this one.
+    // The numbers of the processes that import for this one.
     static std::vector<pid_t> children_of(pid_t process) {
         std::ifstream list(fmt::format("/proc/{0}/task/{0}/children", process));
         std::vector<pid_t> children;

@@ -23,8 +23,8 @@ using Milliseconds = std::chrono::milliseconds;
 
 constexpr int few = 5, many = 20000;
 
-/// How often an import of each kind is killed: three times, or what the environment variable says for the
-/// long run.
+// How often an import of each kind is killed: three times, or what the environment variable says for the
+// long run.
 int rounds() {
     const char* given = std::getenv("ZMFB_KILLED_IMPORTS");
     return given == nullptr ? 3 : std::atoi(given);
@@ -44,13 +44,13 @@ class KilledImports : public Tool, public testing::WithParamInterface<std::strin
         records(few).write(file("few.dbf"));
         records(many).write(file("big.dbf"));
     }
-    /// The words of an import of `name` into BIG.
+    // The words of an import of `name` into BIG.
     [[nodiscard]] static std::vector<std::string> words_of(const std::string& name) {
         std::vector<std::string> words{"import", name, "--table", "BIG", "--yes"};
         if (!GetParam().empty()) words.push_back(GetParam());
         return words;
     }
-    /// BIG as it is before: with few records, or not there.
+    // BIG as it is before: with few records, or not there.
     void begin() const {
         const bool is_there = has_table(path, "BIG");
         if (GetParam().empty()) {
@@ -78,7 +78,7 @@ class KilledImports : public Tool, public testing::WithParamInterface<std::strin
         tool->end();
         if (victim == Victim::server) Server::shared().start();
     }
-    /// Looks at what was left; returns whether the records are in.
+    // Looks at what was left; returns whether the records are in.
     bool look() {
         std::string kind, loaded;
         int told = 0;

@@ -16,7 +16,7 @@ class ImportOptionsTest : public Tool {
         dbf.write(file(name));
         return file(name);
     }
-    /// Imports with a folder for temporary files of this test's own.
+    // Imports with a folder for temporary files of this test's own.
     Finished import(const std::string& dbf, const std::vector<std::string>& options = {},
                     const std::string& input = "") const {
         std::vector<std::string> words{"--db", path, "import", dbf};
@@ -24,7 +24,7 @@ class ImportOptionsTest : public Tool {
         return zmfb(words, input, {"TMPDIR=" + file("tmp")});
     }
     Finished call(const std::string& line) const { return on(path, {"call", line}); }
-    /// The records of a table, as another reader reads them from its export.
+    // The records of a table, as another reader reads them from its export.
     DbfRecords exported(const std::string& table) const {
         EXPECT_EQ(on(path, {"export", table, "--yes", "-o", file("tmp")}).status, 0);
         DbfRecords records = read_with_dbfread(file("tmp/" + table + ".dbf"));

@@ -16,7 +16,7 @@ class ImportProgress : public Tool {
         for (int i = 0; i < 200000; ++i) dbf.record({std::to_string(i), "name"});
         dbf.write(file("big.dbf"));
     }
-    /// An import on a terminal.
+    // An import on a terminal.
     Performance performed() const {
         const std::string cache = process_folder() / "cache";
         return perform(24, 200, "xterm", [&](const Stage& stage) {

@@ -24,7 +24,7 @@ class ImportSamples : public Tool {
     void SetUp() override {
         if (samples(".dbf").empty()) GTEST_SKIP() << without_sample("DBF file");
     }
-    /// Imports all that the file has, with defaults for its bad values, into the table S.
+    // Imports all that the file has, with defaults for its bad values, into the table S.
     Finished import(const std::string& dbf) const {
         fs::remove(file("rejects.csv"));
         return on(path,
@@ -36,7 +36,7 @@ class ImportSamples : public Tool {
         EXPECT_EQ(run.status, 0) << run.err;
         return run.out;
     }
-    /// The table as JSON, bytes as hex digits.
+    // The table as JSON, bytes as hex digits.
     std::string rows() const {
         std::string columns;
         const std::vector<std::string> all = lines(
@@ -60,7 +60,7 @@ class ImportSamples : public Tool {
         std::string told = {};
         std::optional<std::string> rounded = {};  ///< how many numbers were, to make them the same
     };
-    /// The table beside what the first reader finds that does not refuse the file, or that finds the same.
+    // The table beside what the first reader finds that does not refuse the file, or that finds the same.
     Found beside_others(const std::string& dbf) const {
         Found found{.told = "read by no other reader"};
         const std::string ours = write_file("rows.json", rows());

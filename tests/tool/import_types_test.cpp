@@ -25,7 +25,7 @@ class ImportTypes : public Tool {
         const std::string lines_below = run.out.substr(std::min(run.out.size(), run.out.find('\n') + 1));
         return lines_below;
     }
-    /// The columns of a table: name, type, sub-type and length of each.
+    // The columns of a table: name, type, sub-type and length of each.
     std::vector<std::string> columns(const std::string& table) const {
         std::vector<std::string> all;
         for (const std::string& line : lines(query(

@@ -13,7 +13,7 @@ class Killed : public Tool {
         big_table().write(file("big.dbf"));
         before = objects();
     }
-    /// The names of the tables, generators and triggers that users made.
+    // The names of the tables, generators and triggers that users made.
     [[nodiscard]] std::string objects() const {
         return on(path, {"query", "--mode", "csv",
                          "select rdb$relation_name from rdb$relations where rdb$system_flag = 0 union "

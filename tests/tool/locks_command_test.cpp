@@ -8,7 +8,7 @@ namespace {
 class LocksCommand : public Tool {
   protected:
     LocksCommand() : path(database()) { on(path, {"call", "createtable('CLIENT', {{'NAME', 'C', 10, 0}})"}); }
-    /// Locks record 4 and opens the table exclusively, as an area of a process of another host.
+    // Locks record 4 and opens the table exclusively, as an area of a process of another host.
     void lock_from_afar() const {
         on(path, {"call", "setrecordaslocked('CLIENT', 'CLIENT:A1:7:afar', '4')",
                   "settableusedbyarea(.T., 'CLIENT', 'CLIENT:A1:7:afar', .F.)"});

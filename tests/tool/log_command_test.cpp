@@ -6,7 +6,7 @@
 namespace zmfb::test {
 namespace {
 
-/// A log of known entries, in the place of the one that the tests write.
+// A log of known entries, in the place of the one that the tests write.
 class LogCommand : public Tool {
   protected:
     Finished log(std::vector<std::string> words) const {

@@ -13,7 +13,7 @@ constexpr std::size_t limit = std::size_t{10} * 1024 * 1024;
 class LongInput : public Tool {
   protected:
     LongInput() : path(database()) {}
-    /// A shell that reads this file, with at most a minute of a processor.
+    // A shell that reads this file, with at most a minute of a processor.
     [[nodiscard]] Finished shell(const std::string& name) const {
         std::string limits = "ulimit -t 60; exec < '" + name + "'";
 #if !defined(__SANITIZE_ADDRESS__)

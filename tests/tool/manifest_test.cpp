@@ -29,7 +29,7 @@ class Manifest : public ExportFolder {
     Finished export_all(const std::string& format = "vfp") const {
         return export_to_folder({"--all", "--yes", "--format", format, "--manifest", list});
     }
-    /// A second database, and the import of the files into it.
+    // A second database, and the import of the files into it.
     Finished import_anew(std::vector<std::string> words) const {
         if (!fs::exists(file("second.fdb"))) on(second(), {"create"});
         words.insert(words.begin(), {"import", "--manifest", list});

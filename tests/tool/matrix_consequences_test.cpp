@@ -9,7 +9,7 @@ namespace {
 
 constexpr const char* name_line = "001::NAME::C::10::0";
 
-/// A table, what is made on it, one line of its matrix as it is changed, and what is said of that.
+// A table, what is made on it, one line of its matrix as it is changed, and what is said of that.
 struct Case {
     std::string table;
     std::vector<std::string> before;

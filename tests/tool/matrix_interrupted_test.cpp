@@ -8,7 +8,7 @@
 namespace zmfb::test {
 namespace {
 
-/// A matrix that adds a field and then changes another, whose values take for ever to be copied.
+// A matrix that adds a field and then changes another, whose values take for ever to be copied.
 class MatrixInterrupted : public MatrixCommand {
   protected:
     MatrixInterrupted() {

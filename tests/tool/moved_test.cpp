@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 class Moved : public Tool {
   protected:
-    /// Runs a program as the tool on a database of this test that is a file, with a new environment.
+    // Runs a program as the tool on a database of this test that is a file, with a new environment.
     Finished run_as_tool(const std::string& program, const std::vector<std::string>& settings,
                          const std::vector<std::string>& command) const {
         std::vector<std::string> words{

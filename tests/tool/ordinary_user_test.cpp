@@ -37,7 +37,7 @@ class OrdinaryUser : public Tool {
         BareClient(server_.name_of(server_.folder() / "any.fdb"))
             .execute("grant create database to user ANNA");
     }
-    /// zmfb as another user of the system and of the server, in a folder of that user's.
+    // zmfb as another user of the system and of the server, in a folder of that user's.
     Finished as_anna(const std::vector<std::string>& words) const {
         std::vector<std::string> command = as_user(other_user);
         command.insert(command.end(),

@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 constexpr uid_t somebody_else = 12345;
 constexpr const char* precious = "precious";
 
-/// A command that writes a file, and how that begins.
+// A command that writes a file, and how that begins.
 struct Writer {
     std::string name;
     std::vector<std::string> words;
@@ -33,7 +33,7 @@ class OutputFiles : public Tool {
         EXPECT_EQ(on(path, {"call", "createtable('SHOP', {{'NAME', 'C', 10, 0}})"}).status, 0);
         DbfBuilder().field("N", 'N', 4).record({"x"}).write(file("bad.dbf"));
     }
-    /// Each way to write out/shop.*.
+    // Each way to write out/shop.*.
     [[nodiscard]] std::vector<Writer> writers() const {
         return {{"shop.csv",
                  {"query", "--mode", "csv", "select 7 as n from rdb$database", "-o", out("csv")},

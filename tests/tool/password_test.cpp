@@ -20,7 +20,7 @@ class Password : public Tool {
         EXPECT_EQ(made.status, 0) << made.err;
     }
     static std::string secret() { return std::string("ISC_PASSWORD=") + sysdba_password; }
-    /// Calls isconnected() with further words on the command line.
+    // Calls isconnected() with further words on the command line.
     Finished connect(const std::vector<std::string>& words,
                      const std::vector<std::string>& environment = {}) const {
         std::vector<std::string> all{"--db", name, "--user", "SYSDBA", "call", "isconnected()"};

@@ -17,7 +17,7 @@ class Prepare : public Tool {
         execute("insert into ORDERS values (1, 'Ana')");
     }
     void execute(const std::string& statement) const { BareClient(path).execute(statement); }
-    /// What of the driver's is in it.
+    // What of the driver's is in it.
     [[nodiscard]] Rows made() const {
         return BareClient(path).rows(
             "select (select count(*) from rdb$functions where rdb$function_name starting with 'ZM' or "

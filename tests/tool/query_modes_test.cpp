@@ -188,7 +188,7 @@ TEST_F(QueryModes, UnknownModeIsWrongUsage) {
     EXPECT_EQ(on(path, {"query", "select 1 from rdb$database", "--mode"}).status, 2);
 }
 
-/// What a terminal of so many columns shows of a query.
+// What a terminal of so many columns shows of a query.
 class QueryOnATerminal : public QueryModes {
   protected:
     Performance shown(int columns, const std::string& statement, const std::string& setting = "ZMFB_X=1") {

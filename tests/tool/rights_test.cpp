@@ -68,7 +68,7 @@ TEST_F(Rights, DoctorSaysWhatAUserMayNotDo) {
         << run.out;
 }
 
-/// On a server, where users have passwords and the engine looks at all of their rights.
+// On a server, where users have passwords and the engine looks at all of their rights.
 class RightsOnAServer : public Tool {
   protected:
     RightsOnAServer() {
@@ -83,7 +83,7 @@ class RightsOnAServer : public Tool {
         words.insert(words.begin(), {"--db", Server::shared().name_of(file(database)), "--user", user});
         return zmfb(words, "", {std::string("ISC_PASSWORD=") + sysdba_password});
     }
-    /// What doctor says of the rights of a user.
+    // What doctor says of the rights of a user.
     std::string rights_of(const std::string& user) const {
         const std::string all = as(user, {"doctor"}).out;
         const std::size_t start = all.rfind('\n', all.find("] rights: ")) + 1;

@@ -37,7 +37,7 @@ class ShellConnection : public Tool {
                 database_,
                 "shell"};
     }
-    /// Ends every other attachment, as an administrator does.
+    // Ends every other attachment, as an administrator does.
     void end_attachments() const {
         BareClient(database_).execute(
             "delete from mon$attachments where mon$attachment_id <> current_connection and mon$system_flag = "

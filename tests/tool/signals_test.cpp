@@ -34,7 +34,7 @@ class Signals : public Tool {
         words.insert(words.begin(), {"--db", path});
         return start(words, input);
     }
-    /// A process that keeps the row of T for itself.
+    // A process that keeps the row of T for itself.
     [[nodiscard]] std::unique_ptr<Started> holder() const {
         auto holds = start_on({"shell"}, "starttransaction()\ncachedupdate(\"update t set a = 2\")\n");
         holds->settle();
@@ -165,7 +165,7 @@ TEST_F(Signals, HaveADropSayWhatIsGoneByThen) {
     EXPECT_EQ(on(path, {"call", "istable('T')"}).out, ".T.\n");
 }
 
-/// A port of this host that takes connections and never says a word.
+// A port of this host that takes connections and never says a word.
 class SilentServer {
   public:
     SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {

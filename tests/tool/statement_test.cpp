@@ -37,7 +37,7 @@ TEST(InputKind, IsToldByTheBeginningOfTheLine) {
     for (const auto& [line, kind] : cases) EXPECT_EQ(tool::input_of(line), kind) << line;
 }
 
-/// The statements of a text, and what is left behind the last.
+// The statements of a text, and what is left behind the last.
 std::vector<std::string> parts(std::string text) {
     std::vector<std::string> found;
     while (const auto end = tool::StatementScan().end_in(text)) {

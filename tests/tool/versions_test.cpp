@@ -16,7 +16,7 @@ class Versions : public Tool {
         if (on_server()) GTEST_SKIP() << "the databases of this run are not files of this machine's Firebird";
         given_ = named;
     }
-    /// A gbak that is expected to succeed.
+    // A gbak that is expected to succeed.
     static void gbak(std::vector<std::string> words, const std::vector<std::string>& environment = {}) {
         words.insert(words.begin() + 1, {"-user", sysdba, "-pas", sysdba_password});
         const Finished done = run(words, "", environment);

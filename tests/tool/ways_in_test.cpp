@@ -22,7 +22,7 @@ class WaysIn : public Tool {
         unsetenv("ISC_USER");
         unsetenv("ISC_PASSWORD");
     }
-    /// Runs zmfb with a firebird.conf of its own for the client.
+    // Runs zmfb with a firebird.conf of its own for the client.
     Finished zmfb_with(const std::vector<std::string>& settings, const std::string& user,
                        const std::string& password, const std::vector<std::string>& words) const {
         const std::string client = file("client");

@@ -66,7 +66,7 @@ TEST_F(WholeDatabase, IsTheSameInAnother) {
     EXPECT_EQ(same, 2 * tables_of_a_kind);
 }
 
-/// The most memory that a command had, in KB.
+// The most memory that a command had, in KB.
 constexpr const char* peak_of = R"(
 import resource, subprocess, sys
 status = subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL).returncode

@@ -9,8 +9,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The engine of another host, which has a file of its own at the place of the data file. In use while it
-/// lives.
+// The engine of another host, which has a file of its own at the place of the data file. In use while it
+// lives.
 class EngineElsewhere : public sql::Client {
   public:
     EngineElsewhere(std::string path, std::string own)
@@ -31,7 +31,7 @@ class EngineElsewhere : public sql::Client {
     sql::Client* before_;
 };
 
-/// What happens just before the engine copies the rows, or when it has committed them. In use while it lives.
+// What happens just before the engine copies the rows, or when it has committed them. In use while it lives.
 class AroundTheCopy : public sql::Client {
   public:
     using Act = std::function<void()>;

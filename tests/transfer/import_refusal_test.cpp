@@ -9,7 +9,7 @@ using host::operator""_l1;
 
 class ImportRefusal : public Transfer {
   protected:
-    /// What an import may leave behind.
+    // What an import may leave behind.
     struct Left {
         std::size_t open_dbfs;
         bool table;

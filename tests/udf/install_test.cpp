@@ -15,7 +15,7 @@ class InstallFunctions : public Database {
     [[nodiscard]] std::string install(Functions functions) const {
         return install_functions(database(), sysdba, sysdba_password, functions).message();
     }
-    /// How many of the eleven are the module's, and how many are stored.
+    // How many of the eleven are the module's, and how many are stored.
     [[nodiscard]] Row counts() const {
         return rows(
             "select sum(iif(rdb$module_name = 'zmrddudfs', 1, 0)), sum(iif(rdb$module_name is null, 1, 0)) "

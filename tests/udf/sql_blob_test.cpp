@@ -15,7 +15,7 @@ class BlobUdfInSql : public Database {
   protected:
     BlobUdfInSql() { execute("create table t (id integer, b blob sub_type 1)"); }
 
-    /// Puts a row into the table, with a blob of these segments.
+    // Puts a row into the table, with a blob of these segments.
     void insert(int id, const std::vector<std::string>& segments) {
         BareClient client(database());
         ISC_STATUS_ARRAY status{};
@@ -47,7 +47,7 @@ class BlobUdfInSql : public Database {
         ASSERT_EQ(status[1], 0);
     }
 
-    /// The value of an expression over the one row, in brackets; SQL NULL is "NULL".
+    // The value of an expression over the one row, in brackets; SQL NULL is "NULL".
     std::string value(const std::string& expression) {
         return rows("select '[' || " + expression + " || ']' from t").at(0).at(0);
     }

@@ -12,13 +12,13 @@
 namespace zmfb::test {
 namespace {
 
-/// An SQL expression and its value, in brackets so that its blanks show; SQL NULL is NULL.
+// An SQL expression and its value, in brackets so that its blanks show; SQL NULL is NULL.
 struct Expected {
     std::string expression;
     std::string value;
 };
 
-/// The most memory that this process, and with it the embedded engine, has had at a time.
+// The most memory that this process, and with it the embedded engine, has had at a time.
 long peak_kilobytes() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);

@@ -18,11 +18,11 @@ namespace {
 constexpr std::string_view failed_statement = "[ERROR] SQLCODE=";
 
 // A statement's failure is no raised error: the method returns its text.
-bool is_failure_text(const Value& result) {
+bool is_failure_text(const host::Value& result) {
     return result.is(host::Kind::character) && result.text().starts_with(failed_statement);
 }
 
-/// Prints which method may have been meant, when there is none of that name.
+// Prints which method may have been meant, when there is none of that name.
 void suggest_method(const std::string& name) {
     if (is_method(name)) return;
     const std::string nearest = nearest_name(name, method_names());
@@ -30,7 +30,7 @@ void suggest_method(const std::string& name) {
 }
 
 Exit evaluate(Session& session, const Call& call) {
-    const Value result =
+    const host::Value result =
         session.connection_or_unattached().call_with(call.method, host::Args(call.arguments));
     suggest_method(call.method);
     const std::string line = session.options().json ? json_line(to_json(result)) : to_literal(result);

@@ -19,7 +19,7 @@ std::string_view colour_of(State state) {
     return colours.at(static_cast<std::size_t>(state));
 }
 
-/// Prints findings as they come, or keeps them for the end.
+// Prints findings as they come, or keeps them for the end.
 class Report {
   public:
     explicit Report(bool json) : json_(json) {}

@@ -22,7 +22,7 @@ Level level_of(std::string_view name) {
     return static_cast<Level>(std::ranges::find(level_names, name) - level_names.begin());
 }
 
-/// Those that were named, or all that the driver has made.
+// Those that were named, or all that the driver has made.
 std::vector<Table> tables_meant(zmFBConn& connection, const std::vector<std::string>& typed) {
     std::vector<Table> tables;
     for (const std::string& one : typed) tables.push_back(existing_table(connection, one));

@@ -17,19 +17,19 @@
 namespace zmfb::tool {
 namespace {
 
-std::string trimmed(const Value& value) { return host::trim(value).string(); }
+std::string trimmed(const host::Value& value) { return host::trim(value).string(); }
 
-/// The rows of a question to the system tables, without the header. Throws Failure.
-Value system_rows(zmFBConn& connection, std::string_view query) {
-    const Value result = connection.call("executequery", query);
+// The rows of a question to the system tables, without the header. Throws Failure.
+host::Value system_rows(zmFBConn& connection, std::string_view query) {
+    const host::Value result = connection.call("executequery", query);
     if (result.size() == 0)
         throw Failure{Exit::failed, "cannot read the system tables", last_engine_message()};
-    Value rows = Value::array_of_size(0);
-    for (const Value& row : result.items().subspan(1)) rows.push(row);
+    host::Value rows = host::Value::array_of_size(0);
+    for (const host::Value& row : result.items().subspan(1)) rows.push(row);
     return rows;
 }
 
-/// Who holds something, as columns of a table and as members of a JSON object.
+// Who holds something, as columns of a table and as members of a JSON object.
 struct Holder {
     AreaId id;
     Alive alive;
@@ -52,7 +52,7 @@ struct Holder {
 
 const std::vector<TextTable::Column> holder_columns{{"area"}, {"process", true}, {"host"}, {"state"}};
 
-/// Rows on their way to the terminal, in both shapes.
+// Rows on their way to the terminal, in both shapes.
 class Listing {
   public:
     Listing(const Session& session, std::vector<TextTable::Column> columns)
@@ -87,8 +87,8 @@ class Listing {
 
 Json whole_number(const std::string& text) { return static_cast<std::int64_t>(std::stod(text)); }
 
-/// "NULL" and scaled texts such as 12.0 become whole numbers, nothing becomes 0.
-std::int64_t record_number(const Value& value) {
+// "NULL" and scaled texts such as 12.0 become whole numbers, nothing becomes 0.
+std::int64_t record_number(const host::Value& value) {
     const std::string text = trimmed(value);
     return text == "NULL" ? 0 : whole_number(text).get<std::int64_t>();
 }
@@ -96,16 +96,16 @@ std::int64_t record_number(const Value& value) {
 Exit locks_command(Session& session) {
     zmFBConn& connection = session.connection();
     Listing listing(session, {{"table"}, {"lock"}, {"record", true}});
-    const Value tables =
+    const host::Value tables =
         system_rows(connection, "SELECT FLK_TABLE, FLK_AREAID FROM RDDSYS_FLK ORDER BY FLK_TABLE");
-    for (const Value& row : tables.items()) {
+    for (const host::Value& row : tables.items()) {
         const std::string table = to_utf8(trimmed(row[1]));
         listing.add({table, "table", ""}, {{"table", table}, {"lock", "table"}},
                     Holder(connection, trimmed(row[2])));
     }
-    const Value records = system_rows(
+    const host::Value records = system_rows(
         connection, "SELECT RLK_TABLE, RLK_AREAID, RLK_RECNO FROM RDDSYS_RLK ORDER BY RLK_TABLE, RLK_RECNO");
-    for (const Value& row : records.items()) {
+    for (const host::Value& row : records.items()) {
         const std::string table = to_utf8(trimmed(row[1]));
         const std::int64_t record = record_number(row[3]);
         listing.add({table, "record", std::to_string(record)},
@@ -119,10 +119,11 @@ Exit locks_command(Session& session) {
 Exit opens_command(Session& session) {
     zmFBConn& connection = session.connection();
     Listing listing(session, {{"table"}, {"mode"}, {"last append", true}});
-    const Value rows = system_rows(connection,
-                                   "SELECT OPN_TABLE, OPN_AREAID, OPN_SHARED, OPN_APPRECNO FROM RDDSYS_OPN "
-                                   "ORDER BY OPN_TABLE, OPN_AREAID");
-    for (const Value& row : rows.items()) {
+    const host::Value rows =
+        system_rows(connection,
+                    "SELECT OPN_TABLE, OPN_AREAID, OPN_SHARED, OPN_APPRECNO FROM RDDSYS_OPN "
+                    "ORDER BY OPN_TABLE, OPN_AREAID");
+    for (const host::Value& row : rows.items()) {
         const std::string table = to_utf8(trimmed(row[1]));
         const std::string mode = trimmed(row[3]) == "F" ? "exclusive" : "shared";
         const std::int64_t last = record_number(row[4]);

@@ -30,7 +30,7 @@ struct Given {
     bool follow = false;
 };
 
-/// The log, opened for reading.
+// The log, opened for reading.
 class LogFile {
   public:
     LogFile() : path_(log_file_path()), descriptor_(open(path_.c_str(), O_RDONLY | O_CLOEXEC)) {
@@ -42,7 +42,7 @@ class LogFile {
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;
 
-    /// Reads on to the end, and hands each entry to `use`. A file that became shorter is read from its start.
+    // Reads on to the end, and hands each entry to `use`. A file that became shorter is read from its start.
     template <class Use>
     void read_on(const Use& use) {
         struct stat now {};
@@ -85,7 +85,7 @@ void print_entry(const LogEntry& entry) {
                lines_without_controls(to_utf8(entry.text)), coloured ? "\x1b[0m" : "");
 }
 
-/// Prints entries as they are written, until it is told to end. As JSON each is one line.
+// Prints entries as they are written, until it is told to end. As JSON each is one line.
 void follow(LogFile& file, const LogFilter& filter, bool json) {
     using namespace std::chrono_literals;
     while (!interrupted()) {

@@ -32,8 +32,8 @@ std::string_view colour_of(std::string_view line) {
     return "";
 }
 
-void print_log(const Value& log) {
-    for (const Value& entry : log.items()) {
+void print_log(const host::Value& log) {
+    for (const host::Value& entry : log.items()) {
         const std::string line = to_utf8(entry[1].text());
         const std::string_view colour = output_has_colours() ? colour_of(line) : "";
         fmt::print("{}{}{}\n", colour, line, colour.empty() ? "" : "\033[0m");
@@ -41,22 +41,22 @@ void print_log(const Value& log) {
     flush_output();
 }
 
-/// Whether a simulated or real run would change, or changed, anything.
-bool has_actions(const Value& log) {
+// Whether a simulated or real run would change, or changed, anything.
+bool has_actions(const host::Value& log) {
     return std::ranges::any_of(log.items(),
-                               [](const Value& entry) { return entry[1].text().starts_with('['); });
+                               [](const host::Value& entry) { return entry[1].text().starts_with('['); });
 }
 
-/// What the object says that a matrix would do, and what comes of that.
+// What the object says that a matrix would do, and what comes of that.
 struct Plan {
-    Value result;
+    host::Value result;
     std::vector<Consequence> consequences;
 
-    Plan(Session& session, const Value& matrix)
+    Plan(Session& session, const host::Value& matrix)
         : result(session.connection().call("checkmatrix", matrix)),
           consequences(consequences_of(session.connection(), matrix, result[2])) {}
 
-    /// How many changes the engine will refuse.
+    // How many changes the engine will refuse.
     [[nodiscard]] std::uint64_t hindered() const {
         return static_cast<std::uint64_t>(std::ranges::count_if(
             consequences, [](const Consequence& one) { return !hindrances_of(one).empty(); }));
@@ -70,7 +70,7 @@ void print_notes(const Plan& plan) {
     flush_output();
 }
 
-/// Throws Failure when the engine will refuse some of it.
+// Throws Failure when the engine will refuse some of it.
 void require_possible(const Plan& plan, std::string_view message) {
     if (plan.hindered() == 0) return;
     std::string reasons;
@@ -82,12 +82,12 @@ void require_possible(const Plan& plan, std::string_view message) {
                   reasons, "drop what is in the way, mend the values, or take the change out of the matrix"};
 }
 
-Exit report(Session& session, const Value& result, const Plan& plan) {
+Exit report(Session& session, const host::Value& result, const Plan& plan) {
     const bool ok = result[1].logical() && plan.hindered() == 0;
     if (session.options().json) {
         Json lines = Json::array();
-        const Value log = result[2];
-        for (const Value& entry : log.items()) lines.push_back(to_utf8(entry[1].text()));
+        const host::Value log = result[2];
+        for (const host::Value& entry : log.items()) lines.push_back(to_utf8(entry[1].text()));
         Json consequences = Json::array();
         for (const Consequence& one : plan.consequences) consequences.push_back(json_of(one));
         fmt::print(
@@ -100,27 +100,27 @@ Exit report(Session& session, const Value& result, const Plan& plan) {
     return ok ? Exit::ok : Exit::failed;
 }
 
-/// Hands each line of a matrix to `put`.
+// Hands each line of a matrix to `put`.
 template <class Put>
-void for_each_line(const Value& matrix, const Put& put) {
-    for (const Value& group : matrix.items()) {
-        const Value lines = group[1];
-        for (const Value& line : lines.items()) put(line[1].text());
+void for_each_line(const host::Value& matrix, const Put& put) {
+    for (const host::Value& group : matrix.items()) {
+        const host::Value lines = group[1];
+        for (const host::Value& line : lines.items()) put(line[1].text());
     }
 }
 
-/// A matrix as its file has it, or as a terminal wants it.
-void print_matrix(const Value& matrix) {
+// A matrix as its file has it, or as a terminal wants it.
+void print_matrix(const host::Value& matrix) {
     const bool terminal = output_is_terminal();
     for_each_line(matrix, [&](std::string_view text) {
         fmt::print("{}", terminal ? to_utf8(text) + "\n" : std::string(text) + "\r\n");
     });
 }
 
-/// Those of all tables that have a structure to write. The system tables are always among them: of an empty
-/// list the method would make all that there are.
-Value nameable_tables(zmFBConn& connection) {
-    const Value names = Value::array_of_size(0);
+// Those of all tables that have a structure to write. The system tables are always among them: of an empty
+// list the method would make all that there are.
+host::Value nameable_tables(zmFBConn& connection) {
+    const host::Value names = host::Value::array_of_size(0);
     for (const Table& table : tables_of(connection)) {
         if (is_nameable(connection, table.name)) names.push(table.name.bytes());
     }
@@ -133,8 +133,8 @@ void require_nameable(zmFBConn& connection, const Name& table) {
                   std::string(plain_names_only)};
 }
 
-Value named_tables(zmFBConn& connection, const std::vector<std::string>& tables) {
-    const Value names = Value::array_of_size(0);
+host::Value named_tables(zmFBConn& connection, const std::vector<std::string>& tables) {
+    const host::Value names = host::Value::array_of_size(0);
     for (const std::string& table : tables) {
         const Name name = existing_name(connection, table);
         require_nameable(connection, name);
@@ -143,9 +143,9 @@ Value named_tables(zmFBConn& connection, const std::vector<std::string>& tables)
     return names;
 }
 
-/// The matrix in a file, when the methods can name all tables in it and what these consist of.
-Value matrix_in(zmFBConn& connection, const std::string& file) {
-    const Value matrix = read_matrix(file);
+// The matrix in a file, when the methods can name all tables in it and what these consist of.
+host::Value matrix_in(zmFBConn& connection, const std::string& file) {
+    const host::Value matrix = read_matrix(file);
     for (const Name& table : tables_in(matrix)) {
         if (!table.bytes().empty()) require_nameable(connection, table);
     }
@@ -155,7 +155,7 @@ Value matrix_in(zmFBConn& connection, const std::string& file) {
 Exit matrix_extract_command(Session& session, const std::vector<std::string>& tables, const std::string& file,
                             bool yes) {
     zmFBConn& connection = session.connection();
-    const Value names = tables.empty() ? nameable_tables(connection) : named_tables(connection, tables);
+    const host::Value names = tables.empty() ? nameable_tables(connection) : named_tables(connection, tables);
     if (file.empty()) {
         print_matrix(connection.call("extractmatrix", names, ""));
         return Exit::ok;
@@ -166,7 +166,7 @@ Exit matrix_extract_command(Session& session, const std::vector<std::string>& ta
                       "Nothing was changed. --yes replaces it without asking."};
     }
     OutputFile out(written);
-    const Value matrix = connection.call("extractmatrix", names, "");
+    const host::Value matrix = connection.call("extractmatrix", names, "");
     for_each_line(matrix, [&](std::string_view text) {
         out.write(text);
         out.write("\r\n");
@@ -190,11 +190,11 @@ std::string joined_lines(const std::vector<std::string>& lines) {
     return all;
 }
 
-/// What was done before a signal came, and what was not: by what there would still be to do.
-Exit tell_interrupted(Session& session, const Value& matrix, const Plan& plan) {
+// What was done before a signal came, and what was not: by what there would still be to do.
+Exit tell_interrupted(Session& session, const host::Value& matrix, const Plan& plan) {
     begin_undoing();
     session.show_raised(Raised::silent);
-    const Value rest = session.connection().call("checkmatrix", matrix)[2];
+    const host::Value rest = session.connection().call("checkmatrix", matrix)[2];
     const std::vector<std::string> done = done_of(plan.result[2], rest);
     if (session.options().json) {
         const auto utf8 = [](const std::vector<std::string>& lines) {
@@ -216,8 +216,8 @@ Exit tell_interrupted(Session& session, const Value& matrix, const Plan& plan) {
     return ending_status();
 }
 
-Exit apply(Session& session, const Value& matrix, const Plan& plan) {
-    Value result;
+Exit apply(Session& session, const host::Value& matrix, const Plan& plan) {
+    host::Value result;
     try {
         result = session.connection().call("applymatrix", matrix, false);
     } catch (const Cancelled&) {
@@ -226,7 +226,7 @@ Exit apply(Session& session, const Value& matrix, const Plan& plan) {
     return ending_signal() != 0 ? tell_interrupted(session, matrix, plan) : report(session, result, plan);
 }
 
-Exit apply_when_confirmed(Session& session, const Value& matrix) {
+Exit apply_when_confirmed(Session& session, const host::Value& matrix) {
     fmt::print("What would be done:\n");
     const Plan plan(session, matrix);
     print_log(plan.result[2]);
@@ -241,7 +241,7 @@ Exit apply_when_confirmed(Session& session, const Value& matrix) {
     return apply(session, matrix, plan);
 }
 
-Exit apply_unasked(Session& session, const Value& matrix) {
+Exit apply_unasked(Session& session, const host::Value& matrix) {
     // The applying raises again what the look raises.
     session.show_raised(Raised::silent);
     const Plan plan(session, matrix);
@@ -254,7 +254,7 @@ Exit apply_unasked(Session& session, const Value& matrix) {
 
 Exit matrix_apply_command(Session& session, const std::string& file, bool yes) {
     if (session.options().json && !yes) throw Failure{Exit::usage, "--json asks nothing: say --yes as well"};
-    const Value matrix = matrix_in(session.connection(), file);
+    const host::Value matrix = matrix_in(session.connection(), file);
     return yes ? apply_unasked(session, matrix) : apply_when_confirmed(session, matrix);
 }
 

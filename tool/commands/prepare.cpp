@@ -18,7 +18,7 @@ struct PrepareOptions {
     bool yes = false;
 };
 
-/// What a database lacks to be one the driver can use.
+// What a database lacks to be one the driver can use.
 struct Lacking {
     bool functions = false;
     std::vector<std::string> tables;

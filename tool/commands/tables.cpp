@@ -35,7 +35,7 @@ Exit tables_command(Session& session) {
     return Exit::ok;
 }
 
-/// Everything that "struct" shows of a table.
+// Everything that "struct" shows of a table.
 struct Structure {
     Table table;
     std::optional<std::uint64_t> records;  ///< none when they were not counted

@@ -14,7 +14,7 @@
 namespace zmfb::tool {
 namespace {
 
-/// A system table, with the columns of the unique index that makes its locks exclusive.
+// A system table, with the columns of the unique index that makes its locks exclusive.
 struct SystemTable {
     std::string_view name;
     std::string_view area_column;
@@ -37,8 +37,8 @@ bool has_unique_index(zmFBConn& connection, const SystemTable& table) {
     });
 }
 
-/// What an interrupted run leaves. The names that make a row of the query, up to three, go into the statement
-/// that clears it up; a row with another name than a plain one is not the driver's.
+// What an interrupted run leaves. The names that make a row of the query, up to three, go into the statement
+// that clears it up; a row with another name than a plain one is not the driver's.
 struct Leftover {
     std::string_view query;
     std::string_view clears;
@@ -65,7 +65,7 @@ constexpr std::array leftovers{
              "alter table {} drop {}"},
 };
 
-/// The commands that clear up what there is of a kind.
+// The commands that clear up what there is of a kind.
 std::vector<std::string> commands_against(zmFBConn& connection, const Leftover& kind) {
     std::vector<std::string> commands;
     using Text = std::optional<std::string>;

@@ -21,14 +21,14 @@ namespace {
 
 std::string data_file(zmFBConn& connection) { return connection(m::getfullpathdatfile); }
 
-/// A data file and an external table over it; both go with it.
+// A data file and an external table over it; both go with it.
 class ExternalTable {
   public:
     explicit ExternalTable(zmFBConn& connection)
         : connection_(connection),
           path_(data_file(connection)),
           name_("EXT_DOCTOR_" + std::to_string(getpid())) {
-        const Value handle = host::fcreate(path_, 666);
+        const host::Value handle = host::fcreate(path_, 666);
         created_ = handle.integer() >= 0;
         host::fclose(handle);
     }
@@ -39,8 +39,8 @@ class ExternalTable {
     ExternalTable(const ExternalTable&) = delete;
     ExternalTable& operator=(const ExternalTable&) = delete;
 
-    /// Makes the table, inserts a row and reads it back. Another one goes before it: where a table was being
-    /// made when the engine was killed, one without pages of its own would do harm.
+    // Makes the table, inserts a row and reads it back. Another one goes before it: where a table was being
+    // made when the engine was killed, one without pages of its own would do harm.
     Status try_out() {
         if (!created_) return Status(fmt::format("cannot make {}", path_));
         take_harm_away();

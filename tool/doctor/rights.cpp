@@ -23,12 +23,12 @@ std::string missing_right(const std::string& message) {
     return message.substr(start, message.find('\n', start) - start);
 }
 
-/// What the engine does not permit this user, by trying what changes nothing.
+// What the engine does not permit this user, by trying what changes nothing.
 class Trial {
   public:
     explicit Trial(zmFBConn& connection) : connection_(connection) {}
 
-    /// Preparing it is enough: rights are looked at then.
+    // Preparing it is enough: rights are looked at then.
     void prepare(const std::string& statement) {
         note([&](Transaction& work) { work.prepare(statement); }, "");
     }

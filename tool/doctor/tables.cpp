@@ -29,14 +29,14 @@ constexpr std::string_view parts_of_tables =
     "F.RDB$RELATION_NAME = R.RDB$RELATION_NAME AND F.RDB$FIELD_NAME IN ('RECNO', 'RDD_AREAID')) = 2 ORDER BY "
     "1";
 
-/// A part that a table of the driver has, how many of it there have to be, and how many there are.
+// A part that a table of the driver has, how many of it there have to be, and how many there are.
 struct Part {
     std::string_view name;
     std::int64_t wanted;
     std::int64_t count;
 };
 
-/// What it lacks; empty for a whole table.
+// What it lacks; empty for a whole table.
 std::string missing_in(std::span<const Part> parts) {
     std::string missing;
     for (const Part& part : parts) {
@@ -72,7 +72,7 @@ std::string joined(const std::string& all, const std::string& one) {
     return all + (all.empty() ? "" : "; ") + one;
 }
 
-/// How many records a table has, and how many its generators say.
+// How many records a table has, and how many its generators say.
 using Counted = std::tuple<std::int64_t, std::int64_t>;
 
 // Nothing when this user may not count them.

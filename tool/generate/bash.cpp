@@ -7,7 +7,7 @@
 namespace zmfb::tool {
 namespace {
 
-/// What is offered behind an option that takes a value.
+// What is offered behind an option that takes a value.
 struct Values {
     std::string files;      ///< options whose value is a file, parted by "|"
     std::string others;     ///< options whose value cannot be known
@@ -45,7 +45,7 @@ std::string names_of(const std::vector<OptionHelp>& options) {
     return names;
 }
 
-/// The words that may follow a group, or the program itself for "".
+// The words that may follow a group, or the program itself for "".
 std::string commands_in(const CommandLineHelp& help, const std::string& group) {
     std::set<std::string> words;
     for (const CommandHelp& command : help.commands) {

@@ -30,7 +30,7 @@ std::string option_line(const OptionHelp& option, const std::string& condition) 
     return line + " -d " + in_quotes(option.help) + "\n";
 }
 
-/// True where the words of a command stand on the line.
+// True where the words of a command stand on the line.
 std::string seen(const std::string& command) {
     std::string condition;
     for (std::size_t start = 0; start < command.size();) {

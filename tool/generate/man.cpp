@@ -5,7 +5,7 @@
 namespace zmfb::tool {
 namespace {
 
-/// A text as roff takes it: dashes that can be copied, no line that begins with a control character.
+// A text as roff takes it: dashes that can be copied, no line that begins with a control character.
 std::string roff(std::string_view text) {
     std::string out;
     for (const char c : text) {

@@ -5,7 +5,7 @@
 namespace zmfb::tool {
 namespace {
 
-/// A text within single quotes, without the characters that part its words.
+// A text within single quotes, without the characters that part its words.
 std::string plain(std::string_view text) {
     std::string out;
     for (const char c : text) {
@@ -45,7 +45,7 @@ std::string arguments_of(const std::vector<OptionHelp>& options, std::string_vie
 
 std::string first_word(const std::string& name) { return name.substr(0, name.find(' ')); }
 
-/// The branches for the commands of a group, or for those of no group.
+// The branches for the commands of a group, or for those of no group.
 std::string branches_of(const CommandLineHelp& help, const std::string& group, std::string_view indent) {
     const std::string prefix = group.empty() ? "" : group + " ";
     std::string lines;

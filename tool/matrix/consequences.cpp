@@ -19,10 +19,11 @@ constexpr std::string_view field_altered = "[OK] Alter Field: ", field_dropped =
 
 std::string upper_trimmed(std::string_view text) { return host::alltrim(host::upper(text)).string(); }
 
-/// Goes along the log of a check.
+// Goes along the log of a check.
 class Walk {
   public:
-    Walk(zmFBConn& connection, const Value& matrix) : connection_(connection), lines_(field_lines(matrix)) {}
+    Walk(zmFBConn& connection, const host::Value& matrix)
+        : connection_(connection), lines_(field_lines(matrix)) {}
 
     void take(std::string_view line) {
         if (line.starts_with("- ") && line.ends_with(header_end)) {
@@ -112,9 +113,10 @@ Json counted_json(const Records& records) { return {{"count", records.count}, {"
 
 }  // namespace
 
-std::vector<Consequence> consequences_of(zmFBConn& connection, const Value& matrix, const Value& log) {
+std::vector<Consequence> consequences_of(zmFBConn& connection, const host::Value& matrix,
+                                         const host::Value& log) {
     Walk walk(connection, matrix);
-    for (const Value& entry : log.items()) walk.take(entry[1].text());
+    for (const host::Value& entry : log.items()) walk.take(entry[1].text());
     return std::move(walk.found);
 }
 

@@ -22,7 +22,8 @@ struct Consequence {
 
 /// Those of what the log of a check says that will be done, in its order; only what there is something to say
 /// of. Throws Failure when a query fails.
-std::vector<Consequence> consequences_of(zmFBConn& connection, const Value& matrix, const Value& log);
+std::vector<Consequence> consequences_of(zmFBConn& connection, const host::Value& matrix,
+                                         const host::Value& log);
 
 // Lines for a person, UTF-8.
 

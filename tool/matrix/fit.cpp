@@ -12,7 +12,7 @@ namespace {
 
 constexpr int named_records = 5;
 
-/// The type of a variable that takes what the changed column takes.
+// The type of a variable that takes what the changed column takes.
 std::string sql_type(const FieldLine& line) {
     if (line.type == "N") return fmt::format("numeric({}, {}) not null = 0", line.length, line.decimals);
     if (line.type == "D") return "timestamp";

@@ -6,13 +6,13 @@
 namespace zmfb::tool {
 namespace {
 
-/// An action with the line that names its table.
+// An action with the line that names its table.
 using Action = std::pair<std::string, std::string>;
 
-std::vector<Action> grouped(const Value& log) {
+std::vector<Action> grouped(const host::Value& log) {
     std::vector<Action> actions;
     std::string table;
-    for (const Value& entry : log.items()) {
+    for (const host::Value& entry : log.items()) {
         std::string line = entry[1].string();
         if (line.starts_with('[')) {
             actions.emplace_back(table, std::move(line));
@@ -36,7 +36,7 @@ std::vector<std::string> as_lines(const std::vector<Action>& actions) {
 
 }  // namespace
 
-std::vector<std::string> done_of(const Value& plan, const Value& rest) {
+std::vector<std::string> done_of(const host::Value& plan, const host::Value& rest) {
     const std::vector<Action> open = grouped(rest);
     const std::set<Action> still_open(open.begin(), open.end());
     std::vector<Action> done = grouped(plan);
@@ -44,6 +44,6 @@ std::vector<std::string> done_of(const Value& plan, const Value& rest) {
     return as_lines(done);
 }
 
-std::vector<std::string> actions_of(const Value& log) { return as_lines(grouped(log)); }
+std::vector<std::string> actions_of(const host::Value& log) { return as_lines(grouped(log)); }
 
 }  // namespace zmfb::tool

@@ -10,9 +10,9 @@ namespace zmfb::tool {
 
 /// The actions of a matrix log that are in `plan`, but not in `rest`, each below the line that names its
 /// table; ISO-8859-1.
-std::vector<std::string> done_of(const Value& plan, const Value& rest);
+std::vector<std::string> done_of(const host::Value& plan, const host::Value& rest);
 
 /// The lines of a log that has any actions, those of tables without one left out.
-std::vector<std::string> actions_of(const Value& log);
+std::vector<std::string> actions_of(const host::Value& log);
 
 }  // namespace zmfb::tool

@@ -41,7 +41,7 @@ std::string content_of(const std::string& file) {
     return content;
 }
 
-/// Why bytes are no text in ISO-8859-1; "" when they may be one.
+// Why bytes are no text in ISO-8859-1; "" when they may be one.
 std::string_view no_latin1_text(std::string_view content) {
     if (content.starts_with("\xFF\xFE") || content.starts_with("\xFE\xFF")) return "it is written in UTF-16";
     if (content.starts_with("\xEF\xBB\xBF")) return "it begins with the byte order mark of UTF-8";

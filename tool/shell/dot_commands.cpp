@@ -17,7 +17,7 @@ constexpr std::string_view shared_commands[] = {"tables", "struct", "drop",   "l
                                                 "unlock", "log",    "doctor", "methods"};
 constexpr int deepest_read = 10;
 
-/// The shared commands that there are, with their help.
+// The shared commands that there are, with their help.
 std::vector<std::pair<std::string, std::string>> shared_with_help() {
     CommandLine line;
     add_all(line);
@@ -34,7 +34,7 @@ bool is_command_of_the_tool(const std::string& name) {
     return line.help_line(name).has_value();
 }
 
-/// Words parted by blanks; quotes of either kind hold a word together.
+// Words parted by blanks; quotes of either kind hold a word together.
 std::vector<std::string> split(std::string_view text) {
     std::vector<std::string> words;
     char quote = 0;

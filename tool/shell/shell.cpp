@@ -149,7 +149,7 @@ void Shell::call_method(const std::string& line) {
                          did_you_mean(call.method, method_names())));
         return;
     }
-    const Value result = session_.connection().call_with(call.method, host::Args(call.arguments));
+    const host::Value result = session_.connection().call_with(call.method, host::Args(call.arguments));
     tables_.reset();
     fmt::print("{}\n", mode_ == Mode::json ? json_line(to_json(result)) : to_literal(result));
 }

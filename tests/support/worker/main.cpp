@@ -1,10 +1,10 @@
-/// zmfb_worker: one process with one connection object, driven by a test.
-///
-/// Reads a call a line from standard input, written as the tool's `call` takes them, and answers each with a
-/// line on standard output: the result as a literal, or "raised: " and a description. attach(db, user,
-/// password, role) makes the object; prepare(db) calls prepare_client(), engine() answers with the engine's
-/// last message, shell(command) runs a command as a child and answers with its status. The calls of program.h
-/// are carried out here, all others by the object. Ends at end of input.
+// zmfb_worker: one process with one connection object, driven by a test.
+//
+// Reads a call a line from standard input, written as the tool's `call` takes them, and answers each with a
+// line on standard output: the result as a literal, or "raised: " and a description. attach(db, user,
+// password, role) makes the object; prepare(db) calls prepare_client(), engine() answers with the engine's
+// last message, shell(command) runs a command as a child and answers with its status. The calls of program.h
+// are carried out here, all others by the object. Ends at end of input.
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>

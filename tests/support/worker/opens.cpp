@@ -16,7 +16,7 @@ bool register_open(zmFBConn& connection, const Value& table, const Value& area, 
     return connection.call("settableusedbyarea", true, table, area, shared).logical();
 }
 
-/// Whether no other area has the table registered.
+// Whether no other area has the table registered.
 bool alone(zmFBConn& connection, const Value& table, const Value& area) {
     const Value rows = connection.call(
         "executequery",

@@ -26,7 +26,7 @@ void pause_up_to(Random& random, unsigned microseconds) {
 
 std::string text_of(const Value& value) { return std::string(value.text()); }
 
-/// One lock of a table: a record's, or the table's own.
+// One lock of a table: a record's, or the table's own.
 class Lock {
   public:
     Lock(zmFBConn& connection, const Value& table, const Value& area, unsigned record)
@@ -46,7 +46,7 @@ class Lock {
                       : connection_.call("setrecordasunlocked", table_, area_, record_).logical();
     }
 
-    /// Whether exactly one row of the system table stands for the lock, and that row is this area's.
+    // Whether exactly one row of the system table stands for the lock, and that row is this area's.
     bool has_its_row() {
         const std::string statement =
             whole_
@@ -70,7 +70,7 @@ class Lock {
 
 constexpr int release_tries = 1000;
 
-/// Makes a call; lets `longest` be its time in nanoseconds when it took longer than that.
+// Makes a call; lets `longest` be its time in nanoseconds when it took longer than that.
 template <class Call>
 bool timed(std::int64_t& longest, const Call& call) {
     const std::int64_t begin = monotonic_now();
@@ -79,7 +79,7 @@ bool timed(std::int64_t& longest, const Call& call) {
     return answer;
 }
 
-/// How often the release had to be tried again; release_tries when it never went well.
+// How often the release had to be tried again; release_tries when it never went well.
 int release_for_sure(Lock& lock, std::int64_t& longest) {
     for (int tried = 0; tried < release_tries; ++tried) {
         if (timed(longest, [&] { return lock.release(); })) return tried;
