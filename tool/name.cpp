@@ -11,12 +11,6 @@
 namespace zmfb::tool {
 namespace {
 
-std::string in_quotes(std::string_view text) {
-    std::string all;
-    add_in_quotes(all, text);
-    return all;
-}
-
 std::string_view between_blanks(std::string_view text) {
     const std::size_t first = std::min(text.find_first_not_of(' '), text.size());
     return text.substr(first, text.find_last_not_of(' ') + 1 - first);

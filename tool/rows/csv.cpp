@@ -9,7 +9,7 @@ void add_field(std::string& line, std::string_view text) {
         line += text;
         return;
     }
-    add_in_quotes(line, text);
+    line += in_quotes(text);
 }
 
 class CsvWriter : public RowWriter {

@@ -58,10 +58,10 @@ std::string lines_without_controls(std::string_view utf8) {
     }
 }
 
-void add_in_quotes(std::string& line, std::string_view text) {
-    line += '"';
-    for (const char c : text) line.append(c == '"' ? 2 : 1, c);
-    line += '"';
+std::string in_quotes(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) quoted.append(c == '"' ? 2 : 1, c);
+    return quoted + '"';
 }
 
 std::size_t count_characters(std::string_view utf8) {

@@ -10,8 +10,8 @@ namespace zmfb::tool {
 std::string without_controls(std::string_view utf8);
 /// The same line by line: line ends stay.
 std::string lines_without_controls(std::string_view utf8);
-/// Appends a text between double quotes, with those in it doubled: as SQL has names, and CSV texts.
-void add_in_quotes(std::string& line, std::string_view text);
+/// A text between double quotes, with those in it doubled: as SQL has names, and CSV texts.
+std::string in_quotes(std::string_view text);
 /// How many characters there are in a UTF-8 text.
 std::size_t count_characters(std::string_view utf8);
 /// A text of more than `width` characters cut to that many, the last of them "…".

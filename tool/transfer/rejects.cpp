@@ -11,12 +11,6 @@ namespace {
 
 constexpr std::size_t listed = 20;
 
-std::string in_quotes(std::string_view text) {
-    std::string all;
-    add_in_quotes(all, text);
-    return all;
-}
-
 }  // namespace
 
 template <class Write>
