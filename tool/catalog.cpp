@@ -16,6 +16,7 @@
 namespace zmfb::tool {
 namespace {
 
+constexpr std::string_view record_number = "RECNO", work_area = "RDD_AREAID";
 constexpr std::array<std::string_view, 3> system_tables{"RDDSYS_OPN", "RDDSYS_FLK", "RDDSYS_RLK"};
 
 // A column of the engine's tables, most of which may be NULL.
@@ -23,11 +24,10 @@ using Text = std::optional<std::string>;
 using Number = std::optional<int>;
 
 std::string driver_use_of(std::string_view column) {
-    if (column == "RECNO") return "record number";
-    if (column == "RDD_AREAID") return "work area";
-    if (column.starts_with("RDDIDX_") || column.starts_with("IDX_")) return "index key";
-    if (column.starts_with("RDDLMB_")) return "limbo field";
-    return "";
+    if (column == record_number) return "record number";
+    if (column == work_area) return "work area";
+    if (is_driver_column(column)) return "index key";
+    return is_limbo_column(column) ? "limbo field" : "";
 }
 
 // The code of a trigger plus one: the lowest bit says when, each pair of bits above it one action.
@@ -46,6 +46,13 @@ std::string moment_of(int code) {
 }
 
 }  // namespace
+
+bool is_driver_column(std::string_view name) {
+    return name == record_number || name == work_area || name.starts_with("RDDIDX_") ||
+           name.starts_with("IDX_");
+}
+
+bool is_limbo_column(std::string_view name) { return name.starts_with("RDDLMB_"); }
 
 std::string_view kind_name(TableKind kind) {
     constexpr std::array<std::string_view, 6> names{"driver", "system",  "unfinished",

@@ -60,6 +60,13 @@ struct Generator {
     std::int64_t value = 0;
 };
 
+/// @{
+/// Whether a column of that name is the driver's own: the record number, the work area, the key of an index;
+/// or holds a field that a matrix set aside.
+bool is_driver_column(std::string_view name);
+bool is_limbo_column(std::string_view name);
+/// @}
+
 /// The version of the engine that has the database, such as "3.0.11". Throws Failure.
 std::string engine_version(zmFBConn& connection);
 

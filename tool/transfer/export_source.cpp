@@ -57,11 +57,6 @@ std::vector<ExportTable> fitting(const std::vector<Relation>& relations, const s
     return tables;
 }
 
-bool is_of_the_driver(std::string_view column) {
-    return column == record_number || column == "RDD_AREAID" || column.starts_with("RDDIDX_") ||
-           column.starts_with("IDX_");
-}
-
 struct TableColumn {
     Name name;
     Declared declared;
@@ -95,7 +90,7 @@ std::vector<TableColumn> chosen(const std::vector<TableColumn>& all, const Expor
     }
     if (!wanted.empty()) return columns;
     std::ranges::copy_if(all, std::back_inserter(columns), [&](const TableColumn& column) {
-        return !table.of_driver || !is_of_the_driver(column.name.bytes());
+        return !table.of_driver || !is_driver_column(column.name.bytes());
     });
     return columns;
 }

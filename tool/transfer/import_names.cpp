@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "host/text.h"
+#include "tool/catalog.h"
 #include "tool/encoding.h"
 #include "tool/name.h"
 
@@ -16,11 +17,6 @@ constexpr std::string_view reserved_word = "is a reserved word";
 constexpr std::string_view of_the_driver = "is the name of a column of the driver's own";
 constexpr std::string_view of_the_engine = "is a name of the engine's own";
 constexpr std::string_view repeated = "is there twice";
-
-bool is_of_the_driver(std::string_view name) {
-    return name == "RECNO" || name == "RDD_AREAID" || name.starts_with("RDDIDX_") ||
-           name.starts_with("IDX_") || name.starts_with("RDDLMB_");
-}
 
 bool is_of_the_engine(std::string_view name) {
     return name.starts_with("RDB$") || name.starts_with("MON$") || name.starts_with("SEC$");
@@ -74,7 +70,7 @@ void FieldNames::settle(const std::set<std::string>& reserved, std::size_t longe
     std::vector<std::size_t> open;
     for (std::size_t i = 0; i < names_.size(); ++i) {
         const bool is_reserved = reserved.contains(names_[i]);
-        if (is_of_the_driver(names_[i])) {
+        if (is_driver_column(names_[i]) || is_limbo_column(names_[i])) {
             names_[i].insert(0, "F_");
             why_[i] = of_the_driver;
         } else if (is_reserved) {
