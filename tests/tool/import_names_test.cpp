@@ -1,6 +1,6 @@
-#include "tool/transfer/import_names.h"
-
 #include <gtest/gtest.h>
+
+#include "tool/transfer/names.h"
 
 namespace zmfb::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tool/transfer/number_fit.h"
+#include "tool/import/number_fit.h"
 
 #include <gtest/gtest.h>
 

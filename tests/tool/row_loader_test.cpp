@@ -1,4 +1,4 @@
-#include "tool/transfer/row_loader.h"
+#include "tool/import/row_loader.h"
 
 #include "tests/support/database.h"
 

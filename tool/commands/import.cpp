@@ -5,15 +5,15 @@
 
 #include "tool/commands.h"
 #include "tool/encoding.h"
+#include "tool/import/dbf_source.h"
+#include "tool/import/files.h"
+#include "tool/import/jobs.h"
+#include "tool/import/run.h"
 #include "tool/interrupt.h"
 #include "tool/line_input.h"
 #include "tool/name.h"
 #include "tool/rows/shown_text.h"
 #include "tool/text_table.h"
-#include "tool/transfer/dbf_source.h"
-#include "tool/transfer/import_files.h"
-#include "tool/transfer/import_jobs.h"
-#include "tool/transfer/import_run.h"
 #include "zmfbconn/dbf/code_page.h"
 
 namespace zmfb::tool {

@@ -12,7 +12,7 @@
 #include "tool/encoding.h"
 #include "tool/functions.h"
 #include "tool/hints.h"
-#include "tool/transfer/new_table.h"
+#include "tool/import/new_table.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
 

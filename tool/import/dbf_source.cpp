@@ -1,0 +1,64 @@
+#include "tool/import/dbf_source.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "tool/interrupt.h"
+#include "tool/session.h"
+#include "zmfbconn/dbf/code_page.h"
+
+namespace zmfb::tool {
+namespace {
+
+void open_beside(const std::string& path, DbfSource& source) {
+    source.code_page = dbf::code_page(path, source.header);
+    if (source.header.has_memo()) source.memo_path = dbf::find_memo_file(path, source.header);
+    if (!source.memo_path.empty())
+        source.memo = std::make_unique<dbf::MemoFile>(source.memo_path, source.header);
+}
+
+std::string read_standard_input() {
+    std::string bytes;
+    std::array<char, 65536> buffer;
+    for (;;) {
+        const ssize_t got = wait_for([&] { return ::read(STDIN_FILENO, buffer.data(), buffer.size()); });
+        if (got < 0) throw std::system_error(errno, std::generic_category());
+        if (got == 0) return bytes;
+        bytes.append(buffer.data(), static_cast<std::size_t>(got));
+    }
+}
+
+}  // namespace
+
+DbfSource open_dbf(const std::string& path, const std::string& encoding, const std::string& failed) {
+    const std::string name = std::filesystem::path(path).filename().string();
+    try {
+        DbfSource source;
+        const bool is_file = path != standard_input;
+        source.file = is_file ? dbf::open_file(path) : dbf::in_memory(read_standard_input());
+        source.header = dbf::read_header(*source.file);
+        if (is_file) {
+            open_beside(path, source);
+        } else {
+            source.code_page = dbf::code_page_of(source.header.language);
+        }
+        if (!encoding.empty()) source.code_page = encoding;
+        return source;
+    } catch (const dbf::Refused& refused) {
+        std::string reasons;
+        for (const std::string& reason : refused.reasons()) reasons += fmt::format("{} {}\n", name, reason);
+        throw Failure{Exit::failed, failed, reasons};
+    } catch (const std::system_error& problem) {
+        const bool is_gone = problem.code() == std::errc::no_such_file_or_directory;
+        throw Failure{Exit::failed, failed,
+                      is_gone ? name + " does not exist"
+                              : fmt::format("{} cannot be read: {}", name, problem.code().message())};
+    }
+}
+
+}  // namespace zmfb::tool

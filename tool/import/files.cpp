@@ -1,0 +1,55 @@
+#include "tool/import/files.h"
+
+#include <fmt/format.h>
+#include <glob.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "host/text.h"
+#include "tool/session.h"
+
+namespace zmfb::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+bool is_dbf(const fs::path& path) { return host::lower(path.extension().string()).string() == ".dbf"; }
+
+std::vector<std::string> in_folder(const std::string& folder) {
+    std::vector<std::string> paths;
+    for (const auto& entry : fs::directory_iterator(folder)) {
+        if (is_dbf(entry.path()) && entry.is_regular_file()) paths.push_back(entry.path().string());
+    }
+    if (paths.empty()) throw Failure{Exit::failed, fmt::format("no DBF file is in {}", folder)};
+    std::ranges::sort(paths);
+    return paths;
+}
+
+std::vector<std::string> fitting(const std::string& pattern) {
+    glob_t found{};
+    const int answer = glob(pattern.c_str(), 0, nullptr, &found);
+    std::vector<std::string> paths(found.gl_pathv, found.gl_pathv + found.gl_pathc);
+    globfree(&found);
+    if (answer != 0) throw Failure{Exit::failed, fmt::format("no file fits {}", pattern)};
+    return paths;
+}
+
+std::vector<std::string> meant_by(const std::string& given) {
+    if (fs::is_directory(given)) return in_folder(given);
+    const bool is_pattern = given.find_first_of("*?[") != std::string::npos && !fs::exists(given);
+    return is_pattern ? fitting(given) : std::vector{given};
+}
+
+}  // namespace
+
+std::vector<std::string> import_paths(const std::vector<std::string>& given) {
+    std::vector<std::string> all;
+    for (const std::string& one : given) {
+        const std::vector<std::string> paths = meant_by(one);
+        all.insert(all.end(), paths.begin(), paths.end());
+    }
+    return all;
+}
+
+}  // namespace zmfb::tool

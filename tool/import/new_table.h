@@ -1,0 +1,41 @@
+/// Making the table that an import fills. Until its rows are committed it says of itself that it is
+/// unfinished, and nobody takes it for a table of the driver.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <span>
+#include <string>
+
+#include "tool/import/hold.h"
+#include "zmfbconn/driver_table.h"
+#include "zmfbconn/transaction.h"
+
+namespace zmfb::tool {
+
+// All of these throw SqlError.
+
+/// Makes it, in one transaction, in the place of an unfinished one that an earlier import left, and of
+/// generators that a table left behind; before that drops what `drop` does in the same transaction. Throws
+/// Failure when another import fills it.
+ImportHold begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
+                       const std::function<void(Transaction&)>& drop = {});
+
+/// Adds what is still missing, in the transaction of its rows. Their numbers are 1 to `rows`.
+void finish_table(Transaction& work, const std::string& table, std::uint64_t rows);
+
+/// Drops it with its generators, if it has them.
+void drop_parts(Transaction& work, const std::string& table);
+
+/// Drops it if it is there and unfinished, with its generators. Returns whether it was there.
+bool drop_unfinished_table(zmFBConn& connection, const std::string& table);
+
+/// Makes a table of this name without a key, and drops it. An engine that was killed while it made a table
+/// can give its number to the next one, and stumble over what it finds under that number; this one takes it
+/// away.
+void take_number_away(zmFBConn& connection, const std::string& keyless);
+
+/// Runs a step that changes tables, and again while others are in its way for a moment.
+void with_patience(const std::function<void()>& step);
+
+}  // namespace zmfb::tool

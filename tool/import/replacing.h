@@ -1,0 +1,53 @@
+/// How the rows that were loaded beside a table come into it, or into its place.
+///
+/// A table beside another describes itself as unfinished until it has all rows. Then it is a loaded one, and
+/// its description says what becomes of it; it goes in the transaction that brings its rows to their place.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tool/import/hold.h"
+#include "tool/name.h"
+#include "zmfbconn/connection.h"
+#include "zmfbconn/driver_table.h"
+#include "zmfbconn/transaction.h"
+
+namespace zmfb::tool {
+
+/// Where the rows of a loaded table are to go.
+struct Destination {
+    bool added = false;              ///< to those of the table; else in their place
+    std::vector<std::string> again;  ///< the statements that give the new table what the old one had
+};
+
+/// Has the table beside, with all its rows in this transaction, describe itself as a loaded one.
+void describe_loaded(Transaction& work, const std::string& beside, const Destination& destination);
+
+// All of these throw SqlError; the rows of both tables stay whole then.
+
+/// What the description of a loaded table says.
+Destination destination_of(zmFBConn& connection, const std::string& beside);
+
+/// Drops the table and these views on it, and makes it anew, unfinished, in one transaction.
+void make_room(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
+               const std::vector<Name>& views);
+
+/// Brings the rows of the table beside, which is held until then, into the unfinished one, whose columns are
+/// the same, finishes that, runs the statements of `again`, and drops the one beside, in one transaction.
+/// Returns what is to be said of those of `again` that the engine has refused.
+std::vector<std::string> move_in(zmFBConn& connection, ImportHold& hold, const std::string& table,
+                                 const std::vector<std::string>& again);
+
+/// Adds the rows of the table beside, which is held until then, to those of `table`, which has its columns,
+/// and drops it, in one transaction.
+void add_rows(zmFBConn& connection, ImportHold& hold, const std::string& table);
+
+/// Puts the counting generators of a table right, which count rows too that a process had added when it was
+/// killed. Not while others change the database, as far as this user sees that; returns whether they are
+/// right now.
+bool recount(zmFBConn& connection, const std::string& table);
+
+}  // namespace zmfb::tool
