@@ -12,7 +12,7 @@ cd "$(dirname "$0")/.."
 
 usage() { sed -n '2,8s/^# \{0,1\}//p' "$0"; }
 
-folders=(dbf host conn sql catalog locks schema transfer matrix udf tool c)
+folders=(dbf host conn sql catalog locks schema transfer matrix rdd udf tool c)
 mapfile -t units < <(find "${folders[@]}" -name '*.cpp' -o -name '*.c' | sort)
 
 run_valgrind() {

@@ -3,7 +3,7 @@
 # header, and that tests look at nothing beside the sources. The tests run this; scripts/analyse.sh has the static checks that take minutes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-folders=(dbf host conn sql catalog locks schema transfer matrix c udf tool include examples tests bench fuzz)
+folders=(dbf host conn sql catalog locks schema transfer matrix rdd c udf tool include examples tests bench fuzz)
 mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h' -o -name '*.c' | sort)
 clang-format --dry-run --Werror "${sources[@]}"
 echo "clang-format: ${#sources[@]} files are laid out"
@@ -13,7 +13,7 @@ sed -n '/^```cpp$/,/^```$/p' README.md | sed '1d;$d' | diff - examples/import_an
     { echo "README.md shows another text than examples/import_and_query.cpp" >&2; exit 1; }
 
 # The client's header stays behind sql/; the other folders reach the database by method name.
-if grep -rlE '#include <(ibase|firebird/)' host conn catalog locks schema transfer matrix c tool include examples; then
+if grep -rlE '#include <(ibase|firebird/)' host conn catalog locks schema transfer matrix rdd c tool include examples; then
     echo "these files include the Firebird client's header; only sql/ and udf/ do" >&2
     exit 1
 fi
