@@ -135,8 +135,21 @@ class Statement {
     std::shared_ptr<typed::Prepared> statement_;
 };
 
-/// What a transaction may do. Both see what was committed when they began, and their own changes.
+/// What a transaction may do.
 enum class Access { read_write, read_only };
+
+/// What a transaction sees beside its own changes.
+enum class Isolation {
+    snapshot,        ///< what was committed when it began
+    read_committed,  ///< what is committed when it reads. One that is read_only as well may stay open for
+                     ///< days: the database keeps no old versions of rows for it
+};
+
+/// How the texts of a statement, its own, its values and those of its rows, are given.
+enum class TextForm {
+    utf8,
+    as_kept,  ///< the bytes that the database keeps them in, unconverted and unchecked; names in quotes, too
+};
 
 /// A transaction. What it changed is rolled back at its end unless it was committed.
 ///
@@ -147,7 +160,8 @@ class Transaction {
   public:
     /// Begins one. Throws when the object is not attached (08003), or the Firebird client library is older
     /// than 3.0 (0A000).
-    explicit Transaction(zmFBConn& connection, Access access = Access::read_write);
+    explicit Transaction(zmFBConn& connection, Access access = Access::read_write,
+                         Isolation isolation = Isolation::snapshot);
     /// The batch that `starttransaction` has opened on the object, to work in it beside `cachedupdate`. It
     /// may be ended here as well as by `commitchanges`, and stays open when this goes. Throws (25000) when
     /// there is none.
@@ -166,7 +180,7 @@ class Transaction {
     [[nodiscard]] bool active() const;
 
     /// Throws what the engine has against the statement.
-    Statement prepare(std::string_view sql);
+    Statement prepare(std::string_view sql, TextForm form = TextForm::utf8);
 
     /// @{
     /// Prepares a statement and runs it once: see Statement.

@@ -61,7 +61,8 @@ class Binder {
         if (slot_.kind == SqlType::text_blob) return put_text_blob(value);
         if (is_written_out(slot_.type, slot_.kind)) return put_text(value);
         if (slot_.kind != SqlType::text) throw_kind("a text");
-        const bool as_it_is = slot_.script == Script::utf8 || slot_.script == Script::names;
+        const bool as_it_is =
+            slot_.script == Script::utf8 || slot_.script == Script::names || slot_.script == Script::as_kept;
         put_text(as_it_is ? value : std::string_view(bytes_ = in_bytes(value)));
     }
     void operator()(std::span<const std::byte> value) {
@@ -158,6 +159,7 @@ class Binder {
         std::memcpy(message_.data() + slot_.offset + sizeof(std::uint16_t), bytes.data(), bytes.size());
     }
     void put_text_blob(std::string_view utf8) {
+        if (slot_.script == Script::as_kept) return put_blob(utf8, 0);
         if (slot_.script == Script::database) return put_blob(in_bytes(utf8), 0);
         put_blob(utf8, slot_.character_set);
     }

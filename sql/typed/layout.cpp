@@ -90,8 +90,9 @@ SqlType kind_of_item(const MessageItem& item) {
     }
 }
 
-Script script_of(const MessageItem& item) {
+Script script_of(const MessageItem& item, TextForm form) {
     if (!is_text(item.type) && kind_of_item(item) != SqlType::text_blob) return Script::octets;
+    if (form == TextForm::as_kept && character_set_of(item) != octets) return Script::as_kept;
     switch (character_set_of(item)) {
         case none:
             return Script::database;
@@ -107,8 +108,8 @@ Script script_of(const MessageItem& item) {
 }
 
 // A blob is converted when it is opened.
-bool is_foreign_text(const MessageItem& item) {
-    return is_text(item.type) && is_foreign(script_of(item), character_set_of(item));
+bool is_foreign_text(const MessageItem& item, TextForm form) {
+    return is_text(item.type) && is_foreign(script_of(item, form), character_set_of(item));
 }
 
 std::string name_of_text(const MessageItem& item) {
@@ -170,10 +171,10 @@ Column column_of(const MessageItem& item) {
             .type_name = name_of_type(item)};
 }
 
-Slot slot_of(const MessageItem& item) {
+Slot slot_of(const MessageItem& item, TextForm form) {
     return {.type = item.type,
             .kind = kind_of_item(item),
-            .script = script_of(item),
+            .script = script_of(item, form),
             .decimals = decimals_of(item),
             .length = item.length,
             .character_set = character_set_of(item),
@@ -181,17 +182,19 @@ Slot slot_of(const MessageItem& item) {
             .null_offset = item.null_offset};
 }
 
-std::vector<sql::MessageChange> changes_of(const std::vector<MessageItem>& items, Layout::Of what) {
+std::vector<sql::MessageChange> changes_of(const std::vector<MessageItem>& items, Layout::Of what,
+                                           TextForm form) {
     std::vector<sql::MessageChange> changes;
     for (unsigned i = 0; i < items.size(); ++i) {
         const MessageItem& item = items[i];
         const bool fixed = what == Layout::Of::parameters && item.type == SQL_TEXT;
-        if (!fixed && !is_foreign_text(item)) continue;
+        const bool foreign = is_foreign_text(item, form);
+        if (!fixed && !foreign) continue;
         const unsigned wide = std::min(item.length * longest_utf8_character, longest_text);
         changes.push_back({.index = i,
                            .type = fixed ? SQL_VARYING : item.type,
-                           .length = is_foreign_text(item) ? wide : item.length,
-                           .character_set = is_foreign_text(item) ? utf8 : character_set_of(item)});
+                           .length = foreign ? wide : item.length,
+                           .character_set = foreign ? utf8 : character_set_of(item)});
     }
     return changes;
 }
@@ -211,19 +214,19 @@ void Layout::describe(std::vector<MessageItem>& items, std::string_view statemen
     check(object_client().describe(status(), metadata_.get(), &items, &size_), statement);
 }
 
-Layout::Layout(Firebird::IMessageMetadata* described, Of what, std::string_view statement)
+Layout::Layout(Firebird::IMessageMetadata* described, Of what, TextForm form, std::string_view statement)
     : metadata_(described) {
     std::vector<MessageItem> items;
     describe(items, statement);
     std::ranges::transform(items, std::back_inserter(columns_), column_of);
-    const auto changes = changes_of(items, what);
+    const auto changes = changes_of(items, what, form);
     if (!changes.empty()) {
         Firebird::IMessageMetadata* changed = nullptr;
         check(object_client().change_message(status(), metadata_.get(), changes, &changed), statement);
         metadata_.reset(changed);
         describe(items, statement);
     }
-    std::ranges::transform(items, std::back_inserter(slots_), slot_of);
+    for (const MessageItem& item : items) slots_.push_back(slot_of(item, form));
 }
 
 }  // namespace zmfb::typed

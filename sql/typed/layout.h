@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "sql/object_client.h"
-#include "zmfbconn/sql_value.h"
+#include "zmfbconn/transaction.h"
 
 namespace zmfb::typed {
 
@@ -17,8 +17,9 @@ enum class Script : std::uint8_t {
     utf8,
     database,  ///< in the encoding of the database
     latin1,
-    names,   ///< of the engine's own tables: UTF-8, or as the program gave them
-    octets,  ///< no text
+    names,    ///< of the engine's own tables: UTF-8, or as the program gave them
+    as_kept,  ///< not at all: they are left as they are
+    octets,   ///< no text
 };
 
 /// The engine's number of UTF-8.
@@ -60,7 +61,7 @@ class Layout {
     enum class Of { rows, parameters };
 
     /// Takes the description over. Throws.
-    Layout(Firebird::IMessageMetadata* described, Of what, std::string_view statement);
+    Layout(Firebird::IMessageMetadata* described, Of what, TextForm form, std::string_view statement);
 
     [[nodiscard]] Firebird::IMessageMetadata* metadata() const { return metadata_.get(); }
     [[nodiscard]] const std::vector<Slot>& slots() const { return slots_; }

@@ -206,7 +206,7 @@ std::string_view kind_name(Kind kind) { return kind_names[static_cast<std::size_
 
 bool suits(const Reading& reading, const Slot& slot) {
     if (reading.from != slot.kind || (reading.type != 0 && reading.type != slot.type)) return false;
-    const unsigned one_letter = slot.script == Script::utf8 ? 4 : 1;
+    const unsigned one_letter = slot.character_set == utf8_character_set ? 4 : 1;
     return reading.read != read<get_logical> || slot.length == one_letter;
 }
 

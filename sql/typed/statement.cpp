@@ -33,10 +33,10 @@ std::string bytes_of(std::string_view text, const Encoding& encoding) {
     return bytes;
 }
 
-Firebird::IStatement* prepare(Work& work, const std::string& text) {
+Firebird::IStatement* prepare(Work& work, const std::string& text, TextForm form) {
     work.check_active(text);
     work.session().check_usable(text);
-    const std::string bytes = bytes_of(text, work.session().encoding());
+    const std::string bytes = form == TextForm::as_kept ? text : bytes_of(text, work.session().encoding());
     check(work.session().use(sql::NewTypes::as_texts), text);
     Firebird::IStatement* statement = nullptr;
     check(object_client().prepare(status(), work.session().attachment(), work.transaction(text), &statement,
@@ -47,8 +47,9 @@ Firebird::IStatement* prepare(Work& work, const std::string& text) {
 
 }  // namespace
 
-Prepared::Prepared(std::shared_ptr<Work> work, std::string_view text) : work_(std::move(work)), text_(text) {
-    statement_ = prepare(*work_, text_);
+Prepared::Prepared(std::shared_ptr<Work> work, std::string_view text, TextForm form)
+    : work_(std::move(work)), text_(text) {
+    statement_ = prepare(*work_, text_, form);
     work_->session().add(*this);
     try {
         check(object_client().statement_type(status(), statement_, &type_), text_);
@@ -59,9 +60,9 @@ Prepared::Prepared(std::shared_ptr<Work> work, std::string_view text) : work_(st
         check(object_client().has_cursor(status(), statement_, &has_cursor_), text_);
         Firebird::IMessageMetadata* message = nullptr;
         check(object_client().input_message(status(), statement_, &message), text_);
-        parameters_.emplace(message, Layout::Of::parameters, text_);
+        parameters_.emplace(message, Layout::Of::parameters, form, text_);
         check(object_client().output_message(status(), statement_, &message), text_);
-        rows_.emplace(message, Layout::Of::rows, text_);
+        rows_.emplace(message, Layout::Of::rows, form, text_);
         values_.emplace(parameters_->size());
     } catch (...) {
         free();

@@ -17,8 +17,8 @@ class Cursor;
 
 class Prepared {
   public:
-    /// Prepares a statement, in UTF-8. Throws.
-    Prepared(std::shared_ptr<Work> work, std::string_view text);
+    /// Prepares a statement. Throws.
+    Prepared(std::shared_ptr<Work> work, std::string_view text, TextForm form);
     Prepared(const Prepared&) = delete;
     Prepared& operator=(const Prepared&) = delete;
     ~Prepared();

@@ -52,7 +52,8 @@ void decode(std::string_view bytes, const Encoding& encoding, std::string_view w
 
 std::string_view decoded(Cursor& cursor, std::size_t column, std::string_view bytes, OddByte odd) {
     const Slot& slot = cursor.slot(column);
-    if (is_ascii(bytes) || (slot.script == Script::utf8 && odd == OddByte::is_thrown)) return bytes;
+    if (slot.script == Script::as_kept || is_ascii(bytes)) return bytes;
+    if (slot.script == Script::utf8 && odd == OddByte::is_thrown) return bytes;
     std::string& utf8 = cursor.room(column);
     utf8.clear();
     decode(bytes, encoding_of(slot, bytes, cursor.work().session().encoding()),

@@ -7,8 +7,8 @@
 
 namespace zmfb {
 
-Transaction::Transaction(zmFBConn& connection, Access access)
-    : work_(std::make_shared<typed::Work>(typed::Session::of(connection), access == Access::read_only)) {}
+Transaction::Transaction(zmFBConn& connection, Access access, Isolation isolation)
+    : work_(std::make_shared<typed::Work>(typed::Session::of(connection), access, isolation)) {}
 
 Transaction Transaction::batch(zmFBConn& connection) {
     return Transaction(typed::Session::of(connection)->batch());
@@ -29,8 +29,8 @@ void Transaction::roll_back() { work()->roll_back(); }
 
 bool Transaction::active() const { return work_ != nullptr && work_->active(); }
 
-Statement Transaction::prepare(std::string_view sql) {
-    return Statement(std::make_shared<typed::Prepared>(work(), sql));
+Statement Transaction::prepare(std::string_view sql, TextForm form) {
+    return Statement(std::make_shared<typed::Prepared>(work(), sql, form));
 }
 
 void set_database_encoding(zmFBConn& connection, std::string_view name) {

@@ -1,12 +1,10 @@
 #include "sql/typed/work.h"
 
-#include <algorithm>
-#include <array>
+#include <string>
 #include <utility>
 
 #include "sql/sessions.h"
 #include "sql/state.h"
-#include "sql/transaction.h"
 #include "sql/typed/failure.h"
 
 namespace zmfb::typed {
@@ -18,10 +16,13 @@ namespace {
 int writers = 0;
 
 // One thread cannot wait for what it would have to end itself.
-Firebird::ITransaction* start(Session& session, bool read_only) {
+Firebird::ITransaction* start(Session& session, Access access, Isolation isolation) {
     session.check_usable();
-    std::array<char, 4> block = read_only ? sql::query_block : sql::batch_block;
-    if (sql::is_writing()) std::ranges::replace(block, char{isc_tpb_wait}, char{isc_tpb_nowait});
+    std::string block(1, char{isc_tpb_version1});
+    block += access == Access::read_only ? char{isc_tpb_read} : char{isc_tpb_write};
+    block += sql::is_writing() ? char{isc_tpb_nowait} : char{isc_tpb_wait};
+    block += isolation == Isolation::snapshot ? char{isc_tpb_concurrency} : char{isc_tpb_read_committed};
+    if (isolation == Isolation::read_committed) block += char{isc_tpb_rec_version};
     Firebird::ITransaction* transaction = nullptr;
     check(object_client().start_transaction(status(), session.attachment(), &transaction, block));
     return transaction;
@@ -31,8 +32,10 @@ Firebird::ITransaction* start(Session& session, bool read_only) {
 
 int Work::writing() { return writers; }
 
-Work::Work(std::shared_ptr<Session> session, bool read_only)
-    : session_(std::move(session)), transaction_(start(*session_, read_only)), read_only_(read_only) {
+Work::Work(std::shared_ptr<Session> session, Access access, Isolation isolation)
+    : session_(std::move(session)),
+      transaction_(start(*session_, access, isolation)),
+      read_only_(access == Access::read_only) {
     session_->add(*this);
     if (!read_only_) ++writers;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "sql/typed/session.h"
+#include "zmfbconn/transaction.h"
 
 namespace zmfb::typed {
 
@@ -17,7 +18,7 @@ class Dependent;
 class Work {
   public:
     /// Begins one. Throws.
-    Work(std::shared_ptr<Session> session, bool read_only);
+    Work(std::shared_ptr<Session> session, Access access, Isolation isolation);
     /// The batch transaction, which the calls by handle may end.
     Work(std::shared_ptr<Session> session, Firebird::ITransaction* batch);
     Work(const Work&) = delete;

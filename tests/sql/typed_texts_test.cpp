@@ -46,6 +46,29 @@ TEST_F(TypedText, MayBeUtf8ThatTheDatabaseDoesNotKnowOf) {
     EXPECT_EQ(work.one<std::string>("select B from T"), euro);
 }
 
+TEST_F(TypedText, AsItIsKeptIsReadAndWrittenByteForByte) {
+    execute(
+        "create table K (C char(4), V varchar(9), W varchar(4) character set win1252, "
+        "U varchar(4) character set utf8, L char(1) character set utf8, B blob sub_type text, "
+        "X blob sub_type text character set win1252)");
+    const std::string utf8 = euro + e_acute;
+    {
+        Transaction work(connection());
+        auto add = work.prepare("insert into K values (?, 'a\x81' || ?, ?, ?, ?, ?, ?)", TextForm::as_kept);
+        EXPECT_EQ(add.execute("\xE9 ", "\x80", "\x80\xE9", utf8, true, "\x81", "\x80"), 1);
+        work.commit();
+    }
+    EXPECT_EQ(rows("select C, V, octet_length(W), U, octet_length(B), octet_length(X) from K"),
+              (test::Rows{{"\xE9", "a\x81\x80", "2", utf8, "1", "1"}}));
+    Transaction work(connection());
+    auto read = work.prepare("select C, V, W, U, L, B, X from K where V = 'a\x81\x80'", TextForm::as_kept);
+    using std::string;
+    const auto row = read.one<string, string, string, string, bool, string, string>();
+    EXPECT_EQ(row, std::tuple("\xE9", "a\x81\x80", "\x80\xE9", utf8, true, "\x81", "\x80"));
+    for (const auto& fields : read.rows()) EXPECT_EQ(fields["V"].text(), "a\x81\x80");
+    EXPECT_EQ(work.one<string>("select W from K"), utf8);
+}
+
 TEST_F(TypedText, OfNoSuchEncodingIsThrownAndTheOldOneStays) {
     EXPECT_EQ(state_of([&] { set_database_encoding(connection(), "UTF-16"); }), "22023");
     execute("insert into T (V) values ('\xE9')");

@@ -143,6 +143,43 @@ TEST_F(TypedTransaction, SeesWhatWasCommittedWhenItBegan) {
     EXPECT_EQ(Transaction(connection(), Access::read_only).one<int>("select count(*) from T"), 3);
 }
 
+TEST_F(TypedTransaction, ThatReadsWhatIsCommittedSeesItAtItsNextStatement) {
+    for (const Access access : {Access::read_only, Access::read_write}) {
+        Transaction work(connection(), access, Isolation::read_committed);
+        auto count = work.prepare("select count(*) from T");
+        const int before = count.one<int>();
+        execute("insert into T select max(A) + 1, 'more' from T");
+        EXPECT_EQ(count.one<int>(), before + 1);
+    }
+}
+
+TEST_F(TypedTransaction, ThatReadsWhatIsCommittedChangesWhatAnotherHasChangedAndCommitted) {
+    Transaction work(connection(), Access::read_write, Isolation::read_committed);
+    EXPECT_EQ(work.one<int>("select count(*) from T"), 2);
+    execute("update T set B = 'other' where A = 1");
+    EXPECT_EQ(work.execute("update T set B = B || '!' where A = 1"), 1);
+    work.commit();
+    EXPECT_EQ(stored(), "1other! 2two ");
+}
+
+TEST_F(TypedTransaction, ThatOnlyReadsWhatIsCommittedHoldsNoOldVersionsOfRows) {
+    const auto oldest = [this] {
+        return std::stoll(rows("select mon$oldest_active from mon$database")[0][0]);
+    };
+    const auto moves_on = [&] {
+        const auto before = oldest();
+        for (int i = 0; i < 3; ++i) execute("update T set B = 'x'");
+        return oldest() > before;
+    };
+    Transaction work(connection(), Access::read_only, Isolation::read_committed);
+    EXPECT_EQ(work.one<int>("select count(*) from T"), 2);
+    EXPECT_TRUE(moves_on());
+    Transaction holding(connection(), Access::read_only);
+    EXPECT_EQ(holding.one<int>("select count(*) from T"), 2);
+    (void)moves_on();
+    EXPECT_FALSE(moves_on());
+}
+
 TEST_F(TypedTransaction, ThatOnlyReadsRefusesToChange) {
     Transaction work(connection(), Access::read_only);
     EXPECT_EQ(error_of([&] { work.execute("delete from T"); }).sqlcode(), -817);
