@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <string>
-#include <vector>
 
 namespace zmfb::rdd {
 
@@ -14,11 +13,13 @@ enum class Direction { forward, backward };
 struct Order {
     std::string name;        ///< upper case; "" for the natural order
     std::string expression;  ///< as the program wrote it, such as "UPPER(NAME)"; "" for the natural order
-    /// What rows are sorted by, ascending, in SQL: the record number is the last one, or at the end of the
-    /// only one. Texts of an expression are bytes of the character set NONE. Nothing here is ever NULL.
-    std::vector<std::string> keys;
-    char type = 'N';        ///< what a program seeks: 'C', 'N', 'D' or 'L'
-    std::size_t width = 0;  ///< of a key of type 'C', in bytes
+    /// What rows are sorted by, ascending, in SQL. It ends in the record number, so that no two rows have the
+    /// same, and is never NULL. That of the natural order is the record number itself, any other a text of
+    /// fixed length of the character set NONE.
+    std::string key;
+    char type = 'N';           ///< what a program seeks: 'C', 'N', 'D' or 'L'
+    std::size_t width = 0;     ///< of the key without the record number, in bytes
+    std::size_t decimals = 0;  ///< of a key of type 'N'
     /// The rows that are in the order, as a condition in SQL; "" when all are.
     std::string only;
 };
@@ -26,15 +27,9 @@ struct Order {
 /// The order by record numbers.
 Order natural_order();
 
-/// A condition in SQL.
-struct Condition {
-    std::string sql;                  ///< with a "?" for each value
-    std::vector<std::size_t> values;  ///< for each "?" which of Order::keys it is of
-};
-
-/// The rows that come after the position with these keys, that row included or not. Rows that are not in the
-/// order (Order::only) are not left out.
-Condition condition_beyond(const Order& order, Direction direction, bool inclusive);
+/// The rows behind a position, as a condition in SQL with a "?" for the key of that position; the row that
+/// stands there included or not. It leaves Order::only out.
+std::string condition_beyond(const Order& order, Direction direction, bool inclusive);
 
 /// What sorts rows: "order by ...".
 std::string order_by(const Order& order, Direction direction);
