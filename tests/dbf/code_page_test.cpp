@@ -1,10 +1,15 @@
 #include "dbf/code_page.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
+
+#include <set>
+#include <sstream>
 
 #include "dbf/memo.h"
 #include "tests/host/folder.h"
 #include "tests/support/dbf_builder.h"
+#include "tests/support/process.h"
 
 namespace zmfb::dbf {
 namespace {
@@ -18,6 +23,41 @@ TEST(DbfCodePage, EveryLanguageByteHasASetThatIsKnown) {
         EXPECT_TRUE(ToUtf8(name).known()) << name;
     }
     EXPECT_EQ(said, 35);
+}
+
+// Each byte of a single-byte set as hex digits of its UTF-8, "-" for none, as Python has it.
+std::vector<std::string> characters_by_python(const std::string& set) {
+    const std::string script =
+        "import sys\n"
+        "for byte in range(256):\n"
+        "    try: print(bytes([byte]).decode(sys.argv[1]).encode().hex())\n"
+        "    except UnicodeDecodeError: print('-')\n";
+    const test::Finished run = test::run({ZMFB_PYTHON, "-c", script, set});
+    EXPECT_EQ(run.status, 0) << run.err;
+    std::vector<std::string> lines;
+    std::istringstream rest(run.out);
+    for (std::string line; std::getline(rest, line);) lines.push_back(line);
+    return lines;
+}
+
+TEST(DbfCodePage, EachByteOfASingleByteSetIsTheCharacterThatPythonSays) {
+    const std::set<std::string> of_two_bytes{"CP932", "CP936", "CP949", "CP950"};
+    std::set<std::string> compared;
+    for (int language = 0; language < 256; ++language) {
+        const std::string set = code_page_of(static_cast<std::uint8_t>(language));
+        if (set.empty() || of_two_bytes.contains(set) || !compared.insert(set).second) continue;
+        const std::vector<std::string> expected = characters_by_python(set);
+        ASSERT_EQ(expected.size(), 256U) << set;
+        ToUtf8 converter(set);
+        for (std::size_t byte = 0; byte < expected.size(); ++byte) {
+            const auto utf8 = converter.convert(std::string(1, static_cast<char>(byte)));
+            std::string shown = utf8 ? "" : "-";
+            for (const char c : utf8.value_or(""))
+                shown += fmt::format("{:02x}", static_cast<unsigned char>(c));
+            EXPECT_EQ(shown, expected[byte]) << fmt::format("{} {:02X}", set, byte);
+        }
+    }
+    EXPECT_EQ(compared.size(), 18U);
 }
 
 TEST(DbfCodePage, LanguageBytes) {
