@@ -1,5 +1,6 @@
 #include "tool/encoding.h"
 
+#include <fmt/format.h>
 #include <iconv.h>
 
 #include <algorithm>
@@ -167,6 +168,23 @@ std::optional<std::string> to_latin1(std::string_view utf8) {
         utf8.remove_prefix(character.size());
     }
     return out;
+}
+
+std::string shown_bytes(std::string_view bytes) {
+    const bool is_text = bytes_are_utf8() && is_utf8(bytes);
+    std::string shown;
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool printable = byte >= 0x20 && byte != 0x7F && (byte < 0x80 || byte >= 0xA0) && c != '\\';
+        if (is_text && byte >= 0x80) {
+            shown += c;
+        } else if (printable && (byte < 0x80 || !bytes_are_utf8())) {
+            shown += to_utf8(std::string_view(&c, 1));
+        } else {
+            shown += fmt::format("\\x{:02X}", byte);
+        }
+    }
+    return shown;
 }
 
 }  // namespace zmfb::tool

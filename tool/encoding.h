@@ -26,6 +26,9 @@ const std::string& encoding_name();
 /// Bytes of the object to UTF-8. A byte without a character becomes U+FFFD; ISO-8859-1 has none of them.
 std::string to_utf8(std::string_view latin1);
 
+/// The same for people: what is no printable character, and the backslash, as \xHH.
+std::string shown_bytes(std::string_view bytes);
+
 /// Whether the bytes are UTF-8.
 bool is_utf8(std::string_view bytes);
 

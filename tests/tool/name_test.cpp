@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/process.h"
+#include "tool/encoding.h"
 
 namespace zmfb::tool {
 namespace {
@@ -55,6 +56,10 @@ TEST(Name, AShellTakesAWordAsItIs) {
     }
     EXPECT_EQ(exec_command_line("drop table A"), "zmfb exec \"drop table A\"");
     EXPECT_EQ(exec_command_line("drop table \"a\""), "zmfb exec 'drop table \"a\"'");
+}
+
+TEST(ShownBytes, EscapesWhatCannotBeReadAndShowsTheRestInUtf8) {
+    EXPECT_EQ(shown_bytes(std::string_view("a\0\x1A\\\x80\xE7\x7F", 7)), "a\\x00\\x1A\\x5C\\x80ç\\x7F");
 }
 
 }  // namespace

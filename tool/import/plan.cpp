@@ -9,7 +9,6 @@
 #include "tool/catalog.h"
 #include "tool/character_set.h"
 #include "tool/encoding.h"
-#include "tool/import/number_fit.h"
 #include "zmfbconn/methods.h"
 
 namespace zmfb::tool {

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include "tool/import/number_fit.h"
+#include "tool/encoding.h"
 #include "tool/rows/shown_text.h"
 #include "tool/session.h"
 
