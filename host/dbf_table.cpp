@@ -7,6 +7,7 @@
 
 #include "dbf/layout.h"
 #include "host/table_error.h"
+#include "host/workarea.h"
 
 namespace zmfb::host {
 namespace {
@@ -27,7 +28,8 @@ DbfTable::DbfTable(Descriptor&& file, std::string_view path, DbfLayout&& layout,
       records_in_block_(1),
       count_(layout_.records),
       committed_(layout_.records),
-      bof_(count_ == 0) {
+      bof_(count_ == 0),
+      at_end_(bof_) {
     if (!shared()) {
         records_in_block_ =
             std::max<std::int64_t>(1, block_size / static_cast<std::int64_t>(layout_.record_size));
@@ -68,6 +70,18 @@ bool DbfTable::may_write(std::string_view operation) {
     raise_table_error({.gencode = GenCode::read_only,
                        .subcode = Subcode::table_read_only,
                        .description = "Table opened for reading only",
+                       .operation = operation,
+                       .file = path_});
+    return false;
+}
+
+// Whether the current record may be changed; false, and nothing raised, at the end.
+bool DbfTable::may_change(std::string_view operation) {
+    if (!may_write(operation) || eof()) return false;
+    if (!shared() || locks_.hold(record_)) return true;
+    raise_table_error({.gencode = GenCode::unlocked,
+                       .subcode = Subcode::record_unlocked,
+                       .description = "Record not locked",
                        .operation = operation,
                        .file = path_});
     return false;
@@ -133,6 +147,7 @@ void DbfTable::roll_back() {
     if (shared() || count_ == committed_) return;
     count_ = committed_;
     record_ = count_ + 1;
+    at_end_ = true;
     // Nothing more can be done should this fail: the header is right, and the file only longer than it needs
     // to be.
     if (file_.truncate(position_of(count_ + 1))) {
@@ -165,11 +180,13 @@ bool DbfTable::go_to(std::int64_t record) {
         refresh_count();
     }
     bof_ = count_ == 0;
-    record_ = record < 1 || record > count_ ? count_ + 1 : record;
+    at_end_ = record < 1 || record > count_;
+    record_ = at_end_ ? count_ + 1 : record;
     return true;
 }
 
 bool DbfTable::skip(std::int64_t count) {
+    if (at_end_ && count >= 0) return go_to(0);  // others may have appended since
     const std::int64_t farthest = std::numeric_limits<std::int64_t>::max() - record_;
     const std::int64_t target = record_ + std::min(count, farthest);
     if (target >= 1) return go_to(target);
@@ -185,7 +202,7 @@ bool DbfTable::deleted() {
 }
 
 bool DbfTable::set_deleted(bool deleted) {
-    if (!may_write("DBDELETE") || eof()) return false;
+    if (!may_change(deleted ? "DBDELETE" : "DBRECALL")) return false;
     char* const bytes = record_bytes(record_);
     if (bytes == nullptr) return false;
     *bytes = deleted ? dbf::record_deleted : dbf::record_in_use;
@@ -221,13 +238,13 @@ bool DbfTable::report_encoding(Encoding encoding, std::size_t index) {
 }
 
 bool DbfTable::put(std::size_t index, const Value& value) {
-    if (!may_write("FIELDPUT") || eof() || index >= layout_.fields.size()) return false;
+    if (index >= layout_.fields.size() || !may_change("FIELDPUT")) return false;
     const std::span<char> bytes = field_bytes(index);
     return !bytes.empty() && report_encoding(encode_field(layout_.fields[index], value, bytes), index);
 }
 
 bool DbfTable::put_columns(std::size_t index, std::string_view columns) {
-    if (!may_write("FIELDPUT") || eof() || index >= layout_.fields.size()) return false;
+    if (index >= layout_.fields.size() || !may_change("FIELDPUT")) return false;
     const std::span<char> bytes = field_bytes(index);
     return !bytes.empty() && report_encoding(encode_columns(layout_.fields[index], columns, bytes), index);
 }
@@ -237,9 +254,20 @@ bool DbfTable::put_columns(std::size_t index, std::string_view columns) {
 
 bool DbfTable::append() {
     if (!may_write("DBAPPEND")) return false;
-    if (!report(shared() ? append_shared() : append_in_block(), GenCode::write, "DBAPPEND")) return false;
+    const int error = shared() ? append_shared() : append_in_block();
+    if (shared() && error == EAGAIN) {
+        neterr(true);
+        raise_table_error({.gencode = GenCode::append_lock,
+                           .subcode = Subcode::append_lock,
+                           .description = "Append lock failed",
+                           .operation = "DBAPPEND",
+                           .file = path_,
+                           .candefault = true});
+        return false;
+    }
+    if (!report(error, GenCode::write, "DBAPPEND")) return false;
     record_ = count_;
-    bof_ = false;
+    bof_ = at_end_ = false;
     return true;
 }
 
@@ -261,13 +289,15 @@ int DbfTable::append_in_block() {
     return 0;
 }
 
-// The record, the 0x1A behind it and the new number of records reach the file while no other use appends.
+// The record, the 0x1A behind it and the new number of records reach the file while no other use appends;
+// EAGAIN when another use has the table locked.
 int DbfTable::append_shared() {
     if (const int error = write_block(); error != 0) return error;
     if (!file_.lock(Lock::exclusive, append_lock, true)) return errno;
     refresh_count();
     const std::int64_t record = count_ + 1;
     int error = record > std::numeric_limits<std::uint32_t>::max() ? EFBIG : 0;
+    if (error == 0 && !locks_.lock_record(file_, record, {})) error = errno;
     if (error == 0) {
         block_.assign(layout_.record_size, ' ');
         block_.push_back(dbf::end_of_file);
@@ -279,6 +309,7 @@ int DbfTable::append_shared() {
             count_ = record - 1;
             if (file_.truncate(position_of(record)))
                 file_.write_at(position_of(record), {&dbf::end_of_file, 1});
+            locks_.unlock_record(file_, record);
         }
         block_.resize(error == 0 ? layout_.record_size : 0);
         block_first_ = record;
@@ -293,6 +324,7 @@ bool DbfTable::take_back() {
     if (!in_memory_only) return set_deleted(true);
     block_.resize(block_.size() - layout_.record_size);
     --count_;
+    at_end_ = true;
     if (changed_last_ > count_) changed_last_ = count_;
     if (changed_first_ > count_) changed_first_ = changed_last_ = 0;
     return true;

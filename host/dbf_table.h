@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/dbf_format.h"
+#include "host/dbf_locks.h"
 #include "host/descriptor.h"
 #include "host/driver.h"
 #include "host/error.h"
@@ -22,8 +23,8 @@ inline constexpr ByteRange dbf_use{0, std::int64_t{1} << 60};
 /// Records are read and written in blocks; a file in shared use one record at a time. commit() and close()
 /// finish in an order that never leaves a header counting records that the file does not have: records, 0x1A,
 /// then, when these are on the disk, the header. When records cannot be written, all that were appended since
-/// the last commit are taken back. In shared use a record is appended under a lock and counts at once; fields
-/// are changed without one.
+/// the last commit are taken back. In shared use a record is appended under a lock of the file's end and
+/// counts at once; it is changed under its own.
 class DbfTable final : public Table {
   public:
     DbfTable(Descriptor&& file, std::string_view path, DbfLayout&& layout, Access access);
@@ -33,7 +34,7 @@ class DbfTable final : public Table {
     [[nodiscard]] std::int64_t record_count() override;
     [[nodiscard]] std::int64_t record_number() const override { return record_; }
     [[nodiscard]] bool bof() const override { return bof_; }
-    [[nodiscard]] bool eof() const override { return record_ > count_; }
+    [[nodiscard]] bool eof() const override { return at_end_; }
 
     bool go_top() override { return go_to(1); }
     bool go_to(std::int64_t record) override;
@@ -47,7 +48,15 @@ class DbfTable final : public Table {
 
     bool append() override;
     bool take_back() override;
+    bool zap() override;
+    bool pack() override;
     bool commit() override;
+
+    bool lock_record(std::int64_t record, std::chrono::milliseconds wait) override;
+    bool lock_table(std::chrono::milliseconds wait) override;
+    bool unlock_record(std::int64_t record) override;
+    bool unlock() override;
+    [[nodiscard]] std::vector<std::int64_t> locked_records() override { return locks_.records(); }
     bool close() override;
 
   private:
@@ -66,6 +75,8 @@ class DbfTable final : public Table {
     bool report_encoding(Encoding encoding, std::size_t index);
     bool report(int system_error, GenCode gencode, std::string_view operation);
     bool may_write(std::string_view operation);
+    bool may_change(std::string_view operation);
+    bool may_remove(std::string_view operation);
 
     int load_block(std::int64_t record);
     int write_block();
@@ -74,6 +85,9 @@ class DbfTable final : public Table {
     int write_header();
     int store();
     void roll_back();
+    bool read_anew(std::string_view operation);
+    int cut_to(std::int64_t count);
+    int move_up(std::int64_t& kept);
 
     Descriptor file_;
     std::string path_;
@@ -85,6 +99,7 @@ class DbfTable final : public Table {
     std::int64_t committed_;  ///< records that the header counts
     std::int64_t record_ = 1;
     bool bof_;
+    bool at_end_;
     bool changed_ = false;  ///< since the header was written
 
     // The block in memory: records block_first_ and following; those from changed_first_ to changed_last_ are
@@ -93,6 +108,8 @@ class DbfTable final : public Table {
     std::int64_t block_first_ = 1;
     std::int64_t changed_first_ = 0;
     std::int64_t changed_last_ = 0;
+
+    DbfLocks locks_;
 };
 
 }  // namespace zmfb::host

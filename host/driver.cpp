@@ -18,6 +18,18 @@ std::map<std::string, std::shared_ptr<Driver>, std::less<>>& drivers() {
     return registry;
 }
 
+constexpr std::string_view no_orders = "This driver has no orders";
+
+bool unsupported(std::string_view operation, std::string_view description,
+                 Subcode subcode = Subcode::unsupported, std::string_view file = {}) {
+    raise_table_error({.gencode = GenCode::unsupported,
+                       .subcode = subcode,
+                       .description = description,
+                       .operation = operation,
+                       .file = file});
+    return false;
+}
+
 }  // namespace
 
 bool Table::put_columns(std::size_t index, std::string_view columns) {
@@ -35,13 +47,33 @@ bool Table::put_columns(std::size_t index, std::string_view columns) {
     }
 }
 
+bool Table::set_filter(std::string_view condition) {
+    return condition.empty() ||
+           unsupported("DBSETFILTER", "This driver takes no conditions as a text: give a block");
+}
+
+bool Table::zap() { return unsupported("ZAP", "This driver removes no records"); }
+
+bool Table::pack() { return unsupported("PACK", "This driver removes no records"); }
+
+bool Table::lock_record(std::int64_t, std::chrono::milliseconds) {
+    return unsupported("RLOCK", "This driver has no locks");
+}
+
+bool Table::lock_table(std::chrono::milliseconds) { return unsupported("FLOCK", "This driver has no locks"); }
+
+bool Table::set_order(std::size_t order) { return order == 0 || unsupported("ORDSETFOCUS", no_orders); }
+
+bool Table::create_order(std::string_view, std::string_view) { return unsupported("ORDCREATE", no_orders); }
+
+bool Table::destroy_order(std::size_t) { return unsupported("ORDDESTROY", no_orders); }
+
+bool Table::rebuild_orders() { return unsupported("ORDLISTREBUILD", no_orders); }
+
+bool Table::seek(const Value&, SeekOptions) { return unsupported("DBSEEK", no_orders); }
+
 bool Driver::create(std::string_view file, std::span<const Field>) {
-    raise_table_error({.gencode = GenCode::unsupported,
-                       .subcode = Subcode::table_create,
-                       .description = "This driver creates no tables",
-                       .operation = "DBCREATE",
-                       .file = file});
-    return false;
+    return unsupported("DBCREATE", "This driver creates no tables", Subcode::table_create, file);
 }
 
 void register_driver(std::string_view name, std::shared_ptr<Driver> driver) {

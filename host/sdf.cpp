@@ -212,7 +212,9 @@ bool append_lines(Table& table, std::span<const Column> columns, Lines& lines, c
         if (table_of() != &table) return false;  // a block has closed the table
         if ((ends || says_no(conditions.for_block)) && table_of() == &table && !table.take_back())
             return false;
-        if (ends || table_of() != &table) break;
+        if (table_of() != &table) break;
+        table.unlock_record(table.record_number());
+        if (ends) break;
     }
     return true;
 }

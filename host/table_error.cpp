@@ -13,7 +13,7 @@ Value raise_table_error(const TableFailure& failure) {
     fields.set("description", description);
     fields.set("gencode", static_cast<int>(failure.gencode));
     fields.set("subcode", static_cast<int>(failure.subcode));
-    fields.set("subsystem", "DBFIDX");
+    fields.set("subsystem", failure.subsystem);
     fields.set("severity", severity_error);
     fields.set("operation", failure.operation);
     fields.set("filename", failure.file);

@@ -14,11 +14,12 @@ struct TableFailure {
     std::string_view description{};  ///< ": " and the file follow when there is one
     std::string_view operation{};
     std::string_view file{};
+    std::string_view subsystem = "DBFIDX";
     int oscode = 0;           ///< of the DOS family (host/descriptor.h)
     bool candefault = false;  ///< an error that a program may meet by looking at NETERR()
 };
 
-/// Hands an error of subsystem "DBFIDX" to the error handler; returns what the handler returns.
+/// Hands the error to the error handler; returns what the handler returns.
 Value raise_table_error(const TableFailure& failure);
 
 }  // namespace zmfb::host

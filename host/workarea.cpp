@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <map>
 #include <string>
 
@@ -10,26 +11,23 @@
 #include "host/settings.h"
 #include "host/table_error.h"
 #include "host/text.h"
+#include "host/workarea_list.h"
 
 namespace zmfb::host {
 namespace {
 
-struct Area {
-    std::string alias;
-    std::string rddname;
-    std::shared_ptr<Driver> driver;  // outlives its table
-    std::unique_ptr<Table> table;
-};
+using Areas = std::map<int, std::shared_ptr<WorkArea>>;
 
 int current_area = 1;
 bool net_error = false;
+std::string net_holder;
 std::string default_driver(dbf_driver_name);
 
 // The tables that are still open when the program ends are closed then, without a word.
-std::map<int, Area>& areas() {
+Areas& areas() {
     static auto& open_areas = *[] {
         std::atexit([] { areas().clear(); });
-        return new std::map<int, Area>;
+        return new Areas;
     }();
     return open_areas;
 }
@@ -39,13 +37,18 @@ std::string key_of(const Value& name) {
     return name.is(Kind::character) ? upper(alltrim(name)).string() : std::string();
 }
 
-using AreaPosition = std::map<int, Area>::iterator;
+int area_number(const Value& number) {
+    constexpr std::int64_t highest = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp<std::int64_t>(number.integer(), 0, highest));
+}
 
-AreaPosition find_area(const Value& alias) {
+// The area of an alias or number, the current one for NIL.
+Areas::iterator find_area(const Value& alias) {
     if (alias.is_nil()) return areas().find(current_area);
+    if (alias.is(Kind::numeric)) return areas().find(area_number(alias));
     const std::string key = key_of(alias);
     return std::find_if(areas().begin(), areas().end(),
-                        [&](const auto& entry) { return entry.second.alias == key; });
+                        [&](const auto& entry) { return entry.second->alias == key; });
 }
 
 int free_area() {
@@ -54,11 +57,12 @@ int free_area() {
     return number;
 }
 
-void close_area(AreaPosition position) {
-    // Out of the table first: its close may run the program's own code, and may throw.
-    const Area area = std::move(position->second);
+void close_area(Areas::iterator position) {
+    // Out of the list first: its close may run the program's own code, and may throw.
+    const std::shared_ptr<WorkArea> area = position->second;
+    const std::unique_ptr<Table> table = std::move(area->table);
     areas().erase(position);
-    area.table->close();
+    table->close();
 }
 
 std::string base_name(std::string_view file) {
@@ -69,10 +73,7 @@ std::string base_name(std::string_view file) {
 
 bool opens_shared(const Value& shared) {
     constexpr int set_exclusive = 8;
-    if (shared.is(Kind::logical)) return shared.logical();
-    const Value exclusive = set(set_exclusive);
-    if (exclusive.is(Kind::logical)) return !exclusive.logical();
-    return key_of(exclusive) == "OFF";
+    return shared.is(Kind::logical) ? shared.logical() : !switched_on(set(set_exclusive), true);
 }
 
 // The driver named, or the default one; raises and returns null when there is none of that name.
@@ -162,60 +163,58 @@ void dbusearea(const Value& new_area, const Value& driver, const Value& file, co
     } else {
         dbclosearea();
     }
-    net_error = false;
-    Area area;
-    area.rddname = driver_name(driver);
-    area.driver = driver_for(area.rddname, GenCode::open, "DBUSEAREA", file.text());
-    if (area.driver == nullptr) return;
-    area.alias = key_of(alias).empty() ? key_of(base_name(file.text())) : key_of(alias);
-    if (find_area(area.alias) != areas().end()) {
+    neterr(false);
+    const auto area = std::make_shared<WorkArea>();
+    area->rddname = driver_name(driver);
+    area->driver = driver_for(area->rddname, GenCode::open, "DBUSEAREA", file.text());
+    if (area->driver == nullptr) return;
+    area->alias = key_of(alias).empty() ? key_of(base_name(file.text())) : key_of(alias);
+    if (find_area(area->alias) != areas().end()) {
         raise_table_error({.gencode = GenCode::duplicate_alias,
                            .subcode = Subcode::alias_in_use,
-                           .description = "Alias already in use: " + area.alias,
+                           .description = "Alias already in use: " + area->alias,
                            .operation = "DBUSEAREA",
                            .file = file.text()});
         return;
     }
     const Value path = alltrim(file);
-    area.table = area.driver->open({.file = path.text(),
-                                    .alias = area.alias,
-                                    .shared = opens_shared(shared),
-                                    .readonly = readonly.is(Kind::logical) && readonly.logical()});
-    if (area.table != nullptr) areas().emplace(current_area, std::move(area));
-}
-
-void dbsetindex(const Value& files) {
-    if (key_of(files).empty()) return;
-    raise_table_error({.gencode = GenCode::unsupported,
-                       .subcode = Subcode::index_files,
-                       .description = "No index files in this driver",
-                       .operation = "DBSETINDEX",
-                       .file = files.text()});
-}
-
-void dbgotop() {
-    if (Table* table = table_of()) {
-        table->go_top();
-        return;
-    }
-    raise_table_error({.gencode = GenCode::no_table,
-                       .subcode = Subcode::area_not_in_use,
-                       .description = "Work area not in use",
-                       .operation = "DBGOTOP"});
+    area->table = area->driver->open({.file = path.text(),
+                                      .alias = area->alias,
+                                      .shared = opens_shared(shared),
+                                      .readonly = readonly.is(Kind::logical) && readonly.logical()});
+    if (area->table != nullptr) areas().emplace(current_area, area);
 }
 
 Value used() { return table_of() != nullptr; }
 
 Value neterr() { return net_error; }
 
-void neterr(bool failed) { net_error = failed; }
+void neterr(bool failed) {
+    net_error = failed;
+    if (!failed) net_holder.clear();
+}
 
-Value alias() {
-    const auto area = areas().find(current_area);
-    return area == areas().end() ? "" : Value(area->second.alias);
+Value neterrholder() { return net_holder; }
+
+void neterrholder(std::string_view holder) { net_holder = holder; }
+
+Value alias(const Value& number) {
+    const auto area = find_area(number);
+    return area == areas().end() ? "" : Value(area->second->alias);
+}
+
+std::int64_t select(const Value& alias) {
+    if (alias.is_nil()) return current_area;
+    const auto area = find_area(alias);
+    return area == areas().end() ? 0 : area->first;
 }
 
 bool dbselectarea(const Value& alias) {
+    if (alias.is(Kind::numeric)) {
+        const int number = area_number(alias);
+        current_area = number == 0 ? free_area() : number;
+        return true;
+    }
     const auto area = find_area(alias);
     if (area == areas().end()) return false;
     current_area = area->first;
@@ -227,14 +226,14 @@ Value dbobject(const Value& alias) {
     const auto area = find_area(alias);
     if (area == areas().end()) return {};
     Value server(new Instance(data_server));
-    server.object()->set("alias", area->second.alias);
-    server.object()->set("rddname", area->second.rddname);
+    server.object()->set("alias", area->second->alias);
+    server.object()->set("rddname", area->second->rddname);
     return server;
 }
 
 Table* table_of(const Value& alias) {
     const auto area = find_area(alias);
-    return area == areas().end() ? nullptr : area->second.table.get();
+    return area == areas().end() ? nullptr : area->second->table.get();
 }
 
 void dbclosearea(const Value& alias) {
@@ -242,6 +241,53 @@ void dbclosearea(const Value& alias) {
     if (area == areas().end()) return;
     current_area = area->first;
     close_area(area);
+}
+
+void dbcloseall() {
+    while (!areas().empty()) {
+        current_area = areas().begin()->first;
+        close_area(areas().begin());
+    }
+    current_area = 1;
+}
+
+Value dbstruct() {
+    Value structure = array_of();
+    if (const Table* table = table_of()) {
+        for (const Field& field : table->fields())
+            structure.push(
+                array_of(field.name, std::string_view(&field.type, 1), field.length, field.decimals));
+    }
+    return structure;
+}
+
+std::shared_ptr<WorkArea> current_workarea() {
+    const auto area = areas().find(current_area);
+    return area == areas().end() ? nullptr : area->second;
+}
+
+std::shared_ptr<WorkArea> needed_workarea(std::string_view operation) {
+    auto area = current_workarea();
+    if (area == nullptr) {
+        raise_table_error({.gencode = GenCode::no_table,
+                           .subcode = Subcode::area_not_in_use,
+                           .description = "Work area not in use",
+                           .operation = operation});
+    }
+    return area;
+}
+
+bool switched_on(const Value& setting, bool otherwise) {
+    if (setting.is(Kind::logical)) return setting.logical();
+    const std::string text = key_of(setting);
+    return text == "ON" || (otherwise && text != "OFF");
+}
+
+void for_each_workarea(const std::function<void(WorkArea&)>& action) {
+    // What is done may open and close areas.
+    for (const auto& [number, area] : Areas(areas())) {
+        if (area->table != nullptr) action(*area);
+    }
 }
 
 }  // namespace zmfb::host

@@ -180,7 +180,7 @@ constexpr std::array functions{
 
 Function find_function(std::string_view name) {
     const auto found = std::ranges::find(functions, name, &Row::name);
-    return found == functions.end() ? nullptr : found->call;
+    return found == functions.end() ? find_area_function(name) : found->call;
 }
 
 }  // namespace zmfb::host_test

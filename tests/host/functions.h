@@ -11,5 +11,7 @@ using Function = host::Value (*)(host::Args);
 
 /// The function of that name (upper case), nullptr when there is none.
 Function find_function(std::string_view name);
+/// The same among those of work areas.
+Function find_area_function(std::string_view name);
 
 }  // namespace zmfb::host_test

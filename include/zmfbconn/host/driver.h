@@ -4,12 +4,14 @@
 /// a name; from then on DBUSEAREA and DBCREATE find it under that name, whatever the letter case.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "value.h"
 
@@ -27,10 +29,25 @@ struct Field {
     bool operator==(const Field&) const = default;
 };
 
+/// One of the orders that a table can be walked in.
+struct TableOrder {
+    std::string name;        ///< upper case
+    std::string expression;  ///< of its key, as the program wrote it
+    /// Whether both are the same.
+    bool operator==(const TableOrder&) const = default;
+};
+
+/// What DBSEEK() does besides looking for a record with the key.
+struct SeekOptions {
+    bool soft = false;  ///< without one: to the next record in the order, else to the end
+    bool last = false;  ///< to the last one with the key, else to the first
+};
+
 /// An open table and its current record. Behind the last record, and in an empty table, eof() holds and the
 /// fields read as empty values.
 ///
 /// What fails is raised as a runtime error first; the operation answers false when the error handler returns.
+/// What has a default here raises "unsupported" by it, where nothing else is said.
 class Table {
   public:
     Table() = default;
@@ -52,14 +69,23 @@ class Table {
 
     /// To the first record; to the end of an empty table.
     virtual bool go_top() = 0;
+    /// To the last record, to the end of an empty table; by default the one whose number is record_count().
+    virtual bool go_bottom() { return go_to(record_count()); }
     /// To a record by its number; to the end of the table when there is none of that number.
     virtual bool go_to(std::int64_t record) = 0;
-    /// Forward by `count` records, or back when it is negative; not beyond the ends.
+    /// Forward by `count` records, or back when it is negative; not beyond the ends. By 0: reads the record
+    /// anew.
     virtual bool skip(std::int64_t count) = 0;
+    /// Whether set_filter() takes conditions; by default not.
+    [[nodiscard]] virtual bool takes_conditions() const { return false; }
+    /// From here on the moves meet only the records that fulfil `condition`, a text in the database's
+    /// language; "" lets them meet all again, which is all that the default does.
+    virtual bool set_filter(std::string_view condition);
 
     /// DELETED(): whether the current record is marked as deleted.
     [[nodiscard]] virtual bool deleted() = 0;
-    /// Marks the current record as deleted, or takes the mark away.
+    /// Marks the current record as deleted, or takes the mark away. In shared use this and put() need its
+    /// lock, or the table's; one that is missing is raised (gencode unlocked).
     virtual bool set_deleted(bool deleted) = 0;
     /// The value of field `index`, counted from 0; NIL when there is none.
     [[nodiscard]] virtual Value get(std::size_t index) = 0;
@@ -70,12 +96,49 @@ class Table {
     /// the driver can.
     virtual bool put_columns(std::size_t index, std::string_view columns);
 
-    /// Adds an empty record and makes it the current one.
+    /// Adds an empty record and makes it the current one; in shared use its lock is held then, besides
+    /// others. Sets neterr() when another use of the table is in the way.
     virtual bool append() = 0;
     /// Takes the record back that append() added last. A driver that cannot marks it deleted.
     virtual bool take_back() { return set_deleted(true); }
+    /// Removes all records; needs exclusive use.
+    virtual bool zap();
+    /// Removes the records marked as deleted; needs exclusive use.
+    virtual bool pack();
     /// Hands everything on to the file or the database.
     virtual bool commit() = 0;
+
+    /// Locks a record besides those that are locked, or the table in their place, and reads the current
+    /// record anew. Tries for as long as `wait`; false when another use of the table is in the way for all
+    /// that time. In exclusive use nothing is in the way.
+    virtual bool lock_record(std::int64_t record, std::chrono::milliseconds wait);
+    /// As lock_record().
+    virtual bool lock_table(std::chrono::milliseconds wait);
+    /// Writes what was changed and gives a record's lock back; one that is not locked stays so.
+    virtual bool unlock_record(std::int64_t) { return true; }
+    /// Writes what was changed and gives all locks back.
+    virtual bool unlock() { return true; }
+    /// The records that are locked one by one, in the order of their numbers.
+    [[nodiscard]] virtual std::vector<std::int64_t> locked_records() { return {}; }
+
+    /// Its orders; by default none.
+    [[nodiscard]] virtual std::vector<TableOrder> orders() { return {}; }
+    /// The order that the moves follow, counted from 1; 0 for that of the record numbers.
+    [[nodiscard]] virtual std::size_t order() const { return 0; }
+    /// Makes the moves follow that order; the current record stays.
+    virtual bool set_order(std::size_t order);
+    /// Makes a new order, which the moves follow then.
+    virtual bool create_order(std::string_view name, std::string_view expression);
+    /// Removes an order, for all uses of the table.
+    virtual bool destroy_order(std::size_t order);
+    /// Builds the orders anew.
+    virtual bool rebuild_orders();
+    /// To a record whose key in the present order is `key`, or begins with it; else to the end. Whether there
+    /// is one.
+    virtual bool seek(const Value& key, SeekOptions options);
+    /// The place of the current record in the present order, counted from 1; 0 at the end. By default the
+    /// record's number.
+    [[nodiscard]] virtual std::int64_t key_number() { return eof() ? 0 : record_number(); }
     /// Ends the use of the table; the work area calls it once.
     virtual bool close() = 0;
 };

@@ -1,12 +1,14 @@
 /// Errors of the runtime: the error object, the error block, and the ways of raising.
 ///
-/// Raising hands an error object to the error block. The default block leaves the full screen, prints the
-/// description to standard error, a line for each piece between ";", and ends the program with status 1, by
-/// std::exit() and on the spot: no destructor of what the functions on the way hold is run, and what one of
-/// them would give back, such as a lock, stays taken. A program installs its own, for a while with
-/// ScopedErrorBlock and for good with error_block(); that one may return (the operation then answers with
-/// what it returned, or NIL) or throw a C++ exception, which passes through every operation of the runtime
-/// and every method without harm, and runs the destructors on its way. ThrowingErrors is the one that throws.
+/// Raising hands an error object to the error block. The default block answers .F. to an error with
+/// `candefault` set, an open or append that another use of the table is in the way of: a program meets that
+/// one by looking at NETERR(). For any other it leaves the full screen, prints the description to standard
+/// error, a line for each piece between ";", and ends the program with status 1, by std::exit() and on the
+/// spot: no destructor of what the functions on the way hold is run, and what one of them would give back,
+/// such as a lock, stays taken. A program installs its own, for a while with ScopedErrorBlock and for good
+/// with error_block(); that one may return (the operation then answers with what it returned, or NIL) or
+/// throw a C++ exception, which passes through every operation of the runtime and every method without harm,
+/// and runs the destructors on its way. ThrowingErrors is the one that throws.
 #pragma once
 
 #include <initializer_list>
@@ -40,7 +42,11 @@ enum class GenCode : int {
     data_width = 33,
     data_type = 34,
     no_table = 35,
+    no_order = 36,
+    shared = 37,
+    unlocked = 38,
     read_only = 39,
+    append_lock = 40,
 };
 
 /// Number of one kind of failure, the field `subcode` of an error object.
@@ -106,7 +112,12 @@ enum class Subcode : int {
     driver_unknown = 1015,
     data_type = 1020,
     data_width = 1021,
+    record_unlocked = 1022,
+    exclusive_use = 1023,
+    append_lock = 1024,
     table_read_only = 1025,
+    no_order = 1201,
+    unsupported = 1000,
     area_not_in_use = 2001,
 };
 

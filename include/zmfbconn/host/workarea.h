@@ -1,9 +1,13 @@
 /// Work areas: open tables with aliases, each served by a database driver (host/driver.h).
 ///
-/// One area is the current one. Aliases are compared without regard to letter case and outer blanks.
+/// One area is the current one, number 1 at the start. An area is named by its alias, compared without regard
+/// to letter case and outer blanks, or by its number. What a program does with the table in the current area
+/// is in host/moves.h and host/record.h, which come with this header.
 #pragma once
 
 #include "driver.h"
+#include "moves.h"
+#include "record.h"
 #include "value.h"
 
 #pragma GCC visibility push(default)
@@ -28,34 +32,43 @@ Value dbcreate(const Value& file, const Value& structure, const Value& driver = 
 /// says.
 ///
 /// A driver that is not registered, an alias in use and a table that cannot be opened are raised (gencode
-/// open); used() is .F. then.
+/// open); used() is .F. then. When another use of the table is in the way the error has `candefault`,
+/// neterr() is .T., and a program without an error block of its own goes on.
 void dbusearea(const Value& new_area, const Value& driver, const Value& file, const Value& alias = {},
                const Value& shared = {}, const Value& readonly = {});
-/// DBSETINDEX([files]): without index files nothing; this runtime has none, so a name given is raised as an
-/// error.
-void dbsetindex(const Value& files = {});
-/// DBGOTOP(): to the first record of the current table; an error when there is none open.
-void dbgotop();
 /// USED(): whether a table is open in the current area.
 Value used();
-/// NETERR(): whether the last DBUSEAREA failed because of another use of the table.
+/// NETERR(): whether the last DBUSEAREA or DBAPPEND failed because of another use of the table.
 Value neterr();
 /// Sets what NETERR() answers; for drivers.
 void neterr(bool failed);
+/// Who was in the way of the last open, append or lock that was refused, in the words of its driver; "" when
+/// nobody was, and when the driver cannot tell.
+Value neterrholder();
+/// Sets what neterrholder() answers; for drivers.
+void neterrholder(std::string_view holder);
 
-/// ALIAS(): the current area's alias, upper case; "" when no table is open in it.
-Value alias();
-/// DBSELECTAREA(alias): makes the area with that alias current; false, and nothing changed, when there is
-/// none.
-bool dbselectarea(const Value& alias);
-/// DBOBJECT([alias]): the data-server object of the work area with that alias (of the current one without),
-/// whose property `rddname` names the driver that opened it, as it was written there; NIL when there is none.
+/// ALIAS([area]): the alias of the current area, or of the one of that number, upper case; "" when no table
+/// is open in it.
+Value alias(const Value& number = {});
+/// SELECT([alias]): the number of the current area, or of the one with that alias, 0 when there is none.
+std::int64_t select(const Value& alias = {});
+/// DBSELECTAREA(area): makes the area with that alias or number current, the next free one for 0; false, and
+/// nothing changed, when there is none of that alias.
+bool dbselectarea(const Value& area);
+/// DBSTRUCT(): the descriptors {name, type, len, dec} of the fields of the current table; {} when none is
+/// open.
+Value dbstruct();
+/// DBOBJECT([area]): the data-server object of that work area (of the current one without), whose property
+/// `rddname` names the driver that opened it, as it was written there; NIL when there is none.
 Value dbobject(const Value& alias = {});
-/// The table in the area with that alias (in the current one without), null when there is none.
+/// The table in that area (in the current one without), null when there is none.
 Table* table_of(const Value& alias = {});
-/// Selects the work area with that alias and closes it; nothing happens when there is none. Without an alias:
-/// the current one.
+/// Selects that work area and closes it, the current one without an argument; what was changed is written,
+/// and its locks are given back. Nothing happens when there is none.
 void dbclosearea(const Value& alias = {});
+/// DBCLOSEALL(): closes all areas; area 1 is the current one then.
+void dbcloseall();
 
 }  // namespace zmfb::host
 

@@ -1,0 +1,38 @@
+/// The open work areas.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "host/driver.h"
+#include "host/value.h"
+
+namespace zmfb::host {
+
+/// A table that is open in a work area. Who holds one while a block is evaluated looks at `table` afterwards:
+/// it is null once the area has been closed.
+struct WorkArea {
+    std::string alias;
+    std::string rddname;
+    std::shared_ptr<Driver> driver;  // outlives its table
+    std::unique_ptr<Table> table;
+    Value filter;           ///< a block, NIL when there is none
+    std::string condition;  ///< of the filter, as it was given
+    Value located;          ///< what the last LOCATE looked for
+    bool found = false;     ///< FOUND()
+    bool before_first =
+        false;  ///< whether a skip went to before the first record that the filter lets through
+};
+
+/// The current area, null when no table is open in it.
+std::shared_ptr<WorkArea> current_workarea();
+/// The same; null is raised as an error of `operation`.
+std::shared_ptr<WorkArea> needed_workarea(std::string_view operation);
+/// What a switch of SET() says, .T., .F., "ON" or "OFF"; `otherwise` for any other value.
+bool switched_on(const Value& setting, bool otherwise);
+/// Does it with each open area, in the order of their numbers.
+void for_each_workarea(const std::function<void(WorkArea&)>& action);
+
+}  // namespace zmfb::host
