@@ -1,0 +1,51 @@
+/// What key expressions are made of, in SQL: fields, constants, functions.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zmfbconn/method_types.h"
+
+namespace zmfb::rdd {
+
+/// Why an expression is no key.
+class KeyError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// A part of a key expression. Texts are bytes of the character set NONE, never NULL; dates are NULL when
+/// they are empty.
+struct Term {
+    std::string sql;
+    char type = 'C';           ///< 'C', 'N', 'D' or 'L'
+    std::size_t width = 0;     ///< of a text, in bytes; of a field of numbers, its digits
+    bool varying = false;      ///< whether a text may be shorter than that
+    std::size_t decimals = 0;  ///< of a number
+    /// Of a number that stands there itself.
+    std::optional<double> constant = {};
+    bool is_field = false;  ///< whether it is a field, and nothing but it
+};
+
+/// A field, whose column is written with `prefix` before its name. Throws for one of no such type.
+Term field_term(const FieldDescriptor& field, std::string_view prefix);
+/// A text that stands there itself.
+Term text_term(std::string_view bytes);
+/// A number that stands there itself, as digits with or without a point.
+Term number_term(std::string_view digits, bool negative);
+/// `a` + `b`.
+Term sum_of(const Term& a, const Term& b);
+/// A function of that name, upper case.
+Term call(std::string_view name, const std::vector<Term>& arguments);
+/// Whether there is one of that name.
+bool is_key_function(std::string_view name);
+
+/// A literal in SQL of the character set NONE.
+std::string literal(std::string_view bytes);
+/// A text term as CHAR of its width.
+std::string padded(const Term& text);
+
+}  // namespace zmfb::rdd
