@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <bit>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 
 #include "tests/support/dbf_builder.h"
 #include "tests/support/memo_builder.h"
@@ -13,10 +14,13 @@ namespace {
 class ImportTypes : public Tool {
   protected:
     ImportTypes() : path(database()) {}
+    std::string made(const std::string& name, const DbfBuilder& dbf) const {
+        dbf.write(file(name));
+        return file(name);
+    }
     Finished import(const std::string& name, const DbfBuilder& dbf,
                     std::vector<std::string> options = {}) const {
-        dbf.write(file(name));
-        options.insert(options.begin(), {"import", file(name)});
+        options.insert(options.begin(), {"import", made(name, dbf)});
         return on(path, options);
     }
     std::string query(const std::string& text) const {
@@ -113,6 +117,54 @@ TEST_F(ImportTypes, NumbersThatDoublePrecisionDoesNotKeepAreCountedAsRounded) {
     const Finished narrow =
         import("m.dbf", DbfBuilder().field("V", 'N', 20, 4).record({"123456789012345.678"}));
     EXPECT_EQ(narrow.out.find("rounded"), std::string::npos) << narrow.out;
+}
+
+TEST_F(ImportTypes, AnFFieldWhoseNumbersItsDigitsDoNotHoldBecomesDoublePrecision) {
+    const struct {
+        std::vector<std::string> values;
+        const char *type, *stored;
+        int rounded;
+    } cases[] = {
+        {{"1.5e+19", "", "-2.25"}, "DOUBLE PRECISION", "1.5e+19\r\n0\r\n-2.25\r\n", 0},
+        {{"1.5e-05"}, "DOUBLE PRECISION", "0.000015\r\n", 0},
+        {{"1.23456", "1.5e+19"}, "DOUBLE PRECISION", "1.23456\r\n1.5e+19\r\n", 0},
+        {{"1.5e+09", "2.5e-01", "0e+99"}, "NUMERIC(11,3)", "1500000000.000\r\n0.250\r\n0.000\r\n", 0},
+        {{"1.2345", "7"}, "NUMERIC(11,3)", "1.235\r\n7.000\r\n", 1},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.values[0]);
+        DbfBuilder dbf = DbfBuilder().field("V", 'F', 11, 3);
+        for (const std::string& value : one.values) dbf.record({value});
+        const auto plan = nlohmann::json::parse(
+            on(path, {"--json", "import", "--dry-run", made("f.dbf", dbf), "--replace", "--yes"}).out);
+        EXPECT_EQ(plan.at("columns").at(0).at("type"), one.type);
+        EXPECT_EQ(plan.at("rounded_numbers"), one.rounded);
+        const bool is_real = std::string(one.type) == "DOUBLE PRECISION";
+        EXPECT_EQ(plan.at("notes"),
+                  is_real
+                      ? nlohmann::json{"the field V has numbers that NUMERIC(11,3) does not hold: it becomes "
+                                       "DOUBLE PRECISION"}
+                      : nlohmann::json::array());
+        const Finished run = import("f.dbf", dbf, {"--replace", "--yes"});
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(query("select v from f order by recno"), one.stored);
+    }
+    EXPECT_NE(import("n.dbf", DbfBuilder().field("V", 'N', 11, 3).record({"1.5e+19"}))
+                  .err.find("record 1, field V: \"    1.5e+19\": too wide for NUMERIC(11,3)\n"),
+              std::string::npos);
+    for (const int length : {11, 20}) {
+        const Finished beyond = import("f.dbf", DbfBuilder().field("V", 'F', length, 3).record({"1e999"}),
+                                       {"--replace", "--yes"});
+        EXPECT_NE(beyond.err.find("too wide for DOUBLE PRECISION\n"), std::string::npos) << beyond.err;
+    }
+}
+
+TEST_F(ImportTypes, AnFFieldIsAddedToAColumnAsThisTakesIt) {
+    ASSERT_EQ(import("f.dbf", DbfBuilder().field("V", 'F', 11, 3).record({"1"})).status, 0);
+    const Finished run =
+        import("f.dbf", DbfBuilder().field("V", 'F', 11, 3).record({"1.5e+19"}), {"--append"});
+    EXPECT_NE(run.err.find("too wide for NUMERIC(11,3)\n"), std::string::npos) << run.err;
+    EXPECT_EQ(query("select v from f"), "1.000\r\n");
 }
 
 TEST_F(ImportTypes, AColumnCanSayWhichRecordsWereDeleted) {

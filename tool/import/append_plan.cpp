@@ -111,6 +111,7 @@ void adapt(PlannedColumn& column, const Target& target, dbf::Kind kind) {
     constexpr std::size_t widest_number = 21;
     column.column.definition = target.type_text();
     column.takes_null = target.takes_null && kind != dbf::Kind::number;
+    column.may_be_real = false;
     column.longest = static_cast<std::size_t>(target.type.characters);
     if (target.type.code == double_code) {
         column.load.kind = Kind::real;

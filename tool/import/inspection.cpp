@@ -111,7 +111,15 @@ void settle_columns(FileImport& file, const std::vector<Digits>& digits) {
             report.notes.push_back(fmt::format("the field {} has more digits than a NUMERIC: it becomes {}",
                                                column.column.name, sql_type_of(column)));
         }
-        if (column.load.kind == LoadColumn::Kind::real) report.values.rounded += digits[i].rounded;
+        if (digits[i].beyond_numeric) {
+            const std::string planned = sql_type_of(column);
+            make_real(column);
+            report.notes.push_back(
+                fmt::format("the field {} has numbers that {} does not hold: it becomes {}",
+                            column.column.name, planned, sql_type_of(column)));
+        }
+        const bool is_real = column.load.kind == LoadColumn::Kind::real;
+        report.values.rounded += is_real ? digits[i].rounded_real : digits[i].rounded;
         report.columns.push_back({column.column.name, sql_type_of(column)});
     }
 }

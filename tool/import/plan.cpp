@@ -162,13 +162,17 @@ PlannedColumn plan_text(const dbf::Field& field, std::size_t place) {
 
 PlannedColumn plan_number(const dbf::Field& field, std::size_t place) {
     if (field.length > largest_precision) {
-        PlannedColumn column = planned(place, "DOUBLE PRECISION DEFAULT 0 NOT NULL", Kind::real, real_width);
+        PlannedColumn column = planned(place, "", Kind::real, real_width);
         column.is_wide = true;
         column.takes_null = false;
+        make_real(column);
         return column;
     }
     const int decimals = std::min(field.decimals, static_cast<int>(field.length));
-    return planned_xbase(place, 'N', length_of(field), decimals, Kind::fixed, length_of(field));
+    PlannedColumn column =
+        planned_xbase(place, 'N', length_of(field), decimals, Kind::fixed, length_of(field));
+    column.may_be_real = field.type == 'F';
+    return column;
 }
 
 }  // namespace
@@ -222,6 +226,13 @@ void narrow(PlannedColumn& column, const Digits& digits) {
     column.decimals = static_cast<int>(digits.decimals);
     column.load.kind = Kind::fixed;
     column.load.width = largest_precision + 2;  // a sign and a point
+}
+
+void make_real(PlannedColumn& column) {
+    column.column.definition = "DOUBLE PRECISION DEFAULT 0 NOT NULL";
+    column.column.description.clear();
+    column.load.kind = Kind::real;
+    column.load.width = real_width;
 }
 
 std::string sql_type_of(const PlannedColumn& column) {

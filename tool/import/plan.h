@@ -18,20 +18,24 @@ struct PlannedColumn {
     /// Instead of a place: the column says whether the record was deleted.
     static constexpr std::size_t deletion_mark = static_cast<std::size_t>(-1);
 
-    std::size_t field;        ///< its place in the header
-    DriverColumn column;      ///< as the table is made with
-    LoadColumn load;          ///< as its values travel
-    std::size_t digits = 0;   ///< of a NUMERIC
-    int decimals = 0;         ///< of them, behind the point
-    bool is_wide = false;     ///< of a field of more digits than a NUMERIC has
-    std::size_t longest = 0;  ///< of a text, in characters; 0 for any
-    bool takes_null = true;   ///< where it is not the number 0 instead, a text of blanks
+    std::size_t field;         ///< its place in the header
+    DriverColumn column;       ///< as the table is made with
+    LoadColumn load;           ///< as its values travel
+    std::size_t digits = 0;    ///< of a NUMERIC
+    int decimals = 0;          ///< of them, behind the point
+    bool is_wide = false;      ///< of a field of more digits than a NUMERIC has
+    bool may_be_real = false;  ///< of an F field, whose numbers a NUMERIC need not hold
+    std::size_t longest = 0;   ///< of a text, in characters; 0 for any
+    bool takes_null = true;    ///< where it is not the number 0 instead, a text of blanks
 };
 
-/// What the numbers of a wide field need.
+/// What the numbers of a field need.
 struct Digits {
-    std::size_t whole = 0, decimals = 0;  ///< as many as the longest have, without zeros that say nothing
-    std::uint64_t rounded = 0;            ///< numbers that DOUBLE PRECISION does not give back
+    std::size_t whole = 0, decimals = 0;  ///< of a wide field: as many as the longest have, without zeros
+                                          ///< that say nothing
+    bool beyond_numeric = false;     ///< of an F field: its NUMERIC does not hold them
+    std::uint64_t rounded = 0;       ///< numbers with more decimals than the NUMERIC keeps
+    std::uint64_t rounded_real = 0;  ///< numbers that DOUBLE PRECISION does not give back
 };
 
 /// How people want things to be called.
@@ -66,6 +70,9 @@ PlannedColumn plan_column(const dbf::Field& field, std::size_t place);
 /// Makes the column of a wide number the narrowest NUMERIC for numbers of so many digits; one of DOUBLE
 /// PRECISION stays it when there is none.
 void narrow(PlannedColumn& column, const Digits& digits);
+
+/// Makes the column of a number one of DOUBLE PRECISION.
+void make_real(PlannedColumn& column);
 
 /// The type of a column, without its default.
 std::string sql_type_of(const PlannedColumn& column);

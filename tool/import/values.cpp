@@ -66,7 +66,8 @@ bool loses_digits(double value, std::string_view text) {
         if (c >= '0' && c <= '9' && (c != '0' || !digits.empty())) digits += c;
     }
     digits.erase(digits.find_last_not_of('0') + 1);
-    if (digits.empty()) return false;
+    constexpr std::size_t always_kept = 15;
+    if (digits.empty() || (digits.size() <= always_kept && std::isnormal(value))) return false;
     std::string shown = fmt::format("{:.{}e}", std::abs(value), digits.size() - 1);
     shown.erase(shown.find('e'));
     std::erase(shown, '.');
@@ -96,10 +97,12 @@ struct ValueReader::ToText {
     // For DOUBLE PRECISION.
     std::optional<std::string> rounded_number(const std::string& text) const {
         const double value = std::strtod(text.c_str(), nullptr);
-        if (loses_digits(value, text)) ++digits.rounded;
-        if (std::isfinite(value)) return real_text(value);
-        problem = "too wide for DOUBLE PRECISION";
-        return nothing();
+        if (!std::isfinite(value)) {
+            problem = "too wide for DOUBLE PRECISION";
+            return nothing();
+        }
+        if (loses_digits(value, text)) ++digits.rounded_real;
+        return real_text(value);
     }
 
     std::optional<std::string> number(std::string text) const {
@@ -111,8 +114,14 @@ struct ValueReader::ToText {
         if (column.digits == 0) return text;
         bool rounded = false;
         problem = number_problem(text, column.digits, column.decimals, &rounded);
+        if (column.may_be_real) {
+            const bool has_exponent = text.find_first_of("eE") != text.npos;
+            if (!problem.empty() || (rounded && has_exponent)) digits.beyond_numeric = true;
+            problem.clear();
+            rounded_number(text);
+        }
         if (!problem.empty()) return nothing();
-        if (rounded) ++reader.counts_.rounded;
+        if (rounded) ++digits.rounded;
         return text;
     }
 

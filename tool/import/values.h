@@ -27,7 +27,7 @@ struct BadValue {
 struct ValueCounts {
     std::uint64_t lost_dates = 0;     ///< neither blank nor zeros, but none: NULL
     std::uint64_t odd_logicals = 0;   ///< neither yes nor no: blank
-    std::uint64_t rounded = 0;        ///< numbers with more digits than their column keeps
+    std::uint64_t rounded = 0;        ///< numbers with more digits than their column keeps; see Digits
     std::uint64_t zero_texts = 0;     ///< texts with a zero byte in them, which stays
     std::uint64_t unknown_texts = 0;  ///< texts beyond ASCII of no known code page, brought in as bytes
 };
@@ -47,7 +47,7 @@ class ValueReader {
     const std::vector<std::optional<std::string>>& read(std::uint64_t number, std::string_view record,
                                                         const OnBad& on_bad);
 
-    /// Of each column, the digits of its numbers; what is no wide number has none.
+    /// Of each column, what its numbers need.
     [[nodiscard]] const std::vector<Digits>& digits() const { return digits_; }
     [[nodiscard]] const ValueCounts& counts() const { return counts_; }
     /// Whether a text had a character that the database's set does not have.
