@@ -65,6 +65,7 @@ TEST_F(ImportOptionsTest, JsonPrintsAnObjectPerFile) {
                                     {"notes", nlohmann::json::array()},
                                     {"changes", nlohmann::json::array()},
                                     {"impossible_dates", 0},
+                                    {"lost_nulls", 0},
                                     {"odd_logicals", 0},
                                     {"rounded_numbers", 0},
                                     {"texts_with_zero_bytes", 0},

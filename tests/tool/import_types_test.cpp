@@ -167,6 +167,23 @@ TEST_F(ImportTypes, AnFFieldIsAddedToAColumnAsThisTakesIt) {
     EXPECT_EQ(query("select v from f"), "1.000\r\n");
 }
 
+TEST_F(ImportTypes, NullsOfColumnsThatHaveNoneAreCounted) {
+    DbfBuilder dbf = DbfBuilder().type(0x30);
+    const std::pair<char, int> fields[] = {{'C', 3}, {'N', 5}, {'L', 1}, {'D', 8}, {'I', 4}, {'V', 3}};
+    for (const auto& [type, length] : fields) dbf.field(std::string(1, type), type, length, 0, 2);
+    dbf.field("_NullFlags", '0', 1, 0, 5);
+    // A bit for each field, and before that of the last one the bit of its length.
+    for (const char* flags : {"\x01", "\x5F"})
+        dbf.record({"abc", "12", "T", "20070301", low_first(7, 4), "xyz", flags});
+    const Finished run = import("n.dbf", dbf);
+    ASSERT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(lines(run.out).at(1), "4 NULLs came in as blanks or 0: C, N, F and L columns have none");
+    EXPECT_EQ(query("select trim(c), n, l, d, i, v from n order by recno"),
+              "\"\",12,T,2007-03-01 00:00:00.0000,7,xyz\r\n\"\",0,\"\",,,\r\n");
+    const Finished plan = on(path, {"--json", "import", "--dry-run", file("n.dbf"), "--append"});
+    EXPECT_EQ(nlohmann::json::parse(plan.out).at("lost_nulls"), 4) << plan.err;
+}
+
 TEST_F(ImportTypes, AColumnCanSayWhichRecordsWereDeleted) {
     const DbfBuilder dbf = DbfBuilder().field("DELETED_", 'C', 2).record({"a"}).record({"b"}, '*');
     const Finished run = import("d.dbf", dbf, {"--mark-deleted"});

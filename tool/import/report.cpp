@@ -32,6 +32,9 @@ std::string notes(const ImportReport& report, bool made) {
                           "with a deletion mark that is neither blank nor *: taken as not deleted");
     lines += counted_line(values.lost_dates, "impossible date", "impossible dates",
                           made ? "became NULL" : "would become NULL");
+    lines += counted_line(values.lost_nulls, "NULL", "NULLs",
+                          made ? "came in as blanks or 0: C, N, F and L columns have none"
+                               : "would come in as blanks or 0: C, N, F and L columns have none");
     lines += counted_line(values.odd_logicals, "logical", "logicals", "neither yes nor no: left blank");
     lines += counted_line(values.rounded, "number", "numbers", "rounded to the digits that the column keeps");
     lines +=
@@ -56,6 +59,7 @@ Json as_json(const ImportReport& report) {
             {"notes", report.notes},
             {"changes", report.changes},
             {"impossible_dates", report.values.lost_dates},
+            {"lost_nulls", report.values.lost_nulls},
             {"odd_logicals", report.values.odd_logicals},
             {"rounded_numbers", report.values.rounded},
             {"texts_with_zero_bytes", report.values.zero_texts},

@@ -126,7 +126,12 @@ struct ValueReader::ToText {
     }
 
     std::optional<std::string> operator()(dbf::Blank) const { return nothing(); }
-    std::optional<std::string> operator()(dbf::Null) const { return nothing(); }
+    std::optional<std::string> operator()(dbf::Null) const {
+        std::optional<std::string> value = nothing();
+        const bool stays = column.takes_null && column.load.kind != LoadColumn::Kind::fixed;
+        if (!stays && problem.empty()) ++reader.counts_.lost_nulls;
+        return value;
+    }
     std::optional<std::string> operator()(const dbf::Bad& bad) const {
         if (field.kind == dbf::Kind::date || field.kind == dbf::Kind::timestamp) {
             ++reader.counts_.lost_dates;

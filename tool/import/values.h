@@ -28,6 +28,7 @@ struct ValueCounts {
     std::uint64_t lost_dates = 0;     ///< neither blank nor zeros, but none: NULL
     std::uint64_t odd_logicals = 0;   ///< neither yes nor no: blank
     std::uint64_t rounded = 0;        ///< numbers with more digits than their column keeps; see Digits
+    std::uint64_t lost_nulls = 0;     ///< NULL where the column has none: blank, or 0
     std::uint64_t zero_texts = 0;     ///< texts with a zero byte in them, which stays
     std::uint64_t unknown_texts = 0;  ///< texts beyond ASCII of no known code page, brought in as bytes
 };
