@@ -8,8 +8,9 @@ from bench.support.processes import Failure, timed
 from bench.support.stage import EMBEDDED
 from bench.transfer import dbf
 
-PEER = "DBD::Firebird"
-PEERS = [PEER, "SOCI"]
+# Loops that fetch with a peer and print, and what we are held against.
+EXILE_PEERS = {"DBD::Firebird": Target(times_faster=1)}
+TOOL_PEERS = {"DBD::Firebird": Target(at_most=0.6), "SOCI": None}
 # A record as the DBF file has it.
 FORMAT = " %8s%-30s%-12s%10s%8s"
 QUERY = "select ID, NAME, CITY, CREDIT, BORN from PEOPLE"
@@ -63,7 +64,7 @@ class _Export:
             raise Failure("isql writes another data file than exiletable")
         return seconds
 
-    def peer(self, name=PEER):
+    def peer(self, name):
         file = self.stage.file("peer.dbf")
         with self.stage.peer(name) as peer:
             peer.ask("attach", database=self.stage.name(self.source, self.where))
@@ -81,11 +82,9 @@ class _Export:
         return seconds
 
 
-def exile(stage):
-    """exiletable against isql, and against a loop that prints the records."""
-    rows = []
-    options = stage.options
-    file = dbf.make(stage, options.records)
+def _ways(stage, records):
+    """The ways to write a table of so many records out, at each of the places."""
+    file = dbf.make(stage, records)
     imported = stage.copy()
     with stage.worker() as worker:
         worker.ask("import.ours", database=stage.name(imported, EMBEDDED), dbf=file,
@@ -93,46 +92,41 @@ def exile(stage):
     for where in stage.wheres():
         way = _Export(stage, where, imported, file)
         way.ours()
-        contestants = {"isql": way.isql, "ours": way.ours}
-        if PEER in stage.options.peers:
-            contestants[PEER] = way.peer
-        seconds = paired(options.runs, contestants, stage.progress)
-        what = f"exiletable of {options.records:,} rows x 5 fields"
-        rows.append(Row(what, where, "isql: INSERT ... SELECT alone", seconds["ours"], seconds["isql"],
-                        Target(at_most=1.20)))
-        if PEER in stage.options.peers:
-            rows.append(Row(what, where, f"{PEER}: fetch and print", seconds["ours"], seconds[PEER],
-                            Target(times_faster=1)))
-    return rows
+        yield way
+
+
+def _rows(way, what, ours, isql_target, peers):
+    """`ours` against isql, and against the peers by name with their targets."""
+    stage = way.stage
+    contestants = {"isql": way.isql, "ours": ours}
+    for name in stage.peers(peers):
+        contestants[name] = lambda name=name: way.peer(name)
+    seconds = paired(stage.options.runs, contestants, stage.progress)
+    return [Row(what, way.where, "isql: INSERT ... SELECT alone", seconds["ours"], seconds["isql"], isql_target)] + [
+        Row(what, way.where, f"{name}: fetch and print", seconds["ours"], seconds[name], peers[name])
+        for name in stage.peers(peers)]
+
+
+def exile(stage):
+    """exiletable against isql, and against a loop that prints the records."""
+    records = stage.options.records
+    what = f"exiletable of {records:,} rows x 5 fields"
+    return [row for way in _ways(stage, records)
+            for row in _rows(way, what, way.ours, Target(at_most=1.20), EXILE_PEERS)]
 
 
 def write_out(stage):
     """`zmfb export` against isql, and against loops that print the records; and how its memory grows."""
     rows = []
-    options = stage.options
     memory = {}
-    few_records = options.records * 3 // 10
-    for records in (few_records, options.records):
-        file = dbf.make(stage, records)
-        imported = stage.copy()
-        with stage.worker() as worker:
-            worker.ask("import.ours", database=stage.name(imported, EMBEDDED), dbf=file,
-                       data_file=stage.file("import.dat"))
-        for where in stage.wheres():
-            way = _Export(stage, where, imported, file)
-            way.ours()
-            contestants = {"isql": way.isql, "ours": way.tool}
-            for name in stage.peers(PEERS):
-                contestants[name] = lambda name=name, way=way: way.peer(name)
-            seconds = paired(options.runs, contestants, stage.progress)
-            what = f"zmfb export of {records:,} rows x 5 fields"
-            rows.append(Row(what, where, "isql: INSERT into an external table alone", seconds["ours"], seconds["isql"],
-                            Target(at_most=0.55)))
-            for name in stage.peers(PEERS):
-                rows.append(Row(what, where, f"{name}: fetch and print", seconds["ours"], seconds[name],
-                                Target(at_most=0.6) if name == PEER else None))
-            memory.setdefault(where, []).append(way.tool_memory)
+    many_records = stage.options.records
+    few_records = many_records * 3 // 10
+    for records in (few_records, many_records):
+        what = f"zmfb export of {records:,} rows x 5 fields"
+        for way in _ways(stage, records):
+            rows += _rows(way, what, way.tool, Target(at_most=0.55), TOOL_PEERS)
+            memory.setdefault(way.where, []).append(way.tool_memory)
     for where, (few, many) in memory.items():
-        rows.append(Row(f"zmfb export of {options.records:,} rows, memory at its peak", where,
+        rows.append(Row(f"zmfb export of {many_records:,} rows, memory at its peak", where,
                         f"of {few_records:,} rows", [many], [few], Target(at_most=1.1), unit="MB"))
     return rows
