@@ -65,7 +65,7 @@ def arguments():
     parser.add_argument("--json", metavar="FILE", help="write the figures of every run there")
     parser.add_argument("--doc", metavar="FILE", help="put the table between the marks in that document")
     parser.add_argument("--smoke", action="store_true", help=argparse.SUPPRESS)
-    parser.add_argument("--peers", default="SOCI,DBD::Firebird,Qt QIBASE,node-firebird", help="which of the peers")
+    parser.add_argument("--peers", default="SOCI,DBD::Firebird,Qt QIBASE,PyQt,node-firebird", help="which of the peers")
     options = parser.parse_args()
     size = 2 if options.smoke else 1 if options.quick else 0
     for name, choices in SIZES.items():

@@ -11,7 +11,7 @@ build_packages=(
 # What the benchmarks measure with, and what they measure against.
 bench_packages=(
     libbenchmark-dev firebird3.0-server python3 time
-    libsoci-dev libsoci-firebird4.0 libdbd-firebird-perl qtbase5-dev libqt5sql5-ibase
+    libsoci-dev libsoci-firebird4.0 libdbd-firebird-perl qtbase5-dev libqt5sql5-ibase python3-pyqt5.qtsql
 )
 
 # The server package brings a server program that tests start themselves; the readers check our DBF files; the last

@@ -44,6 +44,7 @@ class Stage:
             "SOCI into structs": [os.path.join(self.programs, "zmfb_bench_soci")],
             "Qt QIBASE": [os.path.join(self.programs, "zmfb_bench_qt")],
             "DBD::Firebird": ["perl", os.path.join(HERE, "peers", "dbd.pl")],
+            "PyQt": ["/usr/bin/python3", os.path.join(HERE, "peers", "pyqt.py")],
             "node-firebird": ["node", os.path.join(HERE, "peers", "node", "peer.js")],
         }
         return self._start(commands[name], self.environment)

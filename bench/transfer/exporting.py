@@ -10,7 +10,7 @@ from bench.transfer import dbf
 
 # Loops that fetch with a peer and print, and what we are held against.
 EXILE_PEERS = {"DBD::Firebird": Target(times_faster=1)}
-TOOL_PEERS = {"DBD::Firebird": Target(at_most=0.6), "SOCI": None}
+TOOL_PEERS = {"DBD::Firebird": Target(at_most=0.6), "SOCI": None, "PyQt": None}
 # A record as the DBF file has it.
 FORMAT = " %8s%-30s%-12s%10s%8s"
 QUERY = "select ID, NAME, CITY, CREDIT, BORN from PEOPLE"
