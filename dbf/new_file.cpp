@@ -17,76 +17,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void cannot_write(const std::string& path, int error) {
-    throw fs::filesystem_error("cannot write", path, std::error_code(error, std::generic_category()));
-}
-
-std::string folder_of(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
-}
-
 std::string name_beside(const std::string& place) {
     std::random_device random;
-    return fmt::format("{}.zmfb-{:08x}{:08x}", folder_of(place), random(), random());
+    return fs::path(place).parent_path() / fmt::format(".zmfb-{:08x}{:08x}", random(), random());
 }
-
-// The names of files that are on the disk are so only when their folder is.
-void sync_folder(const std::string& place) {
-    const int folder = ::open(folder_of(place).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0) return;
-    ::fsync(folder);
-    ::close(folder);
-}
-
-// Files that stand aside under other names while new ones take theirs.
-class Aside {
-  public:
-    Aside() = default;
-    Aside(const Aside&) = delete;
-    Aside& operator=(const Aside&) = delete;
-    // The first one came first and returns last: it is nowhere while the others are not in their places.
-    ~Aside() {
-        while (!files_.empty()) {
-            const auto& [place, aside] = files_.back();
-            std::rename(aside.c_str(), place.c_str());
-            files_.pop_back();
-        }
-    }
-    void put(const std::string& place) {
-        std::string aside = name_beside(place);
-        if (std::rename(place.c_str(), aside.c_str()) == 0) {
-            files_.emplace_back(place, std::move(aside));
-        } else if (errno != ENOENT) {
-            cannot_write(place, errno);
-        }
-    }
-    void remove() {
-        for (const auto& file : std::exchange(files_, {})) ::unlink(file.second.c_str());
-    }
-
-  private:
-    std::vector<std::pair<std::string, std::string>> files_;
-};
-
-// New files that have taken their names, and lose them again.
-class Placed {
-  public:
-    Placed() = default;
-    Placed(const Placed&) = delete;
-    Placed& operator=(const Placed&) = delete;
-    ~Placed() {
-        for (const std::string& place : places_) ::unlink(place.c_str());
-    }
-    void put(NewFile& file) {
-        file.take_name();
-        places_.push_back(file.place());
-    }
-    void keep() { places_.clear(); }
-
-  private:
-    std::vector<std::string> places_;
-};
 
 }  // namespace
 
@@ -138,26 +72,8 @@ void NewFile::take_name() {
     temporary_.clear();
 }
 
-void NewFile::fail() const { cannot_write(place_, errno); }
-
-void take_names(const std::vector<NewFile*>& files, const std::vector<std::string>& gone) {
-    NewFile& first = *files.front();
-    if (files.size() == 1 && gone.empty()) {
-        first.take_name();
-    } else {
-        Aside aside;
-        Placed placed;
-        aside.put(first.place());
-        for (const std::string& path : gone) aside.put(path);
-        for (std::size_t i = files.size(); i-- > 1;) {
-            aside.put(files[i]->place());
-            placed.put(*files[i]);
-        }
-        first.take_name();
-        placed.keep();
-        aside.remove();
-    }
-    sync_folder(first.place());
+void NewFile::fail() const {
+    throw fs::filesystem_error("cannot write", place_, std::error_code(errno, std::generic_category()));
 }
 
 }  // namespace zmfb::dbf

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace zmfb::dbf {
 
@@ -36,11 +35,5 @@ class NewFile {
     int descriptor_ = -1;
     std::uint64_t written_ = 0;
 };
-
-/// Has the new files take their names, the first one last, and the files `gone`, which belonged to what the
-/// first one replaces, go. When there are other files than the first, that one is nowhere meanwhile: so a
-/// process that is killed leaves no two files under their names that do not belong together. When it fails,
-/// everything is as it was.
-void take_names(const std::vector<NewFile*>& files, const std::vector<std::string>& gone);
 
 }  // namespace zmfb::dbf

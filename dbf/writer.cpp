@@ -18,6 +18,7 @@
 #include "dbf/new_file.h"
 #include "dbf/new_header.h"
 #include "dbf/put_value.h"
+#include "dbf/take_names.h"
 
 namespace zmfb::dbf {
 namespace {
@@ -268,6 +269,8 @@ void Writer::State::finish() {
         files.push_back(&*code_page_file);
     }
     take_names(files, files_that_go());
+    remove_old(file.place());
+    for (const char* const ending : {".dbt", ".fpt", ".cpg"}) remove_old(companion_path(file.place(), ending));
 }
 
 Writer::Writer(const std::string& path, std::vector<NewField> fields, WriteOptions options)

@@ -178,7 +178,13 @@ TEST_F(DbfFiles, ThatDoNotBelongTogetherAreNeverLeftByAKill) {
             EXPECT_EQ(fs::exists(path), !is_between);
             if (!is_between) {
                 EXPECT_EQ(read_in_its_code_page(path), killed_at == 1 ? before : after);
+            } else {
+                EXPECT_EQ(folder.names().count(".zmfb-old-t.dbf"), 1U);
             }
+            write(path, "new Д", one.memo_after, one.after);
+            EXPECT_EQ(read_in_its_code_page(path), after);
+            for (const std::string& name : folder.names())
+                EXPECT_FALSE(name.starts_with(".zmfb-old")) << name;
         }
     }
 }
