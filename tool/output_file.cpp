@@ -10,9 +10,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <utility>
 
-#include "host/file.h"
 #include "tool/interrupt.h"
 
 namespace zmfb::tool {
@@ -61,46 +61,39 @@ std::string place_of_file(const std::string& path) {
     cannot_write(path, std::strerror(ELOOP));
 }
 
-OutputFile::OutputFile(std::string path) : path_(std::move(path)), place_(place_of_file(path_)) {
-    if (place_.empty()) {
+template <class Work>
+void OutputFile::attempt(const Work& work) const try {
+    work();
+} catch (const std::filesystem::filesystem_error& problem) {
+    cannot_write(path_, problem.code().message());
+}
+
+OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
+    const std::string place = place_of_file(path_);
+    if (place.empty()) {
         open_stream();
     } else {
-        begin_beside();
+        attempt([&] { file_.emplace(place); });
     }
 }
 
-OutputFile::~OutputFile() { discard(); }
-
-void OutputFile::discard() {
-    if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
-    if (!temporary_.empty()) ::unlink(std::exchange(temporary_, {}).c_str());
+OutputFile::~OutputFile() {
+    if (stream_ >= 0) ::close(stream_);
 }
 
 void OutputFile::give_up() {
-    if (place_.empty()) return close();
-    discard();
-}
-
-// One that was there keeps the permissions that its owner gave it, and one that may not be written stays.
-void OutputFile::begin_beside() {
-    struct stat before {};
-    const bool is_there = ::stat(place_.c_str(), &before) == 0;
-    if (is_there && ::faccessat(AT_FDCWD, place_.c_str(), W_OK, AT_EACCESS) != 0) fail();
-    std::string name = host::tempfilename(folder_of(place_), ".zmfb-").string();
-    constexpr mode_t usual = 0666;
-    descriptor_ = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, usual);
-    if (descriptor_ < 0) fail();
-    temporary_ = std::move(name);
-    constexpr mode_t permissions = 0777;
-    const bool is_ours = is_there && before.st_uid == ::geteuid();
-    if (is_ours) static_cast<void>(::fchmod(descriptor_, before.st_mode & permissions));
+    if (file_) {
+        file_.reset();
+    } else {
+        close();
+    }
 }
 
 // A pipe with a name waits for somebody who reads it.
 void OutputFile::open_stream() {
     std::fflush(stdout);
-    descriptor_ = wait_for([&] { return ::open(path_.c_str(), O_WRONLY | O_APPEND | O_NOCTTY | O_CLOEXEC); });
-    if (descriptor_ < 0) fail();
+    stream_ = wait_for([&] { return ::open(path_.c_str(), O_WRONLY | O_APPEND | O_NOCTTY | O_CLOEXEC); });
+    if (stream_ < 0) fail();
 }
 
 void OutputFile::write(std::string_view bytes) {
@@ -109,21 +102,35 @@ void OutputFile::write(std::string_view bytes) {
 }
 
 void OutputFile::flush() {
-    std::string_view rest = pending_;
-    while (!rest.empty()) {
-        const ssize_t written = wait_for([&] { return ::write(descriptor_, rest.data(), rest.size()); });
-        if (written < 0) fail();
-        rest.remove_prefix(static_cast<std::size_t>(written));
+    if (pending_.empty()) return;
+    if (file_) {
+        require_uninterrupted();
+        attempt([&] { file_->write(pending_); });
+    } else {
+        flush_stream();
     }
     pending_.clear();
 }
 
+void OutputFile::flush_stream() {
+    std::string_view rest = pending_;
+    while (!rest.empty()) {
+        const ssize_t written = wait_for([&] { return ::write(stream_, rest.data(), rest.size()); });
+        if (written < 0) fail();
+        rest.remove_prefix(static_cast<std::size_t>(written));
+    }
+}
+
 void OutputFile::close() {
     flush();
-    if (::close(std::exchange(descriptor_, -1)) != 0) fail();
-    if (temporary_.empty()) return;
-    if (::rename(temporary_.c_str(), place_.c_str()) != 0) fail();
-    temporary_.clear();
+    if (!file_) {
+        if (::close(std::exchange(stream_, -1)) != 0) fail();
+        return;
+    }
+    attempt([&] {
+        file_->close();
+        file_->take_name();
+    });
 }
 
 void OutputFile::fail() const { cannot_write(path_, std::strerror(errno)); }

@@ -1,8 +1,11 @@
 /// The files that the tool writes for a person.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "zmfbconn/dbf/new_file.h"
 
 namespace zmfb::tool {
 
@@ -31,16 +34,16 @@ class OutputFile {
     void give_up();
 
   private:
-    void begin_beside();
-    void discard();
+    template <class Work>
+    void attempt(const Work& work) const;
     void open_stream();
+    void flush_stream();
     [[noreturn]] void fail() const;
 
     std::string path_;
-    std::string place_;      ///< "" for what is no file
-    std::string temporary_;  ///< beside it; "" when there is none
+    std::optional<dbf::NewFile> file_;  ///< none for what is no file
+    int stream_ = -1;
     std::string pending_;
-    int descriptor_ = -1;
 };
 
 }  // namespace zmfb::tool

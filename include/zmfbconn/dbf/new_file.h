@@ -5,10 +5,13 @@
 #include <string>
 #include <string_view>
 
+#pragma GCC visibility push(default)
+
 namespace zmfb::dbf {
 
-/// A file that is written under another name beside its place. The functions throw
-/// std::filesystem::filesystem_error, which names the place.
+/// A file that is written under another name beside its place: until it takes its name, what was there stays
+/// as it is, and so it does when anything fails. The functions throw std::filesystem::filesystem_error, which
+/// names the place.
 class NewFile {
   public:
     /// One that was there has to be a file that may be written; it gives the new one its permissions.
@@ -20,11 +23,14 @@ class NewFile {
 
     /// Behind what was written before.
     void write(std::string_view bytes);
+    /// At a position, over what is there.
     void write_at(std::uint64_t position, std::string_view bytes);
     /// Everything is on the disk when it returns, and nothing more can be written.
     void close();
+    /// In the place of what was there.
     void take_name();
 
+    /// Where it is to be.
     [[nodiscard]] const std::string& place() const { return place_; }
 
   private:
@@ -37,3 +43,5 @@ class NewFile {
 };
 
 }  // namespace zmfb::dbf
+
+#pragma GCC visibility pop
