@@ -69,7 +69,7 @@ void MemoWriter::close() {
         beginning[version_at] = version;
         file_.write_at(0, beginning);
     }
-    file_.close();
+    file_.sync();
 }
 
 }  // namespace zmfb::dbf

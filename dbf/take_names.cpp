@@ -47,7 +47,8 @@ class Aside {
         if (std::rename(place.c_str(), aside.c_str()) == 0) {
             files_.emplace_back(place, std::move(aside));
         } else if (errno != ENOENT) {
-            throw fs::filesystem_error("cannot write", place, std::error_code(errno, std::generic_category()));
+            throw fs::filesystem_error("cannot write", place,
+                                       std::error_code(errno, std::generic_category()));
         }
     }
     void remove() {

@@ -257,7 +257,7 @@ void Writer::State::finish() {
     std::string count(4, '\0');
     put_little_endian(count, 0, count.size(), records);
     file.write_at(records_at, count);
-    file.close();
+    file.sync();
     std::vector<NewFile*> files{&file};
     if (memos) {
         memos->close();
@@ -265,12 +265,13 @@ void Writer::State::finish() {
     }
     if (code_page_file) {
         code_page_file->write(options.code_page);
-        code_page_file->close();
+        code_page_file->sync();
         files.push_back(&*code_page_file);
     }
     take_names(files, files_that_go());
     remove_old(file.place());
-    for (const char* const ending : {".dbt", ".fpt", ".cpg"}) remove_old(companion_path(file.place(), ending));
+    for (const char* const ending : {".dbt", ".fpt", ".cpg"})
+        remove_old(companion_path(file.place(), ending));
 }
 
 Writer::Writer(const std::string& path, std::vector<NewField> fields, WriteOptions options)

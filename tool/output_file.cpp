@@ -128,7 +128,7 @@ void OutputFile::close() {
         return;
     }
     attempt([&] {
-        file_->close();
+        file_->sync();
         file_->take_name();
     });
 }

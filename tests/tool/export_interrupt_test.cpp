@@ -22,14 +22,19 @@ class ExportInterrupt : public ExportFolder {
         write_file("out/big.dbf", "something dear");
         write_file("out/big.cpg", "CP437");
     }
-    // An export that goes on for long, as soon as it writes.
-    [[nodiscard]] std::unique_ptr<Started> begun() const {
+    // An export that goes on for long, as soon as it writes: the `number`th.
+    [[nodiscard]] std::unique_ptr<Started> begun(std::size_t number = 1) const {
         auto tool = start({"--db", path, "export", "--query", "select a.name from big a cross join big b",
                            "--table", "big", "--yes", "-o", folder_out});
-        for (int i = 0; i < 600 && written_bytes() < 1'000'000; ++i)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        EXPECT_GE(written_bytes(), 1'000'000U) << "it never wrote";
+        const auto writes = [&] { return unfinished() >= number && written_bytes() >= 1'000'000; };
+        for (int i = 0; i < 600 && !writes(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_TRUE(writes());
         return tool;
+    }
+    [[nodiscard]] std::size_t unfinished() const {
+        const auto names = written();
+        return static_cast<std::size_t>(
+            std::ranges::count_if(names, [](const std::string& name) { return name.starts_with(".zmfb-"); }));
     }
     [[nodiscard]] std::uintmax_t written_bytes() const {
         std::uintmax_t bytes = 0;
@@ -61,6 +66,24 @@ TEST_F(ExportInterrupt, ByAKillLeavesWhatWasThere) {
     EXPECT_EQ(tool->end().status, 128 + SIGKILL);
     expect_old_files();
     EXPECT_EQ(dbf_files(), std::vector<std::string>{"big.dbf"});
+}
+
+TEST_F(ExportInterrupt, WhatAKilledOneLeftGoesWithTheNextIntoTheFolderAndWhatOthersWriteStays) {
+    call("createtable('SHOP', {{'NAME', 'C', 10, 0}})");
+    const auto running = begun();
+    const auto killed = begun(2);
+    killed->send(SIGKILL);
+    killed->end();
+    write_file("out/.zmfb-somebodys", "not of this system");
+    const Finished next = export_to_folder({"shop"});
+    EXPECT_EQ(next.status, 0);
+    EXPECT_EQ(next.err, "1 unfinished file removed from " + folder_out +
+                            ", which a process that was killed has left\n");
+    EXPECT_EQ(unfinished(), 2U) << "that of the export that runs, and somebody's";
+    running->send(SIGINT);
+    EXPECT_EQ(running->end().err, "error: the export of big was interrupted, and undone\n");
+    EXPECT_EQ(export_to_folder({"shop", "--yes"}).err, "");
+    EXPECT_TRUE(fs::exists(folder_out + "/.zmfb-somebodys"));
 }
 
 }  // namespace

@@ -6,15 +6,18 @@
 
 #include "tool/catalog.h"
 #include "tool/commands.h"
+#include "tool/counted.h"
 #include "tool/encoding.h"
 #include "tool/export/run.h"
 #include "tool/interrupt.h"
 #include "tool/reading.h"
+#include "tool/rows/shown_text.h"
 #include "tool/say.h"
 #include "tool/terminal.h"
 #include "tool/transfer/manifest.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/dbf/code_page.h"
+#include "zmfbconn/dbf/new_file.h"
 
 namespace zmfb::tool {
 namespace {
@@ -158,11 +161,20 @@ class Run {
     Exit status_ = Exit::ok;
 };
 
+// By an export that was killed.
+void remove_what_was_left(const std::string& folder) {
+    const std::size_t files = dbf::remove_unfinished(folder);
+    if (files == 0) return;
+    say("{} removed from {}, which a process that was killed has left\n",
+        counted(files, "unfinished file", "unfinished files"), without_controls(folder));
+}
+
 Exit export_command(Session& session, Given& given) {
     check(given);
     session.require_database();
     if (!fs::is_directory(given.folder))
         throw Failure{Exit::failed, fmt::format("there is no folder {}", given.folder)};
+    remove_what_was_left(given.folder);
     const Exit status = Run(session, given).run();
     if (status != Exit::ok && !given.manifest.empty() && !interrupted())
         say("no manifest was written, since not all is in the files\n");
