@@ -8,6 +8,7 @@
 #include "host/array.h"
 #include "host/text.h"
 #include "host/workarea.h"
+#include "rdd/close_area.h"
 #include "sql/attach.h"
 
 namespace zmfb::conn {
@@ -97,6 +98,7 @@ Value closealltables(Self& self, Args) {
         if (!alias.is(host::Kind::character) || host::empty(alias)) continue;
         call(self, "writelog", "[FORCED] Trying close alias: " + alias, 5);
         host::dbclosearea(alias);
+        rdd::close_area(self, alias.text());
     }
     return {};
 }

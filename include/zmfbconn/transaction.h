@@ -40,6 +40,9 @@
 namespace zmfb::typed {
 class Work;
 }  // namespace zmfb::typed
+namespace zmfb::rdd {
+class Query;
+}  // namespace zmfb::rdd
 
 #pragma GCC visibility push(default)
 
@@ -124,6 +127,7 @@ class Statement {
 
   private:
     friend class Transaction;
+    friend class rdd::Query;
     explicit Statement(std::shared_ptr<typed::Prepared> statement) : statement_(std::move(statement)) {}
     std::int64_t run(std::span<const Parameter> values);
     template <class... T>

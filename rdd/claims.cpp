@@ -1,0 +1,211 @@
+#include "rdd/claims.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <random>
+#include <thread>
+#include <utility>
+
+#include "rdd/desk.h"
+#include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
+
+namespace zmfb::rdd {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::minstd_rand& random_numbers() {
+    static std::minstd_rand numbers{std::random_device()()};
+    return numbers;
+}
+
+// Longer each time, and of random length: two that get in each other's way do not meet again.
+class Pauses {
+  public:
+    void pause(Clock::time_point not_beyond) {
+        std::uniform_int_distribution<std::int64_t> some(most_ / 2, most_);
+        std::this_thread::sleep_until(
+            std::min(Clock::now() + std::chrono::microseconds(some(random_numbers())), not_beyond));
+        most_ = std::min<std::int64_t>(2 * most_, longest);
+    }
+
+  private:
+    static constexpr std::int64_t longest = 100000;
+    std::int64_t most_ = 4000;
+};
+
+// So often a lock is lost for nobody's sake before that is an error; an unlock, before it is left to be.
+constexpr int most_losses = 8;
+
+template <class Done>
+void persist(const Done& done) noexcept {
+    try {
+        Pauses pauses;
+        for (int losses = 0; !done() && losses < most_losses; ++losses)
+            pauses.pause(Clock::time_point::max());
+    } catch (const std::exception&) {  // cancelled; whoever is told of it is not this one
+    }
+}
+
+}  // namespace
+
+Claims::Claims(const Desk& desk, std::string table, std::string id, OpenMode mode)
+    : desk_(desk), table_(std::move(table)), id_(std::move(id)), mode_(mode) {
+    insist(table_, Wait::zero(),
+           [this] { return mode_ == OpenMode::exclusive ? open_exclusive() : open_shared(); });
+}
+
+// One that nobody can be blamed for was lost in a deadlock, or the holder has just gone.
+void Claims::insist(std::string_view what, Wait wait, const std::function<Refused()>& attempt) const {
+    constexpr Wait longest = std::chrono::hours(24 * 365);
+    const Clock::time_point until = Clock::now() + std::min(wait, longest);
+    Pauses pauses;
+    for (int losses = 0;;) {
+        const Refused refused = attempt();
+        if (!refused) return;
+        const bool in_time = Clock::now() < until;
+        if (!refused->empty() && !in_time) throw InUse(what, Holder(*refused));
+        if (refused->empty() && ++losses > most_losses && !in_time) {
+            throw AreaError(AreaError::Reason::refused,
+                            fmt::format("{} was not given: {}", what, last_engine_message()));
+        }
+        pauses.pause(in_time ? until : Clock::time_point::max());
+    }
+}
+
+std::string Claims::another(const char* query) const {
+    return desk_.reading().maybe_one<std::string>(query, table_, id_).value_or("");
+}
+
+Claims::Refused Claims::open_shared() const {
+    zmFBConn connection = desk_.connection();
+    if (!connection(m::settableusedbyarea, true, table_, AreaId(id_), true)) return "";
+    if (!connection(m::istableinexclusivemode, table_)) return std::nullopt;
+    const std::string holder = another(
+        "select first 1 OPN_AREAID from RDDSYS_OPN where OPN_TABLE = ? and OPN_SHARED = 'F' and "
+        "OPN_AREAID <> ?");
+    unregister();
+    return holder;
+}
+
+// The lock is there before the registration, which keeps others from opening the table, is looked at.
+Claims::Refused Claims::open_exclusive() const {
+    constexpr const char* others =
+        "select first 1 OPN_AREAID from RDDSYS_OPN where OPN_TABLE = ? and OPN_AREAID <> ?";
+    if (std::string holder = another(others); !holder.empty()) return holder;
+    if (Refused refused = lock_table()) return refused;
+    zmFBConn connection = desk_.connection();
+    const bool registered = connection(m::settableusedbyarea, true, table_, AreaId(id_), false);
+    std::string holder = registered ? another(others) : "";
+    if (registered && holder.empty()) return std::nullopt;
+    unregister();
+    unlock_table();
+    return holder;
+}
+
+bool Claims::covers(std::int64_t recno) const {
+    if (mode_ == OpenMode::exclusive || has_table()) return true;
+    const auto found = records_.find(recno);
+    return found != records_.end() && found->second.users > 0 && found->second.in_database;
+}
+
+void Claims::take(std::int64_t recno, Wait wait) {
+    const auto found = records_.find(recno);
+    const bool is_new = found == records_.end();
+    const bool lent = mode_ == OpenMode::exclusive || has_table();
+    if (!lent && (is_new || !found->second.in_database)) {
+        insist(fmt::format("Record {} of {}", recno, table_), wait, [&] { return lock_record(recno); });
+    }
+    Lock& lock = records_[recno];
+    ++lock.users;
+    lock.in_database = lock.in_database || !lent;
+}
+
+Claims::Refused Claims::lock_record(std::int64_t recno) const {
+    zmFBConn connection = desk_.connection();
+    const AreaId own(id_);
+    if (!connection(m::setrecordaslocked, table_, own, RecordNumber(recno))) {
+        AreaId holder = connection(m::getrlockareaid, table_, RecordNumber(recno));
+        if (holder.text().empty()) holder = connection(m::getflockareaid, table_);
+        return holder == own ? "" : holder.text();
+    }
+    if (!connection(m::existsanotheruserflock, table_, own)) return std::nullopt;
+    const AreaId holder = connection(m::getflockareaid, table_);
+    unlock_record(recno);
+    return holder.text();
+}
+
+Claims::Refused Claims::lock_table() const {
+    constexpr const char* lockers =
+        "select first 1 RLK_AREAID from RDDSYS_RLK where RLK_TABLE = ? and RLK_AREAID <> ?";
+    zmFBConn connection = desk_.connection();
+    const AreaId own(id_);
+    if (!connection(m::settableaslocked, table_, own)) {
+        const AreaId holder = connection(m::getflockareaid, table_);
+        return holder.text().empty() || holder == own ? another(lockers) : holder.text();
+    }
+    std::string holder = another(lockers);
+    if (holder.empty()) return std::nullopt;
+    unlock_table();
+    return holder;
+}
+
+void Claims::give_back(std::int64_t recno) noexcept {
+    const auto found = records_.find(recno);
+    if (found == records_.end() || --found->second.users > 0 || desk_.joint() != nullptr) return;
+    if (found->second.in_database) unlock_record(recno);
+    records_.erase(found);
+}
+
+void Claims::take_table(Wait wait) {
+    if (!has_table_ && mode_ != OpenMode::exclusive) insist(table_, wait, [this] { return lock_table(); });
+    has_table_ = wants_table_ = true;
+}
+
+void Claims::give_table_back() noexcept {
+    wants_table_ = false;
+    if (!has_table_ || desk_.joint() != nullptr) return;
+    has_table_ = false;
+    if (mode_ != OpenMode::exclusive) unlock_table();
+}
+
+void Claims::joint_ended() noexcept {
+    if (!wants_table_) give_table_back();
+    for (auto at = records_.begin(); at != records_.end();) {
+        if (at->second.users == 0 && at->second.in_database) unlock_record(at->first);
+        at = at->second.users == 0 ? records_.erase(at) : std::next(at);
+    }
+}
+
+void Claims::leave() noexcept {
+    for (const auto& [recno, lock] : std::exchange(records_, {})) {
+        if (lock.in_database) unlock_record(recno);
+    }
+    unregister();
+    if (mode_ == OpenMode::exclusive || has_table_) unlock_table();
+}
+
+void Claims::unlock_record(std::int64_t recno) const noexcept {
+    persist([&] {
+        zmFBConn connection = desk_.connection();
+        return connection(m::setrecordasunlocked, table_, AreaId(id_), RecordNumber(recno)) ||
+               !connection(m::isrecordlockedbyuser, table_, AreaId(id_), RecordNumber(recno));
+    });
+}
+
+void Claims::unlock_table() const noexcept {
+    persist([&] {
+        zmFBConn connection = desk_.connection();
+        return connection(m::settableasunlocked, table_, AreaId(id_)) ||
+               !connection(m::istablelockedbyuser, table_, AreaId(id_));
+    });
+}
+
+void Claims::unregister() const noexcept {
+    persist([&] { return desk_.connection()(m::settableusedbyarea, false, table_, AreaId(id_), true); });
+}
+
+}  // namespace zmfb::rdd

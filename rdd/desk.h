@@ -1,0 +1,78 @@
+/// What the areas of one connection share.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "zmfbconn/connection.h"
+#include "zmfbconn/transaction.h"
+
+namespace zmfb::rdd {
+
+class Joint;
+class OpenArea;
+
+/// One for each object that areas are open on. It keeps no handle of the object: when the program's last one
+/// goes, areas are closed.
+class Desk {
+  public:
+    static std::shared_ptr<Desk> of(const zmFBConn& connection);
+
+    explicit Desk(host::Object& object) : object_(object) {}
+    Desk(const Desk&) = delete;
+    Desk& operator=(const Desk&) = delete;
+    ~Desk();
+
+    /// A handle for a call.
+    [[nodiscard]] zmFBConn connection() const { return zmFBConn::of(Value(&object_)); }
+    /// A transaction that an area reads in as long as it is open.
+    [[nodiscard]] Transaction reading() const;
+    /// Changes something: in the open Joint, or in a transaction that is committed.
+    void change(const std::function<void(Transaction& work)>& work) const;
+
+    void add(OpenArea& area) { areas_.push_back(&area); }
+    void remove(OpenArea& area) { std::erase(areas_, &area); }
+    /// Closes what is announced under an alias; .F. when there is none.
+    static void close_area(host::Object& object, std::string_view alias);
+
+    [[nodiscard]] Joint* joint() const { return joint_; }
+    /// Null while there is none.
+    [[nodiscard]] Transaction* joint_transaction() const;
+
+  private:
+    friend class Joint;
+    host::Object& object_;
+    std::vector<OpenArea*> areas_;
+    Joint* joint_ = nullptr;
+};
+
+/// Writes of several areas in one transaction, behind the class Together.
+class Joint {
+  public:
+    /// Throws AreaError while there is one on that desk.
+    explicit Joint(std::shared_ptr<Desk> desk);
+    Joint(const Joint&) = delete;
+    Joint& operator=(const Joint&) = delete;
+    ~Joint() { give_up(); }
+
+    Transaction& transaction() { return work_; }
+    /// Has an area given back at the end.
+    void keep(std::shared_ptr<OpenArea> area) { kept_.push_back(std::move(area)); }
+    /// Throws AreaError when it has ended; else it has from then on.
+    void commit();
+    void roll_back();
+    void give_up() noexcept;
+
+  private:
+    void check_open() const;
+    void end(bool committed);
+
+    std::shared_ptr<Desk> desk_;
+    Transaction work_;
+    std::vector<std::shared_ptr<OpenArea>> kept_;
+    bool open_ = false;
+};
+
+}  // namespace zmfb::rdd
