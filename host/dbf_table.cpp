@@ -186,7 +186,10 @@ bool DbfTable::go_to(std::int64_t record) {
 }
 
 bool DbfTable::skip(std::int64_t count) {
-    if (at_end_ && count >= 0) return go_to(0);  // others may have appended since
+    if (at_end_) {
+        const bool counted = go_to(0);  // others may have appended since
+        if (!counted || count >= 0) return counted;
+    }
     const std::int64_t farthest = std::numeric_limits<std::int64_t>::max() - record_;
     const std::int64_t target = record_ + std::min(count, farthest);
     if (target >= 1) return go_to(target);

@@ -103,6 +103,11 @@ std::int64_t recno() {
 
 std::int64_t lastrec() {
     const auto area = current_workarea();
+    return area == nullptr ? 0 : area->table->last_record();
+}
+
+std::int64_t reccount() {
+    const auto area = current_workarea();
     return area == nullptr ? 0 : area->table->record_count();
 }
 

@@ -70,7 +70,7 @@ constexpr std::array moves{
     Row{"EOF", yes_or_no<host::eof>},
     Row{"FOUND", yes_or_no<host::found>},
     Row{"LASTREC", number<host::lastrec>},
-    Row{"RECCOUNT", number<host::lastrec>},
+    Row{"RECCOUNT", number<host::reccount>},
     Row{"RECNO", number<host::recno>},
     Row{"__DBCONTINUE", yes_or_no<host::dbcontinue>},
     Row{"__DBLOCATE",

@@ -60,7 +60,9 @@ class Table {
     [[nodiscard]] virtual std::span<const Field> fields() const = 0;
     /// RECCOUNT().
     [[nodiscard]] virtual std::int64_t record_count() = 0;
-    /// RECNO(): from 1; at the end of the table the number of records and one more.
+    /// LASTREC(): the highest number of a record; by default there are as many records.
+    [[nodiscard]] virtual std::int64_t last_record() { return record_count(); }
+    /// RECNO(): from 1; at the end of the table the highest number, as it was then, and one more.
     [[nodiscard]] virtual std::int64_t record_number() const = 0;
     /// BOF(): whether a skip went to before the first record; also in an empty table, from its opening on.
     [[nodiscard]] virtual bool bof() const = 0;
@@ -69,8 +71,9 @@ class Table {
 
     /// To the first record; to the end of an empty table.
     virtual bool go_top() = 0;
-    /// To the last record, to the end of an empty table; by default the one whose number is record_count().
-    virtual bool go_bottom() { return go_to(record_count()); }
+    /// To the last record, to the end of an empty table; by default the one whose number is
+    /// last_record().
+    virtual bool go_bottom() { return go_to(last_record()); }
     /// To a record by its number; to the end of the table when there is none of that number.
     virtual bool go_to(std::int64_t record) = 0;
     /// Forward by `count` records, or back when it is negative; not beyond the ends. By 0: reads the record

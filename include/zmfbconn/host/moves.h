@@ -30,8 +30,10 @@ bool bof();
 bool eof();
 /// RECNO(): the number of the current record; at the end the highest and one more.
 std::int64_t recno();
-/// LASTREC(), RECCOUNT(): how many records the table has, without regard to the filter.
+/// LASTREC(): the highest number of a record.
 std::int64_t lastrec();
+/// RECCOUNT(): how many records the table has, without regard to the filter.
+std::int64_t reccount();
 /// FOUND(): whether the last DBSEEK, LOCATE or CONTINUE found a record; .F. after any other move.
 bool found();
 
