@@ -5,6 +5,7 @@
 #include "conn/methods.h"
 #include "conn/raise.h"
 #include "host/text.h"
+#include "rdd/serve_areas.h"
 
 namespace zmfb::conn {
 
@@ -27,6 +28,7 @@ Value evalmeth(Self& self, Args args) {
 Value axit(Self& self, Args) {
     const Value text = "[GONE] Class: zmFBConn no longer exists. DB: " + var(self, Var::sdbname);
     log_event(0, text.text());
+    rdd::serve_no_areas(self);
     if (ask(self, "isconnected")) call(self, "disconnect");
     return true;
 }

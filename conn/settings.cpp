@@ -4,6 +4,7 @@
 #include "host/number.h"
 #include "host/text.h"
 #include "host/workarea.h"
+#include "rdd/serve_areas.h"
 
 namespace zmfb::conn {
 
@@ -19,6 +20,7 @@ constexpr int default_skip_cache_size = 11;
 Value savepreviousrdd(Self& self, Args) {
     var(self, Var::previousrd) = host::rddsetdefault();
     host::rddsetdefault(driver_name);
+    rdd::serve_areas(self);
     return {};
 }
 
@@ -30,6 +32,7 @@ Value restorepreviousrdd(Self& self, Args) {
 Value setibrdd(Self& self, Args) {
     if (!ask(self, "isconnected")) return false;
     host::rddsetdefault(driver_name);
+    rdd::serve_areas(self);
     return true;
 }
 
