@@ -23,7 +23,7 @@ class Parser {
     Term whole() {
         Term term = sum();
         if (next().kind != TokenKind::end) not_understood(next().written);
-        if (!has_field_) throw KeyError("it has no field in it");
+        if (!has_field_) throw OrderError("it has no field in it");
         return term;
     }
 
@@ -36,13 +36,13 @@ class Parser {
         return is_there;
     }
     void expect(std::string_view symbol) {
-        if (!take(symbol)) throw KeyError(fmt::format("{} is missing before {}", symbol, shown(next())));
+        if (!take(symbol)) throw OrderError(fmt::format("{} is missing before {}", symbol, shown(next())));
     }
     static std::string shown(const Token& token) {
         return token.kind == TokenKind::end ? "its end" : fmt::format("\"{}\"", token.written);
     }
     [[noreturn]] static void not_understood(std::string_view words) {
-        throw KeyError(fmt::format("\"{}\" is not understood", words));
+        throw OrderError(fmt::format("\"{}\" is not understood", words));
     }
 
     Term sum() {
@@ -61,7 +61,7 @@ class Parser {
         if (negative) not_understood("-");
         if (token.kind == TokenKind::text) return text_term(token.text);
         if (token.kind == TokenKind::name) return named(token);
-        if (token.kind == TokenKind::end) throw KeyError("it ends too early");
+        if (token.kind == TokenKind::end) throw OrderError("it ends too early");
         if (token.text != "(") not_understood(token.written);
         Term term = sum();
         expect(")");
@@ -74,7 +74,7 @@ class Parser {
         check_alias(name);
         const Token of = take();
         if (of.kind != TokenKind::name)
-            throw KeyError(fmt::format("a field is missing behind {}->", name.written));
+            throw OrderError(fmt::format("a field is missing behind {}->", name.written));
         return field(of);
     }
 
@@ -124,8 +124,8 @@ std::string date_key(const Term& date) {
 }
 
 std::string record_key(std::string_view prefix) {
-    return fmt::format("cast(cast({}RECNO as bigint) + 1000000000000000 as char(16) character set none)",
-                       prefix);
+    return fmt::format("cast(cast({}RECNO as bigint) + 1000000000000000 as char({}) character set none)",
+                       prefix, record_key_width);
 }
 
 }  // namespace
@@ -133,8 +133,8 @@ std::string record_key(std::string_view prefix) {
 Term key_of(std::string_view expression, const KeyFields& table, std::string_view prefix) {
     try {
         Term key = Parser(expression, table, prefix).whole();
-        if (key.type == 'C' && key.width == 0) throw KeyError("it is always empty");
-        if (key.type == 'N' && key.decimals > number_digits) throw KeyError("it has too many decimals");
+        if (key.type == 'C' && key.width == 0) throw OrderError("it is always empty");
+        if (key.type == 'N' && key.decimals > number_digits) throw OrderError("it has too many decimals");
         switch (key.type) {
             case 'C':
                 key.sql = padded(key);
@@ -149,8 +149,8 @@ Term key_of(std::string_view expression, const KeyFields& table, std::string_vie
                 break;
         }
         return key;
-    } catch (const KeyError& error) {
-        throw KeyError(
+    } catch (const OrderError& error) {
+        throw OrderError(
             fmt::format("{} cannot be a key: {}. A key is made of fields, texts, numbers, +, UPPER, LOWER, "
                         "TRIM, SUBSTR, STR, "
                         "STRZERO, DTOS, PADR and PADL",

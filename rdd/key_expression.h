@@ -21,7 +21,7 @@ struct KeyFields {
 /// An expression is made of fields, texts, numbers, +, parentheses, UPPER, LOWER, TRIM, SUBSTR, STR, STRZERO,
 /// DTOS, PADR and PADL; its value is a text, a number, a date or a logical. The keys of two rows compare as
 /// their values do: texts byte by byte, numbers by value, dates by day with the empty one first, .F. before
-/// .T. Throws KeyError, which tells what was not understood.
+/// .T. Throws OrderError, which tells what was not understood.
 Term key_of(std::string_view expression, const KeyFields& table, std::string_view prefix = "");
 
 /// The order by an expression. A unique one has of all records with the same value the first one only.

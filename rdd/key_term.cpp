@@ -46,7 +46,7 @@ class Call {
         if (arguments_.size() > count) refuse(fmt::format("{} takes at most {} arguments", name_, count));
     }
     [[nodiscard]] std::string_view name() const { return name_; }
-    [[noreturn]] static void refuse(const std::string& why) { throw KeyError(why); }
+    [[noreturn]] static void refuse(const std::string& why) { throw OrderError(why); }
 
   private:
     std::string_view name_;
@@ -169,7 +169,7 @@ Term field_term(const FieldDescriptor& field, std::string_view prefix) {
             term.sql = column;
             break;
         default:
-            throw KeyError(fmt::format("{} is a field of no type that keys are made of", field.name));
+            throw OrderError(fmt::format("{} is a field of no type that keys are made of", field.name));
     }
     return term;
 }
@@ -197,7 +197,7 @@ Term sum_of(const Term& a, const Term& b) {
         term.varying = a.varying || b.varying;
         return term;
     }
-    if (a.type != 'N' || b.type != 'N') throw KeyError("+ joins two texts, or adds two numbers");
+    if (a.type != 'N' || b.type != 'N') throw OrderError("+ joins two texts, or adds two numbers");
     term.sql = fmt::format("({} + {})", a.sql, b.sql);
     term.decimals = std::max(a.decimals, b.decimals);
     return term;

@@ -3,19 +3,14 @@
 
 #include <cstddef>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "rdd/order.h"
 #include "zmfbconn/method_types.h"
 
 namespace zmfb::rdd {
-
-/// Why an expression is no key.
-class KeyError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 /// A part of a key expression. Texts are bytes of the character set NONE, never NULL; dates are NULL when
 /// they are empty.

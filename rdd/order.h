@@ -2,12 +2,21 @@
 #pragma once
 
 #include <cstddef>
+#include <stdexcept>
 #include <string>
 
 namespace zmfb::rdd {
 
+/// Why there is no such order, or no such key of it.
+class OrderError : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /// Which way an order is walked.
 enum class Direction { forward, backward };
+
+/// How many bytes of a key are the record number.
+inline constexpr std::size_t record_key_width = 16;
 
 /// An order of the records of one table.
 struct Order {
@@ -27,8 +36,11 @@ struct Order {
 /// The order by record numbers.
 Order natural_order();
 
-/// The rows behind a position, as a condition in SQL with a "?" for the key of that position; the row that
-/// stands there included or not. It leaves Order::only out.
+/// The key of rows as they are read: a number of the natural order, else bytes.
+std::string key_column(const Order& order);
+
+/// The rows behind a position, as a condition in SQL with a "?" for the key of that position, as it was read;
+/// the row that stands there included or not. It leaves Order::only out.
 std::string condition_beyond(const Order& order, Direction direction, bool inclusive);
 
 /// What sorts rows: "order by ...".

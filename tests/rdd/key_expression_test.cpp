@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(KeyExpressionAliases, AreThoseOfTheAreaWhereTheyAreKnown) {
     EXPECT_EQ(key("cust->NAME", {"Customers", "Cust"}).sql, name);
-    EXPECT_THROW(key("STOCK->NAME", {"CUSTOMERS", "CUST"}), rdd::KeyError);
+    EXPECT_THROW(key("STOCK->NAME", {"CUSTOMERS", "CUST"}), rdd::OrderError);
 }
 
 struct Refused {
@@ -92,7 +92,7 @@ TEST_P(RefusedKey, TellsWhatWasNotUnderstood) {
     try {
         key(GetParam().expression);
         FAIL() << "taken";
-    } catch (const rdd::KeyError& error) {
+    } catch (const rdd::OrderError& error) {
         EXPECT_EQ(error.what(),
                   std::string(GetParam().expression) + " cannot be a key: " + GetParam().why +
                       ". A key is made of fields, texts, numbers, +, UPPER, LOWER, TRIM, SUBSTR, STR, "

@@ -23,5 +23,16 @@ TEST(Order, RowsBehindAPositionAreThoseOfGreaterOrSmallerKeys) {
     EXPECT_EQ(rdd::condition_beyond(order, Direction::backward, true), "RECNO <= ?");
 }
 
+TEST(Order, KeysOfAnExpressionAreBytes) {
+    rdd::Order order;
+    order.key = "NAME || NUMBER";
+    order.width = 20;
+    EXPECT_EQ(rdd::key_column(order), "cast(NAME || NUMBER as char(36) character set octets)");
+    EXPECT_EQ(rdd::condition_beyond(order, Direction::backward, false),
+              "NAME || NUMBER < cast(? as char(36) character set octets)");
+    EXPECT_EQ(rdd::order_by(order, Direction::backward), "order by NAME || NUMBER desc");
+    EXPECT_EQ(rdd::key_column(rdd::natural_order()), "RECNO");
+}
+
 }  // namespace
 }  // namespace zmfb::test
