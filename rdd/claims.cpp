@@ -7,6 +7,7 @@
 #include <thread>
 #include <utility>
 
+#include "conn/public_call.h"
 #include "rdd/desk.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
@@ -60,6 +61,7 @@ Claims::Claims(const Desk& desk, std::string table, std::string id, OpenMode mod
 
 // One that nobody can be blamed for was lost in a deadlock, or the holder has just gone.
 void Claims::insist(std::string_view what, Wait wait, const std::function<Refused()>& attempt) const {
+    const conn::PublicCall under_way;  // what the engine says is kept to its end
     constexpr Wait longest = std::chrono::hours(24 * 365);
     const Clock::time_point until = Clock::now() + std::min(wait, longest);
     Pauses pauses;

@@ -64,6 +64,8 @@ void close_area(host::Object& object, std::string_view alias) { Desk::close_area
 
 Joint::Joint(std::shared_ptr<Desk> desk)
     : desk_(std::move(desk)), work_([this] {
+          Joint* const before = desk_->joint_;
+          if (before != nullptr && !before->work_.active()) before->give_up();
           if (desk_->joint_ != nullptr)
               throw AreaError(AreaError::Reason::together,
                               "Writes of the connection are held together already");
