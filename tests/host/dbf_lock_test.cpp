@@ -1,4 +1,4 @@
-// Locks on the records of DBF files, between processes; PACK.
+// Locks on the records of DBF files, between processes.
 #include "dbf_table_testing.h"
 #include "host/sdf.h"
 
@@ -95,34 +95,6 @@ TEST_F(DbfLock, LinesOfATextFileAreAppendedWithoutLeavingLocks) {
     EXPECT_EQ(table.record_count(), 3);
     EXPECT_TRUE(is_same(dbrlocklist()[1], 1));
     EXPECT_EQ(dbrlocklist().size(), 1U);
-}
-
-TEST_F(DbfLock, PackMovesRecordsUpOverMoreThanABlock) {
-    constexpr int records = 70000;  // of 9 bytes: three blocks
-    Table& table = *open();
-    table.put(0, 1);
-    for (int n = 2; n <= records; ++n) add(table, array_of(n));
-    for (table.go_top(); !table.eof(); table.skip(1)) table.set_deleted(table.record_number() % 7 != 0);
-    EXPECT_TRUE(dbpack());
-    close();
-    open();
-    EXPECT_EQ(lastrec(), records / 7);
-    std::int64_t wrong = 0;
-    dbeval(Value::block([&](Args) {
-        if (fieldget(1).integer() != 7 * recno() || deleted()) ++wrong;
-        return Value();
-    }));
-    EXPECT_EQ(wrong, 0);
-    EXPECT_EQ(counted(path("t.dbf")), records / 7);
-    EXPECT_EQ(std::filesystem::file_size(path("t.dbf")), 65U + records / 7 * 9U + 1U);
-}
-
-TEST_F(DbfLock, ZapLeavesAFileOfNoRecords) {
-    open();
-    EXPECT_TRUE(dbzap());
-    close();
-    EXPECT_EQ(counted(path("t.dbf")), 0U);
-    EXPECT_EQ(content(path("t.dbf")).substr(65), "\x1A");
 }
 
 TEST_F(DbfLock, ADriverWithoutLocksSaysSo) {
