@@ -92,6 +92,11 @@ class Statement {
     std::int64_t execute(const Values&... values) {
         return run(typed::parameters(values...));
     }
+    /// The same without counting them, for which a server is asked once more.
+    template <class... Values>
+    void execute_uncounted(const Values&... values) {
+        run_uncounted(typed::parameters(values...));
+    }
     /// Runs a query, or a statement with RETURNING. Throws when the number of types is not that of the
     /// columns, or one does not fit. Rows of an earlier call that were not read yet are given up.
     template <class... T, class... Values>
@@ -130,6 +135,7 @@ class Statement {
     friend class rdd::Query;
     explicit Statement(std::shared_ptr<typed::Prepared> statement) : statement_(std::move(statement)) {}
     std::int64_t run(std::span<const Parameter> values);
+    void run_uncounted(std::span<const Parameter> values);
     template <class... T>
     static auto single_row(TypedRows<T...>& rows) {
         static_assert((!std::same_as<T, std::string_view> && ...), "the text would be gone with the row");

@@ -92,7 +92,7 @@ Firebird::IStatement* Prepared::ready(std::span<const Parameter> values) {
     return statement_;
 }
 
-std::int64_t Prepared::run(std::span<const Parameter> values) {
+void Prepared::run(std::span<const Parameter> values) {
     if (!rows_->columns().empty()) {
         refuse(no_rows_here, "The statement returns rows: query(), rows() and one() run such statements",
                text_);
@@ -101,7 +101,6 @@ std::int64_t Prepared::run(std::span<const Parameter> values) {
     check(object_client().execute(status(), statement, work_->transaction(), parameters_->metadata(),
                                   values_->data(), nullptr, nullptr),
           text_);
-    return count_changes();
 }
 
 std::int64_t Prepared::count_changes() const {
@@ -144,6 +143,11 @@ const std::vector<Column>& columns_of(const Prepared& statement) { return statem
 
 std::size_t Statement::parameter_count() const { return statement_->parameters().slots().size(); }
 
-std::int64_t Statement::run(std::span<const Parameter> values) { return statement_->run(values); }
+std::int64_t Statement::run(std::span<const Parameter> values) {
+    statement_->run(values);
+    return statement_->count_changes();
+}
+
+void Statement::run_uncounted(std::span<const Parameter> values) { statement_->run(values); }
 
 }  // namespace zmfb

@@ -28,8 +28,10 @@ class Prepared {
     [[nodiscard]] const Layout& rows() const { return *rows_; }
     [[nodiscard]] const Layout& parameters() const { return *parameters_; }
 
-    /// Runs it without rows; the number of rows that it changed.
-    std::int64_t run(std::span<const Parameter> values);
+    /// Runs it without rows.
+    void run(std::span<const Parameter> values);
+    /// How many rows that has changed.
+    [[nodiscard]] std::int64_t count_changes() const;
     /// Runs it for a cursor, which gives the client's object of its rows; or, when it has no cursor, for its
     /// one row: whether there is one. Rows that were read of it before are given up.
     Firebird::IResultSet* open(std::span<const Parameter> values, Cursor& cursor);
@@ -43,7 +45,6 @@ class Prepared {
 
   private:
     Firebird::IStatement* ready(std::span<const Parameter> values);
-    [[nodiscard]] std::int64_t count_changes() const;
 
     std::shared_ptr<Work> work_;
     std::string text_;

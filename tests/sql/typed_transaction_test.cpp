@@ -80,6 +80,17 @@ TEST_F(TypedTransaction, TellsHowManyRowsWereChanged) {
     EXPECT_EQ(work.execute("execute block as begin update T set B = 'y'; end"), 3);
 }
 
+TEST_F(TypedTransaction, AsksForTheNumberOfRowsOnlyWhenItIsWanted) {
+    Transaction work(connection());
+    const FaultyClient client;
+    Statement update = work.prepare("execute block (A integer = ?) as begin update T set B = :A; end");
+    EXPECT_EQ(update.execute(1), 2);
+    EXPECT_EQ(client.count(ClientCall::affected_records), 1);
+    update.execute_uncounted(2);
+    EXPECT_EQ(client.count(ClientCall::affected_records), 1);
+    EXPECT_EQ(work.one<std::string>("select max(B) from T"), "2");
+}
+
 TEST_F(TypedTransaction, CountsTheRowsOfAStatementOnlyAndNotThoseOfItsTriggers) {
     execute("create table LOG_ (A integer)");
     execute(
