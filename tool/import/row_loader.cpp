@@ -8,7 +8,7 @@
 namespace zmfb::tool {
 namespace {
 
-// The longest text of a parameter is 32,765 bytes.
+// Two of them go in a message, of 65,535 bytes.
 constexpr std::size_t piece_size = 32000;
 constexpr std::size_t length_width = 6;  // in front of a varying value: its length, or -1 for NULL
 
@@ -38,6 +38,10 @@ bool is_of_the_row(const SqlError& error) {
 std::string blob_type_of(const LoadColumn& column) {
     if (column.type.starts_with("BLOB")) return column.type;
     return column.type.ends_with("OCTETS") ? "BLOB" : "BLOB SUB_TYPE TEXT";
+}
+
+std::string text_parameter(std::size_t number, std::size_t size) {
+    return fmt::format("D{} VARCHAR({}) CHARACTER SET OCTETS = ?, ", number, size);
 }
 
 std::string cut(std::size_t text, std::size_t offset, std::size_t width) {
@@ -83,21 +87,18 @@ void RowLoader::place_columns() {
     }
 }
 
-// Varying values stand behind the fixed part of their row; or they are parameters themselves.
-std::string RowLoader::block(bool of_one_row) const {
-    std::string parameters, declarations, cutting, names;
+std::string RowLoader::insertion() const {
+    std::string names;
     for (const LoadColumn& column : columns_) names += column.name + ",";
-    for (std::size_t i = 0; i < sizes_.size(); ++i) {
-        parameters +=
-            fmt::format("D{} VARCHAR({}) CHARACTER SET OCTETS = ?, ", i, std::max(piece_size, sizes_[i]));
-    }
+    return fmt::format("INSERT INTO {} ({}RECNO) VALUES ({}:R);", table_, names, values());
+}
+
+// Two texts, since a message holds two. Varying values stand behind the fixed part of their row.
+std::string RowLoader::block_of_many() const {
+    std::string declarations, cutting;
     for (std::size_t i = 0, number = 0; i < columns_.size(); ++i) {
         if (!is_varying(columns_[i])) continue;
         ++number;
-        if (of_one_row) {
-            parameters += fmt::format("V{} {} = ?, ", number, blob_type_of(columns_[i]));
-            continue;
-        }
         declarations += fmt::format("DECLARE V{} {}; ", number, columns_[i].type);
         cutting += fmt::format(
             "L = CAST(SUBSTRING(:D0 FROM :P + {} FOR {}) AS INTEGER); V{} = NULL; IF (L >= 0) THEN BEGIN "
@@ -105,10 +106,25 @@ std::string RowLoader::block(bool of_one_row) const {
             places_[i].offset, length_width, number, number);
     }
     return fmt::format(
-        "EXECUTE BLOCK ({}N INTEGER = ?, R BIGINT = ?) AS DECLARE P INTEGER = 1; DECLARE Q INTEGER; DECLARE "
-        "L INTEGER; {}BEGIN WHILE (N > 0) DO BEGIN Q = P + {}; {}INSERT INTO {} ({}RECNO) VALUES ({}:R); "
-        "R = R + 1; P = Q; N = N - 1; END END",
-        parameters, declarations, sizes_[0], cutting, table_, names, values());
+        "EXECUTE BLOCK ({}N INTEGER = ?, {}M INTEGER = ?, R BIGINT = ?) AS DECLARE P INTEGER; DECLARE Q "
+        "INTEGER; DECLARE L INTEGER; {}BEGIN WHILE (N > 0) DO BEGIN P = 1; WHILE (N > 0) DO BEGIN Q = P + "
+        "{}; "
+        "{}{} R = R + 1; P = Q; N = N - 1; END D0 = D1; N = M; M = 0; END END",
+        text_parameter(0, piece_size), text_parameter(1, piece_size), declarations, sizes_[0], cutting,
+        insertion());
+}
+
+// Varying values are parameters themselves.
+std::string RowLoader::block_of_one() const {
+    std::string parameters;
+    for (std::size_t i = 0; i < sizes_.size(); ++i)
+        parameters += text_parameter(i, std::max(piece_size, sizes_[i]));
+    std::size_t number = 0;
+    for (const LoadColumn& column : columns_) {
+        if (is_varying(column)) parameters += fmt::format("V{} {} = ?, ", ++number, blob_type_of(column));
+    }
+    return fmt::format("EXECUTE BLOCK ({}R BIGINT = ?) AS DECLARE P INTEGER = 1; BEGIN {} END", parameters,
+                       insertion());
 }
 
 std::string RowLoader::values() const {
@@ -155,7 +171,14 @@ void RowLoader::add(std::uint64_t record, std::span<const std::optional<std::str
         flush();
         return send_alone(record, fixed, values);
     }
-    if (piece_.size() + size > piece_size) flush();
+    if (piece_.size() - second_begin_ + size > piece_size) {
+        if (second_ == none) {
+            second_ = in_piece_.size();
+            second_begin_ = piece_.size();
+        } else {
+            flush();
+        }
+    }
     in_piece_.push_back({record, piece_.size()});
     piece_ += fixed[0];
     for (const std::string_view value : varying) piece_ += value;
@@ -163,17 +186,27 @@ void RowLoader::add(std::uint64_t record, std::span<const std::optional<std::str
 
 void RowLoader::flush() {
     if (in_piece_.empty()) return;
-    if (!many_) many_ = work_.prepare(block(false));
+    if (!many_) many_ = work_.prepare(block_of_many());
     send(0, in_piece_.size());
     piece_.clear();
     in_piece_.clear();
+    second_ = none;
+    second_begin_ = 0;
+}
+
+// The bytes of these rows, which are all of one text.
+std::span<const std::byte> RowLoader::text_of(std::size_t begin, std::size_t end) const {
+    const auto place = [&](std::size_t row) {
+        return row < in_piece_.size() ? in_piece_[row].begin : piece_.size();
+    };
+    return as_bytes(std::string_view(piece_).substr(place(begin), place(end) - place(begin)));
 }
 
 void RowLoader::send(std::size_t begin, std::size_t end) {
-    const std::size_t from = in_piece_[begin].begin;
-    const std::size_t to = end < in_piece_.size() ? in_piece_[end].begin : piece_.size();
+    const std::size_t second = second_ > begin ? std::min(second_, end) : end;
     try {
-        many_->execute(as_bytes(std::string_view(piece_).substr(from, to - from)), end - begin, rows_ + 1);
+        many_->execute_uncounted(text_of(begin, second), second - begin, text_of(second, end), end - second,
+                                 rows_ + 1);
         rows_ += end - begin;
     } catch (const SqlError& error) {
         if (!is_of_the_row(error)) throw;
@@ -186,7 +219,7 @@ void RowLoader::send(std::size_t begin, std::size_t end) {
 
 void RowLoader::send_alone(std::uint64_t record, const std::vector<std::string>& fixed,
                            std::span<const std::optional<std::string>> values) {
-    if (!one_) one_ = work_.prepare(block(true));
+    if (!one_) one_ = work_.prepare(block_of_one());
     std::vector<Parameter> parameters;
     for (const std::string& text : fixed) parameters.emplace_back(as_bytes(text));
     for (std::size_t i = 0; i < columns_.size(); ++i) {
@@ -199,10 +232,9 @@ void RowLoader::send_alone(std::uint64_t record, const std::vector<std::string>&
         blob.write(*values[i]);
         parameters.emplace_back(blob);
     }
-    parameters.emplace_back(1);
     parameters.emplace_back(rows_ + 1);
     try {
-        one_->execute(std::span<const Parameter>(parameters));
+        one_->execute_uncounted(std::span<const Parameter>(parameters));
         ++rows_;
     } catch (const SqlError& error) {
         if (!is_of_the_row(error)) throw;

@@ -34,7 +34,7 @@ inline constexpr std::size_t real_width = 24;
 /// engine's own reading of decimals does.
 std::string real_text(double value);
 
-/// Sends rows in pieces, each a text that the engine cuts into rows. Rows that it refuses are found by
+/// Sends rows in pieces, each of two texts that the engine cuts into rows. Rows that it refuses are found by
 /// halving the piece; what went in before them, or goes in after, stays.
 class RowLoader {
   public:
@@ -65,8 +65,11 @@ class RowLoader {
     };
 
     void place_columns();
-    [[nodiscard]] std::string block(bool of_one_row) const;
+    [[nodiscard]] std::string block_of_many() const;
+    [[nodiscard]] std::string block_of_one() const;
+    [[nodiscard]] std::string insertion() const;
     [[nodiscard]] std::string values() const;
+    [[nodiscard]] std::span<const std::byte> text_of(std::size_t begin, std::size_t end) const;
     void send(std::size_t begin, std::size_t end);
     void send_alone(std::uint64_t record, const std::vector<std::string>& fixed,
                     std::span<const std::optional<std::string>> values);
@@ -82,6 +85,9 @@ class RowLoader {
     std::uint64_t rows_ = 0;
     std::string piece_;
     std::vector<Row> in_piece_;
+    // The row that begins its second text, and where that is.
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+    std::size_t second_ = none, second_begin_ = 0;
 };
 
 }  // namespace zmfb::tool
