@@ -153,7 +153,7 @@ std::vector<std::int64_t> Area::locked_records() const {
 bool Area::is_table_locked() const { return open().claims().has_table(); }
 void Area::zap() { open().zap(); }
 
-Together::Together(zmFBConn& connection) : joint_(std::make_shared<rdd::Joint>(rdd::Desk::of(connection))) {}
+Together::Together(zmFBConn& connection) : joint_(std::make_unique<rdd::Joint>(rdd::Desk::of(connection))) {}
 
 Together::~Together() = default;
 

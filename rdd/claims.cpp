@@ -47,7 +47,7 @@ void persist(const Done& done) noexcept {
         Pauses pauses;
         for (int losses = 0; !done() && losses < most_losses; ++losses)
             pauses.pause(Clock::time_point::max());
-    } catch (const std::exception&) {  // cancelled; whoever is told of it is not this one
+    } catch (...) {  // cancelled, or broken off by an error block; this one has nobody to tell
     }
 }
 

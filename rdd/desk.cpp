@@ -49,7 +49,7 @@ void Desk::change(const std::function<void(Transaction& work)>& work) const {
 
 Transaction* Desk::joint_transaction() const { return joint_ == nullptr ? nullptr : &joint_->transaction(); }
 
-void Desk::close_area(host::Object& object, std::string_view alias) {
+void close_area(host::Object& object, std::string_view alias) {
     const auto found = desks().find(&object);
     const std::shared_ptr<Desk> desk = found == desks().end() ? nullptr : found->second.lock();
     if (desk == nullptr) return;
@@ -59,8 +59,6 @@ void Desk::close_area(host::Object& object, std::string_view alias) {
     if (desk->joint_ != nullptr) desk->joint_->give_up();
     area->close();
 }
-
-void close_area(host::Object& object, std::string_view alias) { Desk::close_area(object, alias); }
 
 Joint::Joint(std::shared_ptr<Desk> desk)
     : desk_(std::move(desk)), work_([this] {

@@ -34,8 +34,6 @@ class Desk {
 
     void add(OpenArea& area) { areas_.push_back(&area); }
     void remove(OpenArea& area) { std::erase(areas_, &area); }
-    /// Closes what is announced under an alias; .F. when there is none.
-    static void close_area(host::Object& object, std::string_view alias);
 
     [[nodiscard]] Joint* joint() const { return joint_; }
     /// Null while there is none.
@@ -43,6 +41,7 @@ class Desk {
 
   private:
     friend class Joint;
+    friend void close_area(host::Object& object, std::string_view alias);
     host::Object& object_;
     std::vector<OpenArea*> areas_;
     Joint* joint_ = nullptr;

@@ -25,8 +25,8 @@ std::shared_ptr<OpenArea> OpenArea::open(const zmFBConn& connection, std::string
     area->claims_.emplace(area->desk(), area->table(), make_area_id(handle, area->table(), unique),
                           options.mode);
     area->desk_->add(*area);
-    handle(m::announcealias, area->announced_);
     try {
+        handle(m::announcealias, area->announced_);
         area->walk_->top();
     } catch (...) {
         area->close();
@@ -140,7 +140,7 @@ void OpenArea::leave() noexcept {
         if (!connection.isconnected()) return;
         claims_->leave();
         connection(m::removealias, announced_);
-    } catch (const std::exception&) {  // the error block of the program broke off; there is nobody to tell
+    } catch (...) {  // broken off by an error block; there is nobody to tell
     }
 }
 

@@ -262,7 +262,7 @@ class Together {
     void roll_back();
 
   private:
-    std::shared_ptr<rdd::Joint> joint_;
+    std::unique_ptr<rdd::Joint> joint_;
 };
 
 }  // namespace zmfb

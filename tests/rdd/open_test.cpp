@@ -88,6 +88,11 @@ TEST_F(AreaOpen, ThatFailsTakesBackWhatItMade) {
     execute("create table FOREIGNER (A integer)");
     EXPECT_EQ(reason_of([&] { Area(connection(), "FOREIGNER"); }), Reason::no_table);
     EXPECT_EQ(system_tables(), "");
+    fill(1);
+    execute("alter table STOCK add RATIO computed by (1 / (ONHAND - 1))");
+    EXPECT_EQ(state_of([&] { (void)stock({.mode = OpenMode::exclusive}); }), "22012");
+    EXPECT_EQ(system_tables(), "");
+    EXPECT_EQ(show(connection().call("clearsystemtables")), ".T.");
 }
 
 TEST_F(AreaOpen, ThatTheDatabaseRefusesSaysWhy) {
