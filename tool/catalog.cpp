@@ -93,24 +93,25 @@ std::vector<Name> reserved_among(zmFBConn& connection, std::span<const Name> nam
 
 namespace {
 
-// Whether it is a view, what its description makes of it, and how many of the generators named after
-// it were made by others than its owner. The function is the driver's: without it, or the right to call it,
-// nothing is told.
-using Relation = std::tuple<std::string, int, int, std::int64_t>;
+// Whether it is a view, whether its rows are seen by one program only, how its description begins, as bytes
+// since nobody need have written characters there, and how many of the generators named after it were made by
+// others than its owner.
+using Relation = std::tuple<std::string, int, int, Text, std::int64_t>;
 constexpr std::string_view relations =
     "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), "
-    "case when trim(zmblobsubstr(r.rdb$description, 1, 255)) = 'Created by ZMRDDFIRE' then 1 "
-    "when zmblobsubstr(r.rdb$description, 1, 31) = 'Unfinished import for ZMRDDFIRE' then 2 "
-    "when zmblobsubstr(r.rdb$description, 1, 27) = 'Loaded import for ZMRDDFIRE' then 3 else 0 end, "
+    "iif(r.rdb$relation_type in (4, 5), 1, 0), "
+    "cast(substring(cast(r.rdb$description as blob sub_type binary) from 1 for 255) "
+    "as varchar(255) character set iso8859_1), "
     "(select count(*) from rdb$generators g "
     "where g.rdb$owner_name <> r.rdb$owner_name and g.rdb$generator_name in ("
     "'G_' || trim(trailing from r.rdb$relation_name) || '_I', "
     "'G_' || trim(trailing from r.rdb$relation_name) || '_D')) from rdb$relations r where ";
 
-static_assert(relations.find(unfinished_description) != relations.npos);
-static_assert(relations.find(loaded_description) != relations.npos);
-static_assert(unfinished_description.size() == 31 && loaded_description.size() == 27);
-constexpr int finished = 1, unfinished = 2, loaded = 3;
+bool is_created_by_driver(std::string_view description) {
+    const std::size_t begin = std::min(description.find_first_not_of(' '), description.size());
+    const std::size_t end = description.find_last_not_of(' ') + 1;
+    return description.substr(begin, end - std::min(begin, end)) == "Created by ZMRDDFIRE";
+}
 
 constexpr std::string_view columns_of_described =
     "select f.rdb$relation_name, f.rdb$field_name from rdb$relation_fields f join rdb$relations r on "
@@ -133,14 +134,16 @@ bool is_in(const std::vector<Name>& names, const Name& name) {
 }
 
 TableKind kind_by(const Relation& relation) {
-    const auto& [text, is_view, described, generators_of_others] = relation;
+    const auto& [text, is_view, is_temporary, described, generators_of_others] = relation;
+    const std::string description = described.value_or("");
     const Name name(text);
     if (is_view != 0) return TableKind::view;
     if (!name.is_plain()) return TableKind::foreign;
     if (std::ranges::find(system_tables, name.bytes()) != system_tables.end()) return TableKind::system;
-    if (described == unfinished) return TableKind::unfinished;
-    if (described == loaded) return TableKind::loaded;
-    return described == finished && generators_of_others == 0 ? TableKind::driver : TableKind::foreign;
+    if (description.starts_with(unfinished_description)) return TableKind::unfinished;
+    if (description.starts_with(loaded_description)) return TableKind::loaded;
+    const bool is_of_driver = is_created_by_driver(description) && generators_of_others == 0;
+    return is_of_driver ? TableKind::driver : TableKind::foreign;
 }
 
 // The driver makes nothing but plain names, none of them reserved, and all parts of a table as one user; the
@@ -151,8 +154,8 @@ std::vector<Table> tables_where(zmFBConn& connection, std::string_view condition
     std::vector<Name> of_the_driver;
     const std::string query = fmt::format("{}{} order by 1", relations, condition);
     for (const Relation& relation :
-         rows_of<std::string, int, int, std::int64_t>(connection, query, values...)) {
-        tables.push_back({Name(std::get<0>(relation)), kind_by(relation)});
+         rows_of<std::string, int, int, Text, std::int64_t>(connection, query, values...)) {
+        tables.push_back({Name(std::get<0>(relation)), kind_by(relation), std::get<2>(relation) != 0});
         if (tables.back().kind == TableKind::driver) of_the_driver.push_back(tables.back().name);
     }
     std::vector<Name> not_made_by_it = reserved_among(connection, of_the_driver);

@@ -32,6 +32,7 @@ std::string_view kind_name(TableKind kind);
 struct Table {
     Name name;
     TableKind kind;
+    bool is_temporary = false;  ///< its rows are seen by the program only that adds them
 };
 
 struct ColumnType {

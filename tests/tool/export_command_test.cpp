@@ -186,5 +186,20 @@ TEST_F(ExportCommand, PatternsAndAllMeanTheTablesOfTheApplication) {
                                                      "SHOP_VIEW.dbf"}));
 }
 
+// An import that runs, or was cut off, has not brought its rows in.
+TEST_F(ExportCommand, AllAndPatternsLeaveOutWhatIsNoTableOfTheApplication) {
+    call("createtable('SHOP', {{'NAME', 'C', 10, 0}})");
+    exec("create table rddsys_mine (name char(5) not null)");
+    exec("create global temporary table shop_now (name char(5) not null)");
+    for (const char* name : {"shop_unfinished", "shop_loaded"})
+        exec(std::string("create table ") + name + " (name char(5) not null)");
+    exec("comment on table shop_unfinished is 'Unfinished import for ZMRDDFIRE 4711'");
+    exec("comment on table shop_loaded is 'Loaded import for ZMRDDFIRE 4711'");
+    EXPECT_EQ(export_to_folder({"--all"}).status, 0);
+    EXPECT_EQ(dbf_files(), (std::vector<std::string>{"RDDSYS_MINE.dbf", "SHOP.dbf"}));
+    EXPECT_EQ(export_to_folder({"sh*", "--yes"}).status, 0);
+    EXPECT_EQ(dbf_files(), (std::vector<std::string>{"RDDSYS_MINE.dbf", "SHOP.dbf"}));
+}
+
 }  // namespace
 }  // namespace zmfb::test

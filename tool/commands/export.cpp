@@ -85,8 +85,7 @@ void check(Given& given) {
 // As far as it is known without reading the rows; only a person who looks on wants to know.
 std::uint64_t expected_records(zmFBConn& connection, const ExportTable& table, const WantedRows& wanted) {
     if (!output_is_terminal() || !wanted.where.empty()) return 0;
-    const TableKind kind = table.of_driver ? TableKind::driver : TableKind::foreign;
-    return records_of(connection, {table.name, kind}).value_or(0);
+    return records_of(connection, table).value_or(0);
 }
 
 // Writes one file after another, all of one moment.

@@ -15,42 +15,22 @@ namespace {
 
 constexpr std::string_view record_number = "RECNO";
 
-struct Relation {
-    Name name;
-    bool is_view = false;
-    std::string description;
-
-    [[nodiscard]] bool is_of_driver() const { return description == "Created by ZMRDDFIRE"; }
-    // Of the application.
-    [[nodiscard]] bool has_rows() const {
-        return description != unfinished_description && !name.bytes().starts_with("RDDSYS_");
-    }
-};
-
-// Without temporary tables, whose rows nobody else sees.
-std::vector<Relation> relations_of(zmFBConn& connection) {
-    std::vector<Relation> all;
-    for (auto& [name, view, description] : rows_of<std::string, int, std::optional<std::string>>(
-             connection,
-             "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), r.rdb$description "
-             "from rdb$relations r where coalesce(r.rdb$system_flag, 0) = 0 and "
-             "coalesce(r.rdb$relation_type, 0) not in (4, 5) order by 1")) {
-        all.push_back({Name(name), view != 0, description.value_or("")});
-    }
-    return all;
+// Of the application.
+bool has_rows_to_keep(const Table& table) {
+    const bool is_kept = table.kind == TableKind::driver || table.kind == TableKind::foreign;
+    return is_kept && !table.is_temporary;
 }
 
-ExportTable as_table(const Relation& relation) {
-    return {relation.name, relation.name.text(), relation.is_of_driver()};
-}
+ExportTable as_table(const Table& table) { return {table, table.name.text()}; }
 
 bool is_pattern(const std::string& given) { return given.find_first_of("*?[") != std::string::npos; }
 
-std::vector<ExportTable> fitting(const std::vector<Relation>& relations, const std::string& given) {
+std::vector<ExportTable> fitting(zmFBConn& connection, const std::string& given) {
     const std::string pattern = typed_name(given).text();
     std::vector<ExportTable> tables;
-    for (const Relation& one : relations) {
-        if (one.has_rows() && fnmatch(pattern.c_str(), one.name.text().c_str(), 0) == 0)
+    for (const Table& one : tables_of(connection)) {
+        const bool is_meant = has_rows_to_keep(one) || one.kind == TableKind::view;
+        if (is_meant && fnmatch(pattern.c_str(), one.name.text().c_str(), 0) == 0)
             tables.push_back(as_table(one));
     }
     if (tables.empty()) throw Failure{Exit::failed, fmt::format("no table fits {}", given)};
@@ -64,6 +44,7 @@ struct TableColumn {
 
 std::vector<TableColumn> columns_of(zmFBConn& connection, const ExportTable& table) {
     std::vector<TableColumn> columns;
+    const bool is_of_driver = table.kind == TableKind::driver;
     // Only a column of one letter can be a logical: so few descriptions are read.
     for (auto& [name, precision, description] :
          rows_of<std::string, std::optional<int>, std::optional<std::string>>(
@@ -74,7 +55,7 @@ std::vector<TableColumn> columns_of(zmFBConn& connection, const ExportTable& tab
              "where rf.rdb$relation_name = ? order by rf.rdb$field_position",
              table.name.bytes())) {
         const bool is_logical = description && description->find("LOGICAL") != std::string::npos;
-        columns.push_back({Name(name), {precision.value_or(0), table.of_driver, is_logical}});
+        columns.push_back({Name(name), {precision.value_or(0), is_of_driver, is_logical}});
     }
     return columns;
 }
@@ -90,7 +71,7 @@ std::vector<TableColumn> chosen(const std::vector<TableColumn>& all, const Expor
     }
     if (!wanted.empty()) return columns;
     std::ranges::copy_if(all, std::back_inserter(columns), [&](const TableColumn& column) {
-        return !table.of_driver || !is_driver_column(column.name.bytes());
+        return table.kind != TableKind::driver || !is_driver_column(column.name.bytes());
     });
     return columns;
 }
@@ -99,19 +80,16 @@ std::vector<TableColumn> chosen(const std::vector<TableColumn>& all, const Expor
 
 std::vector<ExportTable> all_tables(zmFBConn& connection) {
     std::vector<ExportTable> tables;
-    for (const Relation& one : relations_of(connection)) {
-        if (one.has_rows() && !one.is_view) tables.push_back(as_table(one));
+    for (const Table& one : tables_of(connection)) {
+        if (has_rows_to_keep(one)) tables.push_back(as_table(one));
     }
     return tables;
 }
 
 std::vector<ExportTable> tables_meant_by(zmFBConn& connection, const std::string& given) {
-    const std::vector<Relation> relations = relations_of(connection);
-    if (is_pattern(given)) return fitting(relations, given);
-    const Name name = existing_name(connection, given);
-    const auto found = std::ranges::find(relations, name, &Relation::name);
-    const bool is_of_driver = found != relations.end() && found->is_of_driver();
-    return {{name, name.is_plain() ? given : name.text(), is_of_driver}};
+    if (is_pattern(given)) return fitting(connection, given);
+    const Table table = existing_table(connection, given);
+    return {{table, table.name.is_plain() ? given : table.name.text()}};
 }
 
 ExportSource export_source(zmFBConn& connection, const ExportTable& table, const WantedRows& wanted) {

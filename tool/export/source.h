@@ -4,16 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "tool/catalog.h"
 #include "tool/export/fields.h"
-#include "tool/name.h"
 #include "zmfbconn/connection.h"
 
 namespace zmfb::tool {
 
-struct ExportTable {
-    Name name;
+struct ExportTable : Table {
     std::string file_name;  ///< without an ending
-    bool of_driver = false;
 };
 
 /// All tables with rows of their own, but for what the driver keeps for itself. Throws Failure.
