@@ -83,6 +83,8 @@ class CommandLine {
 
     /// Reads the command line and runs what it says; returns the exit status of the process.
     int run(int argc, char** argv);
+    /// What it said before the command.
+    [[nodiscard]] const Options& options() const { return options_; }
     /// Runs a command in a session that is open already; `words` are the command and what belongs to it.
     /// What is wrong with them is printed. Throws what the command throws.
     Exit run_within(Session& session, std::vector<std::string> words);
