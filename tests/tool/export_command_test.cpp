@@ -152,12 +152,49 @@ TEST_F(ExportCommand, AQueryBecomesAFile) {
         {{"--query", "select 1 from rdb$database", "--table", "x", "--where", "1 = 1"},
          "--columns, --where and --order are for tables; the query has its own"},
         {{"customers", "--encoding", "nosuch"}, "there is no encoding nosuch"},
-        {{"customers", "--rename", "name"}, "--rename name: not OLD=NEW"}};
+        {{"customers", "--rename", "name"}, "--rename name: not OLD=NEW"},
+        {{"customers", "--columns", "name, ,code"}, "--columns name, ,code: a name is missing"},
+        {{"--query", "", "--table", "x"}, "--query: may not be empty"},
+        {{"--query", "select 1 from rdb$database", "--table", ""}, "--table: may not be empty"}};
     for (const auto& [words, message] : wrong) {
         const Finished refused = export_to_folder(words);
         EXPECT_EQ(refused.status, 2) << message;
         EXPECT_TRUE(refused.err.starts_with("error: " + message)) << refused.err;
     }
+}
+
+TEST_F(ExportCommand, TheNameOfTheFileOfAQueryMayHaveItsEnding) {
+    for (const char* name : {"one", "two.dbf", "THREE.DBF"})
+        EXPECT_EQ(export_to_folder({"--query", "select 1 as n from rdb$database", "--table", name}).status,
+                  0);
+    EXPECT_EQ(dbf_files(), (std::vector<std::string>{"THREE.dbf", "one.dbf", "two.dbf"}));
+}
+
+TEST_F(ExportCommand, ARenameOfNoColumnIsRefusedBeforeAnythingIsWritten) {
+    call("createtable('SHOP1', {{'NAME', 'C', 10, 0}})");
+    call("createtable('SHOP2', {{'CITY', 'C', 10, 0}})");
+    const Finished run = export_to_folder({"shop1", "shop2", "--rename", "town=city"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "error: there is no column TOWN, which --rename TOWN=CITY names\n");
+    EXPECT_TRUE(written().empty());
+    EXPECT_EQ(export_to_folder({"shop1", "shop2", "--rename", "city=town"}).status, 0);
+    EXPECT_EQ(dbf_files(), (std::vector<std::string>{"shop1.dbf", "shop2.dbf"}));
+}
+
+TEST_F(ExportCommand, ColumnsOfOneNameAreRefusedWithAWayOut) {
+    call("createtable('SHOP', {{'NAME', 'C', 10, 0}})");
+    EXPECT_EQ(export_to_folder({"shop", "--columns", "name,name"}).err,
+              "error: SHOP cannot be exported\n  there is more than one column NAME\n");
+    EXPECT_EQ(export_to_folder({"--query", "select 1, 2 from rdb$database", "--table", "x"}).err,
+              "error: x cannot be exported\n  there is more than one column CONSTANT\n"
+              "hint: AS gives a column of a query another name\n");
+}
+
+TEST_F(ExportCommand, ATableThatIsNamedTwiceIsWrittenOnce) {
+    call("createtable('SHOP', {{'NAME', 'C', 10, 0}})");
+    const Finished run = export_to_folder({"SHOP", "shop*", "SHOP"});
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(lines(run.out).size(), 1U) << run.out;
 }
 
 TEST_F(ExportCommand, AStatementThatIsNoQueryIsRefused) {

@@ -125,6 +125,10 @@ TEST_F(ExportValues, WhatTheFormatHasNoTypeForIsRefusedOrLeftOut) {
               "  the column PICTURE, BLOB, has a type that the format does not have\n"
               "hint: --lossy writes what the format has; --format vfp has more types\n");
     EXPECT_TRUE(written().empty());
+    // No other format has a type for TIME.
+    EXPECT_EQ(export_to_folder({"odd", "--format", "vfp"}).err,
+              "error: ODD cannot be exported\n  the column AT_TIME, TIME, becomes a text\n"
+              "hint: --lossy writes what the format has\n");
     const Finished lossy = export_to_folder({"odd", "--lossy"});
     EXPECT_EQ(lossy.status, 0) << lossy.err;
     EXPECT_EQ(lossy.err,

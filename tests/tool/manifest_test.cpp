@@ -57,6 +57,27 @@ TEST_F(Manifest, NamesEachFileWithItsSumAsAnotherProgramFindsIt) {
     EXPECT_EQ(files[1].at("values_sha256").get<std::string>().size(), 64U);
 }
 
+TEST_F(Manifest, ThatCannotBeWrittenIsSaidBeforeAnythingIs) {
+    fs::create_directory(file("folder"));
+    for (const auto& [place, reason] : {std::pair(file("nowhere/list.json"), "No such file or directory"),
+                                        {file("folder"), "Is a directory"}}) {
+        const Finished run = export_to_folder({"--all", "--format", "vfp", "--manifest", place});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_EQ(run.err, "error: cannot write " + place + ": " + reason + "\n");
+        EXPECT_TRUE(written().empty());
+    }
+}
+
+TEST_F(Manifest, TakesNoPlaceOfAFileOfTheExport) {
+    for (const char* name : {"CUSTOMERS.dbf", "LETTERS.fpt", "../out/CUSTOMERS.cpg"}) {
+        const std::string place = folder_out + "/" + name;
+        const Finished run = export_to_folder({"--all", "--format", "vfp", "--manifest", place});
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.err, "error: --manifest " + place + ": a file of the export is to be there\n");
+        EXPECT_TRUE(written().empty());
+    }
+}
+
 TEST_F(Manifest, WhatCameOutOfADatabaseIsTheSameInAnother) {
     ASSERT_EQ(export_all().status, 0);
     const Finished run = import_anew({});

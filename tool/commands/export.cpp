@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <set>
 
 #include "tool/catalog.h"
 #include "tool/commands.h"
@@ -10,6 +12,7 @@
 #include "tool/encoding.h"
 #include "tool/export/run.h"
 #include "tool/interrupt.h"
+#include "tool/output_file.h"
 #include "tool/reading.h"
 #include "tool/rows/shown_text.h"
 #include "tool/say.h"
@@ -65,6 +68,12 @@ void check(Given& given) {
     if (given.format_name == "foxpro") given.format = dbf::Format::foxpro;
     if (given.format_name == "vfp") given.format = dbf::Format::visual_foxpro;
     given.wanted.columns = list_of(given.columns);
+    for (const std::string& column : given.wanted.columns) {
+        if (typed_name(column).bytes().empty())
+            usage(fmt::format("--columns {}: a name is missing", given.columns));
+    }
+    if (given.table.ends_with(".dbf") || given.table.ends_with(".DBF"))
+        given.table.resize(given.table.size() - std::string_view(".dbf").size());
     for (const std::string& rename : given.renamed) {
         const std::size_t at = rename.find('=');
         if (at == std::string::npos || at == 0 || at + 1 == rename.size())
@@ -95,26 +104,29 @@ class Run {
         : session_(session), given_(given), connection_(session.connection_to_any()) {}
 
     Exit run() try {
-        const std::vector<ExportTable> tables = tables_meant();
+        const std::vector<Planned> planned = plan();
         set_database_encoding(connection_, encoding_name());
         Transaction work(connection_, Access::read_only);
-        if (!given_.query.empty())
-            attempt(given_.table, [&] { write(work, {given_.table, given_.table, given_.query, {}}, 0); });
-        for (const ExportTable& table : tables) {
+        check_renames(work, planned);
+        // Begun at once: what cannot be written is found before hours of work.
+        std::optional<OutputFile> manifest;
+        if (!given_.manifest.empty()) manifest.emplace(given_.manifest);
+        for (const Planned& one : planned) {
             if (interrupted()) break;
-            attempt(table.file_name, [&] {
-                write(work, export_source(connection_, table, given_.wanted),
-                      expected_records(connection_, table, given_.wanted));
-            });
+            attempt(one.source.file_name, [&] { write(work, one); });
         }
-        check_renames();
-        if (status_ == Exit::ok && !given_.manifest.empty()) write_manifest(given_.manifest, so_far_.entries);
+        if (status_ == Exit::ok && manifest) write_manifest(*manifest, entries_);
         return status_;
     } catch (const SqlError& error) {
         throw_failure(connection_, error, "the export cannot begin");
     }
 
   private:
+    struct Planned {
+        ExportSource source;
+        std::uint64_t expected;
+    };
+
     std::vector<ExportTable> tables_meant() {
         std::vector<ExportTable> tables;
         if (given_.all) tables = all_tables(connection_);
@@ -125,11 +137,51 @@ class Run {
         }
         return tables;
     }
-    void write(Transaction& work, const ExportSource& source, std::uint64_t expected) try {
-        log_query(connection_, source.query);
-        export_file(session_, work, source, given_, expected, so_far_);
+    std::vector<Planned> plan() {
+        std::vector<Planned> planned;
+        if (!given_.query.empty()) planned.push_back({{given_.table, given_.table, given_.query, {}}, 0});
+        std::set<std::string> files;
+        for (const ExportTable& table : tables_meant()) {
+            if (!files.insert(table.file_name).second) continue;
+            attempt(table.file_name, [&] {
+                planned.push_back({export_source(connection_, table, given_.wanted),
+                                   expected_records(connection_, table, given_.wanted)});
+            });
+        }
+        for (const Planned& one : planned) check_manifest(one.source.file_name);
+        return planned;
+    }
+    void check_manifest(const std::string& file_name) const {
+        if (given_.manifest.empty()) return;
+        const fs::path manifest = fs::weakly_canonical(fs::absolute(given_.manifest));
+        for (const char* const ending : {".dbf", ".dbt", ".fpt", ".cpg"}) {
+            const fs::path file = fs::absolute(fs::path(given_.folder) / (file_name + ending));
+            if (fs::weakly_canonical(file) == manifest)
+                usage(fmt::format("--manifest {}: a file of the export is to be there", given_.manifest));
+        }
+    }
+    // What cannot be prepared says so when it is written.
+    void check_renames(Transaction& work, const std::vector<Planned>& planned) {
+        Renames unused = given_.renames;
+        for (const Planned& one : planned) {
+            if (unused.empty()) return;
+            try {
+                const Statement statement = work.prepare(one.source.query);
+                for (const Column& column : statement.columns()) unused.erase(Name(column.name).bytes());
+            } catch (const SqlError&) {
+                return;
+            }
+        }
+        if (unused.empty() || planned.empty()) return;
+        const auto& [from, to] = *unused.begin();
+        throw Failure{Exit::failed,
+                      fmt::format("there is no column {0}, which --rename {0}={1} names", from, to)};
+    }
+    void write(Transaction& work, const Planned& one) try {
+        log_query(connection_, one.source.query);
+        export_file(session_, work, one.source, given_, one.expected, entries_);
     } catch (const SqlError& error) {
-        throw_failure(connection_, error, fmt::format("{} was not exported", source.shown));
+        throw_failure(connection_, error, fmt::format("{} was not exported", one.source.shown));
     }
     // Goes on after one that was refused.
     template <class Work>
@@ -142,12 +194,6 @@ class Run {
     } catch (const Cancelled&) {
         end_interrupted(shown);
     }
-    void check_renames() {
-        if (status_ != Exit::ok || so_far_.unused_renames.empty()) return;
-        const auto& [from, to] = *so_far_.unused_renames.begin();
-        print_error(fmt::format("there is no column {0}, which --rename {0}={1} names", from, to));
-        status_ = Exit::failed;
-    }
     void end_interrupted(const std::string& shown) {
         print_error(fmt::format("the export of {} was interrupted, and undone", shown));
         status_ = ending_status();
@@ -156,7 +202,7 @@ class Run {
     Session& session_;
     const Given& given_;
     zmFBConn& connection_;
-    ExportedSoFar so_far_{given_.renames, {}};
+    std::vector<ManifestFile> entries_;  // of the manifest, when there is to be one
     Exit status_ = Exit::ok;
 };
 
@@ -190,8 +236,10 @@ void add_export(CommandLine& line) {
     command.option("TABLE", given->tables,
                    "Tables, views, patterns; the file is named as the table is given here");
     command.flag("--all", given->all, "All tables, in a state of one moment");
-    command.option("--query", given->query, "Write the rows of a SELECT instead").type_name("SQL");
-    command.option("--table", given->table, "Name of the file of a query").type_name("NAME");
+    command.option("--query", given->query, "Write the rows of a SELECT instead")
+        .type_name("SQL")
+        .not_empty();
+    command.option("--table", given->table, "Name of the file of a query").type_name("NAME").not_empty();
     command.option("-o,--output", given->folder, "Folder for the files").with_default();
     command.option("--format", given->format_name, "dBASE III, FoxPro 2 or Visual FoxPro")
         .one_of({"dbase3", "foxpro", "vfp"})

@@ -30,12 +30,12 @@ constexpr std::size_t longest_utf8_character = 4;
 class Export {
   public:
     Export(Session& session, const ExportSource& source, const ExportOptions& options, std::uint64_t expected,
-           ExportedSoFar& so_far)
+           std::vector<ManifestFile>& entries)
         : session_(session),
           source_(source),
           options_(options),
           expected_(expected),
-          so_far_(so_far),
+          entries_(entries),
           code_page_(options.encoding.empty() ? encoding_name() : options.encoding),
           character_bytes_(is_single_byte(code_page_) ? 1 : longest_utf8_character),
           target_(fs::path(options.folder) / (source.file_name + ".dbf")) {}
@@ -48,7 +48,7 @@ class Export {
         write(statement);
         report_.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
         print_summary(report_, session_.options().json);
-        if (!options_.manifest.empty()) so_far_.entries.push_back(entry());
+        if (!options_.manifest.empty()) entries_.push_back(entry());
     }
 
   private:
@@ -70,7 +70,7 @@ class Export {
     const ExportSource& source_;
     const ExportOptions& options_;
     std::uint64_t expected_;
-    ExportedSoFar& so_far_;
+    std::vector<ManifestFile>& entries_;
     std::string code_page_;
     std::size_t character_bytes_;
     fs::path target_, place_;
@@ -89,7 +89,8 @@ class Export {
 // What goes with --lossy only.
 void Export::lose(const std::string& what) {
     (options_.lossy ? report_.warnings : refusals_).push_back(what);
-    hint_ = "--lossy writes what the format has; --format vfp has more types";
+    hint_ = "--lossy writes what the format has";
+    if (options_.format != dbf::Format::visual_foxpro) hint_ += "; --format vfp has more types";
     has_lost_ = true;
 }
 
@@ -98,14 +99,16 @@ std::string Export::field_name(const Column& column) {
     const Name name(column.name);
     const auto renamed = options_.renames.find(name.bytes());
     const std::string wanted = renamed == options_.renames.end() ? name.text() : renamed->second;
-    so_far_.unused_renames.erase(name.bytes());
     std::string cut;
     for (std::size_t i = 0, characters = 0; i < wanted.size(); ++i) {
         if ((wanted[i] & 0xC0) != 0x80 && ++characters > longest) break;
         cut += wanted[i];
     }
     const auto [first, is_new] = columns_by_field_.emplace(cut, name.shown());
-    if (!is_new) {
+    if (!is_new && first->second == name.shown()) {
+        refusals_.push_back(fmt::format("there is more than one column {}", name.shown()));
+        if (source_.declared.empty()) hint_ = "AS gives a column of a query another name";
+    } else if (!is_new) {
         refusals_.push_back(fmt::format("the columns {} and {} would both become the field {}", first->second,
                                         name.shown(), cut));
         hint_ = "--rename OLD=NEW gives a column another name";
@@ -251,8 +254,8 @@ ManifestFile Export::entry() {
 }  // namespace
 
 void export_file(Session& session, Transaction& work, const ExportSource& source,
-                 const ExportOptions& options, std::uint64_t expected, ExportedSoFar& so_far) {
-    Export(session, source, options, expected, so_far).run(work);
+                 const ExportOptions& options, std::uint64_t expected, std::vector<ManifestFile>& entries) {
+    Export(session, source, options, expected, entries).run(work);
 }
 
 }  // namespace zmfb::tool

@@ -23,16 +23,11 @@ struct ExportOptions {
     Renames renames;
 };
 
-/// What files of one run share.
-struct ExportedSoFar {
-    Renames unused_renames;             ///< those that no column of the run has
-    std::vector<ManifestFile> entries;  ///< of the manifest, when there is to be one
-};
-
 /// Writes one file, which appears under its name when it is whole, and tells of it on standard output.
-/// `expected` is how many records there will be, 0 when that is not known. Throws Failure; what was there
+/// `expected` is how many records there will be, 0 when that is not known. `entries` are those of the
+/// manifest, when there is to be one. Throws Failure; what was there
 /// under the name stays then.
 void export_file(Session& session, Transaction& work, const ExportSource& source,
-                 const ExportOptions& options, std::uint64_t expected, ExportedSoFar& so_far);
+                 const ExportOptions& options, std::uint64_t expected, std::vector<ManifestFile>& entries);
 
 }  // namespace zmfb::tool

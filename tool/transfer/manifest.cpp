@@ -8,7 +8,6 @@
 #include <system_error>
 
 #include "tool/json.h"
-#include "tool/output_file.h"
 #include "tool/session.h"
 #include "tool/transfer/sha256.h"
 #include "zmfbconn/dbf/memo.h"
@@ -64,10 +63,9 @@ ManifestFile manifest_entry(const std::string& manifest, const std::string& dbf)
     throw Failure{Exit::failed, fmt::format("cannot read {}", dbf), problem.what()};
 }
 
-void write_manifest(const std::string& path, const std::vector<ManifestFile>& files) {
+void write_manifest(OutputFile& out, const std::vector<ManifestFile>& files) {
     Json all = Json::array();
     for (const ManifestFile& file : files) all.push_back(as_json(file));
-    OutputFile out(path);
     out.write(json_lines({{mark, version}, {"files", all}}));
     out.write("\n");
     out.close();

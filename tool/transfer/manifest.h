@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tool/output_file.h"
+
 namespace zmfb::tool {
 
 /// One exported table.
@@ -24,8 +26,8 @@ struct ManifestFile {
 /// Failure when the file cannot be read.
 ManifestFile manifest_entry(const std::string& manifest, const std::string& dbf);
 
-/// Writes the list as JSON, in one go. Throws Failure.
-void write_manifest(const std::string& path, const std::vector<ManifestFile>& files);
+/// Writes the list as JSON and closes the file. Throws Failure.
+void write_manifest(OutputFile& out, const std::vector<ManifestFile>& files);
 /// Throws Failure, which says what is wrong, when the file is none.
 std::vector<ManifestFile> read_manifest(const std::string& path);
 
