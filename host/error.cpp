@@ -9,6 +9,7 @@
 #include "host/class.h"
 #include "host/leaving.h"
 #include "host/utf8.h"
+#include "host/workarea.h"
 
 namespace zmfb::host {
 namespace {
@@ -40,15 +41,8 @@ constexpr std::array error_variables{
 
 constexpr int severity_error = 2;
 
-// Of an open or an append that another use of the table is in the way of: a program looks at NETERR() then.
-bool is_left_to_the_program(const Value& error) {
-    if (error.object() == nullptr) return false;
-    const Value candefault = error.object()->get("candefault");
-    return candefault.is(Kind::logical) && candefault.logical();
-}
-
 Value default_handler(Args args) {
-    if (is_left_to_the_program(args[0])) return false;
+    if (is_told_by_neterr(args[0])) return false;
     std::string text = error_description(args[0]);
     for (char& c : text) {
         if (c == ';') c = '\n';

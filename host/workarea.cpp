@@ -194,6 +194,12 @@ void neterr(bool failed) {
     if (!failed) net_holder.clear();
 }
 
+bool is_told_by_neterr(const Value& error) {
+    if (error.object() == nullptr) return false;
+    const Value candefault = error.object()->get("candefault");
+    return candefault.is(Kind::logical) && candefault.logical();
+}
+
 Value neterrholder() { return net_holder; }
 
 void neterrholder(std::string_view holder) { net_holder = holder; }

@@ -9,6 +9,7 @@
 #include "host/date.h"
 #include "host/error.h"
 #include "host/number.h"
+#include "host/operation.h"
 #include "host/settings.h"
 #include "host/text.h"
 
@@ -180,7 +181,9 @@ constexpr std::array functions{
 
 Function find_function(std::string_view name) {
     const auto found = std::ranges::find(functions, name, &Row::name);
-    return found == functions.end() ? find_area_function(name) : found->call;
+    if (found != functions.end()) return found->call;
+    const host::Operation* operation = host::find_operation(name);
+    return operation == nullptr ? nullptr : operation->run;
 }
 
 }  // namespace zmfb::host_test

@@ -9,9 +9,7 @@ namespace zmfb::host_test {
 
 using Function = host::Value (*)(host::Args);
 
-/// The function of that name (upper case), nullptr when there is none.
+/// The function of that name (upper case), or the operation of work areas; nullptr when there is none.
 Function find_function(std::string_view name);
-/// The same among those of work areas.
-Function find_area_function(std::string_view name);
 
 }  // namespace zmfb::host_test

@@ -42,6 +42,9 @@ Value used();
 Value neterr();
 /// Sets what NETERR() answers; for drivers.
 void neterr(bool failed);
+/// Whether an error object has `candefault` set, so that a program without an error block of its own meets it
+/// by NETERR().
+bool is_told_by_neterr(const Value& error);
 /// Who was in the way of the last open, append or lock that was refused, in the words of its driver; "" when
 /// nobody was, and when the driver cannot tell.
 Value neterrholder();
