@@ -1,5 +1,7 @@
 #include "c/guard.h"
 
+#include <zmfbconn/host/workarea.h>
+
 #include <cstddef>
 #include <exception>
 #include <new>
@@ -28,6 +30,7 @@ Value on_error(Args args) {
     const Value error = args[0];
     const std::string text = host::error_description(error);
     const Value handler = error_block_of_c();
+    if (handler.is_nil() && host::is_told_by_neterr(error)) return false;
     zmfb_status status = ZMFB_RAISED;
     if (handler.is(Kind::block)) {
         try {

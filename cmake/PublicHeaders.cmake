@@ -1,7 +1,8 @@
 # What a program sees of the library is the folder include/, in the sources as in an installation, and the header of the
 # version, which is made:
 #
-#     zmfbconn.h               the C interface
+#     zmfbconn.h               the C interface, with its parts
+#     zmfbconn/c/*.h           the parts of the C interface
 #     zmfbconn/*.h             the connection object
 #     zmfbconn/methods/*.h     the declarations of its methods
 #     zmfbconn/host/*.h        values and the runtime
