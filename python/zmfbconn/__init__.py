@@ -1,4 +1,4 @@
-"""zmfbconn in Python: connections with their methods by name; transactions, statements and rows.
+"""zmfbconn in Python: connections with their methods by name; transactions, statements and rows; work areas.
 
     from decimal import Decimal
     import zmfbconn
@@ -14,10 +14,11 @@ What fails raises Error. Use it from one thread at a time. The library is libzmf
 environment variable ZMFB_LIBRARY names.
 """
 
+from . import areas
 from ._library import Error, lib, told
 from ._objects import Block, Connection, Object, connect, create_database, install_functions, set_error_block
 from ._statements import Rows, Statement, Transaction
 
-__all__ = ["Block", "Connection", "Error", "Object", "Rows", "Statement", "Transaction", "connect", "create_database",
-           "install_functions", "set_error_block"]
+__all__ = ["Block", "Connection", "Error", "Object", "Rows", "Statement", "Transaction", "areas", "connect",
+           "create_database", "install_functions", "set_error_block"]
 __version__ = told(lib.zmfb_version())

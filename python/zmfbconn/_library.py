@@ -27,6 +27,7 @@ def _load():
         ("install_functions", _STATUS, c_char_p, c_char_p, c_char_p, c_int),
         ("connect", _STATUS, c_void_p, c_char_p, c_char_p, c_char_p, c_char_p),
         ("call", _STATUS, c_void_p, c_char_p, POINTER(c_void_p), c_size_t, c_void_p),
+        ("call_area", _STATUS, c_char_p, POINTER(c_void_p), c_size_t, c_void_p),
         ("eval", _STATUS, c_void_p, POINTER(c_void_p), c_size_t, c_void_p),
         ("get_member", _STATUS, c_void_p, c_char_p, c_void_p), ("set_member", _STATUS, c_void_p, c_char_p, c_void_p),
         ("set_error_block", _STATUS, c_void_p),

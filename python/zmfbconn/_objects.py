@@ -108,7 +108,7 @@ def _named(kind):
     return read
 
 
-def _run(function, values):
+def run(function, values):
     """Calls the library with places for the values and for the result, which is returned."""
     places, result = [Place(value) for value in values], Place()
     check(function((c_void_p * len(places))(*(place._as_parameter_ for place in places)), len(places), result))
@@ -122,7 +122,7 @@ class Block:
         self.place = function if isinstance(function, Place) else Place(function)
 
     def __call__(self, *values):
-        return _run(lambda *rest: lib.zmfb_eval(self.place, *rest), values)
+        return run(lambda *rest: lib.zmfb_eval(self.place, *rest), values)
 
 
 # The Python functions that the library has blocks of.
@@ -171,7 +171,7 @@ class Object:
 
     def call(self, method, *values):
         """Calls a method by its name. Texts are ISO-8859-1, or bytes; None is NIL, and the empty date."""
-        return _run(lambda *rest: lib.zmfb_call(self.place, ended(method), *rest), values)
+        return run(lambda *rest: lib.zmfb_call(self.place, ended(method), *rest), values)
 
     def get(self, name):
         """A member: "sdbname" of a connection, "description" of an error."""

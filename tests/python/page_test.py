@@ -18,7 +18,7 @@ class Page(unittest.TestCase):
         blocks = re.findall(r"^```(\w*)\n(.*?)^```$", Path(PAGE).read_text(encoding="utf-8"), re.M | re.S)
         programs = [text for language, text in blocks if language == "python"]
         shown = [text for language, text in blocks if language == ""]
-        self.assertEqual((len(programs), len(shown)), (2, 2))
+        self.assertEqual((len(programs), len(shown)), (3, 3))
         names = {}
         for program, expected in zip(programs, shown):
             with contextlib.redirect_stdout(io.StringIO()) as printed:
