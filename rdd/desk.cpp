@@ -49,6 +49,12 @@ void Desk::change(const std::function<void(Transaction& work)>& work) const {
 
 Transaction* Desk::joint_transaction() const { return joint_ == nullptr ? nullptr : &joint_->transaction(); }
 
+void Desk::release_statements() const {
+    for (OpenArea* const area : areas_) {
+        if (area->is_open()) area->walk().release();
+    }
+}
+
 void close_area(host::Object& object, std::string_view alias) {
     const auto found = desks().find(&object);
     const std::shared_ptr<Desk> desk = found == desks().end() ? nullptr : found->second.lock();

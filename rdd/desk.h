@@ -35,6 +35,9 @@ class Desk {
     void add(OpenArea& area) { areas_.push_back(&area); }
     void remove(OpenArea& area) { std::erase(areas_, &area); }
 
+    /// Has the areas give up their statements, and the indexes that these use.
+    void release_statements() const;
+
     [[nodiscard]] Joint* joint() const { return joint_; }
     /// Null while there is none.
     [[nodiscard]] Transaction* joint_transaction() const;

@@ -19,9 +19,9 @@ std::shared_ptr<OpenArea> OpenArea::open(const zmFBConn& connection, std::string
         throw AreaError(Reason::closed, "The connection object opens no areas: it is not active");
     area->walk_.emplace(area->desk(), options.texts, host::upper(host::alltrim(table)).string());
     area->columns_ = area->walk_->columns();
-    const std::string alias = options.alias.empty() ? area->table() : options.alias;
-    const std::string unique = make_unique(alias);
-    area->announced_ = options.of_runtime ? alias : unique;
+    area->alias_ = options.alias.empty() ? area->table() : options.alias;
+    const std::string unique = make_unique(area->alias_);
+    area->announced_ = options.of_runtime ? area->alias_ : unique;
     area->claims_.emplace(area->desk(), area->table(), make_area_id(handle, area->table(), unique),
                           options.mode);
     area->desk_->add(*area);
@@ -43,6 +43,17 @@ Walk& OpenArea::walk() {
 Claims& OpenArea::claims() {
     (void)walk();
     return *claims_;
+}
+
+// The table is not altered while it is open.
+const Structure& OpenArea::structure() {
+    if (structure_.empty()) structure_ = desk_->connection()(m::gettablestruct, table());
+    return structure_;
+}
+
+std::vector<KeptOrder> OpenArea::orders() {
+    zmFBConn connection = desk_->connection();
+    return orders_of(connection, table(), structure());
 }
 
 Walk& OpenArea::moving() {

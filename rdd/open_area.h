@@ -12,6 +12,7 @@
 #include "rdd/claims.h"
 #include "rdd/desk.h"
 #include "rdd/edit.h"
+#include "rdd/orders.h"
 #include "rdd/walk.h"
 
 namespace zmfb::rdd {
@@ -35,7 +36,12 @@ class OpenArea : public std::enable_shared_from_this<OpenArea> {
     Walk& moving();
     [[nodiscard]] const std::string& table() const { return columns_->table(); }
     [[nodiscard]] const Columns& columns() const { return *columns_; }
+    /// Its fields as programs of xBase know them.
+    [[nodiscard]] const Structure& structure();
+    [[nodiscard]] std::vector<KeptOrder> orders();
     [[nodiscard]] const std::string& id() const { return claims_->id(); }
+    /// What its program calls it.
+    [[nodiscard]] const std::string& alias() const { return alias_; }
     /// What the connection knows it as.
     [[nodiscard]] const std::string& announced() const { return announced_; }
 
@@ -68,7 +74,8 @@ class OpenArea : public std::enable_shared_from_this<OpenArea> {
     std::optional<Walk> walk_;
     std::shared_ptr<const Columns> columns_;
     std::optional<Claims> claims_;
-    std::string announced_;
+    Structure structure_;
+    std::string alias_, announced_;
     std::set<std::int64_t> by_number_;
     std::vector<Edit*> edits_;
 };

@@ -2,14 +2,16 @@
 #pragma once
 
 #include <cstddef>
-#include <stdexcept>
 #include <string>
+
+#include "zmfbconn/area_error.h"
 
 namespace zmfb::rdd {
 
 /// Why there is no such order, or no such key of it.
-class OrderError : public std::runtime_error {
-    using std::runtime_error::runtime_error;
+class OrderError : public AreaError {
+  public:
+    explicit OrderError(const std::string& message) : AreaError(Reason::no_order, message) {}
 };
 
 /// Which way an order is walked.

@@ -10,7 +10,7 @@
 #include "rdd/key_expression.h"
 #include "rdd/key_token.h"
 #include "rdd/order_catalog.h"
-#include "zmfbconn/methods.h"
+#include "zmfbconn/transaction.h"
 
 namespace zmfb::rdd {
 
@@ -116,10 +116,6 @@ void refuse_floating(Transaction& work, std::string_view table, std::string_view
     }
 }
 
-Structure fields_of(zmFBConn& connection, std::string_view table) {
-    return connection(m::gettablestruct, table);
-}
-
 const NotedOrder* find(const std::vector<NotedOrder>& orders, std::string_view name) {
     const auto found =
         std::ranges::find(orders, name, [](const NotedOrder& order) { return order.note.name; });
@@ -134,24 +130,22 @@ NotedOrder existing(Transaction& work, std::string_view table, std::string_view 
 
 }  // namespace
 
-std::vector<KeptOrder> orders_of(zmFBConn& connection, std::string_view table) {
+std::vector<KeptOrder> orders_of(zmFBConn& connection, std::string_view table, const Structure& fields) {
     std::vector<NotedOrder> noted;
     {
         Transaction work(connection, Access::read_only);
         noted = noted_orders(work, table);
     }
     std::vector<KeptOrder> orders;
-    const Structure fields = noted.empty() ? Structure() : fields_of(connection, table);
     for (const auto& [note, in_use] : noted)
         orders.push_back({order_of(table, note.name, note.expression, note.unique, {fields}), in_use == 2});
     return orders;
 }
 
-Order create_order(zmFBConn& connection, std::string_view table, const OrderRequest& wanted) {
+void create_order(zmFBConn& connection, std::string_view table, const Structure& fields,
+                  const OrderRequest& wanted) {
     const std::string name = host::upper(wanted.name).string();
     check_name(name);
-    const Structure fields = fields_of(connection, table);
-    if (fields.empty()) throw OrderError(fmt::format("There is no table {}", table));
     const Order order = order_of(table, name, wanted.expression, wanted.unique, {fields, wanted.aliases});
     const OrderNote note{name, wanted.expression, wanted.unique};
     check_description(description_of(note), name);
@@ -167,7 +161,6 @@ Order create_order(zmFBConn& connection, std::string_view table, const OrderRequ
             drop_indexes(work, table, name);
             create_indexes(work, table, order, note);
         });
-    return order;
 }
 
 void drop_order(zmFBConn& connection, std::string_view table, std::string_view name) {
@@ -179,9 +172,9 @@ void drop_order(zmFBConn& connection, std::string_view table, std::string_view n
                   });
 }
 
-void rebuild_order(zmFBConn& connection, std::string_view table, std::string_view name) {
+void rebuild_order(zmFBConn& connection, std::string_view table, const Structure& fields,
+                   std::string_view name) {
     const std::string upper = host::upper(name).string();
-    const Structure fields = fields_of(connection, table);
     with_patience(connection, fmt::format("The order {} of {} cannot be rebuilt", upper, table),
                   [&](Transaction& work) {
                       const OrderNote note = existing(work, table, upper).note;

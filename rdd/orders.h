@@ -29,19 +29,21 @@ struct OrderRequest {
     std::vector<std::string> aliases = {};
 };
 
-/// The orders of a table (upper case), those made first before others. Throws SqlError, as all of these do.
-std::vector<KeptOrder> orders_of(zmFBConn& connection, std::string_view table);
+/// The orders of a table (upper case) with these fields. Throws SqlError, as all of these do.
+std::vector<KeptOrder> orders_of(zmFBConn& connection, std::string_view table, const Structure& fields);
 
 /// Makes an order, both indexes of it or none. Nothing when there is that order already; what is missing of
 /// it is made. Waits a few seconds for others who are changing the table. Throws OrderError for an expression
 /// that is no key, another order of that name, and a key that is too long.
-Order create_order(zmFBConn& connection, std::string_view table, const OrderRequest& wanted);
+void create_order(zmFBConn& connection, std::string_view table, const Structure& fields,
+                  const OrderRequest& wanted);
 
 /// Drops an order, in any case of letters. Waits a few seconds for others who use it. Throws OrderError when
 /// there is none of that name, or it is still in use.
 void drop_order(zmFBConn& connection, std::string_view table, std::string_view name);
 
 /// Makes the indexes of an order anew; likewise.
-void rebuild_order(zmFBConn& connection, std::string_view table, std::string_view name);
+void rebuild_order(zmFBConn& connection, std::string_view table, const Structure& fields,
+                   std::string_view name);
 
 }  // namespace zmfb::rdd

@@ -31,6 +31,8 @@ std::size_t cache_size(zmFBConn connection) {
         std::clamp<std::int64_t>(connection(m::getglbskipcachesize), 1, most_rows));
 }
 
+std::span<const std::byte> bytes_of(std::string_view text) { return std::as_bytes(std::span(text)); }
+
 }  // namespace
 
 Walk::Walk(Desk& desk, TextForm form, std::string table)
@@ -53,18 +55,17 @@ bool Walk::is_natural() const { return order_.key == record_number; }
 
 // Where it stands.
 Parameter Walk::key() const {
-    const std::size_t row = record_->row();
-    if (is_natural()) return record_->block().real(row, 0);
-    return record_->block().text(row, 1);
+    if (is_natural()) return record_->block().real(record_->row(), 0);
+    return bytes_of(key_text());
 }
 
 // Record number, key, fields.
 std::string Walk::select(std::string_view first, std::vector<std::string> conditions) const {
     std::erase(conditions, "");
     return fmt::format("select {}{}{}{} from {}{}{}{}", first, record_number,
-                       is_natural() ? "" : ", " + order_.key, columns_->list(), quoted(columns_->table()),
-                       conditions.empty() ? "" : " where (", fmt::join(conditions, ") and ("),
-                       conditions.empty() ? "" : ")");
+                       is_natural() ? "" : ", " + key_column(order_), columns_->list(),
+                       quoted(columns_->table()), conditions.empty() ? "" : " where (",
+                       fmt::join(conditions, ") and ("), conditions.empty() ? "" : ")");
 }
 
 // The first of the rows becomes the current one. Without any, nothing is changed.
@@ -92,12 +93,31 @@ bool Walk::read(Direction direction, From from) {
     if (!more || mode != SkipMode::cursor) rows_.reset();
     if (block.rows() == 0) return false;
     grow(block);
+    stand_on(std::move(block), direction);
+    return true;
+}
+
+// The row at a key or the next one behind it; what is skipped to from there begins a new block.
+bool Walk::read_one(Direction direction, const std::string& from) {
+    const Query& one =
+        query(select("first 1 ", {filter_, order_.only, condition_beyond(order_, direction, true)}) + " " +
+              order_by(order_, direction));
+    const Parameter value[] = {bytes_of(from)};
+    const auto rows = one.run(value);
+    Block block = one.block();
+    if (!one.read(*rows, block)) return false;
+    rows_.reset();
+    ahead_ = 0;
+    stand_on(std::move(block), direction);
+    return true;
+}
+
+void Walk::stand_on(Block block, Direction direction) {
     direction_ = direction;
     if (!record_) record_.emplace(columns_, Block(block.kinds()));
     record_->take(std::move(block), 0);
     doubted_ = false;
     pending_ = 0;
-    return true;
 }
 
 void Walk::grow(const Block& block) {
@@ -213,6 +233,35 @@ void Walk::set_order(Order order) {
         throw;
     }
     if (!eof()) stand_on(recno());
+}
+
+bool Walk::seek(const KeyRange& keys, SeekOptions options) {
+    bof_ = false;
+    const bool is_there =
+        options.last ? read_one(Direction::backward, keys.high) : read_one(Direction::forward, keys.low);
+    if (is_there && keys.holds(key_text())) return true;
+    const bool is_next = options.last ? options.soft && read_one(Direction::forward, keys.low) : is_there;
+    if (!options.soft || !is_next) leave();
+    return false;
+}
+
+std::string Walk::kept(std::string_view text) {
+    if (form_ == TextForm::as_kept || std::ranges::all_of(text, [](unsigned char c) { return c < 128; }))
+        return std::string(text);
+    const auto bytes =
+        work()
+            .prepare(fmt::format("select cast(cast(? as varchar({0})) as varchar({0}) character set octets) "
+                                 "from RDB$DATABASE",
+                                 text.size()),
+                     form_)
+            .one<Bytes>(text);
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+void Walk::release() {
+    drop();
+    own_queries_.clear();
+    joint_queries_.clear();
 }
 
 void Walk::set_filter(std::string filter) {

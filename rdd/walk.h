@@ -8,11 +8,15 @@
 #include <string>
 #include <vector>
 
+#include "rdd/key_range.h"
 #include "rdd/order.h"
 #include "rdd/query.h"
 #include "rdd/record.h"
+#include "zmfbconn/host/driver.h"
 
 namespace zmfb::rdd {
+
+using host::SeekOptions;
 
 class Desk;
 
@@ -43,6 +47,12 @@ class Walk {
 
     /// Takes another order or filter, and stands where it stood. Throws SqlError, and nothing is changed.
     void set_order(Order order);
+    /// To the first or last record with one of the keys, or a softly sought one, as Area::seek().
+    bool seek(const KeyRange& keys, SeekOptions options);
+    /// The bytes that the database keeps a text as.
+    [[nodiscard]] std::string kept(std::string_view text);
+    /// Gives its statements up, and the indexes that they use.
+    void release();
     void set_filter(std::string filter);
     [[nodiscard]] std::int64_t count();
 
@@ -62,12 +72,15 @@ class Walk {
     const Query& query(const std::string& sql);
     [[nodiscard]] std::string select(std::string_view first, std::vector<std::string> conditions) const;
     bool read(Direction direction, From from);
+    bool read_one(Direction direction, const std::string& from);
+    void stand_on(Block block, Direction direction);
     bool read_number(std::int64_t recno);
     bool step(Direction direction);
     void settle();
     void grow(const Block& block);
     void leave();
     [[nodiscard]] bool is_natural() const;
+    [[nodiscard]] std::string_view key_text() const { return record_->block().text(record_->row(), 1); }
     [[nodiscard]] Parameter key() const;
 
     Desk& desk_;

@@ -30,6 +30,7 @@
 #include "area_error.h"
 #include "area_fields.h"
 #include "connection.h"
+#include "host/driver.h"
 #include "transaction.h"
 
 namespace zmfb::rdd {
@@ -81,6 +82,16 @@ struct AreaOptions {
     /// Whether a work area of the runtime has that alias, whose closing closes this.
     bool of_runtime = false;
 };
+
+/// An order of a table.
+struct AreaOrder {
+    std::string name;        ///< upper case
+    std::string expression;  ///< of its key, as the program wrote it
+    bool unique;             ///< whether it has of all records with the same key the first one only
+    bool complete;           ///< whether both of its indexes are there; without them it only takes longer
+};
+
+using host::SeekOptions;
 
 /// A record that is locked, or a new one, to be written. Unlocks when it goes; what was assigned and not
 /// written is dropped then.
@@ -182,6 +193,29 @@ class Area {
     void filter(std::string_view condition);
     /// How many records there are, under the filter.
     [[nodiscard]] std::int64_t count();
+
+    /// The orders of the table, the same for all programs.
+    [[nodiscard]] std::vector<AreaOrder> orders();
+    /// Moves follow an order from here on, by its name in any case of letters; "" is that of the record
+    /// numbers. The area stands where it stood. Throws when there is no such order.
+    void order(std::string_view name);
+    /// The order that moves follow: upper case, "" for that of the record numbers.
+    [[nodiscard]] const std::string& order() const;
+    /// To the first record, under the filter, whose key in the order is `key`; of a text that begins with it.
+    /// Blanks at the end of a text that keys have no room for do not count; std::nullopt is the empty date.
+    /// Returns whether there is one; else the area stands at the end. `last`: to the last one of them.
+    /// `soft`: to the next record behind where it would be. Throws when the keys are of another type.
+    bool seek(const Parameter& key, SeekOptions options = {});
+    /// Makes an order. Nothing when there is that order already. A key expression of xBase is made of fields,
+    /// texts, numbers, +, UPPER, LOWER, TRIM, SUBSTR, STR, STRZERO, DTOS, PADR and PADL. Texts are ordered
+    /// byte by byte, numbers by value, dates with the empty one first. A unique order has of all records with
+    /// the same key the first one only. Waits a few seconds for who is changing the table. Throws what was
+    /// not understood, and when there is another order of that name; then nothing was made.
+    void create_order(std::string_view name, std::string_view expression, bool unique = false);
+    /// Drops an order, for all programs. Throws when others go on using it after a few seconds.
+    void drop_order(std::string_view name);
+    /// Makes the indexes of an order anew; likewise.
+    void rebuild_order(std::string_view name);
 
     /// A field of the current record by name; throws when there is none of that name, or no record.
     [[nodiscard]] FieldValue operator[](std::string_view name) const;

@@ -50,7 +50,7 @@ class AreaError : public std::runtime_error {
         not_locked,     ///< neither the record nor the table is locked, and the area is not exclusive
         not_exclusive,  ///< only an exclusive area may do that
         unwritten,      ///< values were assigned and not written
-        no_order,       ///< there is no order of that name, or the key is none of it
+        no_order,       ///< there is no such order, or it cannot be one; the key is none of it
         together,       ///< writes are held together already, or no longer
         refused,        ///< the database did not take a lock or a registration; what() has why
     };

@@ -17,7 +17,7 @@ TEST_F(Orders, AreFoundByEveryProgram) {
     create("byname", "UPPER(NAME)");
     create("CITY", "CITY + DTOS(BORN)", true);
     zmFBConn other = connect();
-    const auto found = rdd::orders_of(other, "CUST");
+    const auto found = rdd::orders_of(other, "CUST", fields());
     ASSERT_EQ(found.size(), 2u);
     EXPECT_EQ(found[0].order.name, "BYNAME");
     EXPECT_EQ(found[0].order.expression, "UPPER(NAME)");
@@ -25,7 +25,7 @@ TEST_F(Orders, AreFoundByEveryProgram) {
     EXPECT_EQ(found[1].order.name, "CITY");
     EXPECT_NE(found[1].order.only, "");
     EXPECT_TRUE(found[0].complete && found[1].complete);
-    EXPECT_TRUE(rdd::orders_of(other, "RDDSYS_OPN").empty());
+    EXPECT_TRUE(rdd::orders_of(other, "RDDSYS_OPN", {}).empty());
 }
 
 TEST_F(Orders, AreTwoIndexesWhoseDescriptionsTellThem) {
@@ -86,7 +86,7 @@ TEST_F(Orders, WithOneIndexAreKnownAndMended) {
     disconnect();
     execute("alter index " + names[0] + " inactive");
     EXPECT_FALSE(kept().at(0).complete);
-    rdd::rebuild_order(connection(), "CUST", "byname");
+    rdd::rebuild_order(connection(), "CUST", fields(), "byname");
     EXPECT_TRUE(kept().at(0).complete);
     EXPECT_EQ(indexes().size(), 2u);
 }
@@ -97,7 +97,7 @@ TEST_F(Orders, OfIndexesWithoutADescriptionAreMadeAnew) {
     for (const std::string& name : rdd::index_names("CUST", "BYNAME"))
         execute("comment on index " + name + " is null");
     EXPECT_TRUE(kept().empty());
-    EXPECT_EQ(order_error([this] { rdd::rebuild_order(connection(), "CUST", "BYNAME"); }),
+    EXPECT_EQ(order_error([this] { rdd::rebuild_order(connection(), "CUST", fields(), "BYNAME"); }),
               "CUST has no order BYNAME");
     create("BYNAME", "UPPER(NAME)");
     EXPECT_EQ(kept().at(0).order.expression, "UPPER(NAME)");
@@ -154,10 +154,6 @@ TEST_F(Orders, ThatCannotBeMadeLeaveNothing) {
               "\"A-B\" is no name of an order: 1 to 31 letters, digits and _ are");
     EXPECT_EQ(order_error([this] { create("LONG", "NAME + '" + std::string(240, 'x') + "'"); }),
               "The expression of the order LONG is 6 characters too long");
-    EXPECT_EQ(order_error([this] {
-                  rdd::create_order(connection(), "NOSUCH", {"A", "NAME"});
-              }),
-              "There is no table NOSUCH");
     EXPECT_EQ(indexes(), Rows{});
 }
 

@@ -26,10 +26,12 @@ class Orders : public Database {
         EXPECT_TRUE(connection()(m::createtable, "CUST", fields));
     }
 
+    Structure fields() { return connection()(m::gettablestruct, "CUST"); }
     rdd::Order create(const std::string& name, const std::string& expression, bool unique = false) {
-        return rdd::create_order(connection(), "CUST", {name, expression, unique});
+        rdd::create_order(connection(), "CUST", fields(), {name, expression, unique});
+        return kept().back().order;
     }
-    std::vector<rdd::KeptOrder> kept() { return rdd::orders_of(connection(), "CUST"); }
+    std::vector<rdd::KeptOrder> kept() { return rdd::orders_of(connection(), "CUST", fields()); }
     /// The indexes of orders, with their descriptions.
     [[nodiscard]] Rows indexes() const {
         return rows(
