@@ -19,12 +19,6 @@ Value run(Self& self, std::string_view statement, const Placeholders& placeholde
     return call(self, "executeupdate", assembled(self, statement, placeholders));
 }
 
-bool raise_failure(const Value& message, const Value& failure) {
-    if (host::empty(failure)) return true;
-    conn::raiseerror(message + failure);
-    return false;
-}
-
 }  // namespace
 
 void Placeholders::add(std::string_view placeholder, const Value& value) {
@@ -48,14 +42,14 @@ bool update(Self& self, std::string_view statement, const Placeholders& placehol
 }
 
 bool update_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
-                     const Value& message) {
-    return raise_failure(message, run(self, statement, placeholders));
-}
-
-bool refuse_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
-                     const Value& message, const Objection& objection) {
-    return raise_failure(message, sql::refused_update(self, assembled(self, statement, placeholders),
-                                                      objection.sqlcode, objection.reason));
+                     const Value& message, const std::optional<Objection>& objection) {
+    const Value failure = objection
+                              ? Value(sql::refused_update(self, assembled(self, statement, placeholders),
+                                                          objection->sqlcode, objection->reason))
+                              : run(self, statement, placeholders);
+    if (host::empty(failure)) return true;
+    conn::raiseerror(message + failure);
+    return false;
 }
 
 }  // namespace zmfb

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -44,17 +45,15 @@ Value first_number(const Value& result);
 
 /// Whether the filled statement ran.
 bool update(Self& self, std::string_view statement, const Placeholders& placeholders);
-/// The same; one that fails raises `message` followed by the SQLCODE error text.
-bool update_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
-                     const Value& message);
 
 /// Why a statement is not to reach the engine.
 struct Objection {
     int sqlcode;
     std::string_view reason;
 };
-/// update_or_raise() of a statement that fails for this; one without an attached database is passed over.
-bool refuse_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
-                     const Value& message, const Objection& objection);
+/// The same; one that fails raises `message` followed by the SQLCODE error text. With an objection it fails
+/// for that, unless no database is attached: then it is passed over like every other.
+bool update_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
+                     const Value& message, const std::optional<Objection>& objection = {});
 
 }  // namespace zmfb

@@ -22,7 +22,9 @@ Value addfield(Self& self, Args args) {
     add_size_placeholders(placeholders, *column, length, decimals);
     placeholders.add("@@FIELDNAME", name);
     const Value field = name + " Tabela: " + tbl + ";FB Error: ";
-    if (!update_or_raise(self, add_column, placeholders, "Erro ao adicionar Campo: " + field)) return false;
+    if (!update_or_raise(self, add_column, placeholders, "Erro ao adicionar Campo: " + field,
+                         objection_to_size(*column, length)))
+        return false;
 
     const Value descr = column_description(*column, length, decimals);
     if (descr.is_nil()) return true;

@@ -45,6 +45,12 @@ void add_size_placeholders(Placeholders& placeholders, Column column, const Valu
     if (numeric) placeholders.add("@@FIELDDEC", dec);
 }
 
+std::optional<Objection> objection_to_size(Column column, const Value& len) {
+    constexpr int most_digits = 18;
+    if (column != Column::numeric || host::val(len).number() <= most_digits) return {};
+    return Objection{-842, "Precision must be from 1 to 18"};
+}
+
 Value column_description(Column column, const Value& len, const Value& dec) {
     switch (column) {
         case Column::numeric:

@@ -19,6 +19,10 @@ std::optional<Column> column_of_type(const Value& type);
 /// Appends to `placeholders` the pairs of a column's length and decimals, as far as its template has them.
 void add_size_placeholders(Placeholders& placeholders, Column column, const Value& len, const Value& dec);
 
+/// Why no column of the driver has this length: a number of more digits than the types that methods read
+/// hold. Firebird 3.0 refuses it by itself, in these words.
+std::optional<Objection> objection_to_size(Column column, const Value& len);
+
 /// What the description of such a column keeps of the field: "NUMERIC(<len>,<dec>)" or "LOGICAL". NIL: the
 /// column has no description.
 Value column_description(Column column, const Value& len, const Value& dec);

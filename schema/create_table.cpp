@@ -32,26 +32,18 @@ Start start(Self& self, const Value& tblname, const Value& structure, const Valu
     return given ? Start::create : Start::nothing;
 }
 
-// What Firebird 3.0 refuses as too precise, later ones make of a type that nothing of the driver reads. The
-// tables of opens and locks have so much room for a name.
-constexpr int most_digits = 18;
-constexpr Objection too_precise{-842, "Precision must be from 1 to 18"};
+// The tables of opens and locks have so much room for a name.
 constexpr std::size_t longest_name = 30;
 constexpr Objection too_long{-104, "The name of a table of the driver has at most 30 characters"};
 
 std::optional<Objection> objection_to(const Value& structure) {
     for (const Value& descriptor : structure.items()) {
         const Field field = field_of(descriptor);
-        if (column_of_type(field.type) == Column::numeric && host::val(field.len).number() > most_digits)
-            return too_precise;
+        const auto column = column_of_type(field.type);
+        if (const auto objection = column ? objection_to_size(*column, field.len) : std::nullopt)
+            return objection;
     }
     return {};
-}
-
-bool create_or_raise(Self& self, std::string_view statement, const Placeholders& placeholders,
-                     const Value& message, const std::optional<Objection>& objection) {
-    return objection ? refuse_or_raise(self, statement, placeholders, message, *objection)
-                     : update_or_raise(self, statement, placeholders, message);
 }
 
 constexpr std::string_view create_statement = "CREATE TABLE @@TABLENAME( @@FIELDS, PRIMARY KEY(@@RECNO) )";
@@ -65,7 +57,7 @@ bool create_relation(Self& self, const TableName& table, const Value& structure)
     placeholders.add("@@AREAID", "RDD_AREAID");
     placeholders.add("@@FIELDLEN", "50");
     const bool fits = table.stored.string().size() <= longest_name;
-    return create_or_raise(self, create_statement, placeholders,
+    return update_or_raise(self, create_statement, placeholders,
                            "Error on creating Table; FB Error: ", fits ? objection_to(structure) : too_long);
 }
 
@@ -161,7 +153,7 @@ Value createtableexternal(Self& self, Args args) {
     Placeholders placeholders{{"@@TABLENAME", stored}, {"@@DATFILE", datfile}};
     if (!add_columns(self, placeholders, stored, structure)) return false;
     placeholders.add(",@@FIELDS", "");
-    return create_or_raise(self, external_statement, placeholders,
+    return update_or_raise(self, external_statement, placeholders,
                            "Error on creating External Table; FB Error: ", objection_to(structure));
 }
 

@@ -1,5 +1,7 @@
 #include "tests/schema/refusing.h"
 #include "tests/schema/schema.h"
+#include "tests/support/faulty_client.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::test {
 namespace {
@@ -114,14 +116,37 @@ TEST_F(AlterFailures, AFieldDescriptionThatFailsLeavesTheAddedColumn) {
     EXPECT_EQ(columns(), unchanged + std::string("PAID "));
 }
 
+// Firebird 3.0 refuses it by itself, in these words; later ones would make a column that methods cannot read.
+TEST_F(AlterFailures, ANumberOfMoreThan18DigitsIsRefusedWithoutAskingTheEngine) {
+    struct Case {
+        std::string method;
+        std::string column;
+    };
+    for (const auto& [method, column] :
+         std::vector<Case>{{"addfield", "WIDE"}, {"alterfield", "RDDAUX_WIDE"}}) {
+        SCOPED_TRACE(method);
+        watch();
+        const FaultyClient client;
+        const Value wide = field("WIDE", "N", 19, 2);
+        EXPECT_FALSE(method == "addfield" ? yes(method, "client", wide)
+                                          : yes(method, "client", wide, field("PRICE", "N", 10, 2)));
+        EXPECT_EQ(client.count(ClientCall::execute_immediate), 0);
+        EXPECT_EQ(updates(), Names{"ALTER TABLE CLIENT ADD " + column + " NUMERIC(19,2) DEFAULT 0 NOT NULL"});
+        expect_raised_with_error("Erro ao adicionar Campo: " + column + " Tabela: client;FB Error: ");
+        EXPECT_TRUE(raised()[0].ends_with("[ERROR] SQLCODE=-842 (Wrong numeric type)")) << raised()[0];
+        EXPECT_TRUE(last_engine_message().ends_with("Precision must be from 1 to 18"))
+            << last_engine_message();
+    }
+    EXPECT_EQ(columns(), unchanged);
+}
+
 TEST_F(AlterFailures, AFieldThatTheEngineRefusesIsRaised) {
-    for (const char* name :
-         {"NAME", "DATE", "TWO WORDS", "O'BRIEN", "A\"B", "A2345678901234567890123456789012", ""}) {
+    const std::string too_long(64, 'A');
+    for (const std::string& name : Names{"NAME", "DATE", "TWO WORDS", "O'BRIEN", "A\"B", too_long, ""}) {
         SCOPED_TRACE(name);
         watch();
         EXPECT_FALSE(yes("addfield", "client", field(name, "C", 5)));
-        expect_raised_with_error("Erro ao adicionar Campo: " + std::string(name) +
-                                 " Tabela: client;FB Error: ");
+        expect_raised_with_error("Erro ao adicionar Campo: " + name + " Tabela: client;FB Error: ");
     }
     EXPECT_EQ(columns(), unchanged);
 }
