@@ -40,7 +40,8 @@ Finding check_character_set(Session& session);
 Finding check_data_file_folder(Session& session);
 /// The same of a folder: whether this user can make data files there, and who else may change them.
 Finding folder_finding(const std::filesystem::path& folder, bool on_server);
-/// Makes an external table over a fresh data file, puts a row into it and reads it; takes both away again.
+/// Makes an external table over a fresh data file, puts a row into it and reads it; takes both away again. No
+/// worse than a note: two methods use such tables, and nothing else.
 Finding check_external_tables(Session& session);
 
 // Of the database; these may throw Failure.
