@@ -108,6 +108,13 @@ bool cancel() {
     return !all.entries.empty();
 }
 
-void resume() { sql::attachments().cancelled = false; }
+void resume() {
+    sql::Attachments& all = sql::attachments();
+    if (!all.cancelled.exchange(false)) return;
+    const std::lock_guard lock(all.mutex);
+    for (sql::Entry& entry : all.entries) {
+        if (entry.failure.empty()) sql::client().forget_cancellation(&entry.handle);
+    }
+}
 
 }  // namespace zmfb

@@ -60,6 +60,12 @@ ISC_STATUS Client::cancel_operation(ISC_STATUS* status, isc_db_handle* database)
     return fb_cancel_operation(status, database, fb_cancel_raise);
 }
 
+void Client::forget_cancellation(isc_db_handle* database) {
+    ISC_STATUS_ARRAY nothing_to_forget;
+    fb_cancel_operation(nothing_to_forget, database, fb_cancel_disable);
+    fb_cancel_operation(nothing_to_forget, database, fb_cancel_enable);
+}
+
 ISC_STATUS Client::database_info(ISC_STATUS* status, isc_db_handle* database, short item_size,
                                  const char* items, short answer_size, char* answer) {
     return isc_database_info(status, database, item_size, items, answer_size, answer);

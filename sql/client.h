@@ -29,6 +29,10 @@ class Client {
     virtual ISC_STATUS detach_database(ISC_STATUS* status, isc_db_handle* database);
     /// Lets the call that another thread makes on this attachment fail; it need not have one.
     virtual ISC_STATUS cancel_operation(ISC_STATUS* status, isc_db_handle* database);
+    /// Takes such a request back that no call has failed of yet. A server keeps it, and the next thing it is
+    /// asked fails of it: often one that nobody waits for, such as freeing a statement, which keeps its table
+    /// in use then.
+    virtual void forget_cancellation(isc_db_handle* database);
     virtual ISC_STATUS database_info(ISC_STATUS* status, isc_db_handle* database, short item_size,
                                      const char* items, short answer_size, char* answer);
     /// Writes the path of a file in the folder of the embedded engine's locks, less than PATH_MAX bytes. The

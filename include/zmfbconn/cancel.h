@@ -26,7 +26,8 @@ class Cancelled : public std::exception {
 /// itself, and detaching, go on.
 bool cancel();
 
-/// Lets statements be run again, to undo things.
+/// Lets statements be run again, to undo things; a cancellation that came too late for the statement it was
+/// for hits none of them. To be called from the thread of the objects.
 void resume();
 
 }  // namespace zmfb
