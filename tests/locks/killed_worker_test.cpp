@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <fstream>
 
+#include "tests/support/server.h"
+
 namespace zmfb::test {
 namespace {
 
@@ -74,11 +76,12 @@ TEST_F(KilledWorker, DatabaseOfWhichEveryUserWasKilledIsCleanedUp) {
 }
 
 TEST_F(KilledWorker, ValidationNoticesABrokenDatabase) {
-    const std::string broken = file("broken.fdb");
-    std::filesystem::copy_file(file("database.fdb"), broken);
+    const std::string path = file("broken.fdb");
+    const std::string broken = on_server() ? Server::shared().name_of(path) : path;
+    std::filesystem::copy_file(file("database.fdb"), path);
     EXPECT_EQ(validation(broken), "");
-    std::fstream pages(broken, std::ios::in | std::ios::out | std::ios::binary);
-    pages.seekp(static_cast<std::streamoff>(std::filesystem::file_size(broken) / 2));
+    std::fstream pages(path, std::ios::in | std::ios::out | std::ios::binary);
+    pages.seekp(static_cast<std::streamoff>(std::filesystem::file_size(path) / 2));
     pages << std::string(65536, '\x55');
     pages.close();
     EXPECT_NE(validation(broken), "");

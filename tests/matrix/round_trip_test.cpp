@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 namespace zmfb::test {
 namespace {
 
@@ -20,10 +22,14 @@ class MatrixRoundTrip : public RoundTrip {
         execute("insert into T (NOME, PRECO, NASC, OK) values ('7', -3, NULL, 'F')");
     }
 
-    Rows data(const std::string& columns) { return rows("select " + columns + " from T order by RECNO"); }
+    // A day has the same text from every engine, unlike a time stamp.
+    Rows data(const std::string& columns) {
+        return rows("select " + std::regex_replace(columns, std::regex("NASC"), "cast(NASC as date)") +
+                    " from T order by RECNO");
+    }
     // What T holds when nothing was lost.
     void expect_kept(const std::string& columns = "NOME, PRECO, NASC, OK") {
-        EXPECT_EQ(data(columns), (Rows{{"Ana", "12.50", "01-MAR-2007", "T"}, {"7", "-3.00", "NULL", "F"}}));
+        EXPECT_EQ(data(columns), (Rows{{"Ana", "12.50", "2007-03-01", "T"}, {"7", "-3.00", "NULL", "F"}}));
     }
 };
 
@@ -250,7 +256,7 @@ TEST_F(MatrixRoundTrip, DoesAMixtureInOneTable) {
     apply_well(editor);
     EXPECT_EQ(user_fields("T"), editor.block().wanted());
     EXPECT_EQ(data("OBS, NASC, NOME, CUSTO"),
-              (Rows{{"", "01-MAR-2007", "Ana", "12.50"}, {"", "NULL", "7", "-3.00"}}));
+              (Rows{{"", "2007-03-01", "Ana", "12.50"}, {"", "NULL", "7", "-3.00"}}));
 }
 
 TEST_F(MatrixRoundTrip, ANewRowGetsItsRecordNumberAfterEveryChange) {

@@ -79,7 +79,7 @@ std::string read_blobs(zmFBConn& connection) {
 const Scenario scenarios[] = {
     {"Rows", read_rows, "1one2two3three", {release, close, rollback_transaction}},
     {"Fields", read_fields, "NULLNULLw", {release, close, close_blob, rollback_transaction}},
-    {"Changes", change_rows, "1 1 1 true", {release}},
+    {"Changes", change_rows, "1 1 1 true", {release, close}},  // rows come from a cursor since Firebird 5
     {"RollBack", roll_back, "rolled back", {release}},
     {"WritingBlobs", write_blobs, "written", {release}},
     {"ReadingBlobs", read_blobs, "xw3abc", {release, close, close_blob, rollback_transaction}},

@@ -105,10 +105,24 @@ ServerSetup setup_of_this_run() {
 }
 
 std::string why_no_server() {
-    const bool given = !environment_variable("ZMFB_TEST_FIREBIRD").empty();
-    return given || environment_variable("ZMFB_TEST_WHERE") != "given_server"
-               ? ""
-               : "ZMFB_TEST_FIREBIRD names no folder of an unpacked Firebird";
+    const std::string where = environment_variable("ZMFB_TEST_WHERE");
+    if (where == "given_server" && environment_variable("ZMFB_TEST_FIREBIRD").empty())
+        return "ZMFB_TEST_FIREBIRD names no folder of an unpacked Firebird";
+    if (where == "bare_server" && environment_variable("ZMFB_TEST_BARE").empty())
+        return "ZMFB_TEST_BARE does not ask for the machine's server as it was installed";
+    return "";
+}
+
+std::string why_no_external_files() {
+    return setup_of_this_run().as_it_comes ? "needs external files, as bringdbf and exiletable do: the "
+                                             "server allows none, as it was installed"
+                                           : "";
+}
+
+std::string why_no_module() {
+    return setup_of_this_run().as_it_comes
+               ? "needs functions of the module: the server runs none, as it was installed"
+               : "";
 }
 
 void make_server_folder(const fs::path& folder, int port, const ServerSetup& setup) {

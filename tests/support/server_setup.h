@@ -21,6 +21,12 @@ ServerSetup setup_of_this_run();
 /// Why this run cannot be: the server that it asks for is not given. "" when it can.
 std::string why_no_server();
 
+/// Why no table of this run can be an external one, as those are that bringdbf and exiletable make; "" when
+/// they can.
+std::string why_no_external_files();
+/// Why no function of this run can be the module's; "" when it can.
+std::string why_no_module();
+
 /// Fills the folder that a server of this kind starts in, with its settings and its security database.
 void make_server_folder(const std::filesystem::path& folder, int port, const ServerSetup& setup);
 

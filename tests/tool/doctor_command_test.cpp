@@ -15,6 +15,11 @@ namespace {
 
 class DoctorCommand : public Tool {
   protected:
+    // How the line of the external tables begins, which a server as it was installed does not allow.
+    static std::string of_external_tables() {
+        return why_no_external_files().empty() ? "[ok] external tables: a row was written and read\n"
+                                               : "[note] external tables: ";
+    }
     DoctorCommand() : path(database()) {}
     // What --json says of one check.
     nlohmann::json check(const std::string& name) const {
@@ -35,13 +40,13 @@ TEST_F(DoctorCommand, AFreshDatabaseIsWell) {
     EXPECT_EQ(run.status, 0) << run.out;
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out.find("[bad]"), std::string::npos) << run.out;
-    for (const char* part :
-         {"[ok] client library: ", "[ok] log: ", "[ok] attach: ", "[ok] engine: Firebird ",
-          "[ok] functions declared: all eleven, stored ones\n",
-          "[ok] functions callable: ", "[ok] character set: NONE, a byte for each character\n",
-          "[ok] data-file folder: /tmp: ", "[ok] external tables: a row was written and read\n",
-          "[ok] system tables: ", "[ok] dead processes: ", "[ok] tables: none of the driver's is half made\n",
-          "[ok] leftovers: ", "[note] validity: ", "gfix -v -full -user SYSDBA "}) {
+    for (const std::string& part : std::vector<std::string>{
+             "[ok] client library: ", "[ok] log: ", "[ok] attach: ", "[ok] engine: Firebird ",
+             "[ok] functions declared: all eleven, stored ones\n",
+             "[ok] functions callable: ", "[ok] character set: NONE, a byte for each character\n",
+             "[ok] data-file folder: /tmp: ", of_external_tables(), "[ok] system tables: ",
+             "[ok] dead processes: ", "[ok] tables: none of the driver's is half made\n",
+             "[ok] leftovers: ", "[note] validity: ", "gfix -v -full -user SYSDBA "}) {
         EXPECT_NE(run.out.find(part), std::string::npos) << part << " is not in\n" << run.out;
     }
 }
@@ -173,8 +178,7 @@ TEST_F(DoctorCommand, ADatabaseOnAServerIsLookedAtInTheSameWay) {
     const Finished run = zmfb({"--db", name, "--user", "SYSDBA", "doctor"}, "", secret);
     EXPECT_EQ(run.status, 0) << run.out;
     EXPECT_EQ(run.err, "");
-    EXPECT_NE(run.out.find("[ok] external tables: a row was written and read\n"), std::string::npos)
-        << run.out;
+    EXPECT_NE(run.out.find(of_external_tables()), std::string::npos) << run.out;
     const Finished refused = zmfb({"--db", name, "--user", "SYSDBA", "doctor"}, "", {"ISC_PASSWORD=wrong"});
     EXPECT_EQ(refused.status, 3);
     EXPECT_NE(refused.out.find("[bad] attach: "), std::string::npos) << refused.out;

@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 using host::operator""_l1;
 
-class DataPath : public Transfer {
+class DataPath : public TransferOfRows {
   protected:
     DataPath() : here_(folder()) {
         fs::create_directory("sub");

@@ -59,7 +59,7 @@ class AroundTheCopy : public sql::Client {
     sql::Client* before_;
 };
 
-class DataRows : public Transfer {
+class DataRows : public TransferOfRows {
   protected:
     DataRows() : here_(folder()) {}
 

@@ -8,7 +8,7 @@ namespace {
 
 using host::operator""_l1;
 
-class Export : public Transfer {
+class Export : public TransferOfRows {
   protected:
     Export() : here_(folder()) {}
 

@@ -35,9 +35,10 @@ DbfBuilder made_file(int note_length) {
     return file;
 }
 
-class ImportedFile : public Transfer, public ::testing::WithParamInterface<std::string> {
+class ImportedFile : public TransferOfRows, public ::testing::WithParamInterface<std::string> {
   protected:
     void SetUp() override {
+        TransferOfRows::SetUp();
         if (GetParam() == made || GetParam() == made_long) {
             path_ = dbf(GetParam());
             made_file(GetParam() == made ? 200 : 700).write(path_);

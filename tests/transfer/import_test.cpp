@@ -8,7 +8,7 @@ namespace {
 
 using host::operator""_l1;
 
-using Import = Transfer;
+using Import = TransferOfRows;
 
 DbfBuilder people() {
     return DbfBuilder()

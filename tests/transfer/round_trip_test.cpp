@@ -26,11 +26,12 @@ DbfBuilder made_file() {
     return file;
 }
 
-class RoundTrip : public Transfer, public ::testing::WithParamInterface<std::string> {
+class RoundTrip : public TransferOfRows, public ::testing::WithParamInterface<std::string> {
   protected:
     RoundTrip() : here_(exports_folder()) {}
 
     void SetUp() override {
+        TransferOfRows::SetUp();
         if (GetParam() == "made") {
             original_ = dbf("made");
             made_file().write(original_);

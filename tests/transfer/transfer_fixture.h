@@ -7,6 +7,7 @@
 
 #include "tests/support/database.h"
 #include "tests/support/dbf_builder.h"
+#include "tests/support/server_setup.h"
 #include "tests/transfer/open_files.h"
 
 namespace zmfb::test {
@@ -48,6 +49,14 @@ class Transfer : public Database {
   private:
     [[nodiscard]] bool has(const std::string& source) const {
         return rows("select count(*) from " + source) != Rows{{"0"}};
+    }
+};
+
+/// The same of rows that go through external tables: a run whose server allows none skips it.
+class TransferOfRows : public Transfer {
+  protected:
+    void SetUp() override {
+        if (const std::string reason = why_no_external_files(); !reason.empty()) GTEST_SKIP() << reason;
     }
 };
 
