@@ -1,4 +1,4 @@
-"""Prints which tests of a run were skipped, by reason.
+"""Prints which tests of a run were skipped, by reason, and how many single tests the programs of GoogleTest ran.
 
 python3 scripts/skipped_tests.py RESULTS, what `ctest --output-junit RESULTS` wrote
 """
@@ -9,6 +9,9 @@ import xml.etree.ElementTree
 
 # What GoogleTest writes about a single test of a program.
 SINGLE = re.compile(r": Skipped\n(?P<reason>.*?)\n*\[  SKIPPED \] (?P<name>\S+)", re.DOTALL)
+
+# How a single test came out.
+OUTCOME = re.compile(r"^\[ +(OK|FAILED|SKIPPED) +\] .* \(\d+ ms\)$", re.MULTILINE)
 
 
 def skips(case):
@@ -24,18 +27,22 @@ def skips(case):
 
 
 def main(path):
-    names = collections.defaultdict(list)
+    names, outcomes = collections.defaultdict(list), collections.Counter()
     for case in xml.etree.ElementTree.parse(path).iter("testcase"):
+        outcomes.update(OUTCOME.findall(case.findtext("system-out", "")))
         for name, reason in skips(case):
             names[reason].append(name)
-    if not names:
-        return
-    print(f"{sum(map(len, names.values()))} skipped:")
+    if names:
+        print(f"{sum(map(len, names.values()))} skipped:")
     for reason in sorted(names):
         print(f"  {reason}")
         for name in sorted(names[reason]):
             print(f"      {name}")
-    print()
+    if names:
+        print()
+    if ran := outcomes.total():
+        print(f"{ran} single tests ran: {outcomes['OK']} passed, {outcomes['FAILED']} failed, "
+              f"{outcomes['SKIPPED']} skipped\n")
 
 
 main(sys.argv[1])

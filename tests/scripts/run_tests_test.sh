@@ -3,7 +3,7 @@
 . "${0%/*}/../support/common.sh"
 
 cat >CTestTestfile.cmake <<'END'
-add_test(program "sh" "-c" "printf '[ RUN      ] A.B\n/x/y.cpp:9: Skipped\nonly root <may>\n\n[  SKIPPED ] A.B (0 ms)\n'")
+add_test(program "sh" "-c" "printf '[ RUN      ] A.B\n/x/y.cpp:9: Skipped\nonly root <may>\n\n[  SKIPPED ] A.B (0 ms)\n[       OK ] A.C (3 ms)\n[  FAILED  ] A.D (1 ms)\n[  FAILED  ] A.D\n'")
 add_test(whole "sh" "-c" "echo some words; echo not installed; exit 77")
 set_tests_properties(whole PROPERTIES SKIP_RETURN_CODE 77)
 add_test(left_out "echo" "only root <may>")
@@ -21,6 +21,8 @@ skips="4 skipped:
   only root <may>
       left_out
       program: A.B
+
+3 single tests ran: 1 passed, 1 failed, 1 skipped
 
 "
 
