@@ -59,6 +59,7 @@ constexpr std::array hints{
     Hint{"no permission for read-write access to database",
          "the file or its disk is read-only for the user who runs the engine; its owner can change that with "
          "chmod"},
+    Hint{"TABLE PLG$SRP", "SYSDBA makes the users of a server; docs/rights.md says how"},
     Hint{"no permission for", "the owner of the database gives rights; docs/rights.md says which are needed"},
     Hint{"No permission for", "the owner of the database gives rights; docs/rights.md says which are needed"},
     Hint{"There is no privilege for this operation",
@@ -67,9 +68,12 @@ constexpr std::array hints{
     Hint{"is not a valid database",
          "the file is no Firebird database; \"zmfb create\" makes one under another name"},
     Hint{"File exists", "\"zmfb doctor\" says whether the driver can use it, and what it misses"},
-    Hint{"Permission denied", "this user may not read and write the file, or enter its folder"},
+    Hint{"Permission denied",
+         "this user, or the account of the server, may not read and write the file, or enter its folder"},
     Hint{"No space left on device", "the disk is full"},
     Hint{"File too large", "a limit of this process or of the disk keeps files from growing that large"},
+    Hint{"Error while trying to create file",
+         "its folder has to be there, and one that the engine may write to: for host:/path on that host"},
     Hint{"Error while trying to open file", "\"zmfb create\" makes a new database"},
     Hint{"unsupported on-disk structure",
          "another version of Firebird made the file; gbak takes its database to this one: docs/deployment.md "

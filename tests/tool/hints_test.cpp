@@ -17,6 +17,10 @@ TEST(Hints, RefusalsOfEveryEngineAreUnderstood) {
         {"There is no privilege for this operation", of_rights},
         {"no permission for CREATE access to DATABASE /data/x.fdb", of_databases},
         {"No permission for CREATE DATABASE operation", of_databases},
+        {"add record error\nno permission for INSERT access to TABLE PLG$SRP_VIEW\nEffective user is ANNA",
+         "SYSDBA makes the users of a server"},
+        {"Error while trying to create file\nNo such file or directory", "its folder has to be there"},
+        {"Error while trying to create file\nFile exists", "\"zmfb doctor\" says"},
     };
     for (const auto& [message, hint] : known)
         EXPECT_TRUE(tool::hint_for(message).starts_with(hint)) << message;

@@ -199,6 +199,50 @@ TEST_F(RightsOnAServer, DoctorSaysWhichRightIsMissing) {
     EXPECT_EQ(rights_of("otto"), "[ok] rights: OTTO reads, writes and makes tables\n");
 }
 
+TEST_F(RightsOnAServer, DoctorSaysWhatAUserWithoutAnyRightLacks) {
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"call", "createtable('CLIENT', {{'NAME', 'C', 10, 0}})"}).status, 0);
+    const Finished doctor = as("otto", {"doctor"});
+    EXPECT_EQ(doctor.status, 1);
+    EXPECT_EQ(doctor.err, "");
+    const std::string rights = rights_of("otto");
+    EXPECT_TRUE(rights.starts_with(
+        "[bad] rights: OTTO lacks to read EXECUTE access to FUNCTION ZMBLOBSUBSTR; to write "
+        "and lock SELECT access to TABLE RDDSYS_OPN, "))
+        << rights;
+    EXPECT_TRUE(rights.ends_with(
+        "; to make tables CREATE TABLE, CREATE SEQUENCE\n       the owner gives them as far as "
+        "they are wanted: zmfb grant \"OTTO\" --level make\n"))
+        << rights;
+    for (const std::string& line : lines(doctor.out)) {
+        if (line.starts_with("[bad] database: ")) {
+            EXPECT_NE(doctor.out.find(
+                          line + "\n       the owner of the database gives rights; docs/rights.md says which "
+                                 "are needed\n"),
+                      std::string::npos)
+                << line;
+        }
+    }
+}
+
+TEST_F(RightsOnAServer, DoctorIsContentWithWhatAUserNeedNotHave) {
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    ASSERT_EQ(as(sysdba, {"grant", "otto", "--level", "write"}).err, "");
+    const Finished doctor = as("otto", {"doctor"});
+    EXPECT_EQ(doctor.status, 0) << doctor.out;
+    EXPECT_NE(doctor.out.find("\n[note] rights: OTTO lacks to make tables "), std::string::npos)
+        << doctor.out;
+}
+
+TEST_F(RightsOnAServer, WhoMayNotMakeUsersIsToldWhoMay) {
+    ASSERT_EQ(as(sysdba, {"create"}).status, 0);
+    const Finished refused = as("otto", {"exec", "create user berta password 'paper'"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(
+        refused.err.ends_with("\nhint: SYSDBA makes the users of a server; docs/rights.md says how\n"))
+        << refused.err;
+}
+
 TEST_F(RightsOnAServer, WhatWasGivenIsAListAsJson) {
     ASSERT_EQ(as(sysdba, {"create"}).status, 0);
     const auto json = nlohmann::json::parse(as(sysdba, {"--json", "grant", "otto"}).out);

@@ -5,6 +5,7 @@
 
 #include "tool/commands.h"
 #include "tool/doctor/checks.h"
+#include "tool/hints.h"
 #include "tool/json.h"
 #include "tool/output.h"
 #include "tool/rows/shown_text.h"
@@ -63,9 +64,11 @@ Exit doctor_command(Session& session) {
         try {
             report.add(check(session));
         } catch (const Failure& failure) {
-            report.add({"database", State::bad, failure.message + ": " + failure.detail, failure.hint});
+            report.add({"database", State::bad, failure.message + ": " + failure.detail,
+                        failure.hint.empty() ? std::string(hint_for(failure.detail)) : failure.hint});
         }
     }
+    session.forget_raised();  // the findings tell of it
     return report.end(Exit::failed);
 }
 
