@@ -135,9 +135,7 @@ const std::vector<Case>& cases() {
          "002::PRICE::N::8::2",
          "002::PRICE::N::20::2",
          {},
-         {"TOO_WIDE.PRICE: cannot become N(20,2): Dynamic SQL Error SQL error code = -842 Precision must be "
-          "from 1 to "
-          "18"}},
+         {"TOO_WIDE.PRICE: cannot become N(20,2): a number has at most 18 digits"}},
         {"TYPELESS",
          {},
          name_line,

@@ -11,6 +11,7 @@ namespace zmfb::tool {
 namespace {
 
 constexpr int named_records = 5;
+constexpr int most_digits = 18;
 
 // The type of a variable that takes what the changed column takes.
 std::string sql_type(const FieldLine& line) {
@@ -64,6 +65,11 @@ Fit fit_of(zmFBConn& connection, const FieldLine& line) {
     Fit fit;
     if (line.type.size() != 1) {
         fit.refusal = "there is no such type";
+        return fit;
+    }
+    // Later engines than Firebird 3.0 have such a type, which the driver does not make.
+    if (line.type == "N" && line.length > most_digits) {
+        fit.refusal = fmt::format("a number has at most {} digits", most_digits);
         return fit;
     }
     using Whole = std::optional<std::int64_t>;
