@@ -10,7 +10,7 @@ to run. A block marked `screen` is one command on a terminal; what stands behind
 No other block of these pages may have a command of zmfb.
 
 With ZMFB_DOCS_SERVER=HOST/PORT in the environment the database of a page, which is called shop.fdb, lies on that server,
-and ISC_USER and ISC_PASSWORD are those of its owner.
+and ISC_USER and ISC_PASSWORD are those of its owner; server:/data is a folder on it.
 """
 
 import os
@@ -27,6 +27,7 @@ from terminal import Terminal, environment, memory_folder, on_screen
 SHELL_PROMPT = "zmfb> "
 VARIES = re.compile(r"<!-- varies: (.*?) -->")
 DATABASE = "shop.fdb"
+FOLDER_OF_SERVER = "server:/data"
 COMMAND_OF_TOOL = re.compile(r"^(\$ )?zmfb( |$)")
 
 
@@ -77,8 +78,8 @@ class Walk:
             for name, target in self.links.items():
                 (self.home / name).symlink_to(Path(target).resolve())
             if server := os.environ.get("ZMFB_DOCS_SERVER"):
-                self.varying.append(DATABASE)
-                self.bound[DATABASE] = f"{server}:{self.home / DATABASE}"
+                self.bound = {DATABASE: f"{server}:{self.home / DATABASE}", FOLDER_OF_SERVER: f"{server}:{self.home}"}
+                self.varying += self.bound
             try:
                 for block in self.page.blocks:
                     self.block(block)
