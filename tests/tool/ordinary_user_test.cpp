@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "sql/database.h"
 #include "tests/support/bare_client.h"
 #include "tests/support/environment.h"
 #include "tests/support/server.h"
@@ -54,7 +55,7 @@ class OrdinaryUser : public Tool {
     const std::string database_ = server_.name_of(file("disk/shop.fdb"));
 };
 
-TEST_F(OrdinaryUser, MakesADatabaseAndImportsQueriesChangesAndLocks) {
+TEST_F(OrdinaryUser, MakesADatabaseAndImportsQueriesChangesExportsAndLocks) {
     ASSERT_EQ(as_anna({"create"}).err, "");
     EXPECT_TRUE(fs::exists(file("disk/shop.fdb")));
     const Finished imported = as_anna({"import", "customers.dbf"});
@@ -71,6 +72,13 @@ TEST_F(OrdinaryUser, MakesADatabaseAndImportsQueriesChangesAndLocks) {
     const Finished applied = as_anna({"matrix", "apply", "changed.tf", "--yes"});
     EXPECT_EQ(applied.status, 0) << applied.out << applied.err;
     EXPECT_EQ(as_anna({"query", "--mode", "csv", "select count(town) as n from customers"}).status, 0);
+    const Finished exported = as_anna({"export", "customers", "-o", ".", "--yes"});
+    EXPECT_TRUE(exported.out.starts_with("CUSTOMERS -> ./customers.dbf: 10 records"))
+        << exported.out << exported.err;
+    ASSERT_EQ(as_anna({"import", "customers.dbf", "--table", "again"}).err, "");
+    const std::string names = "select name, town, credit from ";
+    EXPECT_EQ(as_anna({"query", "--mode", "csv", names + "again order by recno"}).out,
+              as_anna({"query", "--mode", "csv", names + "customers order by recno"}).out);
     EXPECT_EQ(as_anna({"call", "setrecordaslocked('CUSTOMERS', 'CUSTOMERS:A:1:here', '2')",
                        "setrecordaslocked('CUSTOMERS', 'CUSTOMERS:B:1:here', '2')",
                        "settableaslocked('CUSTOMERS', 'CUSTOMERS:A:1:here')"})
@@ -81,6 +89,32 @@ TEST_F(OrdinaryUser, MakesADatabaseAndImportsQueriesChangesAndLocks) {
     const Finished doctor = as_anna({"doctor"});
     EXPECT_NE(doctor.out.find("[ok] functions callable: "), std::string::npos) << doctor.out;
     EXPECT_NE(doctor.out.find("[ok] rights: ANNA may do everything here"), std::string::npos) << doctor.out;
+}
+
+TEST_F(OrdinaryUser, PreparesADatabaseOfAnotherProgram) {
+    must_succeed(sql::create_database(database_, "ANNA", "paper"));
+    const Finished dry = as_anna({"prepare", "--dry-run"});
+    EXPECT_TRUE(dry.out.starts_with("To be made in " + database_ + ":\n  the eleven functions")) << dry.err;
+    EXPECT_EQ(as_anna({"tables"}).status, 3) << "nothing was made yet";
+    EXPECT_TRUE(as_anna({"prepare", "--yes"}).out.ends_with(database_ + " is ready\n"));
+    const Finished doctor = as_anna({"doctor"});
+    EXPECT_EQ(doctor.status, 0) << doctor.out;
+    EXPECT_NE(doctor.out.find("[note] external tables: "), std::string::npos) << doctor.out;
+    EXPECT_EQ(as_anna({"import", "customers.dbf"}).err, "");
+}
+
+TEST_F(OrdinaryUser, KeepsStoredFunctionsWhereTheServerLoadsNoModule) {
+    const std::string stored =
+        "stored: the eleven functions are stored ones, which need nothing on the server\n";
+    ASSERT_EQ(as_anna({"create"}).err, "");
+    EXPECT_EQ(as_anna({"functions"}).out, stored);
+    const Finished refused = as_anna({"functions", "module"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.err.starts_with("error: the functions stay stored ones\n")) << refused.err;
+    EXPECT_NE(refused.err.find("UdfAccess in the engine's firebird.conf"), std::string::npos) << refused.err;
+    EXPECT_EQ(as_anna({"exec", "drop function zmpadl"}).err, "");
+    EXPECT_EQ(as_anna({"functions", "stored"}).out, stored);
+    EXPECT_EQ(as_anna({"call", "isallneededudfsinstalled()"}).out, ".T.\n");
 }
 
 }  // namespace
