@@ -44,6 +44,18 @@ class NewTypes : public Runtime {
         return all;
     }
 
+    // What a piece of work is refused with.
+    template <class Work>
+    std::string refusal(const Work& work) {
+        try {
+            Transaction transaction(*connection_);
+            work(transaction);
+        } catch (const SqlError& error) {
+            return std::string(error.sqlstate()) + ' ' + error.message();
+        }
+        return "";
+    }
+
     std::optional<Server> server_;
     std::optional<zmFBConn> connection_;
 };
@@ -56,6 +68,26 @@ TEST_F(NewTypes, OfMethodsAreThoseOfBefore) {
     EXPECT_EQ(
         selected("select FLOATING, ZONED from T where COUNTED = 4"),
         R"({{{"FLOATING", "N", 8, 0}, {"ZONED", "D", 8, 0}}, {"-0.500000", "2020-01-02 03:04:05.0000"}})");
+}
+
+// As with every failure of a fetch, the rows before it stay.
+TEST_F(NewTypes, OfMethodsFailWhereAnInt128HasNoRoomInABigint) {
+    log_at(1);
+    EXPECT_EQ(selected("select WIDE from T where COUNTED = 4"), R"({{{"WIDE", "N", 8, 4}}, {"-1.0000"}})");
+    for (const auto& [query, given] : std::vector<std::pair<std::string, std::string>>{
+             {"select WIDE from T order by COUNTED desc", R"({{{"WIDE", "N", 8, 4}}, {"-1.0000"}})"},
+             {"select sum(A) from (select 9223372036854775807 A from rdb$database union all select 1 from "
+              "rdb$database)",
+              R"({{{"SUM", "N", 8, 0}}})"},
+         }) {
+        SCOPED_TRACE(query);
+        clear_log();
+        EXPECT_EQ(selected(query), given);
+        ASSERT_EQ(log_lines().size(), 1U);
+        EXPECT_EQ(log_lines()[0].text, "[ERROR] SQLCODE=-303 (Incompatible column/host variable data type)");
+        EXPECT_NE(last_engine_message().find("Integer overflow."), std::string::npos)
+            << last_engine_message();
+    }
 }
 
 TEST_F(NewTypes, OfProgramsHaveAllTheirDigitsAndZones) {
@@ -89,6 +121,36 @@ TEST_F(NewTypes, AreTakenAsParameters) {
     EXPECT_EQ(texts("select WIDE, FLOATING, ZONED from T where COUNTED is null order by 1"),
               (std::vector<std::string>{"-0.5000", "0.25", "2021-01-01 00:00:00.0000 UTC",
                                         "12345678901234567890.0000", "7", "NULL"}));
+}
+
+TEST_F(NewTypes, OfTimesWithAZoneAreTextsAsParameters) {
+    Transaction work(*connection_);
+    EXPECT_EQ(work.one<int>("select COUNTED from T where ZONED = ?", "2020-01-02 04:04:05 +01:00"), 4);
+    work.execute("insert into T (COUNTED, ZONED, HOUR_THERE) values (5, ?, ?)",
+                 "2021-07-01 12:00:00.5 Europe/Berlin", "23:59:59 -03:30");
+    work.execute("insert into T (COUNTED, ZONED, HOUR_THERE) values (6, ?, ?)", std::nullopt, std::nullopt);
+    work.commit();
+    EXPECT_EQ(texts("select ZONED, HOUR_THERE from T where COUNTED > 4 order by COUNTED"),
+              (std::vector<std::string>{"2021-07-01 12:00:00.5000 Europe/Berlin", "23:59:59.0000 -03:30",
+                                        "NULL", "NULL"}));
+}
+
+TEST_F(NewTypes, OfTimesWithAZoneTakeNothingElse) {
+    const std::string insert = "insert into T (ZONED) values (?)";
+    const Timestamp noon(std::chrono::hours(12));
+    EXPECT_EQ(refusal([&](Transaction& work) { work.execute(insert, noon); }),
+              "07006 Parameter 1 is a time WITH TIME ZONE and does not take a time stamp");
+    EXPECT_EQ(refusal([&](Transaction& work) { work.execute(insert, 7); }),
+              "07006 Parameter 1 is a time WITH TIME ZONE and does not take a whole number");
+    EXPECT_EQ(refusal([&](Transaction& work) {
+                  work.execute(insert, "2020-01-02 03:04:05 Nowhere/City");
+              }).substr(0, 45),
+              "42000 Dynamic SQL Error\nSQL error code = -303");
+    EXPECT_EQ(refusal([&](Transaction& work) {
+                  (void)work.one<Timestamp>("select ZONED from T where COUNTED = 4");
+              }),
+              "07006 Column ZONED is a time WITH TIME ZONE, which cannot be read as zmfb::Timestamp, but as "
+              "std::string");
 }
 
 TEST_F(NewTypes, OfMethodsAndProgramsMayComeInTurn) {
