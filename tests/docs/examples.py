@@ -21,6 +21,7 @@ ARGUMENTS = {
     "hello": ["shop.fdb"],
     "import_and_query": ["customers.fdb", "{data}/customers.dbf"],
     "two_processes": ["shop.fdb"],
+    "two_clerks": ["shop.fdb"],
     "matrix": ["shop.fdb"],
 }
 # The database that hello attaches to is there already.
