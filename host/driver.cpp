@@ -64,7 +64,9 @@ bool Table::lock_table(std::chrono::milliseconds) { return unsupported("FLOCK", 
 
 bool Table::set_order(std::size_t order) { return order == 0 || unsupported("ORDSETFOCUS", no_orders); }
 
-bool Table::create_order(std::string_view, std::string_view) { return unsupported("ORDCREATE", no_orders); }
+bool Table::create_order(std::string_view, std::string_view, bool) {
+    return unsupported("ORDCREATE", no_orders);
+}
 
 bool Table::destroy_order(std::size_t) { return unsupported("ORDDESTROY", no_orders); }
 

@@ -13,21 +13,6 @@ std::shared_ptr<WorkArea> begin_move(std::string_view operation) {
     return area;
 }
 
-// Whether the block lets the current record through; it may close the area.
-bool passes(WorkArea& area) {
-    if (area.filter.is_nil()) return true;
-    const Value block = area.filter;  // which may change the filter
-    const Value answer = block.eval({});
-    return answer.is(Kind::logical) && answer.logical();
-}
-
-// From the current record on to one that passes, else to the end.
-void on_to_passing(WorkArea& area) {
-    while (area.table != nullptr && !area.table->eof() && !passes(area)) {
-        if (area.table == nullptr || !area.table->skip(1)) return;
-    }
-}
-
 // From the current record back to one that passes; false when there is none.
 bool back_to_passing(WorkArea& area) {
     while (area.table != nullptr && !area.table->bof()) {
@@ -55,6 +40,19 @@ void skip_filtered(WorkArea& area, std::int64_t count) {
 }
 
 }  // namespace
+
+bool passes(WorkArea& area) {
+    if (area.filter.is_nil()) return true;
+    const Value block = area.filter;  // which may change the filter
+    const Value answer = block.eval({});
+    return answer.is(Kind::logical) && answer.logical();
+}
+
+void on_to_passing(WorkArea& area) {
+    while (area.table != nullptr && !area.table->eof() && !passes(area)) {
+        if (area.table == nullptr || !area.table->skip(1)) return;
+    }
+}
 
 void dbgotop() {
     const auto area = begin_move("DBGOTOP");

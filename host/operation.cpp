@@ -74,7 +74,7 @@ constexpr std::array operations{
     Operation{"INDEXKEY", 1, [](Args args) { return indexkey(args.size() == 0 ? Value(0) : args[0]); }},
     Operation{"INDEXORD", 0, number<indexord>},
     Operation{"LASTREC", 0, number<lastrec>},
-    Operation{"ORDCREATE", 2, [](Args args) -> Value { return ordcreate(args[0], args[1]); }},
+    Operation{"ORDCREATE", 3, [](Args args) -> Value { return ordcreate(args[0], args[1], args[2]); }},
     Operation{"ORDDESTROY", 1, [](Args args) -> Value { return orddestroy(args[0]); }},
     Operation{"ORDKEYNO", 0, number<ordkeyno>},
     Operation{"ORDLISTADD", 1, [](Args args) -> Value { return ordlistadd(args[0]); }},

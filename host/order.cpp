@@ -67,16 +67,37 @@ bool soft_seek(const Value& soft) {
     return switched_on(set(set_softseek), false);
 }
 
+// A seek where a block filters: to the first or last of the records with the key that it lets through.
+bool seek_passing(WorkArea& area, const Value& key, SeekOptions options) {
+    bool found = area.table->seek(key, options);
+    while (found && !passes(area)) {
+        if (area.table == nullptr) return false;
+        found = area.table->skip(options.last ? -1 : 1) && !area.table->bof() && area.table->has_key(key);
+    }
+    if (found || area.table == nullptr) return found;
+    constexpr std::int64_t no_record = 0;
+    if (options.soft) {
+        area.table->seek(key, {.soft = true});
+        on_to_passing(area);
+    } else {
+        area.table->go_to(no_record);
+    }
+    return false;
+}
+
 }  // namespace
 
-bool ordcreate(const Value& name, const Value& expression) {
+bool ordcreate(const Value& name, const Value& expression, const Value& unique) {
     const auto area = needed_workarea("ORDCREATE");
     if (area == nullptr) return false;
     if (!name.is(Kind::character) || key_of(name).empty() || !expression.is(Kind::character)) {
         argument_error(Subcode::structure, "ORDCREATE", {name, expression});
         return false;
     }
-    return area->table->create_order(key_of(name), alltrim(expression).string());
+    const bool is_unique = unique.is(Kind::logical) && unique.logical();
+    if (!area->table->create_order(key_of(name), alltrim(expression).string(), is_unique)) return false;
+    dbgotop();
+    return true;
 }
 
 Value ordsetfocus(const Value& order) {
@@ -161,7 +182,8 @@ bool dbseek(const Value& key, const Value& soft, const Value& last) {
     area->found = area->before_first = false;
     if (area->table->order() == 0) return raise_no_order("DBSEEK", "The table follows no order");
     const SeekOptions options{.soft = soft_seek(soft), .last = last.is(Kind::logical) && last.logical()};
-    return area->found = area->table->seek(key, options);
+    return area->found =
+               area->filter.is_nil() ? area->table->seek(key, options) : seek_passing(*area, key, options);
 }
 
 }  // namespace zmfb::host

@@ -30,6 +30,10 @@ struct WorkArea {
 std::shared_ptr<WorkArea> current_workarea();
 /// The same; null is raised as an error of `operation`.
 std::shared_ptr<WorkArea> needed_workarea(std::string_view operation);
+/// Whether the block of the area's filter lets its current record through; it may close the area.
+bool passes(WorkArea& area);
+/// From the current record on to one that passes, else to the end.
+void on_to_passing(WorkArea& area);
 /// What a switch of SET() says, .T., .F., "ON" or "OFF"; `otherwise` for any other value.
 bool switched_on(const Value& setting, bool otherwise);
 /// Does it with each open area, in the order of their numbers.

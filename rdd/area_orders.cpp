@@ -19,6 +19,12 @@ void without_statements(const rdd::Desk& desk, const Change& change) {
     change(connection);
 }
 
+rdd::KeyRange keys_of(rdd::Walk& walk, const Parameter& key) {
+    const auto* text = std::get_if<std::string_view>(&key.content());
+    const std::string kept = text == nullptr ? "" : walk.kept(*text);
+    return rdd::range_of(walk.order(), text == nullptr ? key : Parameter(kept));
+}
+
 }  // namespace
 
 std::vector<AreaOrder> Area::orders() {
@@ -42,10 +48,15 @@ const std::string& Area::order() const { return open().walk().order().name; }
 
 bool Area::seek(const Parameter& key, SeekOptions options) {
     rdd::Walk& walk = open().moving();
-    const auto* text = std::get_if<std::string_view>(&key.content());
-    const std::string kept = text == nullptr ? "" : walk.kept(*text);
-    return walk.seek(rdd::range_of(walk.order(), text == nullptr ? key : Parameter(kept)), options);
+    return walk.seek(keys_of(walk, key), options);
 }
+
+bool Area::has_key(const Parameter& key) {
+    rdd::Walk& walk = open().walk();
+    return walk.is_in(keys_of(walk, key));
+}
+
+std::int64_t Area::place() { return open().walk().place(); }
 
 void Area::create_order(std::string_view name, std::string_view expression, bool unique) {
     rdd::OpenArea& area = open();

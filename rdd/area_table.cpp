@@ -63,8 +63,7 @@ std::int64_t AreaTable::record_number() const { return area_.eof() ? end_ : area
 
 bool AreaTable::bof() const { return area_.bof() || (area_.eof() && end_ == 1); }
 
-template <class Action>
-bool AreaTable::move(std::string_view operation, const Action& action) {
+bool AreaTable::move(std::string_view operation, const std::function<void()>& action) {
     if (!write(operation)) return false;
     return raising({GenCode::read, Subcode::table_read, operation, table_}, [&] {
         action();

@@ -1,6 +1,7 @@
 /// An area as the runtime has it: a table in a work area.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -61,11 +62,20 @@ class AreaTable final : public host::Table {
     bool unlock() override;
     [[nodiscard]] std::vector<std::int64_t> locked_records() override { return area_.locked_records(); }
 
+    [[nodiscard]] std::vector<host::TableOrder> orders() override;
+    [[nodiscard]] std::size_t order() const override;
+    bool set_order(std::size_t order) override;
+    bool create_order(std::string_view name, std::string_view expression, bool unique) override;
+    bool destroy_order(std::size_t order) override;
+    bool rebuild_orders() override;
+    bool seek(const host::Value& key, host::SeekOptions options) override;
+    [[nodiscard]] bool has_key(const host::Value& key) override;
+    [[nodiscard]] std::int64_t key_number() override;
+
   private:
     [[nodiscard]] zmFBConn connection() const { return zmFBConn::of(Value(&object_)); }
     /// Writes what was assigned, which is forgotten then, and does it, unless one of the two is raised.
-    template <class Action>
-    bool move(std::string_view operation, const Action& action);
+    bool move(std::string_view operation, const std::function<void()>& action);
     bool write(std::string_view operation);
     bool edit(std::string_view operation);
     bool assign(const TableField& field, const host::Value& value);
@@ -76,6 +86,7 @@ class AreaTable final : public host::Table {
     [[nodiscard]] bool has_table() const { return mode_ == OpenMode::exclusive || area_.is_table_locked(); }
     bool may_remove(std::string_view operation);
     void note_end();
+    void ask_for_orders();
 
     host::Object& object_;
     Area area_;
@@ -83,6 +94,7 @@ class AreaTable final : public host::Table {
     std::string table_;
     std::vector<TableField> columns_;
     std::vector<host::Field> fields_;
+    std::vector<host::TableOrder> orders_;  ///< as they were last asked for
     std::optional<Held> held_;
     bool removed_ = false;  ///< the current record, by set_deleted()
     std::int64_t end_ = 1;  ///< the record number at the end

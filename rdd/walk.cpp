@@ -275,6 +275,22 @@ void Walk::set_filter(std::string filter) {
     drop();
 }
 
+bool Walk::is_in(const KeyRange& keys) {
+    (void)record();
+    return keys.holds(key_text());
+}
+
+std::int64_t Walk::place() {
+    (void)record();
+    std::string condition = condition_beyond(order_, Direction::backward, true);
+    for (const std::string& part : {filter_, order_.only}) {
+        if (!part.empty()) condition += " and (" + part + ")";
+    }
+    return work()
+        .prepare("select count(*) from " + quoted(columns_->table()) + " where " + condition, form_)
+        .one<std::int64_t>(key());
+}
+
 std::int64_t Walk::count() {
     const std::string condition = filter_.empty() ? "" : " where " + filter_;
     return work()

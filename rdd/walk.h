@@ -49,6 +49,10 @@ class Walk {
     void set_order(Order order);
     /// To the first or last record with one of the keys, or a softly sought one, as Area::seek().
     bool seek(const KeyRange& keys, SeekOptions options);
+    /// Whether the record has one of the keys.
+    [[nodiscard]] bool is_in(const KeyRange& keys);
+    /// Its place in the order, counted from 1. Throws AreaError when there is no record.
+    [[nodiscard]] std::int64_t place();
     /// The bytes that the database keeps a text as.
     [[nodiscard]] std::string kept(std::string_view text);
     /// Gives its statements up, and the indexes that they use.

@@ -206,6 +206,11 @@ class Area {
     /// Returns whether there is one; else the area stands at the end. `last`: to the last one of them.
     /// `soft`: to the next record behind where it would be. Throws when the keys are of another type.
     bool seek(const Parameter& key, SeekOptions options = {});
+    /// Whether the current record is one that seek() looks for.
+    [[nodiscard]] bool has_key(const Parameter& key);
+    /// The place of the current record in the order, under the filter, counted from 1; the rows before it are
+    /// counted. Throws when there is none.
+    [[nodiscard]] std::int64_t place();
     /// Makes an order. Nothing when there is that order already. A key expression of xBase is made of fields,
     /// texts, numbers, +, UPPER, LOWER, TRIM, SUBSTR, STR, STRZERO, DTOS, PADR and PADL. Texts are ordered
     /// byte by byte, numbers by value, dates with the empty one first. A unique order has of all records with

@@ -127,7 +127,7 @@ TEST_F(DbfLock, ADriverWithoutLocksSaysSo) {
     EXPECT_TRUE(refuses(table.pack()));
     EXPECT_TRUE(refuses(table.set_filter("N > 1")));
     EXPECT_TRUE(refuses(table.set_order(1)));
-    EXPECT_TRUE(refuses(table.create_order("N", "N")));
+    EXPECT_TRUE(refuses(table.create_order("N", "N", false)));
     EXPECT_TRUE(refuses(table.destroy_order(1)));
     EXPECT_TRUE(refuses(table.rebuild_orders()));
     EXPECT_TRUE(refuses(table.seek(1, {})));

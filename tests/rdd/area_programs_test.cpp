@@ -21,6 +21,7 @@ class AreaPrograms : public Database {
     // A table as the one program left it is filled anew, its record numbers from 1.
     void prepare(std::string_view table) {
         host::set(8, Value(false));
+        host::set(9, Value());
         if (call("istable", "OTHER").logical()) call("droptable", "OTHER");
         if (call("istable", "STAFF").logical()) {
             execute("delete from STAFF");
@@ -29,6 +30,7 @@ class AreaPrograms : public Database {
             host::dbcreate("staff", host_test::staff_structure());
         }
         host::dbusearea(false, {}, "staff");
+        while (host::ordname(1).size() > 0) host::orddestroy(1);
         if (table != "empty") host_test::append_staff();
         if (table == "closed") host::dbcloseall();
     }

@@ -130,8 +130,9 @@ class Table {
     [[nodiscard]] virtual std::size_t order() const { return 0; }
     /// Makes the moves follow that order; the current record stays.
     virtual bool set_order(std::size_t order);
-    /// Makes a new order, which the moves follow then.
-    virtual bool create_order(std::string_view name, std::string_view expression);
+    /// Makes a new order, which the moves follow then; a unique one has of all records with the same key the
+    /// first one only.
+    virtual bool create_order(std::string_view name, std::string_view expression, bool unique);
     /// Removes an order, for all uses of the table.
     virtual bool destroy_order(std::size_t order);
     /// Builds the orders anew.
@@ -139,6 +140,8 @@ class Table {
     /// To a record whose key in the present order is `key`, or begins with it; else to the end. Whether there
     /// is one.
     virtual bool seek(const Value& key, SeekOptions options);
+    /// Whether the current record is one that seek() looks for.
+    [[nodiscard]] virtual bool has_key(const Value&) { return false; }
     /// The place of the current record in the present order, counted from 1; 0 at the end. By default the
     /// record's number.
     [[nodiscard]] virtual std::int64_t key_number() { return eof() ? 0 : record_number(); }

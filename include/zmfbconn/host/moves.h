@@ -61,8 +61,10 @@ bool dblocate(const Value& for_block, const Value& while_block = {}, const Value
 /// returns found(). Nothing moves when there was none.
 bool dbcontinue();
 
-/// ORDCREATE(name, expression): makes an order by a key and lets the moves follow it. Whether that went well.
-bool ordcreate(const Value& name, const Value& expression);
+/// ORDCREATE(name, expression [, unique]): makes an order by a key, lets the moves follow it, and goes to its
+/// top; with `unique` the order has of all records with the same key the first one only. Whether that went
+/// well.
+bool ordcreate(const Value& name, const Value& expression, const Value& unique = {});
 /// ORDSETFOCUS([order]): the name of the order that the moves follow, "" for that of the record numbers. With
 /// `order`, a name or a number, they follow that one from here on; "" and 0 are that of the record numbers.
 /// One that the table does not have is raised (gencode no_order).
