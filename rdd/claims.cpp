@@ -43,18 +43,36 @@ constexpr int most_losses = 8;
 
 template <class Done>
 void persist(const Done& done) noexcept {
-    try {
-        Pauses pauses;
-        for (int losses = 0; !done() && losses < most_losses; ++losses)
+    Pauses pauses;
+    for (int losses = 0; losses < most_losses; ++losses) {
+        try {
+            if (done()) return;
             pauses.pause(Clock::time_point::max());
-    } catch (...) {  // cancelled, or broken off by an error block; this one has nobody to tell
+        } catch (...) {  // a query has failed, or an error block broke it off; there is nobody to tell
+        }
     }
 }
+
+// What is asked for the table and the area.
+constexpr const char* exclusive_areas =
+    "select first 1 OPN_AREAID from RDDSYS_OPN where OPN_TABLE = ? and OPN_AREAID <> ? and OPN_SHARED = 'F'";
+constexpr const char* other_areas =
+    "select first 1 OPN_AREAID from RDDSYS_OPN where OPN_TABLE = ? and OPN_AREAID <> ?";
+constexpr const char* other_table_locks =
+    "select first 1 FLK_AREAID from RDDSYS_FLK where FLK_TABLE = ? and FLK_AREAID <> ?";
+constexpr const char* other_record_locks =
+    "select first 1 RLK_AREAID from RDDSYS_RLK where RLK_TABLE = ? and RLK_AREAID <> ?";
+constexpr const char* own_registration =
+    "select first 1 OPN_AREAID from RDDSYS_OPN where OPN_TABLE = ? and OPN_AREAID = ?";
+constexpr const char* own_table_lock =
+    "select first 1 FLK_AREAID from RDDSYS_FLK where FLK_TABLE = ? and FLK_AREAID = ?";
+constexpr const char* own_record_lock =
+    "select first 1 RLK_AREAID from RDDSYS_RLK where RLK_TABLE = ? and RLK_AREAID = ? and RLK_RECNO = ?";
 
 }  // namespace
 
 Claims::Claims(const Desk& desk, std::string table, std::string id, OpenMode mode)
-    : desk_(desk), table_(std::move(table)), id_(std::move(id)), mode_(mode) {
+    : desk_(desk), table_(std::move(table)), id_(std::move(id)), mode_(mode), looking_(desk.reading()) {
     insist(table_, Wait::zero(),
            [this] { return mode_ == OpenMode::exclusive ? open_exclusive() : open_shared(); });
 }
@@ -78,34 +96,50 @@ void Claims::insist(std::string_view what, Wait wait, const std::function<Refuse
     }
 }
 
-std::string Claims::another(const char* query) const {
-    return desk_.reading().maybe_one<std::string>(query, table_, id_).value_or("");
+template <class... More>
+std::string Claims::find(const char* query, const More&... more) const {
+    auto prepared = looks_.find(query);
+    if (prepared == looks_.end()) prepared = looks_.emplace(query, looking_.prepare(query)).first;
+    return prepared->second.maybe_one<std::string>(table_, id_, more...).value_or("");
 }
 
+template <class TakeBack>
+Claims::Refused Claims::look(const char* query, const TakeBack& take_back) const {
+    std::string holder;
+    try {
+        holder = find(query);
+    } catch (...) {
+        take_back();
+        throw;
+    }
+    if (holder.empty()) return std::nullopt;
+    take_back();
+    return holder;
+}
+
+// Asking the method first saves work.
 Claims::Refused Claims::open_shared() const {
     zmFBConn connection = desk_.connection();
-    if (!connection(m::settableusedbyarea, true, table_, AreaId(id_), true)) return "";
-    if (!connection(m::istableinexclusivemode, table_)) return std::nullopt;
-    const std::string holder = another(
-        "select first 1 OPN_AREAID from RDDSYS_OPN where OPN_TABLE = ? and OPN_SHARED = 'F' and "
-        "OPN_AREAID <> ?");
-    unregister();
-    return holder;
+    if (connection(m::istableinexclusivemode, table_)) return find(exclusive_areas);
+    if (!connection(m::settableusedbyarea, true, table_, AreaId(id_), true)) {
+        unregister();
+        return "";
+    }
+    return look(exclusive_areas, [this] { unregister(); });
 }
 
 // The lock is there before the registration, which keeps others from opening the table, is looked at.
 Claims::Refused Claims::open_exclusive() const {
-    constexpr const char* others =
-        "select first 1 OPN_AREAID from RDDSYS_OPN where OPN_TABLE = ? and OPN_AREAID <> ?";
-    if (std::string holder = another(others); !holder.empty()) return holder;
+    if (std::string holder = find(other_areas); !holder.empty()) return holder;
     if (Refused refused = lock_table()) return refused;
-    zmFBConn connection = desk_.connection();
-    const bool registered = connection(m::settableusedbyarea, true, table_, AreaId(id_), false);
-    std::string holder = registered ? another(others) : "";
-    if (registered && holder.empty()) return std::nullopt;
-    unregister();
-    unlock_table();
-    return holder;
+    const auto take_back = [this] {
+        unregister();
+        unlock_table();
+    };
+    if (desk_.connection()(m::settableusedbyarea, true, table_, AreaId(id_), false))
+        return look(other_areas, take_back);
+    take_back();
+    return "";
 }
 
 bool Claims::covers(std::int64_t recno) const {
@@ -134,25 +168,15 @@ Claims::Refused Claims::lock_record(std::int64_t recno) const {
         if (holder.text().empty()) holder = connection(m::getflockareaid, table_);
         return holder == own ? "" : holder.text();
     }
-    if (!connection(m::existsanotheruserflock, table_, own)) return std::nullopt;
-    const AreaId holder = connection(m::getflockareaid, table_);
-    unlock_record(recno);
-    return holder.text();
+    return look(other_table_locks, [&] { unlock_record(recno); });
 }
 
 Claims::Refused Claims::lock_table() const {
-    constexpr const char* lockers =
-        "select first 1 RLK_AREAID from RDDSYS_RLK where RLK_TABLE = ? and RLK_AREAID <> ?";
     zmFBConn connection = desk_.connection();
-    const AreaId own(id_);
-    if (!connection(m::settableaslocked, table_, own)) {
-        const AreaId holder = connection(m::getflockareaid, table_);
-        return holder.text().empty() || holder == own ? another(lockers) : holder.text();
-    }
-    std::string holder = another(lockers);
-    if (holder.empty()) return std::nullopt;
-    unlock_table();
-    return holder;
+    if (connection(m::settableaslocked, table_, AreaId(id_)))
+        return look(other_record_locks, [this] { unlock_table(); });
+    const std::string holder = find(other_table_locks);
+    return holder.empty() ? find(other_record_locks) : holder;
 }
 
 void Claims::give_back(std::int64_t recno) noexcept {
@@ -188,26 +212,29 @@ void Claims::leave() noexcept {
     }
     unregister();
     if (mode_ == OpenMode::exclusive || has_table_) unlock_table();
+    looks_.clear();
 }
 
+// An unlock that was refused may have been one of what was not locked.
 void Claims::unlock_record(std::int64_t recno) const noexcept {
     persist([&] {
-        zmFBConn connection = desk_.connection();
-        return connection(m::setrecordasunlocked, table_, AreaId(id_), RecordNumber(recno)) ||
-               !connection(m::isrecordlockedbyuser, table_, AreaId(id_), RecordNumber(recno));
+        return desk_.connection()(m::setrecordasunlocked, table_, AreaId(id_), RecordNumber(recno)) ||
+               find(own_record_lock, recno).empty();
     });
 }
 
 void Claims::unlock_table() const noexcept {
     persist([&] {
-        zmFBConn connection = desk_.connection();
-        return connection(m::settableasunlocked, table_, AreaId(id_)) ||
-               !connection(m::istablelockedbyuser, table_, AreaId(id_));
+        return desk_.connection()(m::settableasunlocked, table_, AreaId(id_)) || find(own_table_lock).empty();
     });
 }
 
+// The method takes a registration that it could not look for as one that is not there.
 void Claims::unregister() const noexcept {
-    persist([&] { return desk_.connection()(m::settableusedbyarea, false, table_, AreaId(id_), true); });
+    persist([&] {
+        return desk_.connection()(m::settableusedbyarea, false, table_, AreaId(id_), true) &&
+               find(own_registration).empty();
+    });
 }
 
 }  // namespace zmfb::rdd

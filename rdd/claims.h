@@ -23,7 +23,8 @@ std::string make_area_id(zmFBConn connection, std::string_view table, std::strin
 std::string make_unique(std::string_view alias);
 
 /// Everything is written first and looked at afterwards: of two areas that get in each other's way one sees
-/// the other. What the engine refuses in a deadlock is tried again.
+/// the other. What the engine refuses in a deadlock is tried again. The methods write; what they find may be
+/// that a query has failed, so looking is done here, where that is thrown.
 class Claims {
   public:
     using Wait = Area::Wait;
@@ -63,12 +64,19 @@ class Claims {
     void unlock_record(std::int64_t recno) const noexcept;
     void unlock_table() const noexcept;
     void unregister() const noexcept;
-    /// The first of others that a query finds; "" when there is none.
-    [[nodiscard]] std::string another(const char* query) const;
+    /// The first area that a query finds for the table and this area; "" when there is none. Throws SqlError.
+    template <class... More>
+    [[nodiscard]] std::string find(const char* query, const More&... more) const;
+    /// The same of others that may have come in before; takes back what was written when there are any, or
+    /// the query fails.
+    template <class TakeBack>
+    Refused look(const char* query, const TakeBack& take_back) const;
 
     const Desk& desk_;
     std::string table_, id_;
     OpenMode mode_;
+    mutable Transaction looking_;
+    mutable std::map<const char*, Statement> looks_;
     std::map<std::int64_t, Lock> records_;
     bool has_table_ = false, wants_table_ = false;
 };
