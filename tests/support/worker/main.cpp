@@ -4,7 +4,7 @@
 // line on standard output: the result as a literal, or "raised: " and a description. attach(db, user,
 // password, role) makes the object; prepare(db) calls prepare_client(), engine() answers with the engine's
 // last message, shell(command) runs a command as a child and answers with its status. The calls of program.h
-// are carried out here, all others by the object. Ends at end of input.
+// and crowd.h are carried out here, all others by the object. Ends at end of input.
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
@@ -13,6 +13,7 @@
 #include <string>
 
 #include "host/error.h"
+#include "tests/support/worker/crowd.h"
 #include "tests/support/worker/program.h"
 #include "tool/literal.h"
 #include "zmfbconn/database.h"
@@ -36,6 +37,7 @@ void carry_out(std::optional<zmFBConn>& connection, const tool::Call& call) {
     if (call.method == "opentable") return answer(opentable(*connection, args));
     if (call.method == "closetable") return answer(closetable(*connection, args));
     if (call.method == "appendrows") return answer(appendrows(*connection, args));
+    if (call.method == "crowd") return answer(crowd(*connection, args));
     if (call.method == "churn") churn(*connection, args, answer);
     answer(connection->call_with(call.method, args));
 }
