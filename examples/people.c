@@ -1,6 +1,7 @@
 /*
- * The C interface: makes a database and a table, puts people in and asks for them, lends the library a code
- * block, and hears about a raised error. people.pl and people.py do the same from Perl and Python.
+ * The C interface: makes a database and a table, puts people in and asks for them, goes through them in a
+ * work area, lends the library a code block, and hears about a raised error. people.pl and people.py do the
+ * same from Perl and Python.
  *
  *     people people.fdb
  */
@@ -92,6 +93,52 @@ static void print_people(const zmfb_value* connection, int64_t largest_credit) {
     zmfb_free_statement(query), zmfb_free_transaction(work);
 }
 
+/* Runs an operation of work areas with up to two arguments. */
+static void area(const char* operation, const zmfb_value* first, const zmfb_value* second,
+                 zmfb_value* result) {
+    const zmfb_value* arguments[] = {first, second};
+    must(zmfb_call_area(operation, arguments, second != NULL ? 2 : first != NULL ? 1 : 0, result));
+}
+
+static int says_yes(const char* operation, const zmfb_value* argument) {
+    zmfb_value* answer = zmfb_new();
+    int yes = 0;
+    area(operation, argument, NULL, answer);
+    must(zmfb_get_logical(answer, &yes));
+    zmfb_free(answer);
+    return yes;
+}
+
+static double number_of(const char* operation, const zmfb_value* argument) {
+    zmfb_value* answer = zmfb_new();
+    double number = 0;
+    area(operation, argument, NULL, answer);
+    must(zmfb_get_number(answer, &number, NULL, NULL));
+    zmfb_free(answer);
+    return number;
+}
+
+/* A work area: finds Bo in any case of letters, changes him under a lock, and goes through all. */
+static void work_in_an_area(const zmfb_value* connection) {
+    zmfb_value *yes = zmfb_new(), *text = zmfb_new(), *value = zmfb_new();
+    const zmfb_value* people[] = {yes, NULL, text, NULL, yes}; /* a new area, shared */
+    must(zmfb_call(connection, "setibrdd", NULL, 0, NULL));    /* areas are on its tables */
+    must(zmfb_set_logical(yes, 1)), set_text(text, "people");
+    must(zmfb_call_area("DBUSEAREA", people, 5, NULL));
+    set_text(text, "name"), set_text(value, "UPPER(NAME)");
+    area("ORDCREATE", text, value, NULL);
+    set_text(text, "credit"), set_text(value, "BO");
+    if (says_yes("DBSEEK", value) && says_yes("RLOCK", NULL)) {
+        must(zmfb_set_number(value, 7.5, 0, 0));
+        area("FIELDPUT", text, value, NULL);
+        area("DBUNLOCK", NULL, NULL, NULL);
+    }
+    for (area("DBGOTOP", NULL, NULL, NULL); !says_yes("EOF", NULL); area("DBSKIP", NULL, NULL, NULL))
+        printf("record %.0f has %.2f\n", number_of("RECNO", NULL), number_of("FIELDGET", text));
+    area("DBCLOSEAREA", NULL, NULL, NULL);
+    zmfb_free(value), zmfb_free(text), zmfb_free(yes);
+}
+
 static zmfb_status twice(void* context, const zmfb_value* const* arguments, size_t count,
                          zmfb_value* result) {
     double number = 0;
@@ -167,6 +214,7 @@ int main(int argc, char** argv) {
     create_table(connection);
     add_people(connection);
     print_people(connection, 0);
+    work_in_an_area(connection);
     lend_a_block();
     bytes_with_zeros();
     hear_of_errors(connection);

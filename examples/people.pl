@@ -6,6 +6,7 @@
 # The library is libzmfbconn.so.2, or the file that ZMFB_LIBRARY names.
 use strict;
 use warnings;
+use JSON::PP ();
 use FFI::Platypus 1.00;
 use FFI::Platypus::Buffer qw(scalar_to_buffer buffer_to_scalar);
 
@@ -20,11 +21,13 @@ $ffi->attach(["zmfb_$_->[0]" => $_->[0]], $_->[1], $_->[2]) for (
     [create_database => ['string', 'string', 'string']                   => 'int'],
     [connect        => ['opaque', 'string', 'string', 'string', 'string'] => 'int'],
     [call           => ['opaque', 'string', 'opaque[]', 'size_t', 'opaque'] => 'int'],
+    [call_area      => ['string', 'opaque[]', 'size_t', 'opaque']        => 'int'],
     [eval           => ['opaque', 'opaque[]', 'size_t', 'opaque']        => 'int'],
     [get_member     => ['opaque', 'string', 'opaque']                    => 'int'],
     [set_error_block => ['opaque']                                       => 'int'],
     [set_text       => ['opaque', 'opaque', 'size_t']                    => 'int'],
     [set_array      => ['opaque', 'size_t']                              => 'int'],
+    [set_logical    => ['opaque', 'int']                                 => 'int'],
     [set_number     => ['opaque', 'double', 'int', 'int']                => 'int'],
     [set_block      => ['opaque', 'body', 'opaque', 'opaque']            => 'int'],
     [append         => ['opaque', 'opaque']                              => 'int'],
@@ -57,7 +60,8 @@ use constant { READ_WRITE => 0, READ_ONLY => 1 };
 
 sub must { my ($status) = @_; die main::message() . "\n" if $status != OK; }
 
-# A new place that holds a Perl value: a text, a number by reference (\21), an array, or a closure as a code block.
+# A new place that holds a Perl value: a text, a number by reference (\21), a boolean of JSON::PP, an array, or a
+# closure as a code block.
 sub place {
     my ($value) = @_;
     my $place = main::new();
@@ -68,6 +72,8 @@ sub place {
             must(append($place, $part));
             free($part);
         }
+    } elsif (ref $value eq 'JSON::PP::Boolean') {
+        must(set_logical($place, $value));
     } elsif (ref $value eq 'FFI::Platypus::Closure') {
         must(set_block($place, $value, undef, undef));
     } elsif (ref $value eq 'SCALAR') {
@@ -168,6 +174,27 @@ while (($status = main::next($query)) == OK) {
 must($status) if $status != END_OF_ROWS;    # the rows broke off half-way
 free_statement($query);
 free_transaction($work);
+
+# Runs an operation of work areas.
+sub area {
+    my ($operation, @values) = @_;
+    my ($status, $given) = run(sub { call_area($operation, @_) }, @values);
+    must($status);
+    return $given;
+}
+
+# A work area: finds Bo in any case of letters, changes him under a lock, and goes through all.
+call_method($connection, 'setibrdd');    # areas are on its tables
+area('dbusearea', JSON::PP::true, undef, 'people', undef, JSON::PP::true);
+area('ordcreate', 'name', 'UPPER(NAME)');
+if (area('dbseek', 'BO') && area('rlock')) {
+    area('fieldput', 'credit', \7.5);
+    area('dbunlock');
+}
+for (area('dbgotop'); !area('eof'); area('dbskip')) {
+    printf "record %d has %.2f\n", area('recno'), area('fieldget', 'credit');
+}
+area('dbclosearea');
 
 my $twice = $ffi->closure(sub {
     my (undef, $list, $count, $result) = @_;

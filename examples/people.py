@@ -9,6 +9,7 @@ from datetime import date
 from decimal import Decimal
 
 import zmfbconn
+from zmfbconn import areas
 
 STRUCTURE = [["name", "C", 10, 0], ["born", "D", 8, 0], ["credit", "N", 12, 2]]
 
@@ -26,6 +27,21 @@ def print_people(connection, largest_credit):
         for row in work.query("select name, cast(born as date), credit from people where credit <= ? order by name",
                               largest_credit):
             print(" | ".join("NULL" if value is None else str(value) for value in row))
+
+
+def work_in_an_area(connection):
+    """Finds Bo in any case of letters, changes him under a lock, and goes through all."""
+    connection.call("setibrdd")  # areas are on its tables
+    areas.dbusearea(True, None, "people", None, True)
+    areas.ordcreate("name", "UPPER(NAME)")
+    if areas.dbseek("BO") and areas.rlock():
+        areas.fieldput("credit", 7.5)
+        areas.dbunlock()
+    areas.dbgotop()
+    while not areas.eof():
+        print(f"record {areas.recno()} has {areas.fieldget('credit'):.2f}")
+        areas.dbskip()
+    areas.dbclosearea()
 
 
 def status_of(function, *values):
@@ -71,6 +87,7 @@ def main():
         connection.call("createtable", "people", STRUCTURE)
         add_people(connection)
         print_people(connection, 0)
+        work_in_an_area(connection)
         lend_a_block()
         hear_of_errors(connection)
 
