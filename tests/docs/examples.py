@@ -3,9 +3,10 @@
     examples.py TOP FOLDER TOOL
 
 FOLDER has the programs, TOOL is zmfb. Each runs in an empty folder of its own with the arguments below; "..." in the expected output
-stands as in pages. Programs that pages show whole are examples as they are.
+stands as in pages. Programs that pages show whole are examples as they are, and so is all code of docs/from-dbf.md.
 """
 
+import re
 import subprocess
 import sys
 import tempfile
@@ -49,11 +50,19 @@ def problems_of(name, expected, programs, words):
 
 
 def shown_programs(top):
-    """(page, line, text) of the programs that pages show."""
+    """(page, line, text) of the programs that pages show, and of the parts of programs on one page."""
     for path in documents(top):
         for block in Page(path).blocks:
-            if block.words[:1] == ["cpp"] and any("int main(" in line for line in block.lines):
+            is_part = path.name == "from-dbf.md" and block.words[:1] in (["cpp"], ["python"])
+            if is_part or block.words[:1] == ["cpp"] and any("int main(" in line for line in block.lines):
                 yield path.name, block.line, "\n".join(block.lines) + "\n"
+
+
+def sources_in(examples):
+    """The texts of the examples, each also with all lines four columns further to the left."""
+    for path in [*examples.glob("*.cpp"), *examples.glob("*.py")]:
+        text = path.read_text(encoding="utf-8")
+        yield from (text, re.sub("^    ", "", text, flags=re.M))
 
 
 def main():
@@ -64,9 +73,9 @@ def main():
     told = (examples / "README.md").read_text(encoding="utf-8")
     problems = [f"{name}: has no arguments here" for name in names if name not in ARGUMENTS]
     problems += [f"{name}: examples/README.md does not tell of it" for name in names if f"{name}.cpp" not in told]
-    sources = [path.read_text(encoding="utf-8") for path in examples.glob("*.cpp")]
+    sources = list(sources_in(examples))
     problems += [f"{page}:{line}: this program is none of the examples" for page, line, text in shown_programs(top)
-                 if text not in sources]
+                 if not any(text in source for source in sources)]
     with ThreadPoolExecutor(max_workers=2) as pool:
         found = pool.map(lambda name: problems_of(name, examples / "expected" / f"{name}.out", programs, words),
                          [name for name in names if name in ARGUMENTS])
