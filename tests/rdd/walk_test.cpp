@@ -1,6 +1,7 @@
 // Moving about in a table, in each skip mode, alone and while others change it.
 #include "tests/rdd/area_test.h"
 #include "tests/sql/sql_error_of.h"
+#include "tests/support/heap.h"
 
 namespace zmfb::test {
 namespace {
@@ -200,6 +201,26 @@ TEST_P(AreaWalk, MayTakeAModeWhileItGoesOn) {
         EXPECT_TRUE(area.skip());
         EXPECT_EQ(area.recno(), i + 1);
     }
+}
+
+// The first walk fills what the engine keeps.
+TEST_P(AreaWalk, TakesMemoryForABlockAndNotForTheTable) {
+    connection()(m::createtable, "WIDE", Structure{{"TEXT", "C", 2000, 0}});
+    constexpr int records = 10000;
+    execute("execute block as declare i integer = 1; begin while (i <= " + std::to_string(records) +
+            ") do begin insert into WIDE (TEXT) values (lpad('', 2000, 'x')); i = i + 1; end end");
+    Area area(connection(), "WIDE");
+    EXPECT_EQ(walked(area).size(), std::size_t{records});
+    const std::size_t before = heap_in_use();
+    std::size_t most = 0, met = 0;
+    for (const Area& at : area) {
+        met += at["TEXT"].as<std::string_view>().size() == 2000 ? 1 : 0;
+        most = std::max(most, heap_in_use());
+    }
+    EXPECT_EQ(met, std::size_t{records});
+    constexpr std::size_t table_size = std::size_t{2000} * records, some = 4000000;
+    static_assert(some < table_size / 4);
+    EXPECT_LT(most, before + some);
 }
 
 // The rows that are read ahead are as they were; the next block is as it is.
