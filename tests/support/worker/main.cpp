@@ -39,6 +39,8 @@ void carry_out(std::optional<zmFBConn>& connection, const tool::Call& call) {
     if (call.method == "appendrows") return answer(appendrows(*connection, args));
     if (call.method == "crowd") return answer(crowd(*connection, args));
     if (call.method == "churn") churn(*connection, args, answer);
+    if (call.method == "makeorder") return answer(makeorder(*connection, args));
+    if (call.method == "churnorders") churnorders(*connection, args, answer);
     answer(connection->call_with(call.method, args));
 }
 

@@ -30,4 +30,11 @@ Value appendrows(zmFBConn& connection, Args args);
 /// there is no other.
 [[noreturn]] void churn(zmFBConn& connection, Args args, void (*answer)(const Value&));
 
+/// makeorder(tbl, name, expression): makes the order. Answers .T.
+Value makeorder(zmFBConn& connection, Args args);
+
+/// churnorders(tbl, name, expression): makes the order and drops it until the process is killed. The first
+/// answer, .T., comes when it was made once; there is no other.
+[[noreturn]] void churnorders(zmFBConn& connection, Args args, void (*answer)(const Value&));
+
 }  // namespace zmfb::test
