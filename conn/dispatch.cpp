@@ -1,5 +1,6 @@
 #include <array>
 #include <cstddef>
+#include <exception>
 
 #include "conn/log.h"
 #include "conn/methods.h"
@@ -8,6 +9,25 @@
 #include "rdd/serve_areas.h"
 
 namespace zmfb::conn {
+
+namespace {
+
+// No work area may outlive the object. An error block that throws breaks a disconnect off in the area that
+// was being closed; the next one goes on with those behind it.
+void disconnect_for_good(Self& self) {
+    std::exception_ptr first;
+    std::size_t tries = var(self, Var::aaliases).size() + 1;
+    for (; tries > 0 && ask(self, "isconnected"); --tries) {
+        try {
+            call(self, "disconnect");
+        } catch (...) {
+            if (!first) first = std::current_exception();
+        }
+    }
+    if (first) std::rethrow_exception(first);
+}
+
+}  // namespace
 
 Value nomethod(Self& self, Args args) {
     const Value& meth = args[0];
@@ -29,7 +49,7 @@ Value axit(Self& self, Args) {
     const Value text = "[GONE] Class: zmFBConn no longer exists. DB: " + var(self, Var::sdbname);
     log_event(0, text.text());
     rdd::serve_no_areas(self);
-    if (ask(self, "isconnected")) call(self, "disconnect");
+    disconnect_for_good(self);
     return true;
 }
 

@@ -41,7 +41,7 @@ AreaTable::AreaTable(host::Object& object, Area&& area, OpenMode mode)
 AreaTable::~AreaTable() {
     try {
         if (held_ && area_.is_open()) held_->write();
-    } catch (const std::exception&) {
+    } catch (...) {
     }
 }
 

@@ -1,5 +1,6 @@
 // The driver ZMRDDFIRE: which object serves areas, what others see of them, and what is written.
 #include "host/error.h"
+#include "host/text.h"
 #include "host/workarea.h"
 #include "tests/host/errors.h"
 #include "tests/rdd/area_test.h"
@@ -83,6 +84,22 @@ TEST_F(AreaDriver, TheLastHandleOfTheObjectClosesItsAreas) {
     EXPECT_EQ(caught.text("description"), "No connection serves ZMRDDFIRE: call setibrdd on one: stock");
     EXPECT_EQ(caught.text("subsystem"), "ZMRDDFIRE");
     EXPECT_FALSE(host::neterr().logical());
+}
+
+TEST_F(AreaDriver, NoAreaOutlivesItsObjectWhateverAnErrorBlockThrows) {
+    execute("alter table STOCK add check (ONHAND < 100)");
+    for (const char* alias : {"FIRST", "SECOND", "THIRD"}) {
+        use(alias);
+        host::dbgoto(host::select());
+        host::rlock();
+        host::fieldput("ONHAND", 100);  // what the close is to write is refused
+    }
+    {
+        const host::ThrowingErrors thrown;
+        disconnect();
+    }
+    for (const char* alias : {"FIRST", "SECOND", "THIRD"}) EXPECT_EQ(host::table_of(alias), nullptr) << alias;
+    EXPECT_EQ(system_tables(), "");
 }
 
 TEST_F(AreaDriver, AnObjectThatIsNotActiveOpensNone) {
@@ -280,6 +297,26 @@ TEST_F(AreaDriver, TypesThatTheDriverMakesNoTablesOfAreReadAndWritten) {
     EXPECT_EQ(rows("select B, X, D, cast(T as date), M, F from WIDE")[0],
               (std::vector<std::string>{"4503599627370497", "TRUE", "2023-02-24", "2023-02-24", "another",
                                         "0.1000000000000000"}));
+}
+
+TEST_F(AreaDriver, TextsOfADatabaseOfSeveralBytesACharacterAreItsBytes) {
+    execute("alter database set default character set UTF8");
+    disconnect();
+    call("setibrdd");
+    host::dbcreate("people", host::array_of(host::array_of("NAME", "C", 10, 0)));
+    host::dbusearea(true, {}, "people");
+    EXPECT_EQ(show(host::dbstruct()), R"({{"NAME", "C", 40, 0}})");
+    host::dbappend();
+    host::fieldput("NAME", "Jo\xC3\xA3o");
+    host::dbcommit();
+    EXPECT_EQ(rows("select char_length(trim(NAME)) from PEOPLE")[0][0], "4");
+    EXPECT_EQ(host::trim(host::fieldget("NAME")).string(), "Jo\xC3\xA3o");
+    EXPECT_TRUE(host::ordcreate("name", "NAME") && host::dbseek("Jo\xC3\xA3"));
+    CaughtErrors caught;
+    host::fieldput("NAME", "twelve bytes");
+    EXPECT_FALSE(host::dbcommit());
+    EXPECT_EQ(caught.number("gencode"), 24) << "more characters than the field has";
+    EXPECT_EQ(host::trim(host::fieldget("NAME")).string(), "Jo\xC3\xA3o");
 }
 
 TEST_F(AreaDriver, WhatIsNoTableOfTheDriverIsRefused) {
