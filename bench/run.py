@@ -12,6 +12,7 @@ sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 from bench.conn import calls  # noqa: E402
 from bench.locks import record_locks  # noqa: E402
 from bench.matrix import extraction  # noqa: E402
+from bench.rdd import areas  # noqa: E402
 from bench.sql import growth, reading, typed  # noqa: E402
 from bench.support import report  # noqa: E402
 from bench.support.processes import Failure  # noqa: E402
@@ -31,6 +32,7 @@ BENCHMARKS = {
     "export": (exporting.exile, True),
     "export-tool": (exporting.write_out, True),
     "locks": (record_locks.lock, True),
+    "areas": (areas.areas, True),
     "call": (calls.by_name, False),
     "matrix": (extraction.extract, True),
     "growth": (growth.select, False),
@@ -48,6 +50,7 @@ SIZES = {
     "peer_records_over_tcp": (200_000, 50_000, 200),  # record by record, each is a way there and back
     "peer_records_over_slow_tcp": (2_000, 1_000, 200),
     "lock_pairs": (500, 200, 2),
+    "seeks": (10_000, 10_000, 50),
     "tables": (1_000, 60, 3),
     "growth": ([10_000, 100_000, 1_000_000, 5_000_000], [10_000, 100_000, 1_000_000], [50, 200]),
 }

@@ -92,7 +92,38 @@ BareSession::Cursor::Cursor(BareSession& session, const std::string& statement, 
     }
 }
 
-void BareSession::Cursor::open_plainly(const std::string& statement) {
+BareSession::Cursor::Cursor(BareSession& session, const std::string& statement, std::string_view block,
+                            const std::string& value)
+    : session_(session) {
+    ISC_STATUS_ARRAY status;
+    isc_start_transaction(status, &transaction_, 1, &session.database_,
+                          static_cast<unsigned short>(block.size()), block.data());
+    check(status, "start");
+    prepare(statement);
+    execute(value);
+}
+
+void BareSession::Cursor::open_again(const std::string& value) {
+    ISC_STATUS_ARRAY status;
+    isc_dsql_free_statement(status, &statement_, DSQL_close);
+    check(status, "close");
+    execute(value);
+}
+
+void BareSession::Cursor::execute(const std::string& value) {
+    std::vector<char> text(value.begin(), value.end());
+    XSQLDA parameter{};
+    parameter.version = SQLDA_VERSION1;
+    parameter.sqln = parameter.sqld = 1;
+    parameter.sqlvar[0].sqltype = SQL_TEXT;
+    parameter.sqlvar[0].sqllen = static_cast<ISC_SHORT>(text.size());
+    parameter.sqlvar[0].sqldata = text.data();
+    ISC_STATUS_ARRAY status;
+    isc_dsql_execute(status, &transaction_, &statement_, SQL_DIALECT_V6, &parameter);
+    check(status, "execute");
+}
+
+void BareSession::Cursor::prepare(const std::string& statement) {
     ISC_STATUS_ARRAY status;
     isc_dsql_allocate_statement(status, &session_.database_, &statement_);
     check(status, "allocate");
@@ -105,6 +136,11 @@ void BareSession::Cursor::open_plainly(const std::string& statement) {
         check(status, "describe");
     }
     lay_out();
+}
+
+void BareSession::Cursor::open_plainly(const std::string& statement) {
+    prepare(statement);
+    ISC_STATUS_ARRAY status;
     isc_dsql_execute(status, &transaction_, &statement_, SQL_DIALECT_V6, nullptr);
     check(status, statement);
 }

@@ -34,6 +34,17 @@ class BareSession {
         while (cursor.fetch()) take(cursor.columns());
         cursor.finish();
     }
+    /// Runs a query with one "?" for a text, prepared once, for each of the values in one transaction.
+    template <class Take>
+    void query_each(const std::string& statement, std::span<const std::string> values, std::string_view block,
+                    const Take& take) {
+        Cursor cursor(*this, statement, block, values.front());
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            if (i > 0) cursor.open_again(values[i]);
+            while (cursor.fetch()) take(cursor.columns());
+        }
+        cursor.finish();
+    }
     /// Runs a statement that returns no rows in a transaction with that parameter block.
     void execute(const std::string& statement, std::string_view block) {
         execute_together({&statement, 1}, block);
@@ -45,6 +56,9 @@ class BareSession {
     class Cursor {
       public:
         Cursor(BareSession& session, const std::string& statement, std::string_view block);
+        Cursor(BareSession& session, const std::string& statement, std::string_view block,
+               const std::string& value);
+        void open_again(const std::string& value);
         Cursor(const Cursor&) = delete;
         ~Cursor();
         bool fetch();
@@ -56,7 +70,9 @@ class BareSession {
       private:
         void make_area(short columns);
         void lay_out();
+        void prepare(const std::string& statement);
         void open_plainly(const std::string& statement);
+        void execute(const std::string& value);
         void open_as_ours(const std::string& statement);
 
         BareSession& session_;

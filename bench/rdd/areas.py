@@ -1,0 +1,74 @@
+"""Work areas: a table walked through, sought in, changed and appended to by the operations of the language."""
+from bench.support.measure import Row, Target, paired
+from bench.support.processes import Failure
+from bench.support.stage import EMBEDDED
+
+MEGABYTE = 1e6
+
+
+def _checked(worker, what, expected, **fields):
+    """Times one contestant; it has to see the rows that the others see."""
+    def ask():
+        reply = worker.ask(what, **fields)
+        seen = reply["rows"], reply["credit"]
+        if expected.setdefault("seen", seen) != seen:
+            raise Failure(f"{what} sees {seen} instead of {expected['seen']}")
+        return reply["seconds"]
+    return ask
+
+
+def _walk(stage, worker, where):
+    before, _ = worker.memory()
+    worker.ask("areas.walk")
+    _, peak = worker.memory()
+    expected = {}
+    seconds = paired(stage.options.runs, {
+        "internalselect": _checked(worker, "areas.select", expected),
+        "ours": _checked(worker, "areas.walk", expected),
+    }, stage.progress)
+    what = f"{stage.options.rows:,} records by DBSKIP, 7 fields each"
+    yield Row(what, where, "internalselect of the rows", seconds["ours"], seconds["internalselect"],
+              Target(at_most=1.5))
+    grown = (peak - before) / MEGABYTE
+    yield Row("memory of that", where, "25 MB", [grown], [25.0], Target(at_most=1), "MB")
+
+
+def _seek(stage, worker, where):
+    expected = {}
+    fields = {"seed": 7, "seeks": stage.options.seeks, "records": stage.options.rows}
+    seconds = paired(stage.options.runs, {
+        "bare": _checked(worker, "areas.seek.bare", expected, **fields),
+        "ours": _checked(worker, "areas.seek", expected, **fields),
+    }, stage.progress)
+    yield Row(f"DBSEEK of {stage.options.seeks:,} keys", where, "bare client, prepared select", seconds["ours"],
+              seconds["bare"], Target(at_most=1.3))
+
+
+def _write(stage, worker, where, what, command):
+    times = stage.options.lock_pairs
+    statements = worker.ask(command + ".bare", times=1)["statements"]
+    seconds = paired(max(stage.options.runs, stage.options.short_runs), {
+        "bare": lambda: worker.ask(command + ".bare", times=times)["seconds"] / times * 1e3,
+        "ours": lambda: worker.ask(command, times=times)["seconds"] / times * 1e3,
+    }, stage.progress)
+    yield Row(what, where, "bare client, same statements", seconds["ours"], seconds["bare"], Target(at_most=1.1),
+              "ms", [f"{statements} statements"])
+
+
+def areas(stage):
+    """Against internalselect and the bare client."""
+    rows = []
+    file = stage.copy()
+    with stage.worker() as worker:
+        worker.ask("attach", database=stage.name(file, EMBEDDED))
+        worker.ask("areas.make", records=stage.options.rows)
+    for where in stage.wheres():
+        with stage.worker() as worker:
+            worker.ask("attach", database=stage.name(stage.copy(file), where))
+            worker.ask("areas.open")
+            rows += _walk(stage, worker, where)
+            rows += _seek(stage, worker, where)
+            rows += _write(stage, worker, where, "a record locked, changed, committed, unlocked", "areas.change")
+            rows += _write(stage, worker, where, "a record appended", "areas.append")
+            worker.ask("areas.close")
+    return rows
