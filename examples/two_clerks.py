@@ -24,6 +24,8 @@ def open_tables():
     """Opens the three tables shared, each in an area and an order of its own."""
     for table in TABLES:
         areas.dbusearea(True, None, table, table, True)
+        if areas.neterr():
+            sys.exit(f"{table} is in use by {areas.neterrholder()}")
     for table, order in (("customers", "name"), ("stock", "item")):
         areas.dbselectarea(table)
         areas.ordsetfocus(order)

@@ -10,7 +10,8 @@
         areas.dbunlock()
 
 docs/work-areas.md has them all. Values are those of methods; what is left out at the end is NIL. What cannot be done
-raises Error. Areas are the process's, one of them the current one.
+raises Error; only where another use of a table is in the way of dbusearea or dbappend, neterr() tells. Areas are the
+process's, one of them the current one.
 """
 
 from functools import partial
