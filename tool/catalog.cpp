@@ -79,15 +79,12 @@ bool are_free(zmFBConn& connection, std::span<const Name> names) {
 
 // Hardly ever one is, so many are asked for at once.
 std::vector<Name> reserved_among(zmFBConn& connection, std::span<const Name> names) {
-    constexpr std::size_t at_once = 100;
-    std::vector<Name> reserved;
-    while (!names.empty()) {
-        const auto some = names.first(std::min(names.size(), at_once));
-        names = names.subspan(some.size());
-        if (are_free(connection, some)) continue;
-        std::ranges::copy_if(some, std::back_inserter(reserved),
-                             [&](const Name& name) { return !are_free(connection, std::span(&name, 1)); });
-    }
+    constexpr std::size_t at_once = 300;
+    if (names.empty() || (names.size() <= at_once && are_free(connection, names))) return {};
+    if (names.size() == 1) return {names.front()};
+    const std::size_t half = names.size() / 2;
+    std::vector<Name> reserved = reserved_among(connection, names.first(half));
+    std::ranges::move(reserved_among(connection, names.subspan(half)), std::back_inserter(reserved));
     return reserved;
 }
 

@@ -68,7 +68,8 @@ void make_plan(FileImport& file) {
     const ImportOptions& options = file.options;
     ImportPlan& plan = file.plan;
     ImportReport& report = file.report;
-    plan = plan_import(file.connection, report.file, file.source.header, options.names, file.so_far.tables);
+    plan = plan_import(file.connection, file.so_far.engine, report.file, file.source.header, options.names,
+                       file.so_far.tables);
     std::erase_if(file.so_far.unused_renames,
                   [&](const auto& rename) { return !plan.unused_renames.contains(rename.first); });
     file.told.table = report.table = plan.table;

@@ -113,6 +113,7 @@ void plan_leftovers(zmFBConn& connection, ImportPlan& plan, LeftoverWish wish) t
                         table_beside("")));
         return;
     }
+    if (!plan.table_exists && !plan.beside_exists) return;
     for (const std::string& table : {plan.table, table_beside(plan.table)}) {
         const std::string who = who_fills(connection, table);
         if (!who.empty()) return plan.refusals.push_back(another_import(plan.table, who));

@@ -44,11 +44,12 @@ class Loading {
 void Loading::run() try {
     if (file_.plan.table_exists) beside_ = table_beside(file_.plan.table);
     const std::string& table = file_.plan.table_exists ? beside_ : file_.plan.table;
-    hold_.emplace(begin_table(file_.connection, table, columns()));
-    is_begun_ = true;
     std::optional<Turn> turn;  // for all that changes tables when the rows are there
     {
-        Transaction work(file_.connection);
+        NewTable begun = begin_table(file_.connection, table, columns());
+        hold_.emplace(std::move(begun.hold));
+        is_begun_ = true;
+        Transaction& work = begun.work;
         send(work, table);
         turn.emplace();
         if (beside_.empty()) {

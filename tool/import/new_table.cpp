@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <set>
+
 #include "tool/catalog.h"
 #include "tool/drop.h"
 #include "tool/import/turn.h"
@@ -10,21 +12,24 @@
 namespace zmfb::tool {
 namespace {
 
-bool is_unfinished(Transaction& work, const std::string& table) {
-    return work
-        .maybe_one<int>(
-            "select 1 from rdb$relations where rdb$relation_name = ? and rdb$description starting with "
-            "cast(? as varchar(99))",
-            table, unfinished_description)
-        .has_value();
+// Those of the tables that call themselves unfinished.
+std::set<std::string> unfinished_of(Transaction& work, const std::string& table, const std::string& other) {
+    std::set<std::string> found;
+    for (const auto& [name] : work.query<std::string>(
+             "select trim(rdb$relation_name) from rdb$relations where rdb$relation_name in (?, ?) and "
+             "rdb$description starting with cast(? as varchar(99))",
+             table, other, unfinished_description))
+        found.insert(name);
+    return found;
 }
 
 void drop_generators(Transaction& work, const std::string& table) {
-    for (const char* end : {"_I", "_D"}) {
-        const std::string name = "G_" + table + end;
-        if (work.maybe_one<int>("select 1 from rdb$generators where rdb$generator_name = ?", name))
-            work.execute("DROP GENERATOR " + name);
-    }
+    std::vector<std::string> names;
+    for (const auto& [name] : work.query<std::string>(
+             "select trim(rdb$generator_name) from rdb$generators where rdb$generator_name in (?, ?)",
+             "G_" + table + "_I", "G_" + table + "_D"))
+        names.push_back(name);
+    for (const std::string& name : names) work.execute("DROP GENERATOR " + name);
 }
 
 std::string keyless_beside(const std::string& table) { return "Z$$" + table; }
@@ -32,6 +37,7 @@ std::string keyless_beside(const std::string& table) { return "Z$$" + table; }
 }  // namespace
 
 void take_number_away(zmFBConn& connection, const std::string& keyless) {
+    drop_unfinished_table(connection, keyless);
     with_patience([&] {
         Transaction work(connection);
         work.execute(fmt::format("CREATE TABLE {} (A INTEGER)", keyless));
@@ -39,6 +45,12 @@ void take_number_away(zmFBConn& connection, const std::string& keyless) {
         work.commit();
     });
     drop_unfinished_table(connection, keyless);
+}
+
+std::string sql_text(std::string text) {
+    for (std::size_t at = 0; (at = text.find('\'', at)) != std::string::npos; at += 2)
+        text.insert(at, 1, '\'');
+    return "'" + text + "'";
 }
 
 void with_patience(const std::function<void()>& step) {
@@ -74,37 +86,58 @@ void make_table(zmFBConn& connection, const std::string& table, const std::funct
     }
 }
 
+// Descriptions of columns go to the server many at a time.
+void execute_all(Transaction& work, const std::vector<std::string>& statements) {
+    std::string descriptions;
+    const auto describe = [&] {
+        if (!descriptions.empty()) work.execute("EXECUTE BLOCK AS BEGIN " + descriptions + "END");
+        descriptions.clear();
+    };
+    for (const std::string& statement : statements) {
+        constexpr std::size_t enough = 32000;
+        if (descriptions.size() > enough) describe();
+        if (statement.starts_with("COMMENT ON COLUMN ")) {
+            descriptions += fmt::format("EXECUTE STATEMENT {}; ", sql_text(statement));
+        } else {
+            describe();
+            work.execute(statement);
+        }
+    }
+    describe();
+}
+
 [[noreturn]] void refuse_another(zmFBConn& connection, const std::string& table) {
     throw Failure{Exit::failed, another_import(table, who_fills(connection, table))};
 }
 
 }  // namespace
 
-ImportHold begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
-                       const std::function<void(Transaction&)>& drop) {
+NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
+                     const std::function<void(Transaction&)>& drop) {
     const Turn turn;
     std::string description;
-    drop_unfinished_table(connection, keyless_beside(table));
+    const std::string keyless = keyless_beside(table);
     make_table(connection, table, [&] {
         Transaction work(connection);
         description = own_description(work);
         if (drop) drop(work);
-        if (is_unfinished(work, table)) work.execute("DROP TABLE " + table);
+        const std::set<std::string> unfinished = unfinished_of(work, table, keyless);
+        if (unfinished.contains(keyless)) drop_parts(work, keyless);
+        if (unfinished.contains(table)) work.execute("DROP TABLE " + table);
         drop_generators(work, table);
-        for (const std::string& statement : statements_to_begin_table(table, columns, description))
-            work.execute(statement);
+        execute_all(work, statements_to_begin_table(table, columns, description));
         work.commit();
     });
     // Another import can have dropped it before it was held.
     try {
         ImportHold hold(connection, table);
-        Transaction work(connection, Access::read_only);
+        Transaction work(connection);
         const bool is_own =
             work.maybe_one<int>(
                     "select 1 from rdb$relations where rdb$relation_name = ? and rdb$description = ?", table,
                     description)
                 .has_value();
-        if (is_own) return hold;
+        if (is_own) return {std::move(hold), std::move(work)};
     } catch (const SqlError& error) {
         constexpr std::string_view table_unknown = "42S02";
         if (error.sqlstate() != table_unknown) throw;
@@ -129,7 +162,7 @@ bool drop_unfinished_table(zmFBConn& connection, const std::string& table) {
     bool was_there = false;
     with_patience([&] {
         Transaction work(connection);
-        was_there = is_unfinished(work, table);
+        was_there = !unfinished_of(work, table, table).empty();
         if (!was_there) return;
         drop_parts(work, table);
         work.commit();

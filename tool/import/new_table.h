@@ -13,13 +13,19 @@
 
 namespace zmfb::tool {
 
+/// A table that an import fills.
+struct NewTable {
+    ImportHold hold;
+    Transaction work;  ///< for its rows
+};
+
 // All of these throw SqlError.
 
 /// Makes it, in one transaction, in the place of an unfinished one that an earlier import left, and of
 /// generators that a table left behind; before that drops what `drop` does in the same transaction. Throws
 /// Failure when another import fills it.
-ImportHold begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
-                       const std::function<void(Transaction&)>& drop = {});
+NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
+                     const std::function<void(Transaction&)>& drop = {});
 
 /// Adds what is still missing, in the transaction of its rows. Their numbers are 1 to `rows`.
 void finish_table(Transaction& work, const std::string& table, std::uint64_t rows);
@@ -34,6 +40,9 @@ bool drop_unfinished_table(zmFBConn& connection, const std::string& table);
 /// can give its number to the next one, and stumble over what it finds under that number; this one takes it
 /// away.
 void take_number_away(zmFBConn& connection, const std::string& keyless);
+
+/// A text as it stands in a statement: in quotes, with those in it doubled.
+std::string sql_text(std::string text);
 
 /// Runs a step that changes tables, and again while others are in its way for a moment.
 void with_patience(const std::function<void()>& step);

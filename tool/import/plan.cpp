@@ -3,13 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdlib>
 
 #include "host/text.h"
 #include "tool/catalog.h"
-#include "tool/character_set.h"
 #include "tool/encoding.h"
-#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -19,18 +16,6 @@ using Kind = LoadColumn::Kind;
 constexpr std::size_t largest_precision = 18;
 constexpr std::size_t largest_char = 32765;
 constexpr std::size_t largest_row = 65535;
-
-// Engines before 4 have names of 31 bytes.
-std::size_t longest_name(zmFBConn& connection) {
-    return std::atoi(engine_version(connection).c_str()) >= 4 ? 63 : 31;
-}
-
-std::set<std::string> reserved(zmFBConn& connection, const std::vector<std::string>& names) {
-    const std::vector<Name> plain(names.begin(), names.end());
-    std::set<std::string> found = reserved_later(names);
-    for (const Name& name : reserved_among(connection, plain)) found.insert(name.bytes());
-    return found;
-}
 
 std::string change_line(std::string_view what, const NameChange& change) {
     return fmt::format("the {} {} {}: it becomes {}", what, shown_bytes(change.from), change.why, change.to);
@@ -54,36 +39,62 @@ class Changes {
     bool strict_;
 };
 
-std::string name_among(zmFBConn& connection, const std::string& name, std::set<std::string>& taken,
-                       NameChange& change) {
-    return table_name(name, !reserved(connection, {plain_form(name, "T_")}).empty(), taken, change);
+// The name to ask the engine about.
+std::string plain_table_name(const std::string& name) { return plain_form(name, "T_"); }
+
+// Which relations there are of the table's name, its own and that of a table beside it, and the generators
+// that one which is gone has left to the one that is made.
+void look_for_table(zmFBConn& connection, ImportPlan& plan) {
+    constexpr int generator = 2;
+    const std::string& table = plan.table;
+    const std::string beside = table_beside(table);
+    const std::string query = fmt::format(
+        "select trim(rdb$relation_name), iif(rdb$relation_name = {0}, 0, 1) from rdb$relations where "
+        "rdb$relation_name in ({0}, {0}) union all select trim(rdb$generator_name), {1} from rdb$generators "
+        "where rdb$generator_name in ({0}, {0}, {0}, {0}) order by 1 desc",
+        any_name, generator);
+    std::set<std::string> generators;
+    for (const auto& [name, what] :
+         rows_of<std::string, int>(connection, query, table, table, beside, "G_" + table + "_I",
+                                   "G_" + table + "_D", "G_" + beside + "_I", "G_" + beside + "_D")) {
+        if (what == generator) {
+            generators.insert(name);
+        } else {
+            (what == 0 ? plan.table_exists : plan.beside_exists) = true;
+        }
+    }
+    if (plan.table_exists && plan.beside_exists) return;
+    const std::string& made = plan.table_exists ? beside : table;
+    for (const char* end : {"_I", "_D"}) {
+        const std::string name = "G_" + made + end;
+        if (generators.contains(name))
+            plan.changes.push_back(
+                fmt::format("the generator {}, of a table that is gone, taken over", name));
+    }
 }
 
-void name_table(zmFBConn& connection, const std::string& path, const WantedNames& wanted,
+void name_table(zmFBConn& connection, const std::string& name, bool is_reserved, bool strict,
                 std::set<std::string>& taken, ImportPlan& plan) {
-    const std::string name = wanted.table.empty() ? table_of_file(path) : upper_bytes(wanted.table);
     if (taken.contains(name)) {
         plan.table = name;
         plan.refusals.push_back(fmt::format("another file of this run is the table {} already", name));
         return;
     }
     NameChange change;
-    plan.table = name_among(connection, name, taken, change);
-    Changes(plan, wanted.strict).add("table", change);
-    plan.table_exists = connection(m::istable, plan.table);
-    const Name made(plan.table_exists ? table_beside(plan.table) : plan.table);
-    if (is_there(connection, ObjectKind::relation, made)) return;
-    for (const Name& one : generator_names_of(connection, made)) {
-        plan.changes.push_back(
-            fmt::format("the generator {}, of a table that is gone, taken over", one.bytes()));
-    }
+    plan.table = table_name(name, is_reserved, taken, change);
+    Changes(plan, strict).add("table", change);
+    look_for_table(connection, plan);
 }
 
-void name_columns(zmFBConn& connection, const dbf::Header& header, const WantedNames& wanted,
-                  ImportPlan& plan) {
+std::vector<std::string> names_in_file(const dbf::Header& header, const WantedNames& wanted) {
     std::vector<std::string> names;
     for (const dbf::Field& field : header.fields) names.push_back(host::upper(field.name).string());
     if (wanted.marks_deleted) names.emplace_back("DELETED_");
+    return names;
+}
+
+void name_columns(FieldNames& fields, const std::vector<std::string>& names, const WantedNames& wanted,
+                  ImportPlan& plan) {
     plan.unused_renames = wanted.fields;
     for (const std::string& name : names) plan.unused_renames.erase(name);
     for (const auto& [from, to] : plan.unused_renames) {
@@ -91,8 +102,6 @@ void name_columns(zmFBConn& connection, const dbf::Header& header, const WantedN
         plan.refusals.push_back(
             fmt::format("there is no field {0}, which --rename {0}={1} names", shown_bytes(from), to));
     }
-    FieldNames fields(names, wanted.fields);
-    fields.settle(reserved(connection, fields.wanted()), longest_name(connection));
     for (std::size_t i = 0; i < plan.columns.size(); ++i)
         plan.columns[i].column.name = plan.columns[i].load.name = fields.names()[i];
     Changes changes(plan, wanted.strict);
@@ -182,10 +191,18 @@ std::string table_of_file(const std::string& path) {
     return upper_bytes(name.substr(0, name.find('.')));
 }
 
-void take_table_name(zmFBConn& connection, const std::string& path, std::set<std::string>& taken) {
+void ask_for_table_names(zmFBConn& connection, EngineFacts& engine, const std::vector<std::string>& paths) {
+    std::vector<std::string> names;
+    for (const std::string& path : paths) names.push_back(plain_table_name(table_of_file(path)));
+    engine.reserved(connection, names);
+}
+
+void take_table_name(zmFBConn& connection, EngineFacts& engine, const std::string& path,
+                     std::set<std::string>& taken) {
     const std::string name = table_of_file(path);
+    if (taken.contains(name)) return;
     NameChange change;
-    if (!taken.contains(name)) name_among(connection, name, taken, change);
+    table_name(name, !engine.reserved(connection, {plain_table_name(name)}).empty(), taken, change);
 }
 
 PlannedColumn plan_column(const dbf::Field& field, std::size_t place) {
@@ -239,13 +256,20 @@ std::string sql_type_of(const PlannedColumn& column) {
     return column.column.definition.substr(0, column.column.definition.find(" DEFAULT"));
 }
 
-ImportPlan plan_import(zmFBConn& connection, const std::string& path, const dbf::Header& header,
-                       const WantedNames& wanted, std::set<std::string>& taken) {
+ImportPlan plan_import(zmFBConn& connection, EngineFacts& engine, const std::string& path,
+                       const dbf::Header& header, const WantedNames& wanted, std::set<std::string>& taken) {
     ImportPlan plan;
-    const CharacterSet set = default_character_set(connection);
+    const CharacterSet& set = engine.character_set(connection);
     if (const std::string problem = text_problem(set); !problem.empty()) plan.refusals.push_back(problem);
     const auto character = static_cast<std::size_t>(set.bytes);
-    name_table(connection, path, wanted, taken, plan);
+    const std::string table = wanted.table.empty() ? table_of_file(path) : upper_bytes(wanted.table);
+    const std::vector<std::string> names = names_in_file(header, wanted);
+    FieldNames fields(names, wanted.fields);
+    std::vector<std::string> asked = fields.wanted();
+    asked.push_back(plain_table_name(table));
+    const std::set<std::string> reserved = engine.reserved(connection, asked);
+    fields.settle(reserved, engine.longest_name(connection));
+    name_table(connection, table, reserved.contains(asked.back()), wanted.strict, taken, plan);
     for (std::size_t i = 0; i < header.fields.size(); ++i) {
         const dbf::Field& field = header.fields[i];
         plan.columns.push_back(plan_column(field, i));
@@ -256,7 +280,7 @@ ImportPlan plan_import(zmFBConn& connection, const std::string& path, const dbf:
     }
     if (wanted.marks_deleted)
         plan.columns.push_back(planned_xbase(PlannedColumn::deletion_mark, 'L', 1, 0, Kind::fixed, 1));
-    name_columns(connection, header, wanted, plan);
+    name_columns(fields, names, wanted, plan);
     if (row_size(header, character) > largest_row)
         plan.refusals.push_back(fmt::format("a row would take more than {} bytes", largest_row));
     return plan;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tool/import/engine_facts.h"
 #include "tool/import/row_loader.h"
 #include "tool/session.h"
 #include "tool/transfer/names.h"
@@ -33,9 +34,9 @@ struct PlannedColumn {
 struct Digits {
     std::size_t whole = 0, decimals = 0;  ///< of a wide field: as many as the longest have, without zeros
                                           ///< that say nothing
-    bool beyond_numeric = false;     ///< of an F field: its NUMERIC does not hold them
-    std::uint64_t rounded = 0;       ///< numbers with more decimals than the NUMERIC keeps
-    std::uint64_t rounded_real = 0;  ///< numbers that DOUBLE PRECISION does not give back
+    bool beyond_numeric = false;          ///< of an F field: its NUMERIC does not hold them
+    std::uint64_t rounded = 0;            ///< numbers with more decimals than the NUMERIC keeps
+    std::uint64_t rounded_real = 0;       ///< numbers that DOUBLE PRECISION does not give back
 };
 
 /// How people want things to be called.
@@ -50,6 +51,7 @@ struct WantedNames {
 struct ImportPlan {
     std::string table;
     bool table_exists = false;
+    bool beside_exists = false;  ///< what is loaded for a table that is there
     std::vector<PlannedColumn> columns;
     std::vector<std::string> changes;   ///< of names, UTF-8, a line each
     std::vector<std::string> notes;     ///< on what comes of it, UTF-8, a line each
@@ -61,8 +63,12 @@ struct ImportPlan {
 /// upper case.
 std::string table_of_file(const std::string& path);
 
+/// Asks for all tables that files of these paths become whether their names are reserved, at once.
+void ask_for_table_names(zmFBConn& connection, EngineFacts& engine, const std::vector<std::string>& paths);
+
 /// Takes the name of the table that a file of this path becomes, if it is free.
-void take_table_name(zmFBConn& connection, const std::string& path, std::set<std::string>& taken);
+void take_table_name(zmFBConn& connection, EngineFacts& engine, const std::string& path,
+                     std::set<std::string>& taken);
 
 /// The column of a field; its name is that of the field.
 PlannedColumn plan_column(const dbf::Field& field, std::size_t place);
@@ -79,7 +85,7 @@ std::string sql_type_of(const PlannedColumn& column);
 
 /// Looks at the structure of the file, and at what the database can have. `taken` are the tables of the run
 /// so far. A table that exists already is no refusal here.
-ImportPlan plan_import(zmFBConn& connection, const std::string& path, const dbf::Header& header,
-                       const WantedNames& wanted, std::set<std::string>& taken);
+ImportPlan plan_import(zmFBConn& connection, EngineFacts& engine, const std::string& path,
+                       const dbf::Header& header, const WantedNames& wanted, std::set<std::string>& taken);
 
 }  // namespace zmfb::tool

@@ -11,12 +11,6 @@ namespace {
 constexpr std::string_view is_added = ", to be added";
 constexpr char between = '\x1e';
 
-std::string literal(std::string text) {
-    for (std::size_t at = 0; (at = text.find('\'', at)) != std::string::npos; at += 2)
-        text.insert(at, 1, '\'');
-    return "'" + text + "'";
-}
-
 // The columns of a table beside, but for the driver's own: "A,B".
 std::string columns_in(Transaction& work, const std::string& beside, std::string_view before = "") {
     std::string names;
@@ -35,7 +29,7 @@ void describe_loaded(Transaction& work, const std::string& beside, const Destina
     std::string description(loaded_description);
     if (destination.added) description += is_added;
     for (const std::string& statement : destination.again) description += between + statement;
-    work.execute(fmt::format("COMMENT ON TABLE {} IS {}", beside, literal(description)));
+    work.execute(fmt::format("COMMENT ON TABLE {} IS {}", beside, sql_text(description)));
 }
 
 Destination destination_of(zmFBConn& connection, const std::string& beside) {

@@ -35,6 +35,7 @@ struct ImportedSoFar {
     ImportedSoFar(std::string rejects_path, Renames renames)
         : rejects(std::move(rejects_path)), unused_renames(std::move(renames)) {}
     RejectsFile rejects;
+    EngineFacts engine;
     std::set<std::string> tables;  ///< names of the tables, planned or made
     Renames unused_renames;        ///< of fields that no file has had
 };

@@ -33,6 +33,7 @@ class Work {
         if (shared_.tells_progress) {
             tell_progress_to([this](const std::string& text) { report(Json::object({{"progress", text}})); });
         }
+        ask_for_table_names(session.connection(), so_far_.engine, shared_.files);
         for (std::size_t at = 0; !interrupted() && (at = shared_.next++) < shared_.files.size();) {
             report(Json::object({{"begun", at}}));
             import(session, at);
@@ -76,7 +77,7 @@ class Work {
 
     void take_name(Session& session, const std::string& file) try {
         open_dbf(file, shared_.options.encoding, "");
-        take_table_name(session.connection(), file, so_far_.tables);
+        take_table_name(session.connection(), so_far_.engine, file, so_far_.tables);
     } catch (const Failure&) {
         require_uninterrupted();  // else it is none that becomes a table
     }
