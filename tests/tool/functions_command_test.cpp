@@ -1,6 +1,6 @@
 #include <nlohmann/json.hpp>
 
-#include "tests/support/environment.h"
+#include "tests/support/server_setup.h"
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -9,7 +9,7 @@ namespace {
 class FunctionsCommand : public Tool {
   protected:
     void SetUp() override {
-        if (on_server()) GTEST_SKIP() << "a server need not run the module";
+        if (const std::string reason = why_no_module(); !reason.empty()) GTEST_SKIP() << reason;
     }
     const std::string stored =
         "stored: the eleven functions are stored ones, which need nothing on the server\n";
@@ -21,8 +21,8 @@ TEST_F(FunctionsCommand, TellsWhichADatabaseHas) {
     const std::string path = database();
     EXPECT_EQ(on(path, {"functions"}).out, stored);
     EXPECT_EQ(on(path, {"--json", "functions"}).out, "{\"functions\":\"stored\"}\n");
-    EXPECT_EQ(on(file("b.fdb"), {"create", "--functions", "module"}).err, "");
-    EXPECT_EQ(on(file("b.fdb"), {"functions"}).out, module);
+    EXPECT_EQ(on(as_database("b.fdb"), {"create", "--functions", "module"}).err, "");
+    EXPECT_EQ(on(as_database("b.fdb"), {"functions"}).out, module);
 }
 
 TEST_F(FunctionsCommand, ChangesFromTheOneToTheOther) {
@@ -67,7 +67,7 @@ TEST_F(FunctionsCommand, NamesWhatKeepsStoredOnes) {
 
 TEST_F(FunctionsCommand, AWordThatIsNeitherIsRefused) {
     EXPECT_EQ(on(database(), {"functions", "both"}).status, 2);
-    EXPECT_EQ(on(file("c.fdb"), {"create", "--functions", "both"}).status, 2);
+    EXPECT_EQ(on(as_database("c.fdb"), {"create", "--functions", "both"}).status, 2);
     EXPECT_EQ(zmfb({"functions"}).status, 2);
 }
 
