@@ -30,9 +30,11 @@ class OrdinaryUser : public Tool {
         if (const std::string reason = why_no_other_user(); !reason.empty()) GTEST_SKIP() << reason;
         fs::create_directory(file("disk"));
         fs::permissions(file("disk"), fs::perms::owner_all);
-        fs::create_directory(home_);
+        for (const fs::path& folder_of_anna : {home_, home_ / "out"}) {
+            fs::create_directory(folder_of_anna);
+            ASSERT_EQ(::chown(folder_of_anna.c_str(), other_user, other_user), 0);
+        }
         fs::copy_file(ZMFB_EXAMPLE_DBF, home_ / "customers.dbf");
-        ASSERT_EQ(::chown(home_.c_str(), other_user, other_user), 0);
         fs::permissions(folder(), fs::perms::owner_all | fs::perms::others_exec, fs::perm_options::add);
         server_.create_user("ANNA", "paper");
         BareClient(server_.name_of(server_.folder() / "any.fdb"))
@@ -72,10 +74,10 @@ TEST_F(OrdinaryUser, MakesADatabaseAndImportsQueriesChangesExportsAndLocks) {
     const Finished applied = as_anna({"matrix", "apply", "changed.tf", "--yes"});
     EXPECT_EQ(applied.status, 0) << applied.out << applied.err;
     EXPECT_EQ(as_anna({"query", "--mode", "csv", "select count(town) as n from customers"}).status, 0);
-    const Finished exported = as_anna({"export", "customers", "-o", ".", "--yes"});
-    EXPECT_TRUE(exported.out.starts_with("CUSTOMERS -> ./customers.dbf: 10 records"))
+    const Finished exported = as_anna({"export", "customers", "-o", "out"});
+    EXPECT_TRUE(exported.out.starts_with("CUSTOMERS -> out/customers.dbf: 10 records"))
         << exported.out << exported.err;
-    ASSERT_EQ(as_anna({"import", "customers.dbf", "--table", "again"}).err, "");
+    ASSERT_EQ(as_anna({"import", "out/customers.dbf", "--table", "again"}).err, "");
     const std::string names = "select name, town, credit from ";
     EXPECT_EQ(as_anna({"query", "--mode", "csv", names + "again order by recno"}).out,
               as_anna({"query", "--mode", "csv", names + "customers order by recno"}).out);
