@@ -1,12 +1,15 @@
 // Making, finding, dropping and rebuilding the orders of a table.
 #include "tests/rdd/orders_test.h"
 
+#include <array>
 #include <chrono>
 #include <thread>
 
 #include "host/text.h"
 #include "rdd/order_catalog.h"
 #include "tests/sql/sql_error_of.h"
+#include "tests/support/environment.h"
+#include "tests/support/process.h"
 
 namespace zmfb::test {
 namespace {
@@ -175,6 +178,34 @@ TEST_F(Orders, OfFloatingNumbersGoByTheirTexts) {
     execute("insert into CUST (RATE) values (10.5)");
     execute("insert into CUST (RATE) values (9.75)");
     EXPECT_EQ(walk(create("RATE", "STR(RATE, 10, 2)"), Direction::forward, 1), (std::vector<int>{2, 1}));
+}
+
+TEST_F(Orders, KeepTheFieldsThatTheyAreMadeOf) {
+    create("BYNAME", "UPPER(NAME)");
+    EXPECT_FALSE(connection()(m::dropfield, "CUST", FieldDescriptor{"NAME", "C", 20, 0}));
+    EXPECT_EQ(raised().size(), 1u);
+    EXPECT_TRUE(kept().at(0).complete);
+    rdd::drop_order(connection(), "CUST", "BYNAME");
+    EXPECT_TRUE(connection()(m::dropfield, "CUST", FieldDescriptor{"NAME", "C", 20, 0}));
+}
+
+TEST_F(Orders, ComeBackFromABackup) {
+    add("b");
+    add("a");
+    create("BYNAME", "UPPER(NAME) + STR(CREDIT, 12, 2)");
+    disconnect();
+    const std::string backup = file("backup.fbk"), database_made = database() + ".restored";
+    for (const auto& [way, from, to] : {std::array{std::string("-b"), database(), backup},
+                                        std::array{std::string("-c"), backup, database_made}}) {
+        const Finished gbak = run({"gbak", way, "-user", sysdba, "-password", sysdba_password, from, to});
+        ASSERT_EQ(gbak.status, 0) << gbak.err;
+    }
+    zmFBConn restored(database_made, sysdba, sysdba_password);
+    ASSERT_TRUE(restored.isconnected());
+    const auto found = rdd::orders_of(restored, "CUST", restored(m::gettablestruct, "CUST"));
+    ASSERT_EQ(found.size(), 1u);
+    EXPECT_EQ(found[0].order.expression, "UPPER(NAME) + STR(CREDIT, 12, 2)");
+    EXPECT_TRUE(found[0].complete);
 }
 
 TEST_F(Orders, ThatAreUniqueHaveTheFirstRecordOfEachValue) {
