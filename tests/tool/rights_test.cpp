@@ -213,10 +213,13 @@ TEST_F(RightsOnAServer, DoctorSaysWhatAUserWithoutAnyRightLacks) {
     const Finished doctor = as("otto", {"doctor"});
     EXPECT_EQ(doctor.status, 1);
     EXPECT_EQ(doctor.err, "");
+    EXPECT_NE(doctor.out.find("ZMPADL failed: no permission for EXECUTE access to FUNCTION "),
+              std::string::npos)
+        << doctor.out;
     const std::string rights = rights_of("otto");
     EXPECT_TRUE(rights.starts_with(
-        "[bad] rights: OTTO lacks to read EXECUTE access to FUNCTION ZMBLOBSUBSTR; to write "
-        "and lock SELECT access to TABLE RDDSYS_OPN, "))
+        "[bad] rights: OTTO lacks to read SELECT access to TABLE CLIENT; to write and lock SELECT "
+        "access to TABLE RDDSYS_OPN, "))
         << rights;
     EXPECT_TRUE(rights.ends_with(
         "; to make tables CREATE TABLE, CREATE SEQUENCE\n       the owner gives them as far as "

@@ -11,8 +11,8 @@
 namespace zmfb::tool {
 namespace {
 
-bool is_of_rights(std::string_view message) {
-    return hint_for(message) == hint_for("no permission for SELECT access to TABLE T");
+bool is_of_rights(const SqlError& error) {
+    return hint_for(error.message()) == hint_for("no permission for SELECT access to TABLE T");
 }
 
 // "SELECT access to TABLE CUSTOMERS", as the engine calls what is not permitted.
@@ -44,7 +44,7 @@ class Trial {
             Transaction work(connection_);
             what_to_do(work);
         } catch (const SqlError& error) {
-            if (!is_of_rights(error.message())) return;  // other checks look at the rest
+            if (!is_of_rights(error)) return;  // other checks look at the rest
             const std::string right = what.empty() ? missing_right(error.message()) : what;
             if (missing_.find(right) == std::string::npos) missing_ += (missing_.empty() ? "" : ", ") + right;
         }
@@ -54,17 +54,10 @@ class Trial {
     std::string missing_;
 };
 
-// Which tables are the driver's is asked of a function of the driver.
-std::string missing_for_reading(zmFBConn& connection, std::vector<Name>& tables) try {
-    for (const Table& table : tables_of(connection)) {
-        if (table.kind == TableKind::driver) tables.push_back(table.name);
-    }
+std::string missing_for_reading(zmFBConn& connection, const std::vector<Name>& tables) {
     Trial trial(connection);
     for (const Name& table : tables) trial.prepare("SELECT * FROM " + table.quoted());
     return trial.missing();
-} catch (const Failure& failure) {
-    if (!is_of_rights(failure.detail)) throw;
-    return missing_right(failure.detail);
 }
 
 std::string missing_for_writing(zmFBConn& connection, const std::vector<Name>& tables) {
@@ -99,6 +92,9 @@ Finding check_rights(Session& session) {
         "RDB$RELATION_NAME = 'RDB$DATABASE'")[0];
     if (owns) return {"rights", State::ok, fmt::format("{} may do everything here", Name(user).shown())};
     std::vector<Name> tables;
+    for (const Table& table : tables_of(connection)) {
+        if (table.kind == TableKind::driver) tables.push_back(table.name);
+    }
     const std::string reading = missing_for_reading(connection, tables);
     const std::string writing = missing_for_writing(connection, tables);
     const std::string making = missing_for_making(connection);
