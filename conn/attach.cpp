@@ -74,6 +74,7 @@ Value init(Self& self, Args args) {
 Value disconnect(Self& self, Args) {
     const Value name = var(self, Var::sdbname);
     call(self, "closealltables");
+    rdd::close_areas(self);
     const Value handle = var(self, Var::dbhndl);
     if (handle.is(host::Kind::numeric) && !host::empty(handle)) {
         // A detach that fails is passed over: nothing is left to be done with the handle.

@@ -6,6 +6,7 @@
 #include "conn/methods.h"
 #include "conn/raise.h"
 #include "host/text.h"
+#include "rdd/close_area.h"
 #include "rdd/serve_areas.h"
 
 namespace zmfb::conn {
@@ -24,6 +25,7 @@ void disconnect_for_good(Self& self) {
             if (!first) first = std::current_exception();
         }
     }
+    rdd::close_areas(self);
     if (first) std::rethrow_exception(first);
 }
 

@@ -47,9 +47,9 @@ void persist(const Done& done) noexcept {
     for (int losses = 0; losses < most_losses; ++losses) {
         try {
             if (done()) return;
-            pauses.pause(Clock::time_point::max());
         } catch (...) {  // a query has failed, or an error block broke it off; there is nobody to tell
         }
+        pauses.pause(Clock::time_point::max());
     }
 }
 
@@ -206,8 +206,10 @@ void Claims::joint_ended() noexcept {
     }
 }
 
-void Claims::leave() noexcept {
-    for (const auto& [recno, lock] : std::exchange(records_, {})) {
+void Claims::leave(bool connected) noexcept {
+    const auto records = std::exchange(records_, {});
+    if (!connected) return;
+    for (const auto& [recno, lock] : records) {
         if (lock.in_database) unlock_record(recno);
     }
     unregister();

@@ -46,8 +46,8 @@ class Claims {
     [[nodiscard]] bool has_table() const { return has_table_ && wants_table_; }
     /// Writes are no longer held together.
     void joint_ended() noexcept;
-    /// Gives everything back.
-    void leave() noexcept;
+    /// Gives everything back; only forgets it when there is no database to tell.
+    void leave(bool connected) noexcept;
 
   private:
     struct Lock {

@@ -55,15 +55,27 @@ void Desk::release_statements() const {
     }
 }
 
-void close_area(host::Object& object, std::string_view alias) {
+std::shared_ptr<Desk> Desk::known(host::Object& object) {
     const auto found = desks().find(&object);
-    const std::shared_ptr<Desk> desk = found == desks().end() ? nullptr : found->second.lock();
+    return found == desks().end() ? nullptr : found->second.lock();
+}
+
+void Desk::close(OpenArea& area) {
+    const std::shared_ptr<OpenArea> alive = area.shared_from_this();
+    if (joint_ != nullptr) joint_->give_up();
+    alive->close();
+}
+
+void close_area(host::Object& object, std::string_view alias) {
+    const std::shared_ptr<Desk> desk = Desk::known(object);
     if (desk == nullptr) return;
-    const auto named = std::ranges::find(desk->areas_, alias, &OpenArea::announced);
-    if (named == desk->areas_.end()) return;
-    const std::shared_ptr<OpenArea> area = (*named)->shared_from_this();
-    if (desk->joint_ != nullptr) desk->joint_->give_up();
-    area->close();
+    const auto named = std::ranges::find(desk->areas(), alias, &OpenArea::announced);
+    if (named != desk->areas().end()) desk->close(**named);
+}
+
+void close_areas(host::Object& object) {
+    const std::shared_ptr<Desk> desk = Desk::known(object);
+    while (desk != nullptr && !desk->areas().empty()) desk->close(*desk->areas().back());
 }
 
 Joint::Joint(std::shared_ptr<Desk> desk)

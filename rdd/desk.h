@@ -19,6 +19,8 @@ class OpenArea;
 class Desk {
   public:
     static std::shared_ptr<Desk> of(const zmFBConn& connection);
+    /// That of an object which has one; else null.
+    static std::shared_ptr<Desk> known(host::Object& object);
 
     explicit Desk(host::Object& object) : object_(object) {}
     Desk(const Desk&) = delete;
@@ -34,6 +36,9 @@ class Desk {
 
     void add(OpenArea& area) { areas_.push_back(&area); }
     void remove(OpenArea& area) { std::erase(areas_, &area); }
+    [[nodiscard]] const std::vector<OpenArea*>& areas() const { return areas_; }
+    /// Closes one by force: writes that are held together are undone first.
+    void close(OpenArea& area);
 
     /// Has the areas give up their statements, and the indexes that these use.
     void release_statements() const;
@@ -44,7 +49,6 @@ class Desk {
 
   private:
     friend class Joint;
-    friend void close_area(host::Object& object, std::string_view alias);
     host::Object& object_;
     std::vector<OpenArea*> areas_;
     Joint* joint_ = nullptr;

@@ -148,8 +148,7 @@ void OpenArea::leave() noexcept {
     desk_->remove(*this);
     try {
         zmFBConn connection = desk_->connection();
-        if (!connection.isconnected()) return;
-        claims_->leave();
+        claims_->leave(connection.isconnected());
         connection(m::removealias, announced_);
     } catch (...) {  // broken off by an error block; there is nobody to tell
     }

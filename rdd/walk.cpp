@@ -86,11 +86,11 @@ bool Walk::read(Direction direction, From from) {
         rows_ = rows_of_->run(values);
     }
     Block block = rows_of_->block();
-    const std::size_t wanted = ahead_;
+    const auto rows = std::exchange(rows_, nullptr);  // given up when reading fails
     bool more = true;
-    while (block.rows() < wanted && block.bytes() < most_bytes && (more = rows_of_->read(*rows_, block))) {
+    while (block.rows() < ahead_ && block.bytes() < most_bytes && (more = rows_of_->read(*rows, block))) {
     }
-    if (!more || mode != SkipMode::cursor) rows_.reset();
+    if (more && mode == SkipMode::cursor) rows_ = rows;
     if (block.rows() == 0) return false;
     grow(block);
     stand_on(std::move(block), direction);

@@ -111,6 +111,18 @@ TEST_F(AreaFaults, OfReadingAreToldAndTheWalkGoesOn) {
     EXPECT_EQ(area.recno(), 1);
     EXPECT_TRUE(area.go(2));
     EXPECT_EQ(area["CODE"].as<std::string>(), "A2");
+    for (const int mode : {0, 1, 2}) {
+        connection()(m::setglbskipmode, mode);
+        connection()(m::setglbskipcachesize, 1);
+        area.top();
+        FaultyClient client;
+        client.fail(ClientCall::fetch, 1, isc_deadlock);
+        EXPECT_THROW(area.skip(), SqlError);
+        EXPECT_TRUE(client.all_failed());
+        EXPECT_EQ(area.recno(), 1);
+        EXPECT_TRUE(area.skip());
+        EXPECT_EQ(area.recno(), 2);
+    }
 }
 
 }  // namespace

@@ -156,6 +156,27 @@ TEST_F(AreaOpen, EndsWithTheLastHandleOfTheConnection) {
     EXPECT_FALSE(area.is_open());
 }
 
+TEST_F(AreaOpen, EndsWithDisconnectThoughItsAliasWasRemoved) {
+    Area area = stock();
+    const std::string id = area.id();
+    const std::size_t alias = id.find(':') + 1;
+    connection()(m::removealias, id.substr(alias, id.find(':', alias) - alias));
+    connection()(m::disconnect);
+    EXPECT_EQ(system_tables(), "");
+    EXPECT_FALSE(area.is_open());
+}
+
+TEST_F(AreaOpen, EndsWithAnObjectThatTakesItselfForDetached) {
+    fill(1);
+    std::optional<zmFBConn> object(connect());
+    Area area(*object, "STOCK");
+    std::optional<Held> held(area.lock());
+    object->set("bconn", false);
+    object.reset();
+    EXPECT_FALSE(area.is_open());
+    held.reset();
+}
+
 TEST_F(AreaOpen, IsClosedByForceUnderItsAlias) {
     Area one = stock(), two = stock();
     connection()(m::closealltables);
