@@ -71,7 +71,7 @@ int write_empty_table(Descriptor& file, const std::string& path, const std::stri
     const std::string content = header + dbf::end_of_file;
     if (!file.truncate(0)) return errno;
     int error = 0;
-    if (file.write_at(0, content) != content.size()) error = errno == 0 ? ENOSPC : errno;
+    if (file.write_at(0, content) != content.size()) error = reason(ENOSPC);
     if (error != 0) ::unlink(path.c_str());
     if (!file.close() && error == 0) error = errno;
     return error;

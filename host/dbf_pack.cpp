@@ -26,7 +26,7 @@ int DbfTable::cut_to(std::int64_t count) {
     count_ = count;
     if (const int error = write_header(); error != 0) return error;
     const std::int64_t end = position_of(count_ + 1);
-    if (file_.write_at(end, {&dbf::end_of_file, 1}) != 1) return errno == 0 ? ENOSPC : errno;
+    if (file_.write_at(end, {&dbf::end_of_file, 1}) != 1) return reason(ENOSPC);
     return file_.truncate(end + 1) && file_.sync() ? 0 : errno;
 }
 
@@ -51,7 +51,7 @@ int DbfTable::move_up(std::int64_t& kept) {
         }
         if (!staying.empty() &&
             file_.write_at(position_of(kept + 1), {staying.data(), staying.size()}) != staying.size())
-            return errno == 0 ? ENOSPC : errno;
+            return reason(ENOSPC);
         kept += static_cast<std::int64_t>(staying.size() / layout_.record_size);
     }
     return 0;

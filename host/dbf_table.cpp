@@ -15,9 +15,6 @@ namespace {
 constexpr std::int64_t block_size = std::int64_t{256} * 1024;
 constexpr ByteRange append_lock{dbf_use.size, 1};
 
-// What a transfer that fell short reports when the system gave no reason.
-int reason(int otherwise) { return errno == 0 ? otherwise : errno; }
-
 }  // namespace
 
 DbfTable::DbfTable(Descriptor&& file, std::string_view path, DbfLayout&& layout, Access access)

@@ -4,6 +4,7 @@
 /// breaks off are repeated; a partial transfer goes on until all is done or nothing more can be.
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -17,6 +18,9 @@ namespace zmfb::host {
 int dos_error(int system_error);
 /// The same for a write that fell short: 5 when the file is not open for writing, 29 in every other case.
 int dos_write_error(int system_error);
+
+/// What a transfer that fell short reports: errno, or `otherwise` when the system gave no reason.
+inline int reason(int otherwise) { return errno == 0 ? otherwise : errno; }
 
 enum class Lock : std::uint8_t { none, shared, exclusive };
 

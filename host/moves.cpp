@@ -41,11 +41,15 @@ void skip_filtered(WorkArea& area, std::int64_t count) {
 
 }  // namespace
 
-bool passes(WorkArea& area) {
-    if (area.filter.is_nil()) return true;
-    const Value block = area.filter;  // which may change the filter
-    const Value answer = block.eval({});
+bool allows(const Value& condition) {
+    if (!condition.is(Kind::block)) return true;
+    const Value answer = condition.eval({});
     return answer.is(Kind::logical) && answer.logical();
+}
+
+bool passes(WorkArea& area) {
+    const Value block = area.filter;  // which may change the filter
+    return allows(block);
 }
 
 void on_to_passing(WorkArea& area) {

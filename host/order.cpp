@@ -21,9 +21,6 @@ bool raise_no_order(std::string_view operation, std::string_view description) {
     return false;
 }
 
-// A name as orders are compared: upper case, without outer blanks.
-std::string key_of(const Value& name) { return upper(alltrim(name)).string(); }
-
 // The number of an order given by number or name; 0 when the table has none such.
 std::size_t number_of(Table& table, const Value& order) {
     const auto orders = table.orders();
@@ -34,7 +31,7 @@ std::size_t number_of(Table& table, const Value& order) {
                    : static_cast<std::size_t>(number);
     }
     if (!order.is(Kind::character)) return 0;
-    const auto found = std::ranges::find(orders, key_of(order), &TableOrder::name);
+    const auto found = std::ranges::find(orders, name_key(order), &TableOrder::name);
     return found == orders.end() ? 0 : static_cast<std::size_t>(found - orders.begin()) + 1;
 }
 
@@ -90,12 +87,12 @@ bool seek_passing(WorkArea& area, const Value& key, SeekOptions options) {
 bool ordcreate(const Value& name, const Value& expression, const Value& unique) {
     const auto area = needed_workarea("ORDCREATE");
     if (area == nullptr) return false;
-    if (!name.is(Kind::character) || key_of(name).empty() || !expression.is(Kind::character)) {
+    if (name_key(name).empty() || !expression.is(Kind::character)) {
         argument_error(Subcode::structure, "ORDCREATE", {name, expression});
         return false;
     }
     const bool is_unique = unique.is(Kind::logical) && unique.logical();
-    if (!area->table->create_order(key_of(name), alltrim(expression).string(), is_unique)) return false;
+    if (!area->table->create_order(name_key(name), alltrim(expression).string(), is_unique)) return false;
     dbgotop();
     return true;
 }
@@ -114,7 +111,7 @@ Value ordsetfocus(const Value& order) {
 }
 
 void dbsetindex(const Value& files) {
-    if (!files.is(Kind::character) || key_of(files).empty()) return;
+    if (name_key(files).empty()) return;
     const auto area = current_workarea();
     if (area != nullptr && !area->table->orders().empty()) {
         ordlistadd(files);

@@ -14,7 +14,7 @@ namespace zmfb::host {
 namespace {
 
 std::optional<std::size_t> index_by_name(const Table& table, const Value& name) {
-    const std::string wanted = upper(alltrim(name)).string();
+    const std::string wanted = name_key(name);
     const auto fields = table.fields();
     const auto found = std::ranges::find(fields, wanted, &Field::name);
     if (found == fields.end()) return std::nullopt;
@@ -78,10 +78,7 @@ bool dbappend(const Value& release) {
     if (area == nullptr) return false;
     area->found = area->before_first = false;
     neterr(false);
-    const bool releases = !release.is(Kind::logical) || release.logical();
-    if (releases) {
-        for (const std::int64_t record : area->table->locked_records()) area->table->unlock_record(record);
-    }
+    if (!release.is(Kind::logical) || release.logical()) dbrunlock();
     return area->table->append();
 }
 

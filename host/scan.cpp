@@ -23,26 +23,19 @@ struct Scope {
     }
 };
 
-// A condition that is none lets everything through.
-bool says_yes(const Value& block) {
-    if (!block.is(Kind::block)) return true;
-    const Value answer = block.eval({});
-    return answer.is(Kind::logical) && answer.logical();
-}
-
 // Goes through the records of a scope until `visit` answers false or the area is closed.
 void walk(const WorkArea& area, const Scope& scope, const std::function<bool()>& visit) {
     const auto is_on_record = [&] { return area.table != nullptr && !area.table->eof(); };
     if (scope.record.is(Kind::numeric)) {
         dbgoto(scope.record.integer());
-        if (is_on_record() && says_yes(scope.for_block) && is_on_record()) visit();
+        if (is_on_record() && allows(scope.for_block) && is_on_record()) visit();
         return;
     }
     if (scope.begins_at_the_top()) dbgotop();
     std::int64_t left =
         scope.next.is(Kind::numeric) ? scope.next.integer() : std::numeric_limits<std::int64_t>::max();
-    for (; left > 0 && is_on_record() && says_yes(scope.while_block); --left) {
-        if (is_on_record() && says_yes(scope.for_block) && is_on_record() && !visit()) return;
+    for (; left > 0 && is_on_record() && allows(scope.while_block); --left) {
+        if (is_on_record() && allows(scope.for_block) && is_on_record() && !visit()) return;
         if (left > 1 && area.table != nullptr) dbskip();
     }
 }

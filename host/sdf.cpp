@@ -13,6 +13,7 @@
 #include "host/table_error.h"
 #include "host/text.h"
 #include "host/workarea.h"
+#include "host/workarea_list.h"
 
 namespace zmfb::host {
 namespace {
@@ -175,12 +176,6 @@ std::int64_t limit(const Value& number) {
     return number.is(Kind::numeric) ? number.integer() : std::numeric_limits<std::int64_t>::max();
 }
 
-bool says_no(const Value& block) {
-    if (!block.is(Kind::block)) return false;
-    const Value answer = block.eval({});
-    return !answer.is(Kind::logical) || !answer.logical();
-}
-
 // What narrows the lines down.
 struct Conditions {
     const Value& for_block;
@@ -208,9 +203,9 @@ bool append_lines(Table& table, std::span<const Column> columns, Lines& lines, c
             table.take_back();
             return false;
         }
-        const bool ends = says_no(conditions.while_block);
+        const bool ends = !allows(conditions.while_block);
         if (table_of() != &table) return false;  // a block has closed the table
-        if ((ends || says_no(conditions.for_block)) && table_of() == &table && !table.take_back())
+        if ((ends || !allows(conditions.for_block)) && table_of() == &table && !table.take_back())
             return false;
         if (table_of() != &table) break;
         table.unlock_record(table.record_number());
@@ -221,14 +216,9 @@ bool append_lines(Table& table, std::span<const Column> columns, Lines& lines, c
 
 // What dbappsdf() does, with the file of exactly the name `file` and its lines parted so.
 bool append_file(const Value& file, Parting parting, const Value& fields, const Conditions& conditions) {
-    Table* const table = table_of();
-    if (table == nullptr) {
-        raise_table_error({.gencode = GenCode::no_table,
-                           .subcode = Subcode::area_not_in_use,
-                           .description = "Work area not in use",
-                           .operation = "APPEND FROM"});
-        return false;
-    }
+    const auto area = needed_workarea("APPEND FROM");
+    if (area == nullptr) return false;
+    Table* const table = area->table.get();
     std::vector<Column> columns;
     if (!file.is(Kind::character) || alltrim(file).string().empty() ||
         !find_columns(*table, fields, columns)) {

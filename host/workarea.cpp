@@ -32,11 +32,6 @@ Areas& areas() {
     return open_areas;
 }
 
-// An alias or driver name as it is compared: upper case, without outer blanks.
-std::string key_of(const Value& name) {
-    return name.is(Kind::character) ? upper(alltrim(name)).string() : std::string();
-}
-
 int area_number(const Value& number) {
     constexpr std::int64_t highest = std::numeric_limits<int>::max();
     return static_cast<int>(std::clamp<std::int64_t>(number.integer(), 0, highest));
@@ -46,7 +41,7 @@ int area_number(const Value& number) {
 Areas::iterator find_area(const Value& alias) {
     if (alias.is_nil()) return areas().find(current_area);
     if (alias.is(Kind::numeric)) return areas().find(area_number(alias));
-    const std::string key = key_of(alias);
+    const std::string key = name_key(alias);
     return std::find_if(areas().begin(), areas().end(),
                         [&](const auto& entry) { return entry.second->alias == key; });
 }
@@ -92,7 +87,7 @@ std::shared_ptr<Driver> driver_for(std::string_view name, GenCode gencode, std::
 }
 
 std::string driver_name(const Value& driver) {
-    return key_of(driver).empty() ? default_driver : std::string(driver.text());
+    return name_key(driver).empty() ? default_driver : std::string(driver.text());
 }
 
 // A length or number of decimals of a descriptor; 0 for what is none.
@@ -132,7 +127,7 @@ Value rddsetdefault() { return default_driver; }
 
 Value rddsetdefault(const Value& name) {
     Value before = default_driver;
-    if (name.is(Kind::character)) default_driver = key_of(name);
+    if (name.is(Kind::character)) default_driver = name_key(name);
     return before;
 }
 
@@ -168,7 +163,7 @@ void dbusearea(const Value& new_area, const Value& driver, const Value& file, co
     area->rddname = driver_name(driver);
     area->driver = driver_for(area->rddname, GenCode::open, "DBUSEAREA", file.text());
     if (area->driver == nullptr) return;
-    area->alias = key_of(alias).empty() ? key_of(base_name(file.text())) : key_of(alias);
+    area->alias = name_key(alias).empty() ? name_key(base_name(file.text())) : name_key(alias);
     if (find_area(area->alias) != areas().end()) {
         raise_table_error({.gencode = GenCode::duplicate_alias,
                            .subcode = Subcode::alias_in_use,
@@ -267,6 +262,10 @@ Value dbstruct() {
     return structure;
 }
 
+std::string name_key(const Value& name) {
+    return name.is(Kind::character) ? upper(alltrim(name)).string() : std::string();
+}
+
 std::shared_ptr<WorkArea> current_workarea() {
     const auto area = areas().find(current_area);
     return area == areas().end() ? nullptr : area->second;
@@ -285,7 +284,7 @@ std::shared_ptr<WorkArea> needed_workarea(std::string_view operation) {
 
 bool switched_on(const Value& setting, bool otherwise) {
     if (setting.is(Kind::logical)) return setting.logical();
-    const std::string text = key_of(setting);
+    const std::string text = name_key(setting);
     return text == "ON" || (otherwise && text != "OFF");
 }
 

@@ -30,7 +30,13 @@ struct WorkArea {
 std::shared_ptr<WorkArea> current_workarea();
 /// The same; null is raised as an error of `operation`.
 std::shared_ptr<WorkArea> needed_workarea(std::string_view operation);
-/// Whether the block of the area's filter lets its current record through; it may close the area.
+/// An alias, or the name of a field, order or driver, as it is compared: upper case, without outer blanks; ""
+/// for what is no text.
+std::string name_key(const Value& name);
+/// Whether a condition of a program lets the current record through: a block that gives .T., and anything
+/// that is no block. A block may close the area.
+bool allows(const Value& condition);
+/// Whether the block of the area's filter does.
 bool passes(WorkArea& area);
 /// From the current record on to one that passes, else to the end.
 void on_to_passing(WorkArea& area);

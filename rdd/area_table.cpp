@@ -124,12 +124,14 @@ bool AreaTable::refuse(std::string_view operation, GenCode gencode, Subcode subc
     return false;
 }
 
+bool AreaTable::may_write(std::string_view operation) {
+    return mode_ != OpenMode::read_only ||
+           refuse(operation, GenCode::read_only, Subcode::table_read_only, "Table opened for reading only");
+}
+
 // Has a guard of the current record; false, and nothing raised, at the end.
 bool AreaTable::edit(std::string_view operation) {
-    if (mode_ == OpenMode::read_only)
-        return refuse(operation, GenCode::read_only, Subcode::table_read_only,
-                      "Table opened for reading only");
-    if (area_.eof()) return false;
+    if (!may_write(operation) || area_.eof()) return false;
     if (removed_) return refuse(operation, GenCode::write, Subcode::table_write, "The record was deleted");
     return held_ ||
            raising({GenCode::write, Subcode::table_write, operation, table_}, [&] { held_ = area_.edit(); });
@@ -163,10 +165,7 @@ bool AreaTable::write(std::string_view operation) {
 // ---- Records ------------------------------------------------------------------------------------
 
 bool AreaTable::append() {
-    if (mode_ == OpenMode::read_only)
-        return refuse("DBAPPEND", GenCode::read_only, Subcode::table_read_only,
-                      "Table opened for reading only");
-    if (!write("DBAPPEND")) return false;
+    if (!may_write("DBAPPEND") || !write("DBAPPEND")) return false;
     try {
         return raising({GenCode::write, Subcode::table_write, "DBAPPEND", table_}, [&] {
             Held added = area_.append();
@@ -203,9 +202,7 @@ bool AreaTable::set_deleted(bool deleted) {
 }
 
 bool AreaTable::may_remove(std::string_view operation) {
-    if (mode_ == OpenMode::read_only)
-        return refuse(operation, GenCode::read_only, Subcode::table_read_only,
-                      "Table opened for reading only");
+    if (!may_write(operation)) return false;
     return mode_ == OpenMode::exclusive ||
            refuse(operation, GenCode::shared, Subcode::exclusive_use, "Exclusive use required");
 }

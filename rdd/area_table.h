@@ -78,12 +78,12 @@ class AreaTable final : public host::Table {
     bool move(std::string_view operation, const std::function<void()>& action);
     bool write(std::string_view operation);
     bool edit(std::string_view operation);
-    bool assign(const TableField& field, const host::Value& value);
     bool refuse(std::string_view operation, host::GenCode gencode, host::Subcode subcode,
                 std::string_view description);
     [[nodiscard]] bool exists(std::int64_t record) const;
     /// Whether a lock is granted without asking anybody: the table is had already.
     [[nodiscard]] bool has_table() const { return mode_ == OpenMode::exclusive || area_.is_table_locked(); }
+    bool may_write(std::string_view operation);
     bool may_remove(std::string_view operation);
     void note_end();
     void ask_for_orders();
