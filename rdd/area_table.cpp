@@ -49,19 +49,22 @@ AreaTable::~AreaTable() {
 
 // By the index of record numbers that descends.
 std::int64_t AreaTable::last_record() {
+    if (!area_.is_open()) return 0;
     const Value row = connection().call("getrow", table_, "RECNO > 0", "RECNO desc", "", 0);
     return row.size() == 0 ? 0 : host::val(row[row.size()]).integer();
 }
 
-std::int64_t AreaTable::record_count() { return connection()(m::counttablerecords, table_); }
-
-void AreaTable::note_end() {
-    if (area_.eof()) end_ = last_record() + 1;
+std::int64_t AreaTable::record_count() {
+    return area_.is_open() ? connection()(m::counttablerecords, table_) : 0;
 }
 
-std::int64_t AreaTable::record_number() const { return area_.eof() ? end_ : area_.recno(); }
+void AreaTable::note_end() {
+    if (eof()) end_ = last_record() + 1;
+}
 
-bool AreaTable::bof() const { return area_.bof() || (area_.eof() && end_ == 1); }
+std::int64_t AreaTable::record_number() const { return eof() ? end_ : area_.recno(); }
+
+bool AreaTable::bof() const { return !area_.is_open() || area_.bof() || (eof() && end_ == 1); }
 
 bool AreaTable::move(std::string_view operation, const std::function<void()>& action) {
     if (!write(operation)) return false;
@@ -89,7 +92,7 @@ bool AreaTable::skip(std::int64_t count) {
     return move("DBSKIP", [&] {
         if (count != 0) {
             area_.skip(count);
-        } else if (!area_.eof()) {
+        } else if (!eof()) {
             area_.refresh();
         }
     });
@@ -105,7 +108,7 @@ Value AreaTable::get(std::size_t index) {
     if (index >= columns_.size()) return {};
     const TableField& column = columns_[index];
     Value value;
-    if (area_.eof()) return runtime_value(column, value);
+    if (eof()) return runtime_value(column, value);
     raising({GenCode::read, Subcode::table_read, "FIELDGET", table_}, [&] {
         const FieldValue field =
             held_ ? static_cast<FieldValue>(held_->at(column.index)) : area_.at(column.index);
@@ -131,7 +134,7 @@ bool AreaTable::may_write(std::string_view operation) {
 
 // Has a guard of the current record; false, and nothing raised, at the end.
 bool AreaTable::edit(std::string_view operation) {
-    if (!may_write(operation) || area_.eof()) return false;
+    if (!may_write(operation) || eof()) return false;
     if (removed_) return refuse(operation, GenCode::write, Subcode::table_write, "The record was deleted");
     return held_ ||
            raising({GenCode::write, Subcode::table_write, operation, table_}, [&] { held_ = area_.edit(); });
@@ -232,9 +235,9 @@ bool AreaTable::exists(std::int64_t record) const {
 }
 
 bool AreaTable::lock_record(std::int64_t record, std::chrono::milliseconds wait) {
-    if (mode_ == OpenMode::read_only || !write("RLOCK")) return false;
+    if (!area_.is_open() || mode_ == OpenMode::read_only || !write("RLOCK")) return false;
     if (has_table()) return true;
-    const bool is_current = !area_.eof() && record == area_.recno();
+    const bool is_current = !eof() && record == area_.recno();
     bool locked = false;
     try {
         raising({GenCode::read, Subcode::table_read, "RLOCK", table_}, [&] {
@@ -249,7 +252,7 @@ bool AreaTable::lock_record(std::int64_t record, std::chrono::milliseconds wait)
 }
 
 bool AreaTable::lock_table(std::chrono::milliseconds wait) {
-    if (mode_ == OpenMode::read_only || !write("FLOCK")) return false;
+    if (!area_.is_open() || mode_ == OpenMode::read_only || !write("FLOCK")) return false;
     if (has_table()) return true;
     try {
         return raising({GenCode::read, Subcode::table_read, "FLOCK", table_}, [&] {
@@ -260,6 +263,10 @@ bool AreaTable::lock_table(std::chrono::milliseconds wait) {
         host::neterrholder(holder_text(in_use.holder()));
         return false;
     }
+}
+
+std::vector<std::int64_t> AreaTable::locked_records() {
+    return area_.is_open() ? area_.locked_records() : std::vector<std::int64_t>();
 }
 
 bool AreaTable::unlock_record(std::int64_t record) {

@@ -37,7 +37,8 @@ class AreaTable final : public host::Table {
     [[nodiscard]] std::int64_t last_record() override;
     [[nodiscard]] std::int64_t record_number() const override;
     [[nodiscard]] bool bof() const override;
-    [[nodiscard]] bool eof() const override { return area_.eof(); }
+    /// Also when the object has gone, or closed the area without the runtime.
+    [[nodiscard]] bool eof() const override { return !area_.is_open() || area_.eof(); }
 
     bool go_top() override;
     bool go_bottom() override;
@@ -60,7 +61,7 @@ class AreaTable final : public host::Table {
     bool lock_table(std::chrono::milliseconds wait) override;
     bool unlock_record(std::int64_t record) override;
     bool unlock() override;
-    [[nodiscard]] std::vector<std::int64_t> locked_records() override { return area_.locked_records(); }
+    [[nodiscard]] std::vector<std::int64_t> locked_records() override;
 
     [[nodiscard]] std::vector<host::TableOrder> orders() override;
     [[nodiscard]] std::size_t order() const override;

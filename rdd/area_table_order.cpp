@@ -49,7 +49,7 @@ std::vector<host::TableOrder> AreaTable::orders() {
 }
 
 std::size_t AreaTable::order() const {
-    if (area_.order().empty()) return 0;
+    if (!area_.is_open() || area_.order().empty()) return 0;
     const auto found = std::ranges::find(orders_, area_.order(), &host::TableOrder::name);
     return found == orders_.end() ? 0 : static_cast<std::size_t>(found - orders_.begin()) + 1;
 }

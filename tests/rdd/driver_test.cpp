@@ -102,6 +102,29 @@ TEST_F(AreaDriver, NoAreaOutlivesItsObjectWhateverAnErrorBlockThrows) {
     EXPECT_EQ(system_tables(), "");
 }
 
+TEST_F(AreaDriver, AnAreaThatItsObjectForgotIsAtItsEndAndRefusesMoves) {
+    use();
+    call("removealias", "STOCK");
+    disconnect();
+    ASSERT_NE(host::table_of("STOCK"), nullptr);
+    EXPECT_TRUE(host::eof() && host::bof());
+    EXPECT_EQ(host::recno() + host::lastrec() + host::reccount() + host::indexord(), 1);
+    EXPECT_EQ(show(host::fieldget("ONHAND")), "0");
+    EXPECT_EQ(show(host::dbrlocklist()), "{}");
+    CaughtErrors caught;
+    EXPECT_FALSE(host::rlock() || host::dbrlock(1) || host::flock() || host::dbappend() || host::dbdelete());
+    EXPECT_EQ(caught.take_count(), 1) << "of the append";
+    host::dbgotop();
+    host::dbskip();
+    host::dbgoto(1);
+    EXPECT_EQ(caught.take_count(), 3);
+    EXPECT_EQ(caught.number("gencode"), 35);
+    host::dbunlock();
+    caught.take_count();
+    host::dbclosearea();
+    EXPECT_EQ(caught.take_count(), 0);
+}
+
 TEST_F(AreaDriver, AnObjectThatIsNotActiveOpensNone) {
     call("setrddactive", false);
     CaughtErrors caught;
