@@ -97,6 +97,17 @@ TEST_F(ExportFailure, ADatabaseWithoutTheDriversFunctionsCanBeExported) {
     EXPECT_EQ(run.err, "");
 }
 
+// An engine that was killed can stumble over the number of the next table that is made.
+TEST_F(ExportFailure, AnExportTakesNoNumberOfATable) {
+    make_shop();
+    const std::vector<std::string> next{"query", "select rdb$relation_id from rdb$database"};
+    const std::string before = on(path, next).out;
+    EXPECT_EQ(export_to_folder({"--all", "--manifest", folder_out + "/list.json"}).status, 0);
+    EXPECT_EQ(on(path, next).out, before);
+    exec("create table more (name char(5))");
+    EXPECT_NE(on(path, next).out, before);
+}
+
 TEST_F(ExportFailure, APathThatIsNoUtf8IsWhollyTolerated) {
     on(path, {"import", ZMFB_EXAMPLE_DBF});
     const std::string odd = folder_out + "/caf\xE9";
