@@ -142,6 +142,7 @@ class Run {
         if (!given_.query.empty()) planned.push_back({{given_.table, given_.table, given_.query, {}}, 0});
         std::set<std::string> files;
         for (const ExportTable& table : tables_meant()) {
+            if (interrupted()) break;
             if (!files.insert(table.file_name).second) continue;
             attempt(table.file_name, [&] {
                 planned.push_back({export_source(connection_, table, given_.wanted),
