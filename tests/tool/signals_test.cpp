@@ -238,7 +238,7 @@ TEST_F(SignalsOnATerminal, ControlCEndsAStatementThatGivesNoRowsAndNotTheShell) 
     talk.type(".mode csv\n");
     talk.expect_prompt(prompt);
     talk.type("select n from stuck;\n");
-    talk.expect("N\r\r\n1\r\r\n");
+    talk.expect(on_server() ? "N\r\r\n" : "N\r\r\n1\r\r\n");  // a server sends many rows at once, or none yet
     talk.type(control_c);
     talk.expect_prompt(prompt);
     talk.type("update t set a = 5;\n");
