@@ -64,7 +64,7 @@ class AreaTest : public Database {
         for (const char* query :
              {"select OPN_TABLE, OPN_SHARED from RDDSYS_OPN order by 1, 2",
               "select FLK_TABLE from RDDSYS_FLK",
-              "select RLK_TABLE, cast(RLK_RECNO as integer) from RDDSYS_RLK order by 2"}) {
+              "select RLK_TABLE, cast(RLK_RECNO as integer) from RDDSYS_RLK order by 1, 2"}) {
             for (const auto& row : rows(query)) {
                 for (const auto& value : row) all += value + " ";
                 all += "; ";
