@@ -183,6 +183,7 @@ TEST_F(KilledServer, IsThrownAmongTheRowsAndUndoesTheirTransaction) {
 }
 
 TEST_F(KilledServer, LeavesAnImportThatCanBeTakenAwayAndMadeAgain) {
+    if (const std::string reason = why_no_external_files(); !reason.empty()) GTEST_SKIP() << reason;
     DbfBuilder builder;
     builder.field("NAME", 'C', 30).field("BORN", 'D', 8).field("AGE", 'N', 5);
     for (int i = 0; i < import_records; ++i) builder.record({fmt::format("n{}", i), "20070301", "31"});

@@ -6,6 +6,7 @@
 
 #include "tests/soak/mixed_work.h"
 #include "tests/support/heap.h"
+#include "tests/support/server_setup.h"
 
 namespace zmfb::test {
 namespace {
@@ -38,6 +39,7 @@ class Soak : public MixedWork {
 };
 
 TEST_F(Soak, MemoryAndOpenFilesStayAsTheyWere) {
+    if (const std::string reason = why_no_external_files(); !reason.empty()) GTEST_SKIP() << reason;
     ASSERT_NE(std::getenv("GLIBC_TUNABLES"), nullptr)
         << "freed memory that the C library keeps aside would count as used: run it by ctest";
     constexpr long warm_up = 5;
