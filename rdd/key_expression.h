@@ -12,7 +12,7 @@ namespace zmfb::rdd {
 
 /// Which work area an expression such as CUST->NAME is about.
 struct KeyFields {
-    const Structure& fields;
+    const Structure& fields;  ///< those of floating numbers with the type "F"
     /// What the area may be called besides FIELD; anything when there are none.
     std::vector<std::string> aliases = {};
 };

@@ -115,8 +115,36 @@ Term dtos_term(const Call& call) {
                       8);
 }
 
+// The digits of a number whose decimals are only rounded: half away from zero, as STR does. What does not fit
+// becomes asterisks.
+std::string digits_of(const Term& number, std::size_t decimals) {
+    return fmt::format("cast(cast({} as numeric(18, {})) as varchar(21) character set none)", number.sql,
+                       decimals);
+}
+
+std::string if_it_fits(std::string_view digits, std::size_t columns, std::string_view aligned) {
+    return fmt::format("iif(octet_length({}) > {}, {}, {})", digits, columns,
+                       literal(std::string(columns, '*')), aligned);
+}
+
+std::string str_by_engine(const Term& number, std::size_t columns, std::size_t decimals) {
+    const std::string digits = digits_of(number, decimals);
+    return if_it_fits(digits, columns, fmt::format("lpad({}, {})", digits, columns));
+}
+
+std::string strzero_by_engine(const Term& number, std::size_t columns, std::size_t decimals) {
+    const std::string digits = digits_of(number, decimals), zero = literal("0"), minus = literal("-");
+    return if_it_fits(
+        digits, columns,
+        fmt::format("iif({0} starting with {1}, {1} || lpad(substring({0} from 2), {2}, {3}), lpad({0}, "
+                    "{4}, {3}))",
+                    digits, minus, columns - 1, zero, columns));
+}
+
 // STR of a number without its length goes by the columns that a field has; what is computed has none.
-Term number_text(const Call& call, std::string_view function) {
+// The functions of the driver do the same, for floating numbers too, at many times the cost.
+Term number_text(const Call& call, std::string_view function,
+                 std::string (*by_engine)(const Term& number, std::size_t columns, std::size_t decimals)) {
     call.at_most(3);
     const Term& number = call.number();
     if (!call.has(1) && !number.is_field)
@@ -127,12 +155,16 @@ Term number_text(const Call& call, std::string_view function) {
     if (width < 1) width = 10;
     decimals = std::max(decimals, 0);
     const auto columns = static_cast<std::size_t>(width);
-    return fixed_text(
-        as_char(fmt::format("{}({}, {}, {})", function, number.sql, columns, decimals), columns), columns);
+    const auto places = static_cast<std::size_t>(decimals);
+    const bool is_cut = number.exact && places <= number.decimals;
+    return fixed_text(as_char(is_cut ? by_engine(number, columns, places)
+                                     : fmt::format("{}({}, {}, {})", function, number.sql, columns, decimals),
+                              columns),
+                      columns);
 }
 
-Term str_term(const Call& call) { return number_text(call, "zmstr"); }
-Term strzero_term(const Call& call) { return number_text(call, "zmstrzero"); }
+Term str_term(const Call& call) { return number_text(call, "zmstr", str_by_engine); }
+Term strzero_term(const Call& call) { return number_text(call, "zmstrzero", strzero_by_engine); }
 
 struct Function {
     std::string_view name;
@@ -162,6 +194,10 @@ Term field_term(const FieldDescriptor& field, std::string_view prefix) {
             term.width = 1;
             term.sql = as_char(fmt::format("coalesce({}, 'F')", column), 1);
             break;
+        case 'F':
+            term.type = 'N';
+            term.exact = false;
+            [[fallthrough]];
         case 'N':
             term.sql = fmt::format("coalesce({}, 0)", column);
             break;
@@ -200,6 +236,7 @@ Term sum_of(const Term& a, const Term& b) {
     if (a.type != 'N' || b.type != 'N') throw OrderError("+ joins two texts, or adds two numbers");
     term.sql = fmt::format("({} + {})", a.sql, b.sql);
     term.decimals = std::max(a.decimals, b.decimals);
+    term.exact = a.exact && b.exact;
     return term;
 }
 

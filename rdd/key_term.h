@@ -20,12 +20,14 @@ struct Term {
     std::size_t width = 0;     ///< of a text, in bytes; of a field of numbers, its digits
     bool varying = false;      ///< whether a text may be shorter than that
     std::size_t decimals = 0;  ///< of a number
+    bool exact = true;         ///< whether a number has no other digits than these
     /// Of a number that stands there itself.
     std::optional<double> constant = {};
     bool is_field = false;  ///< whether it is a field, and nothing but it
 };
 
-/// A field, whose column is written with `prefix` before its name. Throws for one of no such type.
+/// A field, whose column is written with `prefix` before its name. One of floating numbers has the type "F".
+/// Throws for one of no such type.
 Term field_term(const FieldDescriptor& field, std::string_view prefix);
 /// A text that stands there itself.
 Term text_term(std::string_view bytes);

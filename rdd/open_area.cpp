@@ -47,7 +47,12 @@ Claims& OpenArea::claims() {
 
 // The table is not altered while it is open.
 const Structure& OpenArea::structure() {
-    if (structure_.empty()) structure_ = desk_->connection()(m::gettablestruct, table());
+    if (!structure_.empty()) return structure_;
+    structure_ = desk_->connection()(m::gettablestruct, table());
+    for (const Column& column : columns().fields()) {
+        const auto field = std::ranges::find(structure_, column.name, &FieldDescriptor::name);
+        if (column.type == SqlType::real && field != structure_.end()) field->type = "F";
+    }
     return structure_;
 }
 

@@ -36,7 +36,7 @@ class OpenArea : public std::enable_shared_from_this<OpenArea> {
     Walk& moving();
     [[nodiscard]] const std::string& table() const { return columns_->table(); }
     [[nodiscard]] const Columns& columns() const { return *columns_; }
-    /// Its fields as programs of xBase know them.
+    /// Its fields as programs of xBase know them, those of floating numbers with the type "F".
     [[nodiscard]] const Structure& structure();
     [[nodiscard]] std::vector<KeptOrder> orders();
     [[nodiscard]] const std::string& id() const { return claims_->id(); }

@@ -8,7 +8,6 @@
 
 #include "host/text.h"
 #include "rdd/key_expression.h"
-#include "rdd/key_token.h"
 #include "rdd/order_catalog.h"
 #include "zmfbconn/transaction.h"
 
@@ -103,19 +102,6 @@ void check_description(std::string_view description, std::string_view order) {
             fmt::format("The expression of the order {} has letters in it that are not of ASCII", order));
 }
 
-// The digits of such numbers are not those of decimals, and do not compare as these do.
-void refuse_floating(Transaction& work, std::string_view table, std::string_view expression) {
-    const Statement all = work.prepare(fmt::format("select * from \"{}\"", table), TextForm::as_kept);
-    const std::vector<Token> words = tokens_of(expression);
-    for (const Column& column : all.columns()) {
-        if (column.type != SqlType::real ||
-            std::ranges::find(words, column.name, &Token::text) == words.end())
-            continue;
-        throw OrderError(fmt::format("{0} cannot be a key: {1} is {2}. STR({1}, length, decimals) can be one",
-                                     expression, column.name, column.type_name));
-    }
-}
-
 const NotedOrder* find(const std::vector<NotedOrder>& orders, std::string_view name) {
     const auto found =
         std::ranges::find(orders, name, [](const NotedOrder& order) { return order.note.name; });
@@ -151,7 +137,6 @@ void create_order(zmFBConn& connection, std::string_view table, const Structure&
     check_description(description_of(note), name);
     with_patience(
         connection, fmt::format("The order {} of {} cannot be made", name, table), [&](Transaction& work) {
-            if (order.type == 'N') refuse_floating(work, table, wanted.expression);
             const auto orders = noted_orders(work, table);
             const NotedOrder* const found = find(orders, name);
             if (found != nullptr && found->note != note)

@@ -159,6 +159,16 @@ TEST_P(AreaOrders, FindNumbersDatesAndLogicals) {
     EXPECT_EQ(reason_of([&] { (void)area.seek(9); }), Reason::no_order);
 }
 
+TEST_P(AreaOrders, OfFloatingNumbersGoByTheirTexts) {
+    execute("alter table STOCK add RATE double precision default 0 not null");
+    execute("insert into STOCK (RATE) values (10.5)");
+    execute("insert into STOCK (RATE) values (9.75)");
+    EXPECT_EQ(reason_of([this] { by("RATE"); }), Reason::no_order);
+    EXPECT_EQ(reason_of([this] { by("RATE + ONHAND"); }), Reason::no_order);
+    Area area = by("STR(RATE, 10, 2)");
+    EXPECT_EQ(walked(area), (Numbers{2, 1}));
+}
+
 TEST_P(AreaOrders, GoWithTheFilter) {
     add({{"a", 1}, {"b", 2}, {"c", 1}, {"d", 2}});
     Area area = by("CODE");

@@ -7,9 +7,9 @@ namespace zmfb::test {
 namespace {
 
 const Structure& customers() {
-    static const Structure fields{{"NAME", "C", 20, 0}, {"CITY", "C", 8, 0},  {"CREDIT", "N", 10, 2},
-                                  {"CODE", "N", 6, 0},  {"BORN", "D", 8, 0},  {"GOOD", "L", 1, 0},
-                                  {"NOTE", "U", 8, 0},  {"RECNO", "N", 15, 0}};
+    static const Structure fields{{"NAME", "C", 20, 0}, {"CITY", "C", 8, 0}, {"CREDIT", "N", 10, 2},
+                                  {"CODE", "N", 6, 0},  {"BORN", "D", 8, 0}, {"GOOD", "L", 1, 0},
+                                  {"RATE", "F", 15, 0}, {"NOTE", "U", 8, 0}, {"RECNO", "N", 15, 0}};
     return fields;
 }
 
@@ -19,6 +19,11 @@ rdd::Term key(std::string_view expression, std::vector<std::string> aliases = {}
 
 const std::string name = "cast(coalesce(\"NAME\", '') as char(20) character set none)";
 const std::string city = "cast(coalesce(\"CITY\", '') as char(8) character set none)";
+
+std::string digits(const std::string& column, int decimals) {
+    return "cast(cast(coalesce(" + column + ", 0) as numeric(18, " + std::to_string(decimals) +
+           ")) as varchar(21) character set none)";
+}
 
 struct Translated {
     const char* expression;
@@ -58,14 +63,24 @@ INSTANTIATE_TEST_SUITE_P(
         Translated{"PADL(TRIM(CITY), 9)",
                    "cast(lpad(trim(trailing from " + city + "), 9) as char(9) character set none)", 'C', 9},
         Translated{"STR(CREDIT)",
-                   "cast(zmstr(coalesce(\"CREDIT\", 0), 10, 2) as char(10) character set none)", 'C', 10},
-        Translated{"STR(CREDIT + CODE + 1.5, 12, 1)",
-                   "cast(zmstr(((coalesce(\"CREDIT\", 0) + coalesce(\"CODE\", 0)) + 1.5), 12, 1) as char(12) "
+                   "cast(iif(octet_length(" + digits("\"CREDIT\"", 2) + ") > 10, " +
+                       rdd::literal("**********") + ", lpad(" + digits("\"CREDIT\"", 2) +
+                       ", 10)) as char(10) character set none)",
+                   'C', 10},
+        Translated{"STRZERO(CODE, 3)",
+                   "cast(iif(octet_length(" + digits("\"CODE\"", 0) + ") > 3, " + rdd::literal("***") +
+                       ", iif(" + digits("\"CODE\"", 0) +
+                       " starting with _none x'2d', _none x'2d' || lpad(substring(" + digits("\"CODE\"", 0) +
+                       " from 2), 2, _none x'30'), lpad(" + digits("\"CODE\"", 0) +
+                       ", 3, _none x'30'))) as char(3) character set none)",
+                   'C', 3},
+        Translated{"STR(CREDIT + CODE + 1.5, 12, 3)",
+                   "cast(zmstr(((coalesce(\"CREDIT\", 0) + coalesce(\"CODE\", 0)) + 1.5), 12, 3) as char(12) "
                    "character "
                    "set none)",
                    'C', 12},
-        Translated{"STRZERO(CODE, 8)",
-                   "cast(zmstrzero(coalesce(\"CODE\", 0), 8, 0) as char(8) character set none)", 'C', 8},
+        Translated{"STRZERO(RATE, 8, 1)",
+                   "cast(zmstrzero(coalesce(\"RATE\", 0), 8, 1) as char(8) character set none)", 'C', 8},
         Translated{"CREDIT",
                    "cast(cast(coalesce(\"CREDIT\", 0) as numeric(18, 2)) + 50000000000000000 as char(20) "
                    "character set none)",
@@ -122,6 +137,7 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"SUBSTR(NAME)", "SUBSTR takes lengths and positions that are numbers"},
         Refused{"STR(CODE + CODE)", "STR of what is no field needs a length"},
         Refused{"STR(CODE, 256)", "STR gives at most 255 characters"},
+        Refused{"RATE + 1", "it is made of floating numbers; STR of it can be one"},
         Refused{"NOTE", "NOTE is a field of no type that keys are made of"},
         Refused{"'constant'", "it has no field in it"}, Refused{"SUBSTR(NAME, 1, 0)", "it is always empty"},
         Refused{"CODE + 12345678901234567890", "\"12345678901234567890\" is not understood"},

@@ -36,6 +36,7 @@ constexpr const char* text_expressions[] = {
     "STR(CREDIT, 10, 2) + STR(CODE, 6)",
     "STR(CREDIT, 5) + STR(CODE, 3, 0)",
     "STR(CREDIT + CODE + 0.5, 14, 3)",
+    "STR(CREDIT + CODE, 9, 2) + STRZERO(CREDIT, 6)",
     "STRZERO(CREDIT, 11, 2) + STRZERO(CODE, 4)",
     "DTOS(BORN) + STRZERO(CODE, 7)",
     "CITY + [ex] + \"'\" + STR(CODE, 6)",

@@ -170,16 +170,6 @@ TEST_F(Orders, ThatTheRowsRefuseLeaveNothing) {
     EXPECT_TRUE(kept().empty());
 }
 
-TEST_F(Orders, OfFloatingNumbersGoByTheirTexts) {
-    disconnect();
-    execute("alter table CUST add RATE double precision default 0 not null");
-    EXPECT_EQ(order_error([this] { create("RATE", "RATE"); }),
-              "RATE cannot be a key: RATE is DOUBLE PRECISION. STR(RATE, length, decimals) can be one");
-    execute("insert into CUST (RATE) values (10.5)");
-    execute("insert into CUST (RATE) values (9.75)");
-    EXPECT_EQ(walk(create("RATE", "STR(RATE, 10, 2)"), Direction::forward, 1), (std::vector<int>{2, 1}));
-}
-
 TEST_F(Orders, KeepTheFieldsThatTheyAreMadeOf) {
     create("BYNAME", "UPPER(NAME)");
     EXPECT_FALSE(connection()(m::dropfield, "CUST", FieldDescriptor{"NAME", "C", 20, 0}));
