@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <span>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -68,6 +70,8 @@ class Record {
     std::vector<bool> assigned_;
 };
 
+/// The bytes of a text.
+inline std::span<const std::byte> bytes_of(std::string_view text) { return std::as_bytes(std::span(text)); }
 /// Throws AreaError when a column is not read as that.
 void check_kind(const Column& column, typed::Kind kind);
 /// A cell of a column as a value for a "?"; of a text a view into the block.

@@ -32,8 +32,6 @@ host::Date runtime_date(sys_days day) {
                           .day = static_cast<int>(static_cast<unsigned>(parts.day()))});
 }
 
-std::span<const std::byte> bytes_of(std::string_view text) { return std::as_bytes(std::span(text)); }
-
 // What kinds of values a column can be read as.
 bool reads_as(const Column& column, typed::Kind kind) {
     using typed::Kind;

@@ -31,8 +31,6 @@ std::size_t cache_size(zmFBConn connection) {
         std::clamp<std::int64_t>(connection(m::getglbskipcachesize), 1, most_rows));
 }
 
-std::span<const std::byte> bytes_of(std::string_view text) { return std::as_bytes(std::span(text)); }
-
 }  // namespace
 
 Walk::Walk(Desk& desk, TextForm form, std::string table)
