@@ -17,7 +17,7 @@ from bench.sql import growth, reading, typed  # noqa: E402
 from bench.support import report  # noqa: E402
 from bench.support.processes import Failure  # noqa: E402
 from bench.support.stage import NODE_MODULE, Stage  # noqa: E402
-from bench.transfer import exporting, importing  # noqa: E402
+from bench.transfer import exporting, importing, wide  # noqa: E402
 
 SKIPPED = 77
 
@@ -28,6 +28,7 @@ BENCHMARKS = {
     "typed": (typed.read, True),
     "import": (importing.bring, True),
     "load": (importing.load, True),
+    "wide": (wide.load, False),
     "convert": (importing.convert, False),
     "export": (exporting.exile, True),
     "export-tool": (exporting.write_out, True),
@@ -51,6 +52,7 @@ SIZES = {
     "peer_records_over_slow_tcp": (2_000, 1_000, 200),
     "lock_pairs": (500, 200, 2),
     "seeks": (10_000, 10_000, 50),
+    "wide_fields": (1_015, 1_015, 20),
     "tables": (1_000, 60, 3),
     "growth": ([10_000, 100_000, 1_000_000, 5_000_000], [10_000, 100_000, 1_000_000], [50, 200]),
 }

@@ -13,6 +13,17 @@ PEERS = ["SOCI", "DBD::Firebird"]
 PEER_TARGETS = {EMBEDDED: Target(times_faster=1.4), TCP: Target(times_faster=5), SLOW: Target(times_faster=5)}
 
 
+def seconds_of_tool(stage, database, file):
+    """What zmfb import tells that it took."""
+    words = [stage.tool, "--json", "--db", database, "--user", "SYSDBA", "import", file]
+    environment = {**os.environ, **stage.environment, "ISC_PASSWORD": "masterkey"}
+    done = subprocess.run(words, capture_output=True, text=True, check=False, env=environment,
+                          preexec_fn=lambda: os.sched_setaffinity(0, {CLIENT_CPU}))
+    if done.returncode != 0:
+        raise Failure(f"zmfb import: {done.stderr}")
+    return json.loads(done.stdout)["seconds"]
+
+
 class _Import:
     """The ways to bring one DBF file in. Each works on a new database, and its sums have to agree."""
 
@@ -51,16 +62,7 @@ class _Import:
         return self._timed("bringdbf", None, work)
 
     def tool(self):
-        return self._timed("zmfb import", None, self._run_tool)
-
-    def _run_tool(self, database):
-        words = [self.stage.tool, "--json", "--db", database, "--user", "SYSDBA", "import", self.file]
-        environment = {**os.environ, **self.stage.environment, "ISC_PASSWORD": "masterkey"}
-        done = subprocess.run(words, capture_output=True, text=True, check=False, env=environment,
-                              preexec_fn=lambda: os.sched_setaffinity(0, {CLIENT_CPU}))
-        if done.returncode != 0:
-            raise Failure(f"zmfb import: {done.stderr}")
-        return json.loads(done.stdout)["seconds"]
+        return self._timed("zmfb import", None, lambda database: seconds_of_tool(self.stage, database, self.file))
 
     def isql(self):
         return self._timed("isql", self.prepared,
