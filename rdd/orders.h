@@ -29,7 +29,8 @@ struct OrderRequest {
     std::vector<std::string> aliases = {};
 };
 
-/// The orders of a table (upper case) with these fields. Throws SqlError, as all of these do.
+/// The orders of a table (upper case) with these fields; not those whose descriptions have no key. Throws
+/// SqlError, as all of these do.
 std::vector<KeptOrder> orders_of(zmFBConn& connection, std::string_view table, const Structure& fields);
 
 /// Makes an order, both indexes of it or none. Nothing when there is that order already; what is missing of

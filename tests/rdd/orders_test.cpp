@@ -170,6 +170,18 @@ TEST_F(Orders, ThatTheRowsRefuseLeaveNothing) {
     EXPECT_TRUE(kept().empty());
 }
 
+TEST_F(Orders, WhoseDescriptionsHaveNoKeyAreLeftOutAndCanBeDropped) {
+    create("BYNAME", "NAME");
+    create("BYCITY", "CITY");
+    disconnect();
+    for (const std::string& name : rdd::index_names("CUST", "BYNAME"))
+        execute("comment on index " + name + " is 'Order BYNAME: NOSUCH'");
+    ASSERT_EQ(kept().size(), 1u);
+    EXPECT_EQ(kept()[0].order.name, "BYCITY");
+    rdd::drop_order(connection(), "CUST", "BYNAME");
+    EXPECT_EQ(indexes().size(), 2u);
+}
+
 TEST_F(Orders, KeepTheFieldsThatTheyAreMadeOf) {
     create("BYNAME", "UPPER(NAME)");
     EXPECT_FALSE(connection()(m::dropfield, "CUST", FieldDescriptor{"NAME", "C", 20, 0}));
