@@ -215,6 +215,7 @@ std::optional<std::uint64_t> number_from(zmFBConn& connection, std::string_view 
 
 std::optional<std::uint64_t> records_of(zmFBConn& connection, const Table& table) {
     if (table.kind == TableKind::view) return std::nullopt;
+    if (table.kind == TableKind::unfinished) return 0;
     std::optional<std::uint64_t> records;
     if (table.kind == TableKind::driver) {
         records = number_from(

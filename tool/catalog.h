@@ -101,8 +101,9 @@ Table existing_table(zmFBConn& connection, const std::string& typed);
 /// What the table or view of this name, which exists, is to the driver.
 TableKind kind_of(zmFBConn& connection, const Name& name);
 /// How many rows it has: those of the driver's own tables are counted by their generators, which may have
-/// counted what an import that was cut off did not bring in; that one, and any other, by reading it. None for
-/// a view, which would run what its maker wrote, and when this user may not count them.
+/// counted what an import that was cut off did not bring in; that one, and any other, by reading it. Those of
+/// an unfinished one do not count, and it may not be possible to read them. None for a view, which would run
+/// what its maker wrote, and when this user may not count them.
 std::optional<std::uint64_t> records_of(zmFBConn& connection, const Table& table);
 /// "1 record", "10 records", "records that this user may not count".
 std::string records_in_words(std::optional<std::uint64_t> records);

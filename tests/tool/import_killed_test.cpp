@@ -22,7 +22,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::milliseconds;
 
-constexpr int few = 5, many = 20000;
+constexpr int few = 5;
 // So many kills that meet one outcome only show nothing.
 constexpr int telling = 20;
 
@@ -45,6 +45,10 @@ class KilledImports : public Tool, public testing::WithParamInterface<std::strin
   protected:
     KilledImports() : path(database()) {
         records(few).write(file("few.dbf"));
+        set_many(20000);
+    }
+    void set_many(int count) {
+        many = count;
         records(many).write(file("big.dbf"));
     }
     // The words of an import of `name` into BIG.
@@ -101,9 +105,10 @@ class KilledImports : public Tool, public testing::WithParamInterface<std::strin
         EXPECT_TRUE(kind == "driver" || (kind == "unfinished" && (before() == 0 || is_being_replaced)) ||
                     (kind.empty() && before() == 0))
             << kind << " " << loaded;
-        const int real = kind.empty() ? 0 : std::stoi(answer("select count(*) from BIG"));
+        // What an unfinished table has is nobody's, and may not be readable.
+        const int real = kind == "driver" ? std::stoi(answer("select count(*) from BIG")) : 0;
         EXPECT_EQ(told, real);
-        EXPECT_TRUE(kind == "driver" ? real == before() || real == after() : real == 0) << real;
+        EXPECT_TRUE(kind != "driver" || real == before() || real == after()) << real;
         if (kind == "unfinished" || !loaded.empty()) {
             const std::string doctor = on(path, {"doctor"}).out;
             const std::string named = kind == "unfinished" ? "BIG is an import" : "Z$BIG ";
@@ -127,6 +132,25 @@ class KilledImports : public Tool, public testing::WithParamInterface<std::strin
         EXPECT_EQ(answer("select count(*) from rdb$generators where rdb$generator_name starting with 'G_Z$'"),
                   "0");
     }
+    // Kills one import at each `step`-th write, from the first on, until one comes to its end before. Returns
+    // how many were killed.
+    int kill_at_writes(int step) {
+        for (int killed = 0;; ++killed) {
+            begin();
+            const int at = 1 + killed * step;
+            SCOPED_TRACE(at);
+            std::vector<std::string> words{"--db", path};
+            const std::vector<std::string> rest = words_of(file("big.dbf"));
+            words.insert(words.end(), rest.begin(), rest.end());
+            const Finished run =
+                zmfb(words, "",
+                     {"LD_PRELOAD=" ZMFB_KILLED_AT_WRITE, "ASAN_OPTIONS=verify_asan_link_order=0",
+                      "ZMFB_KILLED_AT=" + std::to_string(at)});
+            const bool is_in = look();
+            expect_the_next_works(is_in);
+            if (run.status == 0 || HasFailure()) return killed;
+        }
+    }
     void kill_many(Victim victim, int times) {
         begin();
         ASSERT_EQ(import_whole().status, 0);
@@ -148,6 +172,7 @@ class KilledImports : public Tool, public testing::WithParamInterface<std::strin
     }
 
     std::string path;
+    int many = 0;
 
   private:
     [[nodiscard]] static std::vector<std::string> words_in(const std::string& line) {
@@ -163,6 +188,15 @@ TEST_P(KilledImports, LeaveAWholeTableOrNothing) { kill_many(Victim::client, rou
 TEST_P(KilledImports, LeaveTheSameWhenTheServerIsKilled) {
     if (!on_server()) GTEST_SKIP() << "there is no server to kill";
     kill_many(Victim::server, (rounds() + 3) / 4);
+}
+
+TEST_P(KilledImports, LeaveTheSameAtAnyWriteOfTheEngine) {
+    if (on_server()) GTEST_SKIP() << "the engine is in another process";
+    set_many(400);
+    const int step = rounds() >= telling ? 1 : 47;
+    const int killed = kill_at_writes(step);
+    EXPECT_GT(killed * step, 100);
+    fmt::print("import {} killed before {} of its writes, one in {}\n", GetParam(), killed, step);
 }
 
 INSTANTIATE_TEST_SUITE_P(OfAllKinds, KilledImports, testing::Values("", "--replace", "--append"));

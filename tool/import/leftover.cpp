@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "tool/catalog.h"
+#include "tool/dependents.h"
 #include "tool/import/new_table.h"
 #include "tool/import/replacing.h"
 #include "tool/say.h"
@@ -36,11 +37,7 @@ std::vector<std::string> drop_beside(zmFBConn& connection, const std::string& ta
     const std::string beside = table_beside(table);
     if (drop_unfinished_table(connection, beside)) return {};
     const bool added = destination_of(connection, beside).added;
-    with_patience([&] {
-        Transaction work(connection);
-        drop_parts(work, beside);
-        work.commit();
-    });
+    drop_table(connection, beside);
     std::vector<std::string> said{fmt::format(
         "an earlier import was cut off before its records came into {}: they were dropped", table)};
     if (added && !recount(connection, table)) {
@@ -69,7 +66,11 @@ std::vector<std::string> settle_leftover(zmFBConn& connection, const std::string
     std::vector<std::string> said{fmt::format(
         "an earlier import was cut off while its records came into {}: they are there now", table)};
     ImportHold hold(connection, beside);
-    for (std::string& refused : move_in(connection, hold, table, destination_of(connection, beside).again))
+    const Destination destination = destination_of(connection, beside);
+    // Made anew: what is there can be the one that was given up, whole or half dropped.
+    make_room(connection, table, made_columns_of(connection, beside),
+              names_in(dependents_of_table(connection, Name(table)).taken), destination.again);
+    for (std::string& refused : move_in(connection, hold, table, destination.again))
         said.push_back(std::move(refused));
     return said;
 }

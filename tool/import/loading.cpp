@@ -73,7 +73,7 @@ void Loading::run() try {
 }
 
 void Loading::replace() {
-    make_room(file_.connection, file_.plan.table, columns(), file_.views);
+    make_room(file_.connection, file_.plan.table, columns(), file_.views, file_.belongings.again);
     for (std::string& said : move_in(file_.connection, *hold_, file_.plan.table, file_.belongings.again))
         file_.report.notes.push_back(std::move(said));
 }

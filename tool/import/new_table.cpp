@@ -7,6 +7,7 @@
 #include "tool/catalog.h"
 #include "tool/drop.h"
 #include "tool/import/turn.h"
+#include "tool/name.h"
 #include "tool/session.h"
 
 namespace zmfb::tool {
@@ -35,6 +36,21 @@ void drop_generators(Transaction& work, const std::string& table) {
 std::string keyless_beside(const std::string& table) { return "Z$$" + table; }
 
 }  // namespace
+
+void drop_keys(Transaction& work, const std::string& table) {
+    std::vector<std::string> drops;
+    for (const auto& [index, constraint] : work.query<std::string, std::optional<std::string>>(
+             "select i.rdb$index_name, c.rdb$constraint_name from rdb$indices i left join "
+             "rdb$relation_constraints c on c.rdb$index_name = i.rdb$index_name where i.rdb$relation_name = "
+             "? "
+             "order by iif(c.rdb$constraint_type = 'FOREIGN KEY', 0, 1)",
+             table)) {
+        drops.push_back(
+            constraint ? fmt::format("ALTER TABLE {} DROP CONSTRAINT {}", table, Name(*constraint).quoted())
+                       : "DROP INDEX " + Name(index).quoted());
+    }
+    for (const std::string& drop : drops) work.execute(drop);
+}
 
 void take_number_away(zmFBConn& connection, const std::string& keyless) {
     drop_unfinished_table(connection, keyless);
@@ -106,27 +122,36 @@ void execute_all(Transaction& work, const std::vector<std::string>& statements) 
     describe();
 }
 
+bool is_unfinished_there(zmFBConn& connection, const std::string& table) {
+    Transaction work(connection, Access::read_only);
+    return !unfinished_of(work, table, table).empty();
+}
+
 [[noreturn]] void refuse_another(zmFBConn& connection, const std::string& table) {
     throw Failure{Exit::failed, another_import(table, who_fills(connection, table))};
 }
 
 }  // namespace
 
-NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
-                     const std::function<void(Transaction&)>& drop) {
+NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns) {
     const Turn turn;
     std::string description;
     const std::string keyless = keyless_beside(table);
     make_table(connection, table, [&] {
-        Transaction work(connection);
-        description = own_description(work);
-        if (drop) drop(work);
-        const std::set<std::string> unfinished = unfinished_of(work, table, keyless);
-        if (unfinished.contains(keyless)) drop_parts(work, keyless);
-        if (unfinished.contains(table)) work.execute("DROP TABLE " + table);
-        drop_generators(work, table);
-        execute_all(work, statements_to_begin_table(table, columns, description));
-        work.commit();
+        std::optional<Transaction> work(std::in_place, connection);
+        std::set<std::string> unfinished = unfinished_of(*work, table, keyless);
+        if (!unfinished.empty()) {
+            for (const std::string& one : unfinished) drop_keys(*work, one);
+            work->commit();
+            work.emplace(connection);
+            unfinished = unfinished_of(*work, table, keyless);
+        }
+        description = own_description(*work);
+        if (unfinished.contains(keyless)) drop_parts(*work, keyless);
+        if (unfinished.contains(table)) work->execute("DROP TABLE " + table);
+        drop_generators(*work, table);
+        execute_all(*work, statements_to_begin_table(table, columns, description));
+        work->commit();
     });
     // Another import can have dropped it before it was held.
     try {
@@ -158,16 +183,23 @@ void drop_parts(Transaction& work, const std::string& table) {
     drop_generators(work, table);
 }
 
-bool drop_unfinished_table(zmFBConn& connection, const std::string& table) {
-    bool was_there = false;
+void drop_table(zmFBConn& connection, const std::string& table) {
     with_patience([&] {
         Transaction work(connection);
-        was_there = !unfinished_of(work, table, table).empty();
-        if (!was_there) return;
+        drop_keys(work, table);
+        work.commit();
+    });
+    with_patience([&] {
+        Transaction work(connection);
         drop_parts(work, table);
         work.commit();
     });
-    return was_there;
+}
+
+bool drop_unfinished_table(zmFBConn& connection, const std::string& table) {
+    if (!is_unfinished_there(connection, table)) return false;
+    drop_table(connection, table);
+    return true;
 }
 
 }  // namespace zmfb::tool

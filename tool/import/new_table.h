@@ -21,17 +21,23 @@ struct NewTable {
 
 // All of these throw SqlError.
 
-/// Makes it, in one transaction, in the place of an unfinished one that an earlier import left, and of
-/// generators that a table left behind; before that drops what `drop` does in the same transaction. Throws
-/// Failure when another import fills it.
-NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
-                     const std::function<void(Transaction&)>& drop = {});
+/// Makes it in the place of an unfinished one that an earlier import left, and of generators that a table
+/// left behind. Throws Failure when another import fills it.
+NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns);
 
 /// Adds what is still missing, in the transaction of its rows. Their numbers are 1 to `rows`.
 void finish_table(Transaction& work, const std::string& table, std::uint64_t rows);
 
+/// Drops the constraints and indexes of a table. An engine that is killed while it commits the drop of a
+/// table can leave it without its pages: nobody can read it then, and it can be dropped again only when it
+/// has none of them. So they go before, in a transaction of their own.
+void drop_keys(Transaction& work, const std::string& table);
+
 /// Drops it with its generators, if it has them.
 void drop_parts(Transaction& work, const std::string& table);
+
+/// Drops a table that nobody needs, with its generators, if it has them.
+void drop_table(zmFBConn& connection, const std::string& table);
 
 /// Drops it if it is there and unfinished, with its generators. Returns whether it was there.
 bool drop_unfinished_table(zmFBConn& connection, const std::string& table);

@@ -7,7 +7,6 @@
 
 #include "host/text.h"
 #include "tool/catalog.h"
-#include "zmfbconn/transaction.h"
 
 namespace zmfb::tool {
 namespace {
@@ -20,16 +19,6 @@ bool names(const std::string& statement, const std::string& table) {
         if (!is_of_a_name(text[at - 1]) && !is_of_a_name(text[at + table.size()])) return true;
     }
     return false;
-}
-
-// The engine says so only when a drop is committed. What others have prepared SYSDBA sees, and the owner of
-// the database.
-bool is_in_use(Transaction& work, const std::string& table) {
-    auto statements = work.rows(
-        "select mon$sql_text from mon$statements where mon$attachment_id <> current_connection and "
-        "mon$sql_text is not null");
-    return std::ranges::any_of(statements,
-                               [&](const Row& row) { return names(row[0].text().value_or(""), table); });
 }
 
 void prepare_adding(Transaction& work, const ImportPlan& plan, const std::string& table) {
@@ -51,6 +40,14 @@ std::vector<std::string> drops_of_leftovers(zmFBConn& connection, const Name& ta
 }
 
 }  // namespace
+
+bool is_in_use(Transaction& work, const std::string& table) {
+    auto statements = work.rows(
+        "select mon$sql_text from mon$statements where mon$attachment_id <> current_connection and "
+        "mon$sql_text is not null");
+    return std::ranges::any_of(statements,
+                               [&](const Row& row) { return names(row[0].text().value_or(""), table); });
+}
 
 std::string rehearse(zmFBConn& connection, const ImportPlan& plan, const Rehearsed& rehearsed) try {
     const std::vector<std::string> drops = drops_of_leftovers(connection, Name(rehearsed.made));

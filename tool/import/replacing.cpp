@@ -3,13 +3,29 @@
 #include <fmt/format.h>
 
 #include "tool/catalog.h"
+#include "tool/column_type.h"
+#include "tool/drop.h"
 #include "tool/import/new_table.h"
+#include "tool/import/rehearsal.h"
+#include "tool/interrupt.h"
+#include "tool/reading.h"
+#include "tool/say.h"
+#include "tool/session.h"
 
 namespace zmfb::tool {
 namespace {
 
 constexpr std::string_view is_added = ", to be added";
 constexpr char between = '\x1e';
+
+std::string description_of(Transaction& work, const std::string& table) {
+    return work.one<std::string>("select rdb$description from rdb$relations where rdb$relation_name = ?",
+                                 table);
+}
+
+void describe(Transaction& work, const std::string& table, const std::string& description) {
+    work.execute(fmt::format("COMMENT ON TABLE {} IS {}", table, sql_text(description)));
+}
 
 // The columns of a table beside, but for the driver's own: "A,B".
 std::string columns_in(Transaction& work, const std::string& beside, std::string_view before = "") {
@@ -29,13 +45,12 @@ void describe_loaded(Transaction& work, const std::string& beside, const Destina
     std::string description(loaded_description);
     if (destination.added) description += is_added;
     for (const std::string& statement : destination.again) description += between + statement;
-    work.execute(fmt::format("COMMENT ON TABLE {} IS {}", beside, sql_text(description)));
+    describe(work, beside, description);
 }
 
 Destination destination_of(zmFBConn& connection, const std::string& beside) {
     Transaction work(connection, Access::read_only);
-    const auto whole = work.one<std::string>(
-        "select rdb$description from rdb$relations where rdb$relation_name = ?", beside);
+    const std::string whole = description_of(work, beside);
     const std::string_view description = std::string_view(whole).substr(loaded_description.size());
     Destination destination{.added = description.starts_with(is_added), .again = {}};
     for (std::size_t at = description.find(between); at != std::string_view::npos;) {
@@ -46,12 +61,114 @@ Destination destination_of(zmFBConn& connection, const std::string& beside) {
     return destination;
 }
 
-void make_room(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
-               const std::vector<Name>& views) {
-    begin_table(connection, table, columns, [&](Transaction& work) {
-        for (const Name& view : views) work.execute("DROP VIEW " + view.quoted());
-        drop_parts(work, table);
+namespace {
+
+// Returns the description that the table has had.
+std::string give_up(zmFBConn& connection, const std::string& table) {
+    std::string before;
+    with_patience([&] {
+        Transaction work(connection);
+        before = description_of(work, table);
+        describe(work, table, std::string(unfinished_description));
+        work.commit();
     });
+    return before;
+}
+
+void drop_views(Transaction& work, const std::vector<Name>& views) {
+    for (const Name& view : views) work.execute("DROP VIEW " + view.quoted());
+}
+
+// What speaks against it shows before anything is changed.
+void rehearse_drop(zmFBConn& connection, const std::string& table, const std::vector<Name>& views) {
+    const std::string in_use = fmt::format("the table {} is in use by another program", table);
+    for (int attempt = 1;; ++attempt) {
+        Transaction work(connection);
+        drop_views(work, views);
+        drop_parts(work, table);
+        if (!is_in_use(work, table)) return;
+        if (!wait_for_others(in_use, attempt)) throw Failure{Exit::failed, in_use};
+    }
+}
+
+void drop_views_and_keys(zmFBConn& connection, const std::string& table, const std::vector<Name>& views) {
+    with_patience([&] {
+        Transaction work(connection);
+        drop_views(work, views);
+        drop_keys(work, table);
+        work.commit();
+    });
+}
+
+// Of a table that is still the one that was given up. One that cannot be taken again stays so, and the rows
+// beside it come in with the next import.
+void take_again(zmFBConn& connection, const std::string& table, const std::string& description,
+                const std::vector<std::string>& dropped) try {
+    if (interrupted()) begin_undoing();
+    with_patience([&] {
+        Transaction work(connection);
+        if (description_of(work, table) != unfinished_description) return;
+        for (const std::string& statement : dropped) {
+            try {
+                work.execute(statement);
+            } catch (const SqlError&) {
+                // One of a trigger or a right, which have not gone.
+            }
+        }
+        describe(work, table, description);
+        work.commit();
+    });
+} catch (const SqlError&) {
+}
+
+}  // namespace
+
+void make_room(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
+               const std::vector<Name>& views, const std::vector<std::string>& again) {
+    rehearse_drop(connection, table, views);
+    const std::string before = give_up(connection, table);
+    std::vector<std::string> dropped;
+    try {
+        drop_views_and_keys(connection, table, views);
+        dropped = {"ALTER TABLE " + table + " ADD PRIMARY KEY (RECNO)",
+                   statements_to_finish_table(table).front()};
+        dropped.insert(dropped.end(), again.begin(), again.end());
+        begin_table(connection, table, columns);
+    } catch (...) {
+        if (!before.starts_with(unfinished_description)) take_again(connection, table, before, dropped);
+        throw;
+    }
+}
+
+std::vector<DriverColumn> made_columns_of(zmFBConn& connection, const std::string& beside) {
+    constexpr int octets = 1;
+    std::vector<DriverColumn> columns;
+    for (const auto& [name, code, sub_type, bytes, scale, precision, characters, set, default_value, not_null,
+                      description] :
+         rows_of<std::string, int, int, int, int, int, int, int, std::string, int, std::string>(
+             connection,
+             "select trim(rf.rdb$field_name), f.rdb$field_type, coalesce(f.rdb$field_sub_type, 0), "
+             "coalesce(f.rdb$field_length, 0), coalesce(f.rdb$field_scale, 0), "
+             "coalesce(f.rdb$field_precision, "
+             "0), coalesce(f.rdb$character_length, 0), coalesce(f.rdb$character_set_id, 0), "
+             "coalesce(rf.rdb$default_source, ''), coalesce(rf.rdb$null_flag, 0), "
+             "coalesce(rf.rdb$description, '') from rdb$relation_fields rf join rdb$fields f on "
+             "f.rdb$field_name = rf.rdb$field_source where rf.rdb$relation_name = ? and rf.rdb$field_name "
+             "not "
+             "in ('RECNO', 'RDD_AREAID') order by rf.rdb$field_position",
+             beside)) {
+        std::string definition = type_name({.code = code,
+                                            .sub_type = sub_type,
+                                            .bytes = bytes,
+                                            .scale = scale,
+                                            .precision = precision,
+                                            .characters = characters});
+        if (characters != 0 && set == octets) definition += " CHARACTER SET OCTETS";
+        if (!default_value.empty()) definition += " " + default_value;
+        if (not_null != 0) definition += " NOT NULL";
+        columns.push_back({name, definition, description});
+    }
+    return columns;
 }
 
 namespace {
@@ -60,7 +177,7 @@ std::string not_again(const std::string& statement, const SqlError& error) {
     return fmt::format("not made again: {}\n  {}", statement, error.message());
 }
 
-std::vector<std::string> moved_in(zmFBConn& connection, ImportHold& hold, const std::string& table,
+std::vector<std::string> moved_in(zmFBConn& connection, const std::string& table,
                                   const std::vector<std::string>& again) {
     const std::string beside = table_beside(table);
     std::vector<std::string> refused;
@@ -75,10 +192,17 @@ std::vector<std::string> moved_in(zmFBConn& connection, ImportHold& hold, const 
             refused.push_back(not_again(statement, error));
         }
     }
-    hold.release();
-    drop_parts(work, beside);
+    describe(work, beside, std::string(unfinished_description));
     work.commit();
     return refused;
+}
+
+// Its rows are in, and it calls itself unfinished.
+void drop_emptied(zmFBConn& connection, ImportHold& hold, const std::string& beside) try {
+    hold.release();
+    drop_unfinished_table(connection, beside);
+} catch (const std::exception&) {
+    say("note: the table {} could not be dropped; the next import of that name does it\n", beside);
 }
 
 }  // namespace
@@ -88,7 +212,7 @@ std::vector<std::string> move_in(zmFBConn& connection, ImportHold& hold, const s
                                  const std::vector<std::string>& again) {
     std::vector<std::string> refused;
     const auto move = [&](const std::vector<std::string>& statements) {
-        with_patience([&] { refused = moved_in(connection, hold, table, statements); });
+        with_patience([&] { refused = moved_in(connection, table, statements); });
     };
     try {
         move(again);
@@ -97,6 +221,7 @@ std::vector<std::string> move_in(zmFBConn& connection, ImportHold& hold, const s
         move({});
         for (const std::string& statement : again) refused.push_back(not_again(statement, error));
     }
+    drop_emptied(connection, hold, table_beside(table));
     return refused;
 }
 
@@ -111,9 +236,9 @@ void add_rows(zmFBConn& connection, ImportHold& hold, const std::string& table) 
         "STARTING "
         "WITH '22') THEN K = K + 1; K = GEN_ID(G_{2}_D, K); EXCEPTION; END END",
         columns_in(work, beside), beside, table, columns_in(work, beside, ":C.")));
-    hold.release();
-    drop_parts(work, beside);
+    describe(work, beside, std::string(unfinished_description));
     work.commit();
+    drop_emptied(connection, hold, beside);
 }
 
 bool recount(zmFBConn& connection, const std::string& table) {

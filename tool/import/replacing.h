@@ -1,7 +1,9 @@
 /// How the rows that were loaded beside a table come into it, or into its place.
 ///
 /// A table beside another describes itself as unfinished until it has all rows. Then it is a loaded one, and
-/// its description says what becomes of it; it goes in the transaction that brings its rows to their place.
+/// its description says what becomes of it. In the transaction that brings its rows to their place it becomes
+/// an unfinished one again, which is dropped. The table that it replaces is given up before it is dropped:
+/// that calls itself unfinished, too, and from then on the rows beside it are those that count.
 #pragma once
 
 #include <cstdint>
@@ -31,18 +33,23 @@ void describe_loaded(Transaction& work, const std::string& beside, const Destina
 /// What the description of a loaded table says.
 Destination destination_of(zmFBConn& connection, const std::string& beside);
 
-/// Drops the table and these views on it, and makes it anew, unfinished, in one transaction.
+/// Gives the table up, drops it and these views on it, and makes it anew, unfinished. When it cannot be
+/// dropped, other programs having it in use perhaps, everything is as before; `again` are the statements for
+/// what went with it.
 void make_room(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
-               const std::vector<Name>& views);
+               const std::vector<Name>& views, const std::vector<std::string>& again);
+
+/// The columns of the table beside, but for the driver's own, as that was made with them.
+std::vector<DriverColumn> made_columns_of(zmFBConn& connection, const std::string& beside);
 
 /// Brings the rows of the table beside, which is held until then, into the unfinished one, whose columns are
-/// the same, finishes that, runs the statements of `again`, and drops the one beside, in one transaction.
+/// the same, finishes that and runs the statements of `again`, in one transaction; then drops the one beside.
 /// Returns what is to be said of those of `again` that the engine has refused.
 std::vector<std::string> move_in(zmFBConn& connection, ImportHold& hold, const std::string& table,
                                  const std::vector<std::string>& again);
 
 /// Adds the rows of the table beside, which is held until then, to those of `table`, which has its columns,
-/// and drops it, in one transaction.
+/// in one transaction; then drops it.
 void add_rows(zmFBConn& connection, ImportHold& hold, const std::string& table);
 
 /// Puts the counting generators of a table right, which count rows too that a process had added when it was
