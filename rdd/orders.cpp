@@ -138,9 +138,9 @@ void create_order(zmFBConn& connection, std::string_view table, const Structure&
                   const OrderRequest& wanted) {
     const std::string name = host::upper(wanted.name).string();
     check_name(name);
-    const Order order = order_of(table, name, wanted.expression, wanted.unique, {fields, wanted.aliases});
     const OrderNote note{name, wanted.expression, wanted.unique};
-    check_description(description_of(note), name);
+    check_description(description_of(note), name);  // before it is read: it may nest without end
+    const Order order = order_of(table, name, wanted.expression, wanted.unique, {fields, wanted.aliases});
     with_patience(
         connection, fmt::format("The order {} of {} cannot be made", name, table), [&](Transaction& work) {
             const auto orders = noted_orders(work, table);

@@ -157,6 +157,8 @@ TEST_F(Orders, ThatCannotBeMadeLeaveNothing) {
               "\"A-B\" is no name of an order: 1 to 31 letters, digits and _ are");
     EXPECT_EQ(order_error([this] { create("LONG", "NAME + '" + std::string(240, 'x') + "'"); }),
               "The expression of the order LONG is 6 characters too long");
+    EXPECT_EQ(order_error([this] { create("DEEP", std::string(1000000, '(')); }),
+              "The expression of the order DEEP is 999757 characters too long");
     EXPECT_EQ(indexes(), Rows{});
 }
 
