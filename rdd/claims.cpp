@@ -47,7 +47,9 @@ void persist(const Done& done) noexcept {
     for (int losses = 0; losses < most_losses; ++losses) {
         try {
             if (done()) return;
-        } catch (...) {  // a query has failed, or an error block broke it off; there is nobody to tell
+        } catch (const SqlError& error) {
+            if (error.sqlstate().starts_with("08")) return;  // the connection is lost for good
+        } catch (...) {  // an error block broke it off; there is nobody to tell
         }
         pauses.pause(Clock::time_point::max());
     }

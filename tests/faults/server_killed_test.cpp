@@ -12,6 +12,7 @@
 #include "tests/support/dbf_builder.h"
 #include "tests/support/server.h"
 #include "tests/support/worker/contention.h"
+#include "zmfbconn/area.h"
 #include "zmfbconn/transaction.h"
 
 namespace zmfb::test {
@@ -115,6 +116,23 @@ TEST_F(KilledServer, UndoesALongUpdateWhole) {
     EXPECT_EQ(log_lines().size(), 1U);
     expect_errors_logged();
     expect_all_well_after_restart();
+}
+
+TEST_F(KilledServer, LetsAnAreaWithManyLocksCloseAtOnce) {
+    constexpr int locks = 200;
+    execute(
+        "execute block as declare i integer = 0; begin while (i < 200) do begin "
+        "insert into CUSTOMER (NAME) values ('more'); i = i + 1; end end");
+    std::optional<Area> area(std::in_place, connection(), "CUSTOMER");
+    for (int recno = 1; recno <= locks; ++recno) area->lock_record(recno);
+    Server::shared().kill();
+    const auto begin = std::chrono::steady_clock::now();
+    area.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 20s);  // with pauses for each it took a minute
+    Server::shared().start();
+    disconnect();
+    EXPECT_EQ(rows("select count(*) from RDDSYS_RLK")[0][0], std::to_string(locks));
+    EXPECT_EQ(Area(connection(), "CUSTOMER").count(), locks + 3);
 }
 
 TEST_F(KilledServer, KeepsEveryRowThatWasAnsweredForAndNoOther) {
