@@ -124,6 +124,8 @@ void Walk::grow(const Block& block) {
 }
 
 std::optional<Record> Walk::look(std::int64_t recno) {
+    constexpr std::int64_t most = std::int64_t{1} << 53;  // what the column of doubles has exactly
+    if (recno < -most || recno > most) return std::nullopt;
     const Query& one = query(select("", {"RECNO = ?"}));
     const Parameter value[] = {recno};
     const auto rows = one.run(value);
@@ -262,9 +264,13 @@ void Walk::release() {
     joint_queries_.clear();
 }
 
+// By itself it has to be a condition, too: one that closes the parentheses around it would undo what it
+// stands beside, and a walk would not end.
 void Walk::set_filter(std::string filter) {
     std::swap(filter_, filter);
     try {
+        if (counting().parameter_count() > 0)
+            throw SqlError({-804, "07001", "A filter takes no values", filter_});
         (void)query(select("first ? ", {filter_, order_.only}) + " " + order_by(order_, Direction::forward));
     } catch (...) {
         std::swap(filter_, filter);
@@ -289,12 +295,12 @@ std::int64_t Walk::place() {
         .one<std::int64_t>(key());
 }
 
-std::int64_t Walk::count() {
+Statement Walk::counting() {
     const std::string condition = filter_.empty() ? "" : " where " + filter_;
-    return work()
-        .prepare("select count(*) from " + quoted(columns_->table()) + condition, form_)
-        .one<std::int64_t>();
+    return work().prepare("select count(*) from " + quoted(columns_->table()) + condition, form_);
 }
+
+std::int64_t Walk::count() { return counting().one<std::int64_t>(); }
 
 void Walk::stand_on(std::int64_t recno) {
     leave();

@@ -74,6 +74,8 @@ class Walk {
     /// The transaction that reads now, and its statements.
     Transaction& work();
     const Query& query(const std::string& sql);
+    /// Counts the records under the filter.
+    Statement counting();
     [[nodiscard]] std::string select(std::string_view first, std::vector<std::string> conditions) const;
     bool read(Direction direction, From from);
     bool read_one(Direction direction, const std::string& from);

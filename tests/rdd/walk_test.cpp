@@ -1,4 +1,6 @@
 // Moving about in a table, in each skip mode, alone and while others change it.
+#include <limits>
+
 #include "tests/rdd/area_test.h"
 #include "tests/sql/sql_error_of.h"
 #include "tests/support/heap.h"
@@ -115,7 +117,9 @@ TEST_P(AreaWalk, GoesToARecordByItsNumber) {
     EXPECT_EQ(area["CODE"].as<std::string>(), "A7");
     EXPECT_TRUE(area.skip());
     EXPECT_EQ(area.recno(), 8);
-    for (const std::int64_t none : {0, -1, 10, 1000000}) {
+    using Limits = std::numeric_limits<std::int64_t>;
+    for (const std::int64_t none : {std::int64_t{0}, std::int64_t{-1}, std::int64_t{10},
+                                    std::int64_t{1000000}, Limits::min(), Limits::max()}) {
         EXPECT_FALSE(area.go(none));
         EXPECT_TRUE(area.eof());
     }
@@ -171,6 +175,17 @@ TEST_P(AreaWalk, LeavesInWhatTheFilterSays) {
     EXPECT_EQ(walked(area), (Numbers{3, 5}));
     area.filter("");
     EXPECT_EQ(area.count(), 30);
+}
+
+TEST_P(AreaWalk, RefusesAFilterThatIsNoConditionByItself) {
+    fill(6);
+    Area area = stock();
+    area.filter("ONHAND > 4");
+    for (const char* filter : {"1 = 1) or (1 = 1", "1 = 1) --", "CODE = 'A1", "ONHAND > 2 /*"})
+        EXPECT_EQ(state_of([&] { area.filter(filter); }), "42000") << filter;
+    EXPECT_EQ(state_of([&] { area.filter("ONHAND > ?"); }), "07001");
+    EXPECT_EQ(walked(area), (Numbers{5, 6}));
+    EXPECT_EQ(area.count(), 2);
 }
 
 TEST_P(AreaWalk, OfTwoAreasOfOneTableIsEachItsOwn) {
