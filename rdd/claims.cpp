@@ -9,6 +9,7 @@
 
 #include "conn/public_call.h"
 #include "rdd/desk.h"
+#include "zmfbconn/cancel.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
 
@@ -43,6 +44,7 @@ constexpr int most_losses = 8;
 
 template <class Done>
 void persist(const Done& done) noexcept {
+    const Undisturbed by_cancellations;
     Pauses pauses;
     for (int losses = 0; losses < most_losses; ++losses) {
         try {

@@ -29,6 +29,7 @@ struct Attachments {
     std::mutex mutex;
     std::vector<Entry> entries;
     std::atomic<bool> cancelled = false;
+    int undisturbed = 0;  // under the mutex for the thread that cancels
 };
 
 // Never destroyed: the thread that cancels may outlive main().
@@ -61,6 +62,13 @@ std::string failed_file(const ISC_STATUS* status) {
     return last_text;
 }
 
+// One that came too late for the statement that it was for hits none of them.
+void forget_cancellations() {
+    for (Entry& entry : attachments().entries) {
+        if (entry.failure.empty()) sql::client().forget_cancellation(&entry.handle);
+    }
+}
+
 }  // namespace
 
 void add_attachment(isc_db_handle database, std::string_view name) {
@@ -74,7 +82,7 @@ void remove_attachment(isc_db_handle database) {
 }
 
 void require_not_cancelled() {
-    if (attachments().cancelled) throw Cancelled();
+    if (attachments().cancelled && attachments().undisturbed == 0) throw Cancelled();
 }
 
 Status admit(isc_db_handle database) {
@@ -100,7 +108,7 @@ bool cancel() {
     sql::Attachments& all = sql::attachments();
     const bool again = all.cancelled.exchange(true);
     const std::lock_guard lock(all.mutex);
-    if (!again) return !all.entries.empty();
+    if (!again || all.undisturbed > 0) return !all.entries.empty();
     for (sql::Entry& entry : all.entries) {
         ISC_STATUS_ARRAY nothing_to_cancel;
         if (entry.failure.empty()) sql::client().cancel_operation(nothing_to_cancel, &entry.handle);
@@ -112,9 +120,18 @@ void resume() {
     sql::Attachments& all = sql::attachments();
     if (!all.cancelled.exchange(false)) return;
     const std::lock_guard lock(all.mutex);
-    for (sql::Entry& entry : all.entries) {
-        if (entry.failure.empty()) sql::client().forget_cancellation(&entry.handle);
-    }
+    sql::forget_cancellations();
+}
+
+Undisturbed::Undisturbed() {
+    sql::Attachments& all = sql::attachments();
+    const std::lock_guard lock(all.mutex);
+    if (all.undisturbed++ == 0 && all.cancelled) sql::forget_cancellations();
+}
+
+Undisturbed::~Undisturbed() {
+    const std::lock_guard lock(sql::attachments().mutex);
+    --sql::attachments().undisturbed;
 }
 
 }  // namespace zmfb

@@ -23,12 +23,22 @@ class Cancelled : public std::exception {
 /// one that runs fail ("operation was cancelled"). To be called from any thread, again and again, some 50 ms
 /// apart, until the thread of the objects has come back: a server that finds a cancellation right behind the
 /// statement it is for loses it, and all that follow. Returns whether a database is attached; attaching
-/// itself, and detaching, go on.
+/// itself, detaching, and the locks and registrations that work areas give back go on.
 bool cancel();
 
 /// Lets statements be run again, to undo things; a cancellation that came too late for the statement it was
 /// for hits none of them. To be called from the thread of the objects.
 void resume();
+
+/// While one lives statements are begun as if nothing was cancelled, and those that run are left alone: to
+/// give back what others wait for. In the thread of the objects.
+class Undisturbed {
+  public:
+    Undisturbed();
+    Undisturbed(const Undisturbed&) = delete;
+    Undisturbed& operator=(const Undisturbed&) = delete;
+    ~Undisturbed();
+};
 
 }  // namespace zmfb
 

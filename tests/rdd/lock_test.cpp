@@ -4,6 +4,7 @@
 
 #include "tests/rdd/area_test.h"
 #include "tests/sql/sql_error_of.h"
+#include "zmfbconn/cancel.h"
 
 namespace zmfb::test {
 namespace {
@@ -182,6 +183,21 @@ TEST_F(AreaLock, ThatIsGivenBackIsGoneFromTheTableEvenAfterAFailure) {
     held.reset();
     EXPECT_EQ(system_tables(), "STOCK T ; ");
     EXPECT_EQ(area.lock().recno(), 1);
+}
+
+TEST_F(AreaLock, IsGivenBackWhileEverythingElseIsCancelled) {
+    {
+        Area area = stock(), locked = stock();
+        const Held held = area.lock();
+        area.lock_record(2);
+        locked.lock_record(3);
+        cancel();
+        EXPECT_EQ(state_of([&] { area.top(); }), "HY008");
+        cancel();  // which is for a statement that is no longer there
+    }
+    EXPECT_THROW((void)stock(), std::exception);
+    resume();
+    EXPECT_EQ(system_tables(), "");
 }
 
 TEST_F(AreaLock, ThatTheDatabaseRefusesSaysWhy) {
