@@ -54,8 +54,10 @@ needs ./cpp yes
 needs ./c yes
 needs ./c_static no
 
-echo "the programs of docs/c-interface.md: the first is whole, the second a function"
+echo "the programs of docs/c-interface.md: the first is whole, the others are functions"
 awk '/^```c$/ {file = "page" ++count ".c"; next} /^```$/ {file = ""} file {print > file}' "$ZMFB_SOURCE/docs/c-interface.md"
-same "their number" 2 "$(find . -maxdepth 1 -name 'page*.c' | wc -l)"
+same "their number" 3 "$(find . -maxdepth 1 -name 'page*.c' | wc -l)"
 "$CC" -std=c11 -Wall -Wextra -Wpedantic -Werror page1.c -o page1 "${flags[@]}" "${shared[@]}"
-"$CC" -std=c11 -Wall -Wextra -Wpedantic -Werror -c page2.c -o page2.o "${flags[@]}"
+for page in page2 page3; do
+    "$CC" -std=c11 -Wall -Wextra -Wpedantic -Werror -c $page.c -o $page.o "${flags[@]}"
+done
