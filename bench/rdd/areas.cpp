@@ -18,6 +18,8 @@ namespace zmfb::bench {
 namespace {
 
 constexpr const char* table = "ITEMS";
+constexpr const char* alias = "BENCH";
+constexpr const char* dbf_alias = "BENCHDBF";
 
 // A transaction that sees what others commit, as work areas read and write.
 constexpr std::string_view newest_block = "\x01\x08\x0f\x11\x06";
@@ -47,9 +49,31 @@ json make(Worker& worker, const json& request) {
     return json::object();
 }
 
+// The same records in a DBF file, as they are in the open area.
+json copy_to_dbf(Worker&, const json& request) {
+    const std::string file = request.at("file");
+    need(host::dbcreate(file, host::dbstruct(), "DBFIDX").logical(), "no file");
+    host::dbusearea(true, "DBFIDX", file, dbf_alias, false);
+    const std::int64_t fields = host::fcount();
+    std::vector<Value> values;
+    for (host::dbselectarea(alias), host::dbgotop(); !host::eof(); host::dbskip()) {
+        values.clear();
+        for (std::int64_t field = 1; field <= fields; ++field) values.push_back(host::fieldget(field));
+        host::dbselectarea(dbf_alias);
+        need(host::dbappend(), "not appended");
+        for (std::int64_t field = 1; field <= fields; ++field)
+            host::fieldput(field, values[static_cast<std::size_t>(field) - 1]);
+        host::dbselectarea(alias);
+    }
+    host::dbclosearea(dbf_alias);
+    host::dbusearea(true, "DBFIDX", file, dbf_alias, true, true);
+    host::dbselectarea(alias);
+    return json::object();
+}
+
 json open(Worker& worker, const json&) {
     need(worker.ours->call("setibrdd").logical(), "not attached");
-    host::dbusearea(true, {}, table, "BENCH", true);
+    host::dbusearea(true, {}, table, alias, true);
     need(host::used().logical(), "the table is not open");
     return json::object();
 }
@@ -59,7 +83,8 @@ json close(Worker&, const json&) {
     return json::object();
 }
 
-json walk(Worker&, const json&) {
+json walk(Worker&, const json& request) {
+    need(host::dbselectarea(request.value("area", alias)), "no such area");
     std::int64_t records = 0;
     double credit = 0;
     std::size_t touched = 0;
@@ -74,6 +99,7 @@ json walk(Worker&, const json&) {
             }
         }
     });
+    host::dbselectarea(alias);
     return {{"seconds", seconds},
             {"rows", records},
             {"credit", std::llround(credit * 100)},
@@ -219,17 +245,12 @@ json append_bare(Worker& worker, const json& request) {
 }
 
 constexpr Command commands[] = {
-    {.name = "areas.make", .run = make},
-    {.name = "areas.open", .run = open},
-    {.name = "areas.close", .run = close},
-    {.name = "areas.walk", .run = walk},
-    {.name = "areas.select", .run = select},
-    {.name = "areas.seek", .run = seek},
-    {.name = "areas.seek.bare", .run = seek_bare},
-    {.name = "areas.change", .run = change},
-    {.name = "areas.change.bare", .run = change_bare},
-    {.name = "areas.append", .run = append},
-    {.name = "areas.append.bare", .run = append_bare},
+    {.name = "areas.make", .run = make},       {.name = "areas.open", .run = open},
+    {.name = "areas.dbf", .run = copy_to_dbf}, {.name = "areas.close", .run = close},
+    {.name = "areas.walk", .run = walk},       {.name = "areas.select", .run = select},
+    {.name = "areas.seek", .run = seek},       {.name = "areas.seek.bare", .run = seek_bare},
+    {.name = "areas.change", .run = change},   {.name = "areas.change.bare", .run = change_bare},
+    {.name = "areas.append", .run = append},   {.name = "areas.append.bare", .run = append_bare},
 };
 
 }  // namespace

@@ -21,14 +21,17 @@ def _walk(stage, worker, where):
     before, _ = worker.memory()
     worker.ask("areas.walk")
     _, peak = worker.memory()
+    worker.ask("areas.dbf", file=stage.file(f"{next(stage.numbers)}.dbf"))
     expected = {}
     seconds = paired(stage.options.runs, {
         "internalselect": _checked(worker, "areas.select", expected),
+        "DBFIDX": _checked(worker, "areas.walk", expected, area="BENCHDBF"),
         "ours": _checked(worker, "areas.walk", expected),
     }, stage.progress)
     what = f"{stage.options.rows:,} records by DBSKIP, 7 fields each"
     yield Row(what, where, "internalselect of the rows", seconds["ours"], seconds["internalselect"],
               Target(at_most=1.5))
+    yield Row(what, where, "the same on a DBF file (DBFIDX)", seconds["ours"], seconds["DBFIDX"])
     grown = (peak - before) / MEGABYTE
     yield Row("memory of that", where, "25 MB", [grown], [25.0], Target(at_most=1), "MB")
 
