@@ -4,6 +4,7 @@
 
 #include <array>
 #include <chrono>
+#include <optional>
 #include <random>
 #include <string>
 #include <thread>
@@ -93,8 +94,9 @@ class Worker {
         try {
             Held held = area_.lock(2s);
             Hold hold{.resource = std::to_string(held.recno()), .area = area_.id(), .from = monotonic_now()};
+            removed_at_.reset();
             work(held);
-            hold.until = monotonic_now();
+            hold.until = removed_at_.value_or(monotonic_now());
             note(hold);
         } catch (const AreaError& error) {
             if (error.reason() != AreaError::Reason::gone) throw;
@@ -153,6 +155,7 @@ class Worker {
     void remove() {
         if (!go_somewhere()) return;
         locked([&](Held& held) {
+            removed_at_ = monotonic_now();  // its lock goes with the record
             with_ledger({-std::int64_t{held[amount_]}, -1}, [&] { held.remove(); });
             ++counts_[deletions];
         });
@@ -226,6 +229,7 @@ class Worker {
     std::string holds_;
     std::array<std::int64_t, counters> counts_{};
     std::string wrong_;
+    std::optional<std::int64_t> removed_at_;
 };
 
 }  // namespace
