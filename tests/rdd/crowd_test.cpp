@@ -158,6 +158,12 @@ TEST_F(Runtime, LedgersAddUpAndUnfinishedChangesCountEitherWay) {
     EXPECT_TRUE(accounts_for(account, {9, 2}));
     EXPECT_FALSE(accounts_for(account, {9, 1}));
     EXPECT_FALSE(accounts_for(account, {3, 1}));
+
+    for (int i = 0; i < 100; ++i) account.unfinished.push_back({i % 2 == 0 ? 2 : -4, i % 2});
+    EXPECT_TRUE(accounts_for(account, {2 + 7 - 4 * 50, 1 + 1 + 50}));
+    EXPECT_TRUE(accounts_for(account, {2 + 2 * 50, 1}));
+    EXPECT_FALSE(accounts_for(account, {2 + 2 * 50 + 2, 1}));
+    EXPECT_FALSE(accounts_for(account, {2 + 1, 1}));
 }
 
 }  // namespace

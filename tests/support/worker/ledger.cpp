@@ -4,9 +4,13 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <bitset>
+#include <cstdlib>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 namespace zmfb::test {
 
@@ -43,18 +47,28 @@ void add_ledger(const std::string& file, Account& account) {
     if (open) account.unfinished.push_back(*open);
 }
 
+// Which sums of amounts can be, for each number of records; a bit each, 0 in the middle.
 bool accounts_for(const Account& account, const Change& seen) {
-    const std::size_t ways = std::size_t{1} << account.unfinished.size();
-    for (std::size_t way = 0; way < ways; ++way) {
-        Change sum = account.made;
-        for (std::size_t i = 0; i < account.unfinished.size(); ++i) {
-            if ((way >> i & 1) == 0) continue;
-            sum.amount += account.unfinished[i].amount;
-            sum.records += account.unfinished[i].records;
+    constexpr std::int64_t middle = 1 << 17;
+    using Sums = std::bitset<2 * middle>;
+    std::int64_t furthest = 0;
+    for (const Change& change : account.unfinished) furthest += std::abs(change.amount);
+    const std::int64_t wanted = seen.amount - account.made.amount;
+    if (furthest >= middle) throw std::length_error("too many changes are unfinished");
+    if (std::abs(wanted) > furthest) return false;
+
+    std::map<std::int64_t, Sums> reached;
+    reached[0].set(middle);
+    for (const Change& change : account.unfinished) {
+        auto with = reached;
+        for (const auto& [records, sums] : reached) {
+            const auto places = static_cast<std::size_t>(std::abs(change.amount));
+            with[records + change.records] |= change.amount < 0 ? sums >> places : sums << places;
         }
-        if (sum == seen) return true;
+        reached = std::move(with);
     }
-    return false;
+    const auto found = reached.find(seen.records - account.made.records);
+    return found != reached.end() && found->second.test(static_cast<std::size_t>(middle + wanted));
 }
 
 }  // namespace zmfb::test
