@@ -49,7 +49,7 @@ TEST_F(ImportCalls, AskTheEngineOnceForWhatIsTheSameForAllFiles) {
     dbf.field("NAME", 'C', 10).field("CREDIT", 'N', 10, 2).record({"Ana", "1.50"});
     const int first = calls_of_import("first_one.dbf", dbf), second = calls_of_import("next_one.dbf", dbf);
     EXPECT_EQ(rows("select trim(name), credit from next_one"), (Rows{{"Ana", "1.50"}}));
-    EXPECT_LE(second, 50);
+    EXPECT_LE(second, 60);  // 50 on Firebird 3.0, 56 on 5.0; 86 when each file asks for itself
     EXPECT_GE(first, second + 5);
 }
 
