@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "fuzz/fuzz.h"
-#include "tool/area_id.h"
+#include "tool/alive.h"
 #include "tool/encoding.h"
 #include "tool/literal.h"
 #include "tool/log_file.h"
@@ -92,6 +92,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     check_shell(source);
     check_encoding(source);
     check_log(source);
-    tool::split_area_id(source);
+    const Holder holder(source);
+    require(holder.id == source, "a holder keeps its id");
+    (void)tool::process_of(holder);
     return 0;
 }

@@ -12,33 +12,45 @@ using Reason = AreaError::Reason;
 
 namespace {
 
-// The first part of a text, which it loses.
-std::string next_part(std::string_view& text) {
-    const std::size_t end = text.find(':');
-    std::string part(text.substr(0, end));
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    return part;
+bool is_number(std::string_view text) {
+    return !text.empty() && text.front() != '0' &&
+           text.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
 // The letters that make an area's name unique mean nothing to people.
-std::string without_random_letters(std::string name) {
+std::string_view without_random_letters(std::string_view name) {
     const std::size_t end = name.rfind('~');
-    if (end != std::string::npos) name.resize(end);
-    return name;
+    return end != std::string_view::npos && name.size() - end - 1 == rdd::random_letters ? name.substr(0, end)
+                                                                                         : name;
 }
 
 }  // namespace
 
+// A table, a process and a host have no colons: so the ends are taken off first.
 Holder::Holder(std::string_view area_id) : id(area_id) {
-    table = next_part(area_id);
-    area = without_random_letters(next_part(area_id));
-    process = next_part(area_id);
-    host = area_id;
+    const std::size_t first = area_id.find(':');
+    if (first != std::string_view::npos) {
+        table = area_id.substr(0, first);
+        area_id.remove_prefix(first + 1);
+    }
+    const std::size_t last = area_id.rfind(':');
+    const std::string_view before = area_id.substr(0, last);
+    const std::size_t middle = before.rfind(':');
+    if (last != std::string_view::npos && middle != std::string_view::npos &&
+        is_number(before.substr(middle + 1))) {
+        host = area_id.substr(last + 1);
+        process = before.substr(middle + 1);
+        area_id = before.substr(0, middle);
+    }
+    area = without_random_letters(area_id);
+}
+
+std::string Holder::words() const {
+    return process.empty() ? id : fmt::format("{}, process {} on {}", area, process, host);
 }
 
 InUse::InUse(std::string_view what, Holder holder)
-    : std::runtime_error(fmt::format("{} is in use by {}, process {} on {}", what, holder.area,
-                                     holder.process, holder.host)),
+    : std::runtime_error(fmt::format("{} is in use by {}", what, holder.words())),
       holder_(std::move(holder)) {}
 
 Held::Held(std::unique_ptr<rdd::Edit> edit) : edit_(std::move(edit)) {}

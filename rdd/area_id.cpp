@@ -8,7 +8,7 @@ namespace zmfb::rdd {
 
 namespace {
 
-constexpr std::size_t longest = 50, random_letters = 8;
+constexpr std::size_t longest = 50;
 
 // What would be read as the end of a part, or of a text in a statement.
 std::string plain(std::string_view name) {

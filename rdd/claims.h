@@ -19,6 +19,7 @@ class Desk;
 /// The id of an area of this process, at most 50 characters: "TABLE:ALIAS~xxxxxxxx:PID:HOST". The letters
 /// behind the ~ are random and never cut; the alias is cut first, then the table, then the host.
 std::string make_area_id(zmFBConn connection, std::string_view table, std::string_view unique_alias);
+inline constexpr std::size_t random_letters = 8;
 /// An alias with such letters.
 std::string make_unique(std::string_view alias);
 

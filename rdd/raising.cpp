@@ -60,9 +60,7 @@ void raise_thrown(const SqlError& error, const Otherwise& otherwise) {
     raise_text(error.what(), {otherwise.gencode, otherwise.subcode}, otherwise);
 }
 
-std::string holder_text(const Holder& holder) {
-    return in_program_text(fmt::format("{}, process {} on {}", holder.area, holder.process, holder.host));
-}
+std::string holder_text(const Holder& holder) { return in_program_text(holder.words()); }
 
 std::string in_program_text(std::string_view utf8) {
     std::string text;

@@ -12,13 +12,15 @@ namespace zmfb {
 
 /// Who has a table or a record.
 struct Holder {
-    /// Reads the parts of an area's id.
+    /// Takes an area's id apart, whose name may hold colons.
     explicit Holder(std::string_view area_id);
+    /// "DESK, process 4242 on host1"; the id when it is none.
+    [[nodiscard]] std::string words() const;
 
     std::string id;       ///< as it stands in the system tables
-    std::string table;    ///< upper case
-    std::string area;     ///< what its program calls it
-    std::string process;  ///< its number
+    std::string table;    ///< upper case; "" when the id is none
+    std::string area;     ///< what its program calls it, or what cannot be told apart
+    std::string process;  ///< its number; "" when it was cut off, or the id is none
     std::string host;     ///< its name, cut when it is long
 };
 

@@ -1,13 +1,12 @@
+#include "tool/locks.h"
+
 #include <fmt/format.h>
 
 #include <memory>
 
-#include "host/text.h"
-#include "tool/area_id.h"
 #include "tool/catalog.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
-#include "tool/encoding.h"
 #include "tool/json.h"
 #include "tool/say.h"
 #include "tool/text_table.h"
@@ -17,51 +16,21 @@
 namespace zmfb::tool {
 namespace {
 
-std::string trimmed(const host::Value& value) { return host::trim(value).string(); }
-
-// The rows of a question to the system tables, without the header. Throws Failure.
-host::Value system_rows(zmFBConn& connection, std::string_view query) {
-    const host::Value result = connection.call("executequery", query);
-    if (result.size() == 0)
-        throw Failure{Exit::failed, "cannot read the system tables", last_engine_message()};
-    host::Value rows = host::Value::array_of_size(0);
-    for (const host::Value& row : result.items().subspan(1)) rows.push(row);
-    return rows;
-}
-
-// Who holds something, as columns of a table and as members of a JSON object.
-struct Holder {
-    AreaId id;
-    Alive alive;
-
-    Holder(zmFBConn& connection, const std::string& text)
-        : id(split_area_id(text)), alive(is_alive(id, text, connection(m::gethostname))) {}
-
-    [[nodiscard]] std::vector<std::string> cells() const {
-        return {to_utf8(id.area), id.process ? std::to_string(*id.process) : "", to_utf8(id.host),
-                std::string(alive_name(alive))};
-    }
-    void add_to(Json& object) const {
-        object["holder"] = {{"table", to_utf8(id.table)},
-                            {"area", to_utf8(id.area)},
-                            {"process", id.process ? Json(*id.process) : Json(nullptr)},
-                            {"host", to_utf8(id.host)},
-                            {"state", alive_name(alive)}};
-    }
-};
-
-const std::vector<TextTable::Column> holder_columns{{"area"}, {"process", true}, {"host"}, {"state"}};
-
 // Rows on their way to the terminal, in both shapes.
 class Listing {
   public:
     Listing(const Session& session, std::vector<TextTable::Column> columns)
         : json_(session.options().json), table_(with_holder(std::move(columns))) {}
 
-    void add(std::vector<std::string> cells, Json object, const Holder& holder) {
-        for (std::string& cell : holder.cells()) cells.push_back(std::move(cell));
+    void add(std::vector<std::string> cells, Json object, const Owner& owner) {
+        const auto process = process_of(owner.holder);
+        for (std::string& cell : owner_cells(owner)) cells.push_back(std::move(cell));
         table_.add(std::move(cells));
-        holder.add_to(object);
+        object["holder"] = {{"table", owner.holder.table},
+                            {"area", owner.holder.area},
+                            {"process", process ? Json(*process) : Json(nullptr)},
+                            {"host", owner.holder.host},
+                            {"state", alive_name(owner.alive)}};
         list_.push_back(std::move(object));
     }
     void print(std::string_view when_empty) const {
@@ -76,7 +45,7 @@ class Listing {
 
   private:
     static std::vector<TextTable::Column> with_holder(std::vector<TextTable::Column> columns) {
-        columns.insert(columns.end(), holder_columns.begin(), holder_columns.end());
+        columns.insert(columns.end(), owner_columns().begin(), owner_columns().end());
         return columns;
     }
 
@@ -85,51 +54,26 @@ class Listing {
     Json list_ = Json::array();
 };
 
-Json whole_number(const std::string& text) { return static_cast<std::int64_t>(std::stod(text)); }
-
-// "NULL" and scaled texts such as 12.0 become whole numbers, nothing becomes 0.
-std::int64_t record_number(const host::Value& value) {
-    const std::string text = trimmed(value);
-    return text == "NULL" ? 0 : whole_number(text).get<std::int64_t>();
-}
-
 Exit locks_command(Session& session) {
-    zmFBConn& connection = session.connection();
     Listing listing(session, {{"table"}, {"lock"}, {"record", true}});
-    const host::Value tables =
-        system_rows(connection, "SELECT FLK_TABLE, FLK_AREAID FROM RDDSYS_FLK ORDER BY FLK_TABLE");
-    for (const host::Value& row : tables.items()) {
-        const std::string table = to_utf8(trimmed(row[1]));
-        listing.add({table, "table", ""}, {{"table", table}, {"lock", "table"}},
-                    Holder(connection, trimmed(row[2])));
-    }
-    const host::Value records = system_rows(
-        connection, "SELECT RLK_TABLE, RLK_AREAID, RLK_RECNO FROM RDDSYS_RLK ORDER BY RLK_TABLE, RLK_RECNO");
-    for (const host::Value& row : records.items()) {
-        const std::string table = to_utf8(trimmed(row[1]));
-        const std::int64_t record = record_number(row[3]);
-        listing.add({table, "record", std::to_string(record)},
-                    {{"table", table}, {"lock", "record"}, {"record", record}},
-                    Holder(connection, trimmed(row[2])));
+    for (const Lock& lock : locks_of(session.connection())) {
+        if (lock.record) {
+            listing.add({lock.table, "record", std::to_string(*lock.record)},
+                        {{"table", lock.table}, {"lock", "record"}, {"record", *lock.record}}, lock.owner);
+        } else {
+            listing.add({lock.table, "table", ""}, {{"table", lock.table}, {"lock", "table"}}, lock.owner);
+        }
     }
     listing.print("no locks");
     return Exit::ok;
 }
 
 Exit opens_command(Session& session) {
-    zmFBConn& connection = session.connection();
     Listing listing(session, {{"table"}, {"mode"}, {"last append", true}});
-    const host::Value rows =
-        system_rows(connection,
-                    "SELECT OPN_TABLE, OPN_AREAID, OPN_SHARED, OPN_APPRECNO FROM RDDSYS_OPN "
-                    "ORDER BY OPN_TABLE, OPN_AREAID");
-    for (const host::Value& row : rows.items()) {
-        const std::string table = to_utf8(trimmed(row[1]));
-        const std::string mode = trimmed(row[3]) == "F" ? "exclusive" : "shared";
-        const std::int64_t last = record_number(row[4]);
-        listing.add({table, mode, last == 0 ? "" : std::to_string(last)},
-                    {{"table", table}, {"mode", mode}, {"last_append", last}},
-                    Holder(connection, trimmed(row[2])));
+    for (const Registration& open : registrations_of(session.connection())) {
+        const std::string mode = open.shared ? "shared" : "exclusive";
+        listing.add({open.table, mode, open.last_append == 0 ? "" : std::to_string(open.last_append)},
+                    {{"table", open.table}, {"mode", mode}, {"last_append", open.last_append}}, open.owner);
     }
     listing.print("no tables are open");
     return Exit::ok;

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <map>
 
-#include "tool/area_id.h"
+#include "tool/alive.h"
 #include "tool/catalog.h"
 #include "tool/doctor/checks.h"
 #include "zmfbconn/methods.h"
@@ -122,9 +122,8 @@ Finding check_dead_processes(Session& session) {
         const std::string query =
             fmt::format("SELECT TRIM(TRAILING FROM {}) FROM {}", table.area_column, table.name);
         for (const auto& [owner] : rows_of<std::optional<std::string>>(connection, query)) {
-            const std::string text = owner.value_or("");
-            const AreaId id = split_area_id(text);
-            if (is_alive(id, text, host) == Alive::no) ++dead[id.process.value_or(0)];
+            const Holder holder(owner.value_or(""));
+            if (is_alive(holder, host) == Alive::no) ++dead[process_of(holder).value_or(0)];
         }
     }
     if (dead.empty()) return {"dead processes", State::ok, "none of this host left locks or registrations"};

@@ -1,0 +1,69 @@
+#include "tool/locks.h"
+
+#include "host/number.h"
+#include "host/text.h"
+#include "tool/encoding.h"
+#include "tool/session.h"
+#include "zmfbconn/database.h"
+#include "zmfbconn/methods.h"
+
+namespace zmfb::tool {
+namespace {
+
+std::string text_of(const host::Value& value) { return to_utf8(host::trim(value).string()); }
+
+// Nothing counts as 0, and so does NULL.
+std::int64_t number_of(const host::Value& value) { return host::val(value).integer(); }
+
+// The rows of a question to the system tables; the first one is the header.
+host::Value system_rows(zmFBConn& connection, std::string_view query) {
+    host::Value rows = connection.call("executequery", query);
+    if (rows.size() == 0) throw Failure{Exit::failed, "cannot read the system tables", last_engine_message()};
+    return rows;
+}
+
+Owner owner_of(const host::Value& area_id, std::string_view this_host) {
+    const Holder holder(text_of(area_id));
+    return {holder, is_alive(holder, this_host)};
+}
+
+}  // namespace
+
+std::vector<Lock> locks_of(zmFBConn& connection) {
+    const host::Value tables =
+        system_rows(connection, "SELECT FLK_TABLE, FLK_AREAID FROM RDDSYS_FLK ORDER BY FLK_TABLE");
+    const host::Value records = system_rows(
+        connection, "SELECT RLK_TABLE, RLK_AREAID, RLK_RECNO FROM RDDSYS_RLK ORDER BY RLK_TABLE, RLK_RECNO");
+    const std::string host = connection(m::gethostname);
+    std::vector<Lock> locks;
+    for (const host::Value& row : tables.items().subspan(1))
+        locks.push_back({text_of(row[1]), std::nullopt, owner_of(row[2], host)});
+    for (const host::Value& row : records.items().subspan(1))
+        locks.push_back({text_of(row[1]), number_of(row[3]), owner_of(row[2], host)});
+    return locks;
+}
+
+std::vector<Registration> registrations_of(zmFBConn& connection) {
+    const host::Value rows =
+        system_rows(connection,
+                    "SELECT OPN_TABLE, OPN_AREAID, OPN_SHARED, OPN_APPRECNO FROM RDDSYS_OPN "
+                    "ORDER BY OPN_TABLE, OPN_AREAID");
+    const std::string host = connection(m::gethostname);
+    std::vector<Registration> registrations;
+    for (const host::Value& row : rows.items().subspan(1)) {
+        registrations.push_back(
+            {text_of(row[1]), text_of(row[3]) != "F", number_of(row[4]), owner_of(row[2], host)});
+    }
+    return registrations;
+}
+
+const std::vector<TextTable::Column>& owner_columns() {
+    static const std::vector<TextTable::Column> columns{{"area"}, {"process", true}, {"host"}, {"state"}};
+    return columns;
+}
+
+std::vector<std::string> owner_cells(const Owner& owner) {
+    return {owner.holder.area, owner.holder.process, owner.holder.host, std::string(alive_name(owner.alive))};
+}
+
+}  // namespace zmfb::tool

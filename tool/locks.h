@@ -1,0 +1,45 @@
+/// Who has what of the database: what its three system tables say.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tool/alive.h"
+#include "tool/text_table.h"
+#include "zmfbconn/connection.h"
+
+namespace zmfb::tool {
+
+/// Who has something; the texts of the holder are UTF-8.
+struct Owner {
+    Holder holder;
+    Alive alive;
+};
+
+struct Lock {
+    std::string table;                   ///< UTF-8
+    std::optional<std::int64_t> record;  ///< none for the lock of the whole table
+    Owner owner;
+};
+
+struct Registration {
+    std::string table;  ///< UTF-8
+    bool shared;
+    std::int64_t last_append;  ///< the number of the record that it added last, 0 for none
+    Owner owner;
+};
+
+/// The locks of tables, then those of records, in the order of their tables and numbers. Throws Failure.
+std::vector<Lock> locks_of(zmFBConn& connection);
+/// The tables that are open, in the order of their names. Throws Failure.
+std::vector<Registration> registrations_of(zmFBConn& connection);
+
+/// @{
+/// An owner in a listing.
+const std::vector<TextTable::Column>& owner_columns();
+std::vector<std::string> owner_cells(const Owner& owner);
+/// @}
+
+}  // namespace zmfb::tool
