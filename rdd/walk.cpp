@@ -75,12 +75,13 @@ bool Walk::read(Direction direction, From from) {
     if (mode == SkipMode::single) ahead_ = 1;
     if (rows_ == nullptr) {
         const bool limited = mode != SkipMode::cursor;
-        const std::string beyond = from == From::position ? condition_beyond(order_, direction, false) : "";
+        const std::string beyond =
+            from == From::end ? "" : condition_beyond(order_, direction, from == From::record);
         rows_of_ = &query(select(limited ? "first ? " : "", {filter_, order_.only, beyond}) + " " +
                           order_by(order_, direction));
         std::vector<Parameter> values;
         if (limited) values.emplace_back(ahead_);
-        if (from == From::position) values.push_back(key());
+        if (from != From::end) values.push_back(key());
         rows_ = rows_of_->run(values);
     }
     Block block = rows_of_->block();
@@ -210,6 +211,13 @@ bool Walk::refresh() {
     if (read_number(number)) return true;
     drop();
     return false;
+}
+
+bool Walk::read_on() {
+    settle();
+    bof_ = false;
+    if (!eof() && !read(Direction::forward, From::record)) leave();
+    return !eof();
 }
 
 std::int64_t Walk::recno() const {

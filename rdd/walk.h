@@ -36,6 +36,8 @@ class Walk {
     bool go(std::int64_t recno);
     /// Reads the record anew; .F. when it is gone. What was read ahead is given up.
     bool refresh();
+    /// Reads the record anew in one query with those behind it; stands on the next one when it is gone.
+    bool read_on();
     [[nodiscard]] bool eof() const { return !record_ && pending_ == 0; }
     [[nodiscard]] bool bof() const { return bof_; }
     /// Throws AreaError when there is no record.
@@ -70,7 +72,7 @@ class Walk {
     void change_transaction();
 
   private:
-    enum class From { end, position };
+    enum class From { end, record, position };  // with the record, behind it
     /// The transaction that reads now, and its statements.
     Transaction& work();
     const Query& query(const std::string& sql);

@@ -182,6 +182,9 @@ class Area {
     bool go(std::int64_t recno);
     /// Reads the current record anew; .F. when it is gone, and what was read of it stays.
     bool refresh();
+    /// The same in one query with as many of the records behind it as are read ahead: to the next one when it
+    /// is gone. Returns whether there is one.
+    bool read_on();
     /// Whether there is no current record.
     [[nodiscard]] bool eof() const;
     /// Whether a skip went to before the first record.

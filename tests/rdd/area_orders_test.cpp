@@ -46,6 +46,18 @@ TEST_P(AreaOrders, AreWalkedBothWays) {
     EXPECT_EQ(walked(area), (Numbers{1, 2, 3, 4, 5, 6}));
 }
 
+TEST_P(AreaOrders, AreReadOnIn) {
+    add({{"d", 0}, {"b", 0}, {"a", 0}});
+    Area area = by("CODE");
+    area.go(2);
+    execute("insert into STOCK (CODE) values ('c')");
+    execute("update STOCK set CODE = 'e' where RECNO = 1");
+    EXPECT_TRUE(area.read_on());
+    Numbers met{area.recno()};
+    while (area.skip()) met.push_back(area.recno());
+    EXPECT_EQ(met, (Numbers{2, 4, 1}));
+}
+
 TEST_P(AreaOrders, LeaveTheAreaWhereItStands) {
     add({{"c", 0}, {"a", 0}, {"b", 0}});
     Area area = stock();

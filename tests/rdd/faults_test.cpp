@@ -125,5 +125,17 @@ TEST_F(AreaFaults, OfReadingAreToldAndTheWalkGoesOn) {
     }
 }
 
+TEST_F(AreaFaults, ReadingOnIsOneQuery) {
+    connection()(m::setglbskipcachesize, 3);
+    Area area = stock();
+    area.read_on();
+    const FaultyClient client;
+    area.skip(2);
+    area.skip(-2);
+    area.read_on();
+    EXPECT_EQ(client.count(ClientCall::open), 1);
+    EXPECT_EQ(client.count(ClientCall::start_transaction), 0);
+}
+
 }  // namespace
 }  // namespace zmfb::test

@@ -45,6 +45,26 @@ TEST_P(AreaWalk, OfAnEmptyTableIsAtBothEnds) {
     EXPECT_EQ(reason_of([&] { (void)area.lock(); }), Reason::no_record);
 }
 
+TEST_P(AreaWalk, ReadsOnFromItsRecordOrTheNextOne) {
+    fill(4);
+    Area area = stock();
+    area.skip();
+    execute("update STOCK set CODE = 'B' where RECNO in (2, 3)");
+    EXPECT_TRUE(area.read_on());
+    EXPECT_EQ(area.recno(), 2);
+    EXPECT_EQ(area["CODE"].as<std::string>(), "B");
+    EXPECT_TRUE(area.skip());
+    EXPECT_EQ(area["CODE"].as<std::string>(), "B");
+    EXPECT_TRUE(area.skip(-1));
+    execute("delete from STOCK where RECNO in (2, 3)");
+    EXPECT_TRUE(area.read_on());
+    EXPECT_EQ(area.recno(), 4);
+    execute("delete from STOCK where RECNO = 4");
+    EXPECT_FALSE(area.read_on());
+    EXPECT_TRUE(area.eof());
+    EXPECT_FALSE(area.read_on());
+}
+
 TEST_P(AreaWalk, MeetsEachRecordOnceInBothDirections) {
     fill(50);
     Area area = stock();
