@@ -10,7 +10,9 @@ mkdir -p "$folder"
 ln -sf "$installed/libfbclient.so.2" "$folder/libfbclient.so"
 ln -sf "$installed/libedit.so.2" "$folder/libedit.so"
 ln -sf "$installed/libmd.so.0" "$folder/libmd.so"
-echo "INPUT($installed/libncurses.so.6 $installed/libtinfo.so.6)" >"$folder/libncurses.so"
+for curses in libncurses libncursesw; do
+    echo "INPUT($installed/$curses.so.6 $installed/libtinfo.so.6)" >"$folder/$curses.so"
+done
 
 # This one's package does not even install beside that of another architecture: both own one file that differs.
 if [ ! -e "$folder/libib_util.so" ]; then

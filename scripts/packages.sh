@@ -14,12 +14,13 @@ bench_packages=(
     libsoci-dev libsoci-firebird4.0 libdbd-firebird-perl qtbase5-dev libqt5sql5-ibase python3-pyqt5.qtsql
 )
 
-# The server package brings a server program that tests start themselves; the readers check our DBF files; the last
-# line makes packages, looks at them, and calls the C interface.
+# The server package brings a server program that tests start themselves; the readers check our DBF files; tmux is
+# the terminal that browse is shown on; the last line makes packages, looks at them, and calls the C interface.
 test_packages=(
     libgtest-dev librapidcheck-dev clang-format doxygen
     firebird3.0-server
     python3 python3-dbfread python3-dbf shapelib gdal-bin dbview
+    tmux
     dpkg-dev pkg-config file man-db groff-base libffi-platypus-perl
     "${bench_packages[@]}"
 )
@@ -30,7 +31,7 @@ fuzz_packages=(clang libclang-rt-14-dev)
 # What the programs of `./test.sh --arch i386` are built with and link, besides the packages above.
 i386_packages=(
     g++-multilib
-    libfbclient2:i386 libfmt-dev:i386 libgtest-dev:i386 librapidcheck-dev:i386 libedit2:i386 libmd0:i386 libncurses6:i386
+    libfbclient2:i386 libfmt-dev:i386 libgtest-dev:i386 librapidcheck-dev:i386 libedit2:i386 libmd0:i386 libncurses6:i386 libncursesw6:i386
 )
 
 # What scripts/analyse.sh and scripts/coverage.sh run.

@@ -13,6 +13,7 @@ void add_all(CommandLine& line) {
     add_tables(line);
     add_matrix(line);
     line.head("Rows and calls");
+    add_browse(line);
     add_query(line);
     add_shell(line);
     add_call(line);

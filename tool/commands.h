@@ -24,6 +24,8 @@ void add_import(CommandLine& line);
 void add_export(CommandLine& line);
 /// tables, struct, drop: what there is.
 void add_tables(CommandLine& line);
+/// browse: the rows of a table on the whole screen.
+void add_browse(CommandLine& line);
 /// query, exec: SQL.
 void add_query(CommandLine& line);
 /// shell: statements, calls and commands as they are typed.

@@ -9,7 +9,7 @@ same "its file" "packages/zmfbconn_${ZMFB_VERSION}_$architecture.deb" "$package"
 same "its name, version and architecture" "zmfbconn $ZMFB_VERSION $architecture" \
     "$(dpkg-deb --show --showformat='${Package} ${Version} ${Architecture}' "$package")"
 depends=$(dpkg-deb --field "$package" Depends)
-for library in firebird3.0-server-core libfbclient2 libfmt9 libib-util libedit2 libmd0 libncurses6 libstdc++6; do
+for library in firebird3.0-server-core libfbclient2 libfmt9 libib-util libedit2 libmd0 libncurses6 libncursesw6 libstdc++6; do
     grep -qxF -e "$library" <<<"$(tr ',' '\n' <<<"$depends" | awk '{print $1}')" || fail "it does not depend on $library: $depends"
 done
 

@@ -1,0 +1,165 @@
+#include "tool/browse/area_source.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <ranges>
+
+#include "tool/encoding.h"
+#include "zmfbconn/methods.h"
+
+namespace zmfb::tool::browse {
+namespace {
+
+// Of a memo, in bytes: more than a cell shows.
+constexpr std::size_t beginning = 200;
+
+std::string shown_day(std::chrono::year_month_day day) {
+    return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
+                       static_cast<unsigned>(day.day()));
+}
+
+// The parts of a second where there are any.
+std::string shown_time(TimeOfDay time) {
+    const std::chrono::hh_mm_ss<TimeOfDay> parts(time);
+    std::string text = fmt::format("{:02}:{:02}:{:02}", parts.hours().count(), parts.minutes().count(),
+                                   parts.seconds().count());
+    if (parts.subseconds().count() != 0) text += fmt::format(".{:04}", parts.subseconds().count());
+    return text;
+}
+
+// The driver keeps days as time stamps of midnight.
+std::string shown_moment(Timestamp moment) {
+    const auto day = std::chrono::floor<std::chrono::days>(moment);
+    const TimeOfDay time(static_cast<std::int32_t>((moment - day).count()));
+    std::string text = shown_day(std::chrono::year_month_day(day));
+    if (time.count() != 0) text += " " + shown_time(time);
+    return text;
+}
+
+std::string hexadecimal(const Bytes& bytes) {
+    std::string text;
+    for (const std::byte byte : bytes) text += fmt::format("{:02X}", static_cast<unsigned>(byte));
+    return text;
+}
+
+Cell text_of(const FieldValue& value, SqlType type, std::size_t most = std::string::npos) {
+    if (value.is_null()) return std::nullopt;
+    switch (type) {
+        case SqlType::text:
+        case SqlType::text_blob:
+            return std::string(value.as<std::string_view>().substr(0, most));
+        case SqlType::bytes:
+            return hexadecimal(value.as<Bytes>());
+        case SqlType::integer:
+        case SqlType::decimal:
+            return to_string(value.as<Decimal>());
+        case SqlType::real:
+            return fmt::format("{}", value.as<double>());
+        case SqlType::boolean:
+            return value.as<bool>() ? "true" : "false";
+        case SqlType::date:
+            return shown_day(value.as<std::chrono::year_month_day>());
+        case SqlType::time:
+            return shown_time(value.as<TimeOfDay>());
+        case SqlType::timestamp:
+            return shown_moment(value.as<Timestamp>());
+        case SqlType::blob:
+        case SqlType::other:
+            break;
+    }
+    return "";
+}
+
+}  // namespace
+
+AreaSource::AreaSource(zmFBConn& connection, const std::string& table, OpenMode mode)
+    : connection_(connection), area_(connection, table, {.mode = mode, .alias = "browse"}) {
+    const Structure structure = connection(m::gettablestruct, area_.table());
+    for (const Column& column : area_.fields()) {
+        const auto field = std::ranges::find_if(
+            structure, [&](const FieldDescriptor& one) { return to_utf8(one.name) == column.name; });
+        columns_.push_back(shown_column(column, field == structure.end() ? 0 : field->length));
+    }
+}
+
+void AreaSource::rows_at_a_time(std::size_t count) {
+    connection_(m::setglbskipcachesize, static_cast<std::int64_t>(count));
+}
+
+bool AreaSource::stand_on(std::int64_t number) {
+    return (!area_.eof() && area_.recno() == number) || area_.go(number);
+}
+
+ShownRow AreaSource::current() const {
+    ShownRow row{.number = area_.recno(), .cells = {}};
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+        const SqlType type = columns_[i].type;
+        row.cells.push_back(
+            text_of(area_.at(i), type, type == SqlType::text_blob ? beginning : std::string::npos));
+    }
+    return row;
+}
+
+// From the current record on.
+ShownRows AreaSource::forward(std::size_t count) {
+    ShownRows rows;
+    while (rows.size() < count) {
+        rows.push_back(current());
+        if (rows.size() == count || !area_.skip(1)) break;
+    }
+    return rows;
+}
+
+// From the current record back.
+ShownRows AreaSource::backward(std::size_t count) {
+    ShownRows rows;
+    while (rows.size() < count) {
+        rows.push_back(current());
+        if (rows.size() == count || !area_.skip(-1)) break;
+    }
+    std::ranges::reverse(rows);
+    return rows;
+}
+
+ShownRows AreaSource::first(std::size_t count) { return area_.top() ? forward(count) : ShownRows(); }
+
+ShownRows AreaSource::last(std::size_t count) { return area_.bottom() ? backward(count) : ShownRows(); }
+
+ShownRows AreaSource::behind(std::span<const ShownRow> known, std::size_t count) {
+    for (const ShownRow& row : std::views::reverse(known)) {
+        if (!stand_on(row.number)) continue;
+        return area_.skip(1) ? forward(count) : ShownRows();
+    }
+    return {};
+}
+
+ShownRows AreaSource::before(std::span<const ShownRow> known, std::size_t count) {
+    for (const ShownRow& row : known) {
+        if (!stand_on(row.number)) continue;
+        return area_.skip(-1) ? backward(count) : ShownRows();
+    }
+    return {};
+}
+
+std::optional<ShownRow> AreaSource::row(std::int64_t number) {
+    if (!area_.go(number)) return std::nullopt;
+    return current();
+}
+
+Cell AreaSource::whole(std::int64_t number, std::size_t column) {
+    if (!area_.go(number)) return std::nullopt;
+    return text_of(area_.at(column), columns_[column].type);
+}
+
+// A unique order has fewer records than the table.
+std::optional<std::int64_t> AreaSource::count() {
+    const std::vector<AreaOrder> orders = area_.orders();
+    const auto order = std::ranges::find(orders, area_.order(), &AreaOrder::name);
+    if (order != orders.end() && order->unique) return std::nullopt;
+    return area_.count();
+}
+
+std::int64_t AreaSource::place(std::int64_t number) { return stand_on(number) ? area_.place() : 0; }
+
+}  // namespace zmfb::tool::browse

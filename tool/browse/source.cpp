@@ -1,0 +1,67 @@
+#include "tool/browse/source.h"
+
+#include <algorithm>
+
+#include "tool/browse/cell_text.h"
+
+namespace zmfb::tool::browse {
+namespace {
+
+constexpr int widest = 40;
+constexpr int memo_width = 20;
+
+// In the brackets of a type as it is written: VARCHAR(30).
+int length_in(const std::string& type_name) {
+    const std::size_t open = type_name.find('(');
+    return open == std::string::npos ? widest : std::atoi(type_name.c_str() + open + 1);
+}
+
+int width_of_type(const Column& column) {
+    constexpr int small = 6, whole = 11, large = 20, real = 18, day = 10, time_of_day = 8, moment = 19;
+    switch (column.type) {
+        case SqlType::text:
+            return length_in(column.type_name);
+        case SqlType::bytes:
+            return 2 * length_in(column.type_name);
+        case SqlType::integer:
+        case SqlType::decimal:
+            return (column.length <= 2 ? small : column.length <= 4 ? whole : large) + (column.decimals > 0);
+        case SqlType::real:
+            return real;
+        case SqlType::boolean:
+            return 5;
+        case SqlType::date:
+            return day;
+        case SqlType::time:
+            return time_of_day;
+        case SqlType::timestamp:
+            return moment;
+        case SqlType::text_blob:
+        case SqlType::blob:
+            return memo_width;
+        case SqlType::other:
+            break;
+    }
+    return memo_width;
+}
+
+// What the driver calls a field's length is not that of a day as it is shown.
+bool has_length(const Column& column) {
+    return column.type == SqlType::text || column.type == SqlType::integer || column.type == SqlType::decimal;
+}
+
+}  // namespace
+
+ShownColumn shown_column(const Column& column, std::int64_t characters) {
+    const int of_type = characters > 0 && has_length(column)
+                            ? static_cast<int>(std::min<std::int64_t>(characters, widest))
+                            : width_of_type(column);
+    constexpr int null = 4;
+    const int least = std::max(null, width_of(column.name));
+    return {.name = column.name,
+            .type = column.type,
+            .type_name = column.type_name,
+            .width = std::clamp(of_type, std::min(least, widest), widest)};
+}
+
+}  // namespace zmfb::tool::browse

@@ -1,0 +1,75 @@
+/// What a browser shows rows of.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tool/rows/row_writer.h"
+#include "zmfbconn/area.h"
+
+namespace zmfb::tool::browse {
+
+struct ShownColumn {
+    std::string name;
+    SqlType type = SqlType::other;
+    std::string type_name;  ///< for people
+    int width = 1;          ///< in cells of the screen
+    /// Whether values stand at the right.
+    [[nodiscard]] bool is_number() const {
+        return type == SqlType::integer || type == SqlType::decimal || type == SqlType::real;
+    }
+    /// Whether its values may be longer than any column.
+    [[nodiscard]] bool is_memo() const { return type == SqlType::text_blob || type == SqlType::blob; }
+};
+
+/// A column as wide as its type needs, its name, and no wider than one can look over. `characters` is what
+/// is known of the field's length; 0 for what the type says.
+ShownColumn shown_column(const Column& column, std::int64_t characters = 0);
+
+struct ShownRow {
+    /// Of a table the record number, else the place of the row, counted from 1.
+    std::int64_t number = 0;
+    /// Of a memo as much as a cell shows.
+    std::vector<Cell> cells;
+};
+
+using ShownRows = std::vector<ShownRow>;
+
+/// Rows in an order, of which some are read at a time. All functions that read throw SqlError, those of areas
+/// AreaError, too.
+class Source {
+  public:
+    Source() = default;
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
+    virtual ~Source() = default;
+
+    [[nodiscard]] virtual const std::vector<ShownColumn>& columns() const = 0;
+    /// How many rows are wanted at a time from now on.
+    virtual void rows_at_a_time(std::size_t) {}
+
+    /// @{
+    /// Up to `count` rows, in their order: the first, the last, those that follow what is known, those before
+    /// it. Rows that are known and have gone since are passed over.
+    virtual ShownRows first(std::size_t count) = 0;
+    virtual ShownRows last(std::size_t count) = 0;
+    virtual ShownRows behind(std::span<const ShownRow> known, std::size_t count) = 0;
+    virtual ShownRows before(std::span<const ShownRow> known, std::size_t count) = 0;
+    /// @}
+    /// A row as it is now.
+    virtual std::optional<ShownRow> row(std::int64_t number) = 0;
+    /// A value to its end.
+    virtual Cell whole(std::int64_t number, std::size_t column) = 0;
+
+    /// How many rows there are, where that can be said.
+    virtual std::optional<std::int64_t> count() = 0;
+    /// The place of a row in the order, counted from 1.
+    virtual std::int64_t place(std::int64_t number) = 0;
+    /// The rows can be changed, ordered and left out through it; nullptr for rows that are only read.
+    virtual Area* area() { return nullptr; }
+};
+
+}  // namespace zmfb::tool::browse
