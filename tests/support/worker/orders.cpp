@@ -12,6 +12,15 @@ Value makeorder(zmFBConn& connection, Args args) {
     return true;
 }
 
+Value dropanyorder(zmFBConn& connection, Args args) {
+    try {
+        rdd::drop_order(connection, args[0].text(), args[1].text());
+    } catch (const rdd::OrderError&) {
+        return false;
+    }
+    return true;
+}
+
 void churnorders(zmFBConn& connection, Args args, void (*answer)(const Value&)) {
     answer(makeorder(connection, args));
     for (;;) {

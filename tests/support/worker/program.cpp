@@ -131,6 +131,15 @@ Value contend(zmFBConn& connection, Args args) {
                           longest / 1000000);
 }
 
+Value takelock(zmFBConn& connection, Args args) {
+    Lock lock(connection, args[0], args[1], static_cast<unsigned>(args[2].integer()));
+    if (!lock.take()) return false;
+    if (lock.take()) return true;
+    std::int64_t longest = 0;
+    release_for_sure(lock, longest);
+    return false;
+}
+
 Value appendrows(zmFBConn& connection, Args args) {
     const Value &table = args[0], &area = args[1];
     if (!connection.call("settableusedbyarea", true, table, area, true).logical()) return "not registered";

@@ -14,6 +14,10 @@ namespace zmfb::test {
 /// call}.
 Value contend(zmFBConn& connection, Args args);
 
+/// takelock(tbl, areaid, record): takes the lock of a record, or for 0 of the table, looks again, and gives
+/// it back when another has come in, as the documentation says. Answers whether it has it.
+Value takelock(zmFBConn& connection, Args args);
+
 /// opentable(tbl, areaid, shared, safely): opens the table; .F. when another area's open is in the way.
 /// Safely is the order that the documentation gives, the other one asks whether the table is in use and
 /// registers.
@@ -32,6 +36,8 @@ Value appendrows(zmFBConn& connection, Args args);
 
 /// makeorder(tbl, name, expression): makes the order. Answers .T.
 Value makeorder(zmFBConn& connection, Args args);
+/// dropanyorder(tbl, name): drops it, if it is there. Answers whether it was.
+Value dropanyorder(zmFBConn& connection, Args args);
 
 /// churnorders(tbl, name, expression): makes the order and drops it until the process is killed. The first
 /// answer, .T., comes when it was made once; there is no other.

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <stdexcept>
@@ -20,6 +21,7 @@ namespace zmfb::test {
 namespace {
 
 constexpr std::string_view raised_prefix = "raised: ";
+constexpr std::string_view stop_prefix = "at ";
 
 std::array<int, 2> make_pipe() {
     std::array<int, 2> ends{};
@@ -94,31 +96,44 @@ void WorkerProcess::send(std::string_view method, Args args) {
         if (i > 0) line += ", ";
         line += tool::to_literal(args[i]);
     }
-    line += ")\n";
+    start_line(line + ')');
+}
+
+void WorkerProcess::start_line(const std::string& call) {
+    const std::string line = call + '\n';
     // A worker that has died must not end the test with SIGPIPE.
     ::signal(SIGPIPE, SIG_IGN);
     if (::write(input_, line.data(), line.size()) != static_cast<ssize_t>(line.size()))
         throw std::runtime_error("the worker does not take calls any more");
 }
 
+std::optional<std::string> WorkerProcess::wait_for_stop(std::chrono::milliseconds limit) {
+    if (!has_line(limit)) return std::nullopt;
+    if (!unread_.starts_with(stop_prefix)) return "";
+    return read_line(std::chrono::seconds(0)).substr(stop_prefix.size());
+}
+
 std::string WorkerProcess::read_line(std::chrono::seconds limit) {
+    if (!has_line(limit)) throw std::runtime_error("the worker does not answer");
+    const auto at = unread_.find('\n');
+    const std::string line = unread_.substr(0, at);
+    unread_.erase(0, at + 1);
+    return line;
+}
+
+bool WorkerProcess::has_line(std::chrono::milliseconds limit) {
     const auto end = std::chrono::steady_clock::now() + limit;
-    for (;;) {
-        if (const auto at = unread_.find('\n'); at != std::string::npos) {
-            const std::string line = unread_.substr(0, at);
-            unread_.erase(0, at + 1);
-            return line;
-        }
+    while (unread_.find('\n') == std::string::npos) {
         const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+            std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
         pollfd waiting{.fd = output_, .events = POLLIN, .revents = 0};
-        if (left.count() <= 0 || ::poll(&waiting, 1, static_cast<int>(left.count())) == 0)
-            throw std::runtime_error("the worker does not answer");
+        if (::poll(&waiting, 1, std::max(0, static_cast<int>(left.count()))) == 0) return false;
         std::array<char, 4096> block;
         const ssize_t count = ::read(output_, block.data(), block.size());
         if (count == 0) throw std::runtime_error("the worker has ended");
         if (count > 0) unread_.append(block.data(), static_cast<std::size_t>(count));
     }
+    return true;
 }
 
 void WorkerProcess::close_pipes() {

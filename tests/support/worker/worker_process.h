@@ -51,6 +51,14 @@ class WorkerProcess {
     }
     Value finish(std::chrono::seconds limit = std::chrono::seconds(120));
 
+    /// Starts a call that is written as the worker reads it.
+    void start_line(const std::string& call);
+    /// After stepwise(.T.): the stop that the call which was started has come to; "" when it has answered,
+    /// which finish() takes then; nothing when it has done neither within the time.
+    std::optional<std::string> wait_for_stop(std::chrono::milliseconds limit);
+    /// Lets it go on from a stop.
+    void go_on() { start_line(""); }
+
     /// Whether an answer has come that was not taken with finish().
     [[nodiscard]] bool has_answered() const;
 
@@ -62,6 +70,8 @@ class WorkerProcess {
   private:
     void send(std::string_view method, Args args);
     std::string read_line(std::chrono::seconds limit);
+    /// Whether there is a whole line by then; throws when the process has ended.
+    bool has_line(std::chrono::milliseconds limit);
     void close_pipes();
     /// The wait status of the process; nothing when it has not ended by then.
     std::optional<int> wait_for_end(std::chrono::seconds limit);
