@@ -1,6 +1,7 @@
 #include "tool/hints.h"
 
 #include <array>
+#include <filesystem>
 
 namespace zmfb::tool {
 namespace {
@@ -84,11 +85,22 @@ constexpr std::array hints{
 
 }  // namespace
 
-std::string_view hint_for(std::string_view message) {
+std::string hint_for(std::string_view message) {
     for (const Hint& hint : hints) {
-        if (message.find(hint.words) != std::string_view::npos) return hint.text;
+        if (message.find(hint.words) != std::string_view::npos) return with_pages(hint.text);
     }
     return {};
+}
+
+std::string with_pages(std::string_view text) {
+    std::string named(text);
+    const std::size_t at = named.find("docs/");
+    if (at == std::string::npos) return named;
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::canonical("/proc/self/exe", error);
+    const std::filesystem::path folder = (program.parent_path() / ZMFB_DOC_FROM_BIN).lexically_normal();
+    if (std::filesystem::is_directory(folder / "docs", error)) named.insert(at, folder / "");
+    return named;
 }
 
 }  // namespace zmfb::tool

@@ -77,8 +77,8 @@ void print_raised(std::string text, Raised how) {
 void print_error(std::string_view message, std::string_view detail, std::string_view hint) {
     say("error: {}\n", lines_without_controls(message));
     print_indented(detail);
-    if (hint.empty()) hint = hint_for(detail);
-    if (!hint.empty()) say("hint: {}\n", hint);
+    const std::string text = hint.empty() ? hint_for(detail) : std::string(hint);
+    if (!text.empty()) say("hint: {}\n", text);
 }
 
 void print_failure(const Failure& failure) {

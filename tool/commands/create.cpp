@@ -21,7 +21,7 @@ Exit create_command(Session& session, const std::string& functions) {
     std::error_code ignored;
     if (local && std::filesystem::exists(options.database, ignored)) {
         throw Failure{Exit::failed, fmt::format("{} exists already and is left alone", options.database), "",
-                      std::string(hint_for("File exists"))};
+                      hint_for("File exists")};
     }
     // A link that leads nowhere yet is followed when this user or root has made it.
     const std::string place = local ? place_of_file(options.database) : options.database;

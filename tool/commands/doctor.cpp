@@ -65,7 +65,7 @@ Exit doctor_command(Session& session) {
             report.add(check(session));
         } catch (const Failure& failure) {
             report.add({"database", State::bad, failure.message + ": " + failure.detail,
-                        failure.hint.empty() ? std::string(hint_for(failure.detail)) : failure.hint});
+                        failure.hint.empty() ? hint_for(failure.detail) : failure.hint});
         }
     }
     session.forget_raised();  // the findings tell of it

@@ -103,9 +103,9 @@ Finding check_functions_callable(Session& session) {
         }
     }
     if (failed.empty()) return {"functions callable", State::ok, "every one that is there"};
-    const std::string_view hint = hint_for(said);
+    const std::string hint = hint_for(said);
     return {"functions callable", State::bad, fmt::format("{} failed: {}", failed, said),
-            std::string(hint.empty() ? "docs/deployment.md says what the functions need" : hint)};
+            hint.empty() ? with_pages("docs/deployment.md says what the functions need") : hint};
 }
 
 Finding check_character_set(Session& session) {
@@ -130,10 +130,10 @@ Finding check_data_file_folder(Session& session) {
 Finding check_external_tables(Session& session) {
     const Status tried = ExternalTable(session.connection_to_any()).try_out();
     if (tried.ok()) return {"external tables", State::ok, "a row was written and read"};
-    const std::string_view hint = hint_for(tried.message());
+    const std::string hint = hint_for(tried.message());
     return {"external tables", State::note, tried.message(),
             fmt::format("only bringdbf and exiletable use them: {}",
-                        hint.empty() ? "docs/deployment.md says what they need" : hint)};
+                        hint.empty() ? with_pages("docs/deployment.md says what they need") : hint)};
 }
 
 }  // namespace zmfb::tool

@@ -44,8 +44,8 @@ Finding check_attach(Session& session) {
                             to_utf8(connection.get("susername").string()))};
     } catch (const Failure& failure) {
         const std::string text = failure.message + (failure.detail.empty() ? "" : ": ") + failure.detail;
-        const std::string_view hint = failure.hint.empty() ? hint_for(failure.detail) : failure.hint;
-        return {std::string(name), State::bad, text, std::string(hint)};
+        return {std::string(name), State::bad, text,
+                failure.hint.empty() ? hint_for(failure.detail) : failure.hint};
     }
 }
 
