@@ -25,6 +25,17 @@ sed -E 's/^(vtable|typeinfo|typeinfo name) for //; s/<.*//; s/ ?\(.*//; s/operat
 comm -23 names words >unknown
 [ ! -s unknown ] || fail "exported, but in no public header: $(tr '\n' ' ' <unknown)"
 
+# Nothing that the list of released symbols has is gone, and nothing is there that it does not have. A new one goes in
+# with the version that brings it; one that is gone or has changed takes a new major version.
+mkdir debian
+cp "$ZMFB_SOURCE"/debian/{control,changelog} debian
+list=$ZMFB_SOURCE/debian/libzmfbconn${ZMFB_VERSION%%.*}.symbols
+if ! dpkg-gensymbols -plibzmfbconn"${ZMFB_VERSION%%.*}" -c4 -e"$library" -I"$list" -O/dev/null >changes 2>&1; then
+    fail "$(c++filt <changes)
+What is new belongs in debian/${list##*/} like this:
+$(c++filt <changes | sed -nE "s/^\+( zmfb_\w+@\w+) .*/\1 $ZMFB_VERSION/p; s/^\+ ([^#]*::[^@]*@\w+) .*/ (c++)\"\1\" $ZMFB_VERSION/p")"
+fi
+
 # The name that programs are linked to.
 same soname "libzmfbconn.so.${ZMFB_VERSION%%.*}" \
     "$(readelf -d "$library" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')"
