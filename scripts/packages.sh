@@ -21,7 +21,7 @@ test_packages=(
     firebird3.0-server
     python3 python3-dbfread python3-dbf shapelib gdal-bin dbview
     tmux
-    dpkg-dev debhelper dh-python lintian pkg-config file man-db groff-base libffi-platypus-perl
+    dpkg-dev debhelper dh-python lintian mkdocs pkg-config file man-db groff-base libffi-platypus-perl
     "${bench_packages[@]}"
 )
 

@@ -3,11 +3,11 @@
 #   ZMFB_PACKAGES   where they are left, for lintian.sh
 . "${0%/*}/../support/common.sh"
 
-for program in dh dh_python3; do
-    command -v "$program" >/dev/null || { echo "$program is missing: Debian's debhelper and dh-python"; exit 77; }
+for program in dh dh_python3 mkdocs; do
+    command -v "$program" >/dev/null || { echo "$program is missing: Debian's debhelper, dh-python, mkdocs"; exit 77; }
 done
 mkdir zmfbconn
-cp -r "$ZMFB_SOURCE/debian" "$ZMFB_SOURCE/CHANGELOG.md" zmfbconn
+cp -r "$ZMFB_SOURCE"/{debian,packaging,CHANGELOG.md} zmfbconn
 (cd zmfbconn && DEB_BUILD_OPTIONS=noautodbgsym debian/rules binary) >packages.log 2>&1 || fail "$(cat packages.log)"
 rm -rf "$ZMFB_PACKAGES"
 mkdir "$ZMFB_PACKAGES"
@@ -62,6 +62,7 @@ for file in bin/zmfb include/zmfbconn.h include/zmfbconn/connection.h "$folder/l
     share/zmfbconn/stored_functions.sql \
     share/man/man1/zmfb.1.gz share/bash-completion/completions/zmfb share/zsh/vendor-completions/_zmfb \
     share/fish/vendor_completions.d/zmfb.fish share/doc/zmfb/changelog.gz \
+    share/doc/zmfbconn/html/index.html share/doc/zmfbconn/html/docs/tool.html \
     lib/python3/dist-packages/zmfbconn/__init__.py; do
     [ -s "$usr/$file" ] || fail "no package has $file"
 done
