@@ -18,11 +18,55 @@ namespace {
 constexpr const char* exit_statuses =
     "Exit status: 0 done, 1 something failed or was raised, 2 wrong usage, 3 the attach failed.";
 
-// The groups of commands that have commands of their own come with those.
 std::vector<std::string> names_of_commands(const CLI::App& app) {
     std::vector<std::string> names;
     for (const CLI::App* command : app.get_subcommands(nullptr)) {
         if (!command->get_group().empty()) names.push_back(command->get_name());
+    }
+    return names;
+}
+
+// The command that the words have come to: the application itself at first.
+const CLI::App& innermost(const CLI::App& app) {
+    const auto chosen = app.get_subcommands();
+    return chosen.empty() ? app : innermost(*chosen.back());
+}
+
+// "zmfb matrix check"
+std::string typed_name(const CLI::App& command) {
+    const CLI::App* const outer = command.get_parent();
+    return (outer == nullptr ? "" : typed_name(*outer) + " ") + command.get_name();
+}
+
+// The words that no command takes.
+std::vector<std::string> unknown_words(const CLI::App& app) {
+    std::vector<std::string> words = app.remaining(true);
+    std::erase_if(words, [](const std::string& word) { return word.starts_with('-'); });
+    return words;
+}
+
+// An option that there is not, without its value.
+std::string unknown_option(const CLI::App& app) {
+    for (const std::string& word : app.remaining(true)) {
+        if (word.size() > 1 && word.starts_with('-') && word != "--")
+            return word.substr(0, word.find_first_of("= \n"));
+    }
+    return "";
+}
+
+// Whether a word too many, or one that is missing, may come of an option that was mistyped.
+bool is_about_words(const CLI::ParseError& problem) {
+    return dynamic_cast<const CLI::ExtrasError*>(&problem) != nullptr ||
+           dynamic_cast<const CLI::RequiredError*>(&problem) != nullptr;
+}
+
+// The options of a command and of those around it, as they are typed.
+std::vector<std::string> names_of_options(const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::App* app = &command; app != nullptr; app = app->get_parent()) {
+        for (const CLI::Option* option : app->get_options()) {
+            for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+        }
     }
     return names;
 }
@@ -143,11 +187,16 @@ std::optional<std::string> CommandLine::help_line(const std::string& command) co
 
 // "help import" is "import --help".
 void CommandLine::parse(int argc, char** argv) {
-    if (argc < 2 || std::string_view(argv[1]) != "help") return app_->parse(argc, argv);
-    std::vector<std::string> words(argv + 2, argv + argc);
-    const std::vector<std::string> commands = names_of_commands(*app_);
-    if (words.empty() || std::ranges::find(commands, words[0]) != commands.end())
-        words.emplace_back("--help");
+    std::vector<std::string> unknown;
+    try {
+        return app_->parse(argc, argv);
+    } catch (const CLI::ParseError&) {
+        unknown = unknown_words(*app_);
+        if (unknown.empty() || unknown.front() != "help") throw;
+    }
+    std::vector<std::string> words(argv + 1, argv + argc);
+    words.erase(std::ranges::find(words, "help"));
+    if (unknown.size() == 1) words.emplace_back("--help");
     std::ranges::reverse(words);  // as the parser wants them
     app_->parse(std::move(words));
 }
@@ -173,25 +222,22 @@ int CommandLine::run(int argc, char** argv) {
 
 Exit CommandLine::answer(const CLI::ParseError& problem) const {
     if (problem.get_exit_code() == 0) return app_->exit(problem) == 0 ? Exit::ok : Exit::usage;
-    const std::string unknown = unknown_command();
-    print_error(unknown.empty() ? problem.what() : fmt::format("there is no command {}", unknown), "",
-                hint());
-    return Exit::usage;
-}
-
-std::string CommandLine::unknown_command() const {
-    if (!app_->get_subcommands().empty()) return "";
-    for (const std::string& word : app_->remaining(true)) {
-        if (!word.starts_with('-')) return word;
+    const CLI::App& command = innermost(*app_);
+    const std::string name = typed_name(command);
+    std::string message = problem.what(), meant;
+    const std::vector<std::string> words = unknown_words(*app_);
+    const std::string option = unknown_option(*app_);
+    if (!words.empty() && !command.get_subcommands(nullptr).empty()) {
+        message = fmt::format("there is no command {}", words.front());
+        const std::string nearest = nearest_name(words.front(), names_of_commands(command));
+        if (!nearest.empty()) meant = name + " " + nearest;
+    } else if (!option.empty() && is_about_words(problem)) {
+        message = fmt::format("there is no option {}", option);
+        meant = nearest_name(option, names_of_options(command));
     }
-    return "";
-}
-
-std::string CommandLine::hint() const {
-    const std::string name = nearest_name(unknown_command(), names_of_commands(*app_));
-    if (!name.empty()) return fmt::format("did you mean \"zmfb {}\"?", name);
-    const auto chosen = app_->get_subcommands();
-    return fmt::format("zmfb{} --help says more", chosen.empty() ? "" : " " + chosen[0]->get_name());
+    print_error(message, "",
+                meant.empty() ? name + " --help says more" : fmt::format("did you mean \"{}\"?", meant));
+    return Exit::usage;
 }
 
 Exit CommandLine::run_within(Session& session, std::vector<std::string> words) {

@@ -94,9 +94,6 @@ class CommandLine {
     void parse(int argc, char** argv);
     /// Prints help and version, and what is wrong with the command line.
     Exit answer(const CLI::ParseError& problem) const;
-    /// The word that stands where a command should; "" when there is none.
-    [[nodiscard]] std::string unknown_command() const;
-    [[nodiscard]] std::string hint() const;
     [[nodiscard]] std::string versions() const;
 
     std::unique_ptr<CLI::App> app_;

@@ -23,6 +23,7 @@ void add_all(CommandLine& line) {
     add_grant(line);
     add_log(line);
     add_locks(line);
+    line.head("The tool itself");
     add_generate(line);
 }
 

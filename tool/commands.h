@@ -38,7 +38,7 @@ void add_log(CommandLine& line);
 void add_doctor(CommandLine& line);
 /// grant: the rights of a user.
 void add_grant(CommandLine& line);
-/// generate: manual page and completions; hidden.
+/// generate: manual page and completions.
 void add_generate(CommandLine& line);
 /// matrix extract, check and apply: structures through a text file.
 void add_matrix(CommandLine& line);

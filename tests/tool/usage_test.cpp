@@ -64,10 +64,12 @@ TEST_F(Usage, HelpOfACommandIsTheSameBothWays) {
         const Finished run = zmfb(before);
         EXPECT_EQ(run.status, 0) << run.err;
         EXPECT_EQ(run.out, zmfb(behind).out);
+        EXPECT_EQ(run.err, "");
+        before.insert(before.begin(), {"--json", "--user", "anna"});
+        EXPECT_EQ(zmfb(before).out, run.out);
+        before.erase(before.begin());
+        EXPECT_EQ(zmfb(before).status, 0);
     }
-    const Finished unknown = zmfb({"help", "improt"});
-    EXPECT_EQ(unknown.status, 2);
-    EXPECT_EQ(unknown.err, "error: there is no command improt\nhint: did you mean \"zmfb import\"?\n");
 }
 
 TEST_F(Usage, ADatabaseThatIsNotThereEndsWithThreeAndTheEnginesWords) {
@@ -103,12 +105,34 @@ TEST_F(Usage, VersionNamesTheClientLibraryAndTheEngineOfAGivenDatabase) {
               std::string::npos);
 }
 
-TEST_F(Usage, AMistypedCommandOrMethodGetsASuggestion) {
-    const Finished command = zmfb({"tabels"});
-    EXPECT_EQ(command.status, 2);
-    EXPECT_EQ(command.err, "error: there is no command tabels\nhint: did you mean \"zmfb tables\"?\n");
-    EXPECT_NE(zmfb({"xylophone"}).err.find("hint: zmfb --help says more\n"), std::string::npos);
-    EXPECT_NE(zmfb({"query"}).err.find("hint: zmfb query --help says more\n"), std::string::npos);
+struct Mistyped {
+    std::vector<std::string> words;
+    std::string said;
+};
+
+TEST_F(Usage, AMistypedCommandOrOptionGetsASuggestion) {
+    const Mistyped cases[] = {
+        {{"tabels"}, "there is no command tabels\nhint: did you mean \"zmfb tables\"?"},
+        {{"help", "improt"}, "there is no command improt\nhint: did you mean \"zmfb import\"?"},
+        {{"help", "matrix", "chek"}, "there is no command chek\nhint: did you mean \"zmfb matrix check\"?"},
+        {{"matrix", "chek", "m.mtx"}, "there is no command chek\nhint: did you mean \"zmfb matrix check\"?"},
+        {{"xylophone"}, "there is no command xylophone\nhint: zmfb --help says more"},
+        {{"--jsno", "tables"}, "there is no option --jsno\nhint: did you mean \"--json\"?"},
+        {{"import", "--tabel=X", "x.dbf"}, "there is no option --tabel\nhint: did you mean \"--table\"?"},
+        {{"import", "--dry-rn"}, "there is no option --dry-rn\nhint: did you mean \"--dry-run\"?"},
+        {{"matrix", "apply", "--jsno", "m.mtx"}, "there is no option --jsno\nhint: did you mean \"--json\"?"},
+        {{"tables", "--xylophone"}, "there is no option --xylophone\nhint: zmfb tables --help says more"},
+        {{"tables", "-x"}, "there is no option -x\nhint: zmfb tables --help says more"},
+        {{"query"}, "SQL is required\nhint: zmfb query --help says more"},
+    };
+    for (const auto& [words, said] : cases) {
+        const Finished run = zmfb(words);
+        EXPECT_EQ(run.status, 2) << said;
+        EXPECT_EQ(run.err, "error: " + said + "\n");
+    }
+}
+
+TEST_F(Usage, AMistypedMethodGetsASuggestion) {
     const Finished method = zmfb({"call", "istabel('X')"});
     EXPECT_NE(method.err.find("has no Method named: istabel\nhint: did you mean istable?\n"),
               std::string::npos)

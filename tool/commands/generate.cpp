@@ -25,7 +25,6 @@ void add_generate(CommandLine& line) {
             fmt::print("{}", page_of(help_of(*app.app()), *kind));
             return Exit::ok;
         });
-    generate.hide();
     generate.option("KIND", *kind, "man, bash, zsh or fish")
         .one_of({"man", "bash", "zsh", "fish"})
         .required();
