@@ -202,6 +202,8 @@ void CommandLine::parse(int argc, char** argv) {
 }
 
 int CommandLine::run(int argc, char** argv) {
+    // What is wrong with the command line is told as JSON, too.
+    if (std::find(argv, argv + argc, std::string_view("--json")) != argv + argc) show_errors_as_json();
     const Exit status = told([&] {
         try {
             parse(argc, argv);

@@ -72,13 +72,27 @@ void block_signals() {
     sigaction(wake_up, &only_wakes, nullptr);
 }
 
+// What is said when the time is up, in plain words and as JSON.
+struct LastWords {
+    std::string_view plain;
+    std::string_view json;
+};
+constexpr LastWords of_undoing{
+    "error: the clean-up has not come to an end\n"
+    "hint: \"zmfb doctor\" says what was left\n",
+    R"({"error":"the clean-up has not come to an end","hint":"\"zmfb doctor\" says what was left"})"
+    "\n"};
+constexpr LastWords of_what_runs{
+    "error: interrupted, but what ran has not come to an end\n"
+    "hint: \"zmfb doctor\" says what was left, if anything was\n",
+    R"({"error":"interrupted, but what ran has not come to an end",)"
+    R"("hint":"\"zmfb doctor\" says what was left, if anything was"})"
+    "\n"};
+
 // The time is up. The main thread may hold any lock, and holds it for good.
 [[noreturn]] void end_at_once() {
-    const std::string_view words = state->undoing
-                                       ? "error: the clean-up has not come to an end\n"
-                                         "hint: \"zmfb doctor\" says what was left\n"
-                                       : "error: interrupted, but what ran has not come to an end\n"
-                                         "hint: \"zmfb doctor\" says what was left, if anything was\n";
+    const LastWords& last = state->undoing ? of_undoing : of_what_runs;
+    const std::string_view words = errors_are_json() ? last.json : last.plain;
     if (::write(STDERR_FILENO, words.data(), words.size()) < 0) errno = 0;
     ::_exit(state->ending == 0 ? static_cast<int>(Exit::failed) : static_cast<int>(ending_status()));
 }

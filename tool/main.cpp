@@ -3,6 +3,7 @@
 
 #include "tool/command_line.h"
 #include "tool/commands.h"
+#include "tool/errors.h"
 #include "tool/interrupt.h"
 #include "zmfbconn/database.h"
 

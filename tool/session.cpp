@@ -11,11 +11,9 @@
 
 #include "tool/database_encoding.h"
 #include "tool/encoding.h"
-#include "tool/hints.h"
 #include "tool/interrupt.h"
 #include "tool/output.h"
 #include "tool/password.h"
-#include "tool/rows/shown_text.h"
 #include "tool/say.h"
 #include "zmfbconn/cancel.h"
 #include "zmfbconn/database.h"
@@ -30,15 +28,6 @@ std::string latin1_option(const std::string& text, std::string_view option) {
     if (!latin1)
         throw Failure{Exit::usage, fmt::format("{} has a character outside {}", option, encoding_name())};
     return *latin1;
-}
-
-void print_indented(std::string_view detail) {
-    while (!detail.empty()) {
-        const std::string_view line = detail.substr(0, detail.find('\n'));
-        const std::size_t blanks = std::min(line.find_first_not_of(' '), line.size());
-        say("  {}\n", without_controls(line.substr(blanks)));
-        detail.remove_prefix(std::min(detail.size(), line.size() + 1));
-    }
 }
 
 bool tells_of_a_lost_connection(std::string_view message) {
@@ -58,32 +47,7 @@ bool has_open_batch(zmFBConn& connection) {
     }
 }
 
-// What is raised once a signal has ended it, is raised for that.
-void print_raised(std::string text, Raised how) {
-    if (how == Raised::silent || interrupted()) return;
-    std::fflush(stdout);
-    if (how == Raised::one_line) {
-        say("raised: {}\n", without_controls(text));
-        return;
-    }
-    const std::size_t first = std::min(text.find(';'), text.size());
-    say("raised: {}\n", without_controls(std::string_view(text).substr(0, first)));
-    std::ranges::replace(text, ';', '\n');
-    print_indented(std::string_view(text).substr(std::min(first + 1, text.size())));
-}
-
 }  // namespace
-
-void print_error(std::string_view message, std::string_view detail, std::string_view hint) {
-    say("error: {}\n", lines_without_controls(message));
-    print_indented(detail);
-    const std::string text = hint.empty() ? hint_for(detail) : std::string(hint);
-    if (!text.empty()) say("hint: {}\n", text);
-}
-
-void print_failure(const Failure& failure) {
-    if (!failure.message.empty()) print_error(failure.message, failure.detail, failure.hint);
-}
 
 Exit told(const std::function<Exit()>& work) {
     Failure failure;
@@ -119,9 +83,10 @@ Exit told_in_session(const Options& options, const std::function<Exit(Session&)>
 
 Session::Session(Options options)
     : options_(std::move(options)), errors_(host::Value::block([this](host::Args args) -> host::Value {
-          std::string text = to_utf8(host::error_description(args[0]));
-          print_raised(text, show_raised_);
-          raised_.push_back(std::move(text));
+          const std::string description = host::error_description(args[0]);
+          // What is raised once a signal has ended it, is raised for that.
+          if (!interrupted()) print_raised(description, show_raised_);
+          raised_.push_back(to_utf8(description));
           return {};
       })) {
     // The embedded engine checks no password, but wants a user; its owner of everything is SYSDBA.

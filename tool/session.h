@@ -9,12 +9,10 @@
 #include <vector>
 
 #include "host/error.h"
+#include "tool/errors.h"
 #include "zmfbconn/connection.h"
 
 namespace zmfb::tool {
-
-/// What the process ends with.
-enum class Exit : int { ok = 0, failed = 1, usage = 2, not_attached = 3 };
 
 /// The options that stand before the command.
 struct Options {
@@ -27,18 +25,6 @@ struct Options {
     bool password_given = false;  ///< an empty one counts
     bool encoding_given = false;  ///< which goes before the one that the database says
 };
-
-/// Ends a command early with a status and, on standard error, what print_error() makes of the texts.
-struct Failure {
-    Exit status = Exit::failed;
-    std::string message = {};
-    std::string detail = {};
-    std::string hint = {};
-};
-
-/// How errors raised by methods are printed to standard error: as "raised: " and their description with a
-/// line for each part that a ";" ends, the later ones indented; the same in one line as it is; or not at all.
-enum class Raised { lines, one_line, silent };
 
 /// While it lives, errors raised by methods are printed, and the program goes on.
 class Session {
@@ -87,13 +73,6 @@ class Session {
     std::optional<zmFBConn> connection_;
     bool prepared_ = false;
 };
-
-/// Prints to standard error: "error: " and the message, below it the lines of the detail, and "hint: " and a
-/// hint when there is one: the given one, or the one known for what the engine said in the detail.
-void print_error(std::string_view message, std::string_view detail = {}, std::string_view hint = {});
-
-/// The same for a failure; one without a message is not told.
-void print_failure(const Failure& failure);
 
 /// Does the work; prints the error of what it throws. Returns its status, or that of the failure; when a
 /// signal ended it, says that, and returns 128 and the number of the signal.

@@ -9,8 +9,6 @@
 #include "tool/literal.h"
 #include "tool/output.h"
 #include "tool/say.h"
-#include "tool/shell/names.h"
-#include "tool/suggest.h"
 
 namespace zmfb::tool {
 namespace {
@@ -22,17 +20,9 @@ bool is_failure_text(const host::Value& result) {
     return result.is(host::Kind::character) && result.text().starts_with(failed_statement);
 }
 
-// Prints which method may have been meant, when there is none of that name.
-void suggest_method(const std::string& name) {
-    if (is_method(name)) return;
-    const std::string nearest = nearest_name(name, method_names());
-    if (!nearest.empty()) say("hint: did you mean {}?\n", nearest);
-}
-
 Exit evaluate(Session& session, const Call& call) {
     const host::Value result =
         session.connection_or_unattached().call_with(call.method, host::Args(call.arguments));
-    suggest_method(call.method);
     const std::string line = session.options().json ? json_line(to_json(result)) : to_literal(result);
     fmt::print("{}\n", line);
     flush_output();
@@ -48,7 +38,7 @@ Exit evaluate_lines(Session& session) {
         try {
             if (evaluate(session, parse_call(*line)) != Exit::ok && status == Exit::ok) status = Exit::failed;
         } catch (const SyntaxError& problem) {
-            print_error(fmt::format("line {}: {}", number, problem.what()));
+            print_error(problem.what(), "", "", {.line = number});
             status = Exit::usage;
         }
     }

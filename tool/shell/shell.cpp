@@ -51,8 +51,7 @@ std::string_view advice_on(std::string_view word) {
 void Shell::fail(std::string_view message, std::string_view detail, std::string_view hint) {
     failed_ = true;
     std::fflush(stdout);
-    const std::string& place = begun_place_.empty() ? place_ : begun_place_;
-    print_error(place.empty() ? std::string(message) : fmt::format("{}: {}", place, message), detail, hint);
+    print_error(message, detail, hint, begun_place_.line == 0 ? place_ : begun_place_);
 }
 
 // Runs one input and prints how it failed, if it did. What ends the shell comes through.
@@ -128,12 +127,13 @@ void Shell::take_statements(std::string_view piece) {
 void Shell::forget() {
     begun_.clear();
     scan_ = {};
-    begun_place_.clear();
+    begun_place_ = {};
 }
 
 void Shell::run_one(std::string_view statement) {
     if (is_blank(statement)) return;
-    if (is_query(statement)) return run_query(session_, std::string(statement), {mode_, "", ".mode line"});
+    if (is_query(statement))
+        return run_query(session_, std::string(statement), {mode_, "", ".mode line"});
     const Clock::time_point start = Clock::now();
     run_statement(session_, std::string(statement));
     tables_.reset();
@@ -155,11 +155,11 @@ void Shell::call_method(const std::string& line) {
 }
 
 void Shell::take_all(LineInput& in, const std::string& name) {
-    const std::string outer = place_;
+    const Place outer = place_;
     int number = 1;
     for (auto line = next_line(in); line && !done_; line = next_line(in)) {
         require_uninterrupted();
-        place_ = fmt::format("{}{}line {}", name, name.empty() ? "" : " ", number++);
+        place_ = {name, number++};
         if (line->ends_with('\r')) line->pop_back();
         take(*line);
     }

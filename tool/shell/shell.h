@@ -67,9 +67,9 @@ class Shell {
     Session& session_;
     bool interactive_;
     std::string begun_;
-    StatementScan scan_;       ///< of what has begun
-    std::string place_;        ///< where the input is from, "line 3", for errors
-    std::string begun_place_;  ///< the same of the statement that has begun
+    StatementScan scan_;  ///< of what has begun
+    Place place_;         ///< where the input is from, for errors
+    Place begun_place_;   ///< the same of the statement that has begun
     Mode mode_ = Mode::table;
     bool timer_ = false;
     std::optional<std::vector<std::string>> tables_;  ///< their names, until something may have changed them
