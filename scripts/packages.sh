@@ -15,13 +15,15 @@ bench_packages=(
 )
 
 # The server package brings a server program that tests start themselves; the readers check our DBF files; tmux is
-# the terminal that browse is shown on; the last line makes packages, looks at them, and calls the C interface.
+# the terminal that browse is shown on; the line with dpkg-dev makes packages, looks at them, and calls the C
+# interface; less is the pager, and the shells complete command lines.
 test_packages=(
     libgtest-dev librapidcheck-dev clang-format doxygen
     firebird3.0-server
     python3 python3-dbfread python3-dbf shapelib gdal-bin dbview
     tmux
     dpkg-dev debhelper dh-python lintian mkdocs pkg-config file man-db groff-base libffi-platypus-perl
+    less zsh fish
     "${bench_packages[@]}"
 )
 

@@ -54,6 +54,10 @@ class Subcommand {
     void flag(const std::string& names, bool& value, const std::string& help) const;
     /// The flag --yes, which does it without asking.
     void yes(bool& value) const { flag("--yes,-y", value, "Do it without asking"); }
+    /// The flag --no-pager, for what shows rows.
+    void no_pager(bool& value) const {
+        flag("--no-pager", value, "Show rows without a pager, however many they are");
+    }
     /// Keeps it out of --help and of completions.
     void hide() const;
 

@@ -27,7 +27,7 @@ constexpr timespec between_two_cancels{0, 50'000'000};
 // Seconds until a process is ended that does not end by itself.
 constexpr unsigned without_a_database = 2, with_a_database = 20, for_undoing = 60;
 
-enum ControlCMeans : int { end_of_the_tool, end_of_what_runs, nothing_but_a_note };
+enum ControlCMeans : int { end_of_the_tool, end_of_what_runs, nothing_but_a_note, end_of_what_is_shown };
 
 struct State {
     std::mutex mutex;
@@ -55,6 +55,7 @@ const sigset_t& awaited_signals() {
             if (at_the_start.sa_handler != SIG_IGN) sigaddset(&awaited, signal);
         }
         sigaddset(&awaited, parent_died);
+        sigaddset(&awaited, SIGCHLD);
         sigaddset(&awaited, SIGALRM);
         return awaited;
     }();
@@ -70,6 +71,9 @@ void block_signals() {
     only_wakes.sa_handler = [](int) {};
     sigemptyset(&only_wakes.sa_mask);
     sigaction(wake_up, &only_wakes, nullptr);
+    struct sigaction only_at_the_end {};
+    only_at_the_end.sa_flags = SA_NOCLDSTOP;
+    sigaction(SIGCHLD, &only_at_the_end, nullptr);
 }
 
 // What is said when the time is up, in plain words and as JSON.
@@ -117,10 +121,11 @@ void take(int signal) {
     const std::lock_guard lock(state->mutex);
     if (signal == SIGALRM) end_at_once();
     if (signal == parent_died) signal = SIGTERM;
-    if (signal != SIGINT || state->control_c == end_of_the_tool) return end_on(signal);
+    if (signal == SIGCHLD && state->control_c != end_of_what_is_shown) return;
+    if ((signal != SIGINT && signal != SIGCHLD) || state->control_c == end_of_the_tool) return end_on(signal);
     if (state->control_c == end_of_what_runs && state->noted) return end_on(signal);
     state->noted = true;
-    if (state->control_c == end_of_what_runs) cancel();
+    if (state->control_c != nothing_but_a_note) cancel();
     wake_main_thread();
 }
 
@@ -128,7 +133,7 @@ void take(int signal) {
 void repeat() {
     const std::lock_guard lock(state->mutex);
     if (!interrupted() || state->undoing) return;
-    if (state->ending != 0 || state->control_c == end_of_what_runs) cancel();
+    if (state->ending != 0 || state->control_c != nothing_but_a_note) cancel();
     wake_main_thread();
 }
 
@@ -179,7 +184,8 @@ ControlC::ControlC(Second second) : before_(state->control_c) {
     const std::lock_guard lock(state->mutex);
     state->noted = false;
     if (state->ending == 0) resume();
-    state->control_c = second == Second::ends_the_tool ? end_of_what_runs : nothing_but_a_note;
+    constexpr std::array means{end_of_what_runs, nothing_but_a_note, end_of_what_is_shown};
+    state->control_c = means.at(static_cast<std::size_t>(second));
 }
 
 ControlC::~ControlC() {

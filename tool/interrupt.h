@@ -41,8 +41,8 @@ void begin_undoing();
 /// While it lives, Ctrl-C ends what runs, and not the tool.
 class ControlC {
   public:
-    /// What becomes of one more Ctrl-C.
-    enum class Second { ends_the_tool, is_noted };
+    /// What becomes of one more Ctrl-C. Where it does the same, so does the end of a child process.
+    enum class Second { ends_the_tool, is_noted, does_the_same };
 
     explicit ControlC(Second second = Second::ends_the_tool);
     ~ControlC();

@@ -12,7 +12,7 @@ namespace zmfb::tool {
 void run_query(Session& session, const std::string& statement, const RowOutput& output) {
     zmFBConn& connection = session.connection();
     statement_bytes(statement);
-    Sink sink(output.file);
+    Sink sink(output.file, output.pages);
     Look look;
     if (!sink.is_file()) look = {terminal_width(), output_has_colours(), output.see_all};
     const auto writer = make_row_writer(output.mode, sink, look);
@@ -24,8 +24,9 @@ void run_query(Session& session, const std::string& statement, const RowOutput& 
         writer->write(query.rows());
         work.commit();
     } catch (const SqlError& error) {
-        writer->end(interrupted());
-        if (interrupted()) return;
+        const bool ended = interrupted();
+        writer->end(ended);
+        if (ended) return;
         throw_failure(connection, error, "the query failed");
     }
     writer->end(true);

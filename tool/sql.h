@@ -13,6 +13,7 @@ struct RowOutput {
     Mode mode = Mode::table;
     std::string file;          ///< standard output when empty
     std::string_view see_all;  ///< how to see what was cut to the width of the terminal
+    bool pages = true;         ///< whether what does not fit on a terminal goes through a pager
 };
 
 /// Runs a SELECT, in UTF-8, and writes its rows with their values as they are stored. Throws Failure when

@@ -18,6 +18,13 @@ std::size_t terminal_width() {
     return known ? size.ws_col : usual;
 }
 
+std::size_t terminal_height() {
+    constexpr std::size_t usual = 24;
+    winsize size{};
+    const bool known = ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0;
+    return known ? size.ws_row : usual;
+}
+
 bool output_has_colours() {
     const char* const refused = std::getenv("NO_COLOR");
     if (refused != nullptr && *refused != '\0') return false;

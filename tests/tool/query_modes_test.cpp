@@ -80,19 +80,38 @@ TEST_F(QueryModes, TableIsNotCutWhereThereIsNoTerminal) {
     EXPECT_EQ(lines(run.out).at(2), std::string(300, 'x'));
 }
 
-TEST_F(QueryModes, TableWidensForLaterRows) {
-    const Finished run =
-        on(path, {"query",
-                  "with recursive r as (select 1 as n from rdb$database union all select n + 1 from r "
-                  "where n < 1000), two as (select 1 as m from rdb$database union all select 2 from "
-                  "rdb$database) select iif(m = 2 and n = 1, 1000000, n) as k, 'e' as e from two, r "
-                  "order by m, n"});
+// 2,000 rows, a wider number and a wider text in the second thousand.
+constexpr const char* widens_late =
+    "with recursive r as (select 1 as n from rdb$database union all select n + 1 from r where n < 1000), "
+    "two as (select 1 as m from rdb$database union all select 2 from rdb$database) "
+    "select iif(m = 2 and n = 500, 1000000, n) as k, iif(m = 2 and n = 600, 'long', 'e') as t, "
+    "cast(null as varchar(3)) as z from two, r order by m, n";
+
+TEST_F(QueryModes, TableIsAlignedBehindTheRowsThatAreKeptInMemory) {
+    const Finished run = on(path, {"query", widens_late});
+    EXPECT_EQ(run.err, "");
     const auto rows = lines(run.out);
     ASSERT_EQ(rows.size(), 2003u);
-    EXPECT_EQ(rows.front(), "   K  E");
-    EXPECT_EQ(rows[1001], "1000  e");
-    EXPECT_EQ(rows[1002], "1000000  e");
-    EXPECT_EQ(rows[1003], "      2  e");
+    EXPECT_EQ(rows[0], "      K  T     Z");
+    EXPECT_EQ(rows[1], "-------  ----  ----");
+    EXPECT_EQ(rows[2], "      1  e     NULL");
+    EXPECT_EQ(rows[1001], "   1000  e     NULL");
+    EXPECT_EQ(rows[1002], "      1  e     NULL");
+    EXPECT_EQ(rows[1501], "1000000  e     NULL");
+    EXPECT_EQ(rows[1601], "    600  long  NULL");
+    EXPECT_EQ(rows[2001], "   1000  e     NULL");
+    EXPECT_EQ(rows[2002], "(2000 rows)");
+}
+
+TEST_F(QueryModes, DatesWithoutATimeAreShownAsDatesToPeople) {
+    const std::string columns =
+        "timestamp '2007-03-01 00:00' as d, timestamp '2007-03-01 14:05:09.1234' as t";
+    EXPECT_EQ(lines(query(columns, "table").out).at(2), "2007-03-01  2007-03-01 14:05:09.1234");
+    EXPECT_EQ(lines(query(columns, "line").out).at(0), "D = 2007-03-01");
+    EXPECT_EQ(lines(query(columns, "csv").out).at(1), "2007-03-01 00:00:00.0000,2007-03-01 14:05:09.1234\r");
+    EXPECT_EQ(nlohmann::json::parse(query(columns, "json").out)[0]["D"], "2007-03-01 00:00:00.0000");
+    EXPECT_EQ(lines(query("cast('x 00:00:00.0000' as varchar(20)) as t", "table").out).at(2),
+              "x 00:00:00.0000");
 }
 
 TEST_F(QueryModes, LineModeKeepsTheLinesOfATextUnderOneAnother) {
@@ -217,6 +236,29 @@ TEST_F(QueryOnATerminal, ColumnsThatDoNotFitAreLeftOut) {
         shown(30, "select 1234567890 as a, 1234567891 as b, 1234567892 as c from rdb\\$database");
     EXPECT_NE(run.bytes.find("1234567890  1234567891\r\n"), std::string::npos) << run.bytes;
     EXPECT_NE(run.bytes.find("1 of 3 columns left out"), std::string::npos) << run.bytes;
+}
+
+TEST_F(QueryOnATerminal, AutoIsLinesOnlyWhereARowIsTooWide) {
+    const std::string statement = "select 'text' as t, 1234567890 as n from rdb\\$database";
+    EXPECT_NE(shown(20, statement + "\" --mode \"auto")
+                  .bytes.find("T              N\r\n----  ----------\r\ntext  1234567890\r\n(1 row)"),
+              std::string::npos);
+    EXPECT_NE(
+        shown(15, statement + "\" --mode \"auto").bytes.find("T = text\r\nN = 1234567890\r\n\r\n(1 row)\r\n"),
+        std::string::npos);
+    EXPECT_EQ(query("rpad('', 300, 'x') as t", "auto").out, query("rpad('', 300, 'x') as t", "table").out);
+}
+
+TEST_F(QueryOnATerminal, HeadIsWrittenAgainWhenALateNumberIsWiderAndLateTextsAreCut) {
+    std::string statement = widens_late;
+    for (std::size_t i = 0; (i = statement.find('$', i)) != std::string::npos; i += 2)
+        statement.insert(i, "\\");
+    const std::string bytes = shown(80, statement + "\" --no-pager --mode \"table").bytes;
+    EXPECT_NE(bytes.find("   K  T  Z\r\n----  -  ----\r\n   1  e  \x1b[2mNULL"), std::string::npos);
+    EXPECT_NE(bytes.find("\r\n\r\n      K  T  Z\r\n-------  -  ----\r\n1000000  e  \x1b[2mNULL"),
+              std::string::npos)
+        << bytes;
+    EXPECT_NE(bytes.find("\r\n    600  …  \x1b[2mNULL"), std::string::npos);
 }
 
 TEST_F(QueryOnATerminal, NullIsDimAndATextOfThatNameIsNot) {

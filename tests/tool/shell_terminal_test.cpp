@@ -30,6 +30,7 @@ class ShellOnATerminal : public Tool {
                 "-u",
                 "NO_COLOR",
                 "LC_ALL=C",
+                "PAGER=cat",
                 "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
                 "XDG_STATE_HOME=" + file("state"),
                 ZMFB_TOOL,

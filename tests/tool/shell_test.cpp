@@ -70,7 +70,7 @@ TEST_F(Shell, GoesOnBehindErrorsNamesTheirLinesAndEndsWithOne) {
         "error: line 7: \"selct\" begins neither SQL nor a call; did you mean \"select\"?",
         "error: line 8: \"commit\" begins neither SQL nor a call",
         "error: line 9: \"show\" begins neither SQL nor a call",
-        "error: line 10: there is no mode nosuch: table, line, csv or json",
+        "error: line 10: there is no mode nosuch: table, line, csv, json or auto",
         "error: line 11: the timer is on or off",
         "error: line 12: cannot read nosuch.sql",
         "error: line 13: there is no method nosuch",

@@ -12,10 +12,11 @@ struct Given {
     std::string statement;
     std::string mode = "table";
     std::string file;
+    bool no_pager = false;
 };
 
 Exit query_command(Session& session, const Given& given) {
-    RowOutput output{*mode_of(given.mode), given.file, "--mode line"};
+    RowOutput output{*mode_of(given.mode), given.file, "--mode line", !given.no_pager};
     if (session.options().json) output.mode = Mode::json;
     run_query(session, given.statement, output);
     return Exit::ok;
@@ -36,10 +37,14 @@ void add_query(CommandLine& line) {
                  "zmfb --db shop.fdb query \"select name, credit from customers\" --mode csv",
                  [given](Session& session) { return query_command(session, *given); });
     query.option("SQL", given->statement, "Statement").required();
-    query.option("--mode", given->mode, "Shape of the rows: table, line, csv, json")
+    query
+        .option(
+            "--mode", given->mode,
+            "Shape of the rows: table, line, csv, json; auto is line where a row is wider than the terminal")
         .one_of({std::begin(mode_names), std::end(mode_names)})
         .with_default();
     query.option("--output,-o", given->file, "File that the rows go to");
+    query.no_pager(given->no_pager);
     line.add(line.app(), "exec", "Run a statement that returns no rows",
              "zmfb --db shop.fdb exec \"update customers set city = 'Cork' where code = 3\"",
              [given](Session& session) { return exec_command(session, given->statement); })

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <memory>
+
 #include "tool/commands.h"
 #include "tool/interrupt.h"
 #include "tool/shell/line_reader.h"
@@ -17,11 +19,11 @@ void add_to_input(std::string& input, const std::string& line) {
     input += line;
 }
 
-void talk(Session& session) {
+void talk(Session& session, bool pages) {
     fmt::print("zmfb {}, {}\n.help shows what can be typed, .quit or Ctrl-D ends.\n", library_version(),
                session.options().database);
     const ControlC only_noted(ControlC::Second::is_noted);  // between the lines
-    Shell shell(session, true);
+    Shell shell(session, true, pages);
     LineReader reader(
         [&](std::string_view line, std::size_t start) { return shell.candidates(line, start); });
     std::string input;
@@ -42,13 +44,13 @@ void talk(Session& session) {
     session.forget_raised();
 }
 
-Exit shell_command(Session& session) {
+Exit shell_command(Session& session, bool pages) {
     session.connection();
     if (isatty(STDIN_FILENO) != 0 && output_is_terminal()) {
-        talk(session);
+        talk(session, pages);
         return Exit::ok;
     }
-    Shell shell(session, false);
+    Shell shell(session, false, pages);
     shell.take_all(LineInput::standard(), "");
     return shell.failed() ? Exit::failed : Exit::ok;
 }
@@ -56,8 +58,11 @@ Exit shell_command(Session& session) {
 }  // namespace
 
 void add_shell(CommandLine& line) {
+    const auto no_pager = std::make_shared<bool>(false);
     line.add(line.app(), "shell", "Type statements, calls and commands, or read them from standard input",
-             "zmfb --db shop.fdb shell", shell_command);
+             "zmfb --db shop.fdb shell",
+             [no_pager](Session& session) { return shell_command(session, !*no_pager); })
+        .no_pager(*no_pager);
 }
 
 }  // namespace zmfb::tool

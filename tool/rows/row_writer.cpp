@@ -15,6 +15,15 @@ std::optional<Mode> mode_of(std::string_view name) {
     return static_cast<Mode>(found - std::begin(mode_names));
 }
 
+std::vector<Cell> for_people(const std::vector<ResultColumn>& columns, std::vector<Cell> cells) {
+    constexpr std::string_view midnight = " 00:00:00.0000";
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        if (columns[i].type == SqlType::timestamp && cells[i] && cells[i]->ends_with(midnight))
+            cells[i]->resize(cells[i]->size() - midnight.size());
+    }
+    return cells;
+}
+
 void RowWriter::write(Rows rows) {
     for (const Column& column : rows.columns()) columns_.push_back({Name(column.name).text(), column.type});
     cells_.resize(columns_.size());
@@ -47,9 +56,10 @@ std::unique_ptr<RowWriter> make_row_writer(Mode mode, Sink& sink, const Look& lo
         case Mode::line:
             return make_line_writer(sink, look);
         case Mode::table:
+        case Mode::automatic:
             break;
     }
-    return make_table_writer(sink, look);
+    return make_table_writer(sink, look, mode == Mode::automatic);
 }
 
 }  // namespace zmfb::tool

@@ -12,10 +12,10 @@
 
 namespace zmfb::tool {
 
-enum class Mode { table, line, csv, json };
+enum class Mode { table, line, csv, json, automatic };
 
 /// The names of the modes, in their order.
-inline constexpr std::string_view mode_names[] = {"table", "line", "csv", "json"};
+inline constexpr std::string_view mode_names[] = {"table", "line", "csv", "json", "auto"};
 std::optional<Mode> mode_of(std::string_view name);
 
 /// What the shapes for people need to know.
@@ -35,6 +35,9 @@ struct ResultColumn {
         return type == SqlType::integer || type == SqlType::decimal || type == SqlType::real;
     }
 };
+
+/// The cells of a row for people: a TIMESTAMP without a time of day, as the driver keeps dates, as a date.
+std::vector<Cell> for_people(const std::vector<ResultColumn>& columns, std::vector<Cell> cells);
 
 /// Writes the rows of a query as they come; a query that finds none has its head written too. Ctrl-C ends
 /// it where somebody watches for that.
@@ -72,7 +75,10 @@ class RowWriter {
 
 /// Writes to `sink`, which must outlive the writer:
 ///
-/// - table: columns under their names, numbers to the right.
+/// - table: columns under their names, numbers to the right. Where lines are not cut, all widths are known
+///   before the first row is written: from a certain number on rows are set aside in a file. Where they are
+///   cut, the head is written again when a number is wider than all before.
+/// - auto: the same, but lines when rows are wider than the terminal.
 /// - line: one value a line, under one another, rows parted by an empty line.
 /// - csv: RFC 4180, with a head; NULL is nothing, the empty text "".
 /// - json: an array of objects, one a line; numbers have their digits as they are. A column whose name was
@@ -82,6 +88,6 @@ std::unique_ptr<RowWriter> make_row_writer(Mode mode, Sink& sink, const Look& lo
 std::unique_ptr<RowWriter> make_csv_writer(Sink& sink);
 std::unique_ptr<RowWriter> make_json_writer(Sink& sink);
 std::unique_ptr<RowWriter> make_line_writer(Sink& sink, const Look& look);
-std::unique_ptr<RowWriter> make_table_writer(Sink& sink, const Look& look);
+std::unique_ptr<RowWriter> make_table_writer(Sink& sink, const Look& look, bool lines_when_too_wide);
 
 }  // namespace zmfb::tool

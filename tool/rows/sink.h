@@ -1,11 +1,13 @@
 /// Where the rows of a query go.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "tool/output_file.h"
+#include "tool/pager.h"
 
 namespace zmfb::tool {
 
@@ -13,17 +15,24 @@ namespace zmfb::tool {
 /// Its functions throw Failure when it cannot be written.
 class Sink {
   public:
-    /// Standard output for an empty path.
-    explicit Sink(std::string path) : path_(std::move(path)) {}
+    /// Standard output for an empty path; on a terminal, with `pages`, through a pager when the text does not
+    /// fit on it.
+    Sink(std::string path, bool pages);
 
     void write(std::string_view text);
-    /// Everything is out when it returns; but what is not `complete` replaces no file.
+    /// Everything is out when it returns, and the pager left; but what is not `complete` replaces no file.
     void close(bool complete);
     [[nodiscard]] bool is_file() const { return !path_.empty(); }
 
   private:
+    [[nodiscard]] bool still_fits(std::string_view text);
+
     std::string path_;
     std::optional<OutputFile> file_;
+    std::optional<std::string> held_;  // back, as long as it may fit on the terminal
+    std::size_t lines_ = 0;            // of the terminal that it takes
+    std::size_t in_line_ = 0;          // the characters in the last of them
+    std::unique_ptr<Pager> pager_;
 };
 
 }  // namespace zmfb::tool

@@ -63,7 +63,7 @@ std::vector<std::string> split(std::string_view text) {
 constexpr Shell::DotCommand Shell::dot_commands[] = {
     {.name = "help", .arguments = "[METHOD]", .help = "Show this, or a method", .run = &Shell::help},
     {.name = "mode",
-     .arguments = "[table|line|csv|json]",
+     .arguments = "[table|line|csv|json|auto]",
      .help = "Shape of the rows of queries",
      .run = &Shell::mode},
     {.name = "quit", .arguments = "", .help = "End", .run = &Shell::quit},
@@ -136,7 +136,7 @@ void Shell::mode(const std::vector<std::string>& words) {
     } else if (const auto mode = mode_of(words[1])) {
         mode_ = *mode;
     } else {
-        fail(fmt::format("there is no mode {}: table, line, csv or json", words[1]));
+        fail(fmt::format("there is no mode {}: table, line, csv, json or auto", words[1]));
     }
 }
 

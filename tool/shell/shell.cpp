@@ -133,7 +133,7 @@ void Shell::forget() {
 void Shell::run_one(std::string_view statement) {
     if (is_blank(statement)) return;
     if (is_query(statement))
-        return run_query(session_, std::string(statement), {mode_, "", ".mode line"});
+        return run_query(session_, std::string(statement), {mode_, "", ".mode line", pages_});
     const Clock::time_point start = Clock::now();
     run_statement(session_, std::string(statement));
     tables_.reset();

@@ -19,8 +19,9 @@ namespace zmfb::tool {
 /// line is as good as any.
 class Shell {
   public:
-    /// `interactive` when a person types the lines.
-    Shell(Session& session, bool interactive) : session_(session), interactive_(interactive) {}
+    /// `interactive` when a person types the lines; `pages` where rows may go through a pager.
+    Shell(Session& session, bool interactive, bool pages)
+        : session_(session), interactive_(interactive), pages_(pages) {}
 
     void take(const std::string& line);
     /// Takes all lines of `in`; errors name the line, and `name` before it if there is one.
@@ -66,6 +67,7 @@ class Shell {
 
     Session& session_;
     bool interactive_;
+    bool pages_;
     std::string begun_;
     StatementScan scan_;  ///< of what has begun
     Place place_;         ///< where the input is from, for errors

@@ -1,0 +1,132 @@
+// Rows that do not fit on the terminal.
+#include "tests/support/dialogue.h"
+#include "tests/support/environment.h"
+#include "tests/tool/tool.h"
+
+namespace zmfb::test {
+namespace {
+
+constexpr const char* numbers =
+    "with recursive r as (select 1 as n from rdb$database union all select n + 1 from r where n < 100) ";
+constexpr const char* marks_lines = "PAGER=sed s/^/paged:/";
+
+class RowsInAPager : public Tool {
+  protected:
+    [[nodiscard]] std::vector<std::string> command(const std::string& pager,
+                                                   const std::vector<std::string>& words) const {
+        std::vector<std::string> all{"env",
+                                     "-u",
+                                     "FIREBIRD",
+                                     "-u",
+                                     "FIREBIRD_LOCK",
+                                     "-u",
+                                     "LESS",
+                                     "NO_COLOR=1",
+                                     "LC_ALL=C",
+                                     pager,
+                                     "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
+                                     "XDG_STATE_HOME=" + file("state"),
+                                     ZMFB_TOOL,
+                                     "--db",
+                                     path};
+        all.insert(all.end(), words.begin(), words.end());
+        return all;
+    }
+    [[nodiscard]] std::vector<std::string> query(const std::string& pager, const std::string& rows) const {
+        return command(pager, {"query", numbers + rows});
+    }
+    static bool less_is_there() { return run({"less", "--version"}).status == 0; }
+    const std::string path = database();
+};
+
+TEST_F(RowsInAPager, AreThoseThatDoNotFit) {
+    Dialogue many(query(marks_lines, "select n from r"));
+    const std::string shown = many.expect("paged:(100 rows)");
+    EXPECT_NE(shown.find("paged:  N\r\npaged:---\r\npaged:  1\r\n"), std::string::npos) << shown;
+    EXPECT_EQ(many.end(), 0);
+    Dialogue few(query(marks_lines, "select n from r where n < 20"));
+    EXPECT_EQ(few.expect("(19 rows)").find("paged:"), std::string::npos);
+    EXPECT_EQ(few.end(), 0);
+}
+
+TEST_F(RowsInAPager, AreNoneWhereNoneIsWanted) {
+    for (const char* none : {"PAGER=", "PAGER=cat"}) {
+        Dialogue plain(query(none, "select n from r"));
+        plain.expect("(100 rows)");
+        EXPECT_EQ(plain.end(), 0);
+    }
+    std::vector<std::string> words = query(marks_lines, "select n from r");
+    words.emplace_back("--no-pager");
+    Dialogue refused(words);
+    EXPECT_EQ(refused.expect("(100 rows)").find("paged:"), std::string::npos);
+    EXPECT_EQ(refused.end(), 0);
+    Dialogue shell(command(marks_lines, {"shell", "--no-pager"}));
+    shell.expect_prompt("zmfb> ");
+    shell.type(std::string(numbers) + "select n from r;\n");
+    EXPECT_EQ(shell.expect("(100 rows)").find("paged:"), std::string::npos);
+    const Finished piped = run(query(marks_lines, "select n from r"));
+    EXPECT_EQ(piped.out.find("paged:"), std::string::npos);
+    EXPECT_TRUE(piped.out.ends_with("(100 rows)\n"));
+}
+
+TEST_F(RowsInAPager, ThatEndsEarlyEndTheQueryWithoutAWord) {
+    Dialogue endless(query("PAGER=head -n 3", "select a.n from r a, r b, r c, r d, r e"));
+    endless.expect("\r\n1\r\n");
+    EXPECT_EQ(endless.end(), 0);
+    Dialogue shell(command("PAGER=head -n 3", {"shell"}));
+    shell.expect_prompt("zmfb> ");
+    shell.type(std::string(numbers) + "select a.n from r a, r b, r c, r d, r e;\n");
+    const std::string said = shell.expect_prompt("\r\nzmfb> ");
+    EXPECT_EQ(said.find("error"), std::string::npos) << said;
+    shell.type("select 6 * 7 as n from rdb$database;\n");
+    shell.expect("\r\n42\r\n");
+    shell.expect_prompt("zmfb> ");
+    shell.type("\x04");
+    EXPECT_EQ(shell.end(), 0);
+}
+
+TEST_F(RowsInAPager, AreFollowedByTheErrorThatEndedThem) {
+    Dialogue talk(query(marks_lines, "select 1 / (90 - n) as q from r"));
+    talk.expect("paged:1\r\n");
+    talk.expect("error: the query failed");
+    EXPECT_EQ(talk.expect("Integer divide by zero").find("paged:"), std::string::npos);
+    EXPECT_EQ(talk.end(), 1);
+}
+
+TEST_F(RowsInAPager, ThatCannotBeRunIsAnErrorThatSaysWhatHelps) {
+    Dialogue talk(query("PAGER=nosuchpager -x", "select n from r"));
+    talk.expect(
+        "error: the pager nosuchpager -x cannot be run\r\nhint: PAGER names it; --no-pager does without\r\n");
+    EXPECT_EQ(talk.end(), 1);
+}
+
+TEST_F(RowsInAPager, LessShowsTheFirstPageOfAnEndlessQueryAndQEndsIt) {
+    if (!less_is_there()) GTEST_SKIP() << "less is not installed";
+    Dialogue shell(command("PAGER=less", {"shell"}));
+    shell.expect_prompt("zmfb> ");
+    shell.type(std::string(numbers) + "select a.n from r a, r b, r c, r d, r e;\n");
+    shell.expect("\n1");
+    shell.expect(":");
+    shell.type("q");
+    shell.expect_prompt("zmfb> ");
+    shell.type("select 6 * 7 as n from rdb$database;\n");
+    shell.expect("\r\n42\r\n");
+}
+
+TEST_F(RowsInAPager, ControlCEndsTheRowsAndThePagerHasWhatCame) {
+    Dialogue shell(command("PAGER=trap '' INT; cat; echo the pager is left", {"shell"}));
+    shell.expect_prompt("zmfb> ");
+    shell.type(std::string(numbers) + "select a.n from r a, r b, r c, r d, r e;\n");
+    shell.expect("\r\n1\r\n");
+    shell.type("\x03");
+    shell.expect("rows, interrupted)\r\nthe pager is left\r\n");
+    shell.expect_prompt("zmfb> ");
+    shell.type("select 6 * 7 as n from rdb$database;\n");
+    shell.expect("\r\n42\r\n");
+    shell.expect_prompt("zmfb> ");
+    shell.type("\x04");
+    EXPECT_EQ(shell.end(), 0);
+}
+
+}  // namespace
+}  // namespace zmfb::test
