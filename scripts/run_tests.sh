@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs the tests of a build folder. At the end stand the names of what was skipped, each with its reason, and then
-# ctest's closing lines.
+# Runs the tests of a build folder. At the end stand the names of what was skipped, each with its reason, what failed,
+# and then ctest's closing lines.
 #
 #   scripts/run_tests.sh FOLDER [ARGUMENT...]     further arguments go to ctest
 set -euo pipefail
@@ -24,6 +24,6 @@ until_closing() {
 status=0
 ctest --test-dir "$folder" --output-on-failure --parallel "$(nproc)" \
     --output-junit "$results" --test-output-size-passed 1000000000 "$@" | until_closing || status=$?
-[ ! -s "$results" ] || python3 -B "${0%/*}/skipped_tests.py" "$results" || status=$?
+[ ! -s "$results" ] || python3 -B "${0%/*}/report_tests.py" "$results" || status=$?
 cat "$closing"
 exit "$status"
