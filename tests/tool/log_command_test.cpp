@@ -71,16 +71,12 @@ TEST_F(LogCommand, ShowsWhatTheToolItselfLogs) {
 
 TEST_F(LogCommand, FollowGoesOnUntilItIsInterrupted) {
     write(0, "[CONN] before");
-    const std::string script =
-        "\"$0\" log --follow & tool=$!; sleep 0.5; printf '\\t[0] ana Sat Nov 21 06:45:34 2026\\n [GONE] "
-        "after\\n' "
-        ">> \"$1\"; sleep 0.8; kill -INT $tool; wait $tool; echo \"status $?\"";
-    // A background process of a plain shell has SIGINT ignored; job control gives it back.
-    const Finished finished = run({"bash", "-c", "set -m; " + script, ZMFB_TOOL, file("log")}, "",
-                                  {"ZMFB_TEST_LOG=" + file("log")});
-    EXPECT_EQ(finished.out,
-              "Sat Nov 21 06:45:33 2026 [0] ana: [CONN] before\n"
-              "Sat Nov 21 06:45:34 2026 [0] ana: [GONE] after\nstatus 130\n");
+    Dialogue talk({"env", "ZMFB_TEST_LOG=" + file("log"), ZMFB_TOOL, "log", "--follow"});
+    EXPECT_EQ(talk.expect("before\r\n"), "Sat Nov 21 06:45:33 2026 [0] ana: [CONN] before\r\n");
+    write(0, "[GONE] after");
+    EXPECT_EQ(talk.expect("after\r\n"), "Sat Nov 21 06:45:33 2026 [0] ana: [GONE] after\r\n");
+    talk.type("\x03");
+    EXPECT_EQ(talk.end(), 130);
 }
 
 TEST_F(LogCommand, ALogThatIsNotThereAndWrongNumbersAreErrors) {

@@ -1,11 +1,6 @@
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <thread>
-
+#include "tests/support/dialogue.h"
 #include "tests/support/environment.h"
 #include "tests/support/server.h"
-#include "tests/support/terminal.h"
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -99,27 +94,13 @@ TEST_F(Password, IsNotToBeSeenInTheListOfProcesses) {
 }
 
 TEST_F(Password, IsAskedForOnATerminalWithoutAnEcho) {
-    const auto body = [this](const Stage& stage) {
-        const pid_t tool = fork();
-        if (tool == 0) {
-            setenv("XDG_CACHE_HOME", (process_folder() / "cache").c_str(), 1);
-            for (const char* variable : {"FIREBIRD", "FIREBIRD_LOCK", "ISC_PASSWORD", "ZMFB_DB"})
-                unsetenv(variable);
-            execl(ZMFB_TOOL, ZMFB_TOOL, "--db", name.c_str(), "--user", "SYSDBA", "call", "isconnected()",
-                  nullptr);
-            _exit(127);
-        }
-        std::this_thread::sleep_for(std::chrono::seconds(2));
-        stage.type(std::string(sysdba_password) + "\n");
-        int status = 0;
-        waitpid(tool, &status, 0);
-        stage.report("status " + std::to_string(WEXITSTATUS(status)));
-    };
-    const Performance shown = perform(24, 200, "xterm", body);
-    EXPECT_NE(shown.report.find("status 0"), std::string::npos) << shown.bytes;
-    EXPECT_NE(shown.bytes.find("Password of SYSDBA on " + name + ": \r\n.T.\r\n"), std::string::npos)
-        << shown.bytes;
-    EXPECT_EQ(shown.bytes.find(sysdba_password), std::string::npos);
+    Dialogue talk({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "-u", "ISC_PASSWORD", "-u", "ZMFB_DB",
+                   "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), ZMFB_TOOL, "--db", name,
+                   "--user", "SYSDBA", "call", "isconnected()"});
+    talk.expect("Password of SYSDBA on " + name + ": ");
+    talk.type(std::string(sysdba_password) + "\n");
+    EXPECT_EQ(talk.expect(".T.\r\n"), "\r\n.T.\r\n");
+    EXPECT_EQ(talk.end(), 0);
 }
 
 TEST_F(Password, TheEmbeddedEngineNeedsNone) {
