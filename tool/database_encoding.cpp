@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "tool/encoding.h"
+#include "tool/interrupt.h"
 #include "tool/session.h"
 #include "zmfbconn/transaction.h"
 
@@ -30,6 +31,7 @@ std::string encoding_of(zmFBConn& connection) try {
     return said.empty() && set == "UTF8" ? "UTF-8" : said;
 } catch (const SqlError& error) {
     if (error.sqlstate() == "0A000") return "";
+    require_uninterrupted();
     throw Failure{Exit::failed, "cannot read the description of the database", error.message()};
 }
 

@@ -81,6 +81,15 @@ class KilledImports : public Tool, public testing::WithParamInterface<std::strin
         if (run.status == 0) takes_ = std::chrono::duration_cast<Milliseconds>(Clock::now() - started);
         return run;
     }
+    // One that gets a signal before its `at`-th write.
+    [[nodiscard]] Finished end_at_write(int at, int signal) const {
+        std::vector<std::string> words{"--db", path};
+        const std::vector<std::string> rest = words_of(file("big.dbf"));
+        words.insert(words.end(), rest.begin(), rest.end());
+        return zmfb(words, "",
+                    {"LD_PRELOAD=" ZMFB_KILLED_AT_WRITE, "ASAN_OPTIONS=verify_asan_link_order=0",
+                     "ZMFB_KILLED_AT=" + std::to_string(at), "ZMFB_KILLED_BY=" + std::to_string(signal)});
+    }
     void kill_one(Milliseconds when, Victim victim) const {
         std::vector<std::string> words{"--db", path};
         const std::vector<std::string> rest = words_of(file("big.dbf"));
@@ -132,6 +141,28 @@ class KilledImports : public Tool, public testing::WithParamInterface<std::strin
         EXPECT_EQ(answer("select count(*) from rdb$generators where rdb$generator_name starting with 'G_Z$'"),
                   "0");
     }
+    // Interrupts one import at each `step`-th write likewise. Each leaves what was there before it, unless
+    // its records were on their way into the table, which it says.
+    int interrupt_at_writes(int step) {
+        const std::string undone =
+            "error: the import of " + file("big.dbf") + " was interrupted, and undone\n";
+        for (int interrupted = 0;; ++interrupted) {
+            begin();
+            const int at = 1 + interrupted * step;
+            SCOPED_TRACE(at);
+            const Finished run = end_at_write(at, SIGINT);
+            const bool is_in = look();
+            EXPECT_EQ(has_table(path, "BIG"), is_in || before() != 0) << run.err;
+            if (run.status == 0 || HasFailure()) return interrupted;
+            EXPECT_EQ(run.status, 130);
+            if (has_table(path, "Z$BIG")) {
+                EXPECT_NE(run.err.find("Z$BIG"), std::string::npos) << run.err;
+                expect_the_next_works(is_in);
+            } else {
+                EXPECT_TRUE(run.err == "error: interrupted\n" || (!is_in && run.err == undone)) << run.err;
+            }
+        }
+    }
     // Kills one import at each `step`-th write, from the first on, until one comes to its end before. Returns
     // how many were killed.
     int kill_at_writes(int step) {
@@ -139,13 +170,7 @@ class KilledImports : public Tool, public testing::WithParamInterface<std::strin
             begin();
             const int at = 1 + killed * step;
             SCOPED_TRACE(at);
-            std::vector<std::string> words{"--db", path};
-            const std::vector<std::string> rest = words_of(file("big.dbf"));
-            words.insert(words.end(), rest.begin(), rest.end());
-            const Finished run =
-                zmfb(words, "",
-                     {"LD_PRELOAD=" ZMFB_KILLED_AT_WRITE, "ASAN_OPTIONS=verify_asan_link_order=0",
-                      "ZMFB_KILLED_AT=" + std::to_string(at)});
+            const Finished run = end_at_write(at, SIGKILL);
             const bool is_in = look();
             expect_the_next_works(is_in);
             if (run.status == 0 || HasFailure()) return killed;
@@ -197,6 +222,15 @@ TEST_P(KilledImports, LeaveTheSameAtAnyWriteOfTheEngine) {
     const int killed = kill_at_writes(step);
     EXPECT_GT(killed * step, 100);
     fmt::print("import {} killed before {} of its writes, one in {}\n", GetParam(), killed, step);
+}
+
+TEST_P(KilledImports, LeaveWhatWasThereWhenInterruptedAtAnyWriteOfTheEngine) {
+    if (on_server()) GTEST_SKIP() << "the engine is in another process";
+    set_many(400);
+    const int step = rounds() >= telling ? 1 : 23;
+    const int interrupted = interrupt_at_writes(step);
+    EXPECT_GT(interrupted * step, 50);
+    fmt::print("import {} interrupted before {} of its writes, one in {}\n", GetParam(), interrupted, step);
 }
 
 INSTANTIATE_TEST_SUITE_P(OfAllKinds, KilledImports, testing::Values("", "--replace", "--append"));

@@ -1,5 +1,5 @@
-/* A library to be loaded before all others: the process is killed before it writes a page of a database for
- * the n-th time, n being what ZMFB_KILLED_AT says. */
+/* A library to be loaded before all others: before it writes a page of a database for the n-th time, n being
+ * what ZMFB_KILLED_AT says, the process gets SIGKILL, or the signal whose number is in ZMFB_KILLED_BY. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <signal.h>
@@ -11,7 +11,10 @@ typedef ssize_t (*writer)(int, const void*, size_t, off64_t);
 static void count(void) {
     static long writes = 0;
     const char* const last = getenv("ZMFB_KILLED_AT");
-    if (last != NULL && ++writes == atol(last)) kill(getpid(), SIGKILL);
+    const char* const by = getenv("ZMFB_KILLED_BY");
+    if (last == NULL || ++writes != atol(last)) return;
+    kill(getpid(), by == NULL ? SIGKILL : atoi(by));
+    usleep(20000); /* for the thread that takes signals */
 }
 
 ssize_t pwrite64(int file, const void* bytes, size_t size, off64_t offset) {

@@ -27,6 +27,7 @@ class Loading {
   private:
     void replace();
     void send(Transaction& work, const std::string& table);
+    [[nodiscard]] const std::string& loaded() const { return beside_.empty() ? file_.plan.table : beside_; }
     [[nodiscard]] std::vector<DriverColumn> columns() const;
     void set_aside();
     [[nodiscard]] bool dropped(zmFBConn& connection);
@@ -37,16 +38,17 @@ class Loading {
     std::optional<ImportHold> hold_;  // on what is loaded
     std::string beside_;              // what is loaded beside it; "" for nothing
     bool is_whole_beside_ = false;    // and is to come into the table, which was dropped
-    bool is_begun_ = false;           // and it may have to be dropped
+    std::string mark_;                // of the table that is loaded; "" as long as there cannot be one
+    bool is_begun_ = false;           // and that is held
     bool has_set_aside_ = false;      // and there may be files of them
 };
 
 void Loading::run() try {
     if (file_.plan.table_exists) beside_ = table_beside(file_.plan.table);
-    const std::string& table = file_.plan.table_exists ? beside_ : file_.plan.table;
+    const std::string& table = loaded();
     std::optional<Turn> turn;  // for all that changes tables when the rows are there
     {
-        NewTable begun = begin_table(file_.connection, table, columns());
+        NewTable begun = begin_table(file_.connection, table, columns(), mark_);
         hold_.emplace(std::move(begun.hold));
         is_begun_ = true;
         Transaction& work = begun.work;
@@ -117,7 +119,7 @@ void Loading::set_aside() {
 }
 
 bool Loading::dropped(zmFBConn& connection) try {
-    if (!is_begun_) return true;
+    if (!is_begun_ && (mark_.empty() || !is_marked(connection, loaded(), mark_))) return true;
     hold_.reset();
     if (beside_.empty()) {
         drop_unfinished_table(connection, file_.plan.table);
@@ -144,7 +146,10 @@ bool Loading::dropped_anew() try {
 // Undoes what was made, and tells what was wrong. A table that cannot be dropped says of itself that it is
 // unfinished.
 void Loading::take_back(std::string why) {
-    if (interrupted()) begin_undoing();
+    if (interrupted()) {
+        begin_undoing();
+        why.clear();
+    }
     const Turn turn;
     const bool is_dropped = dropped(file_.connection) || dropped_anew();
     if (has_set_aside_ && !is_whole_beside_) {
@@ -157,7 +162,7 @@ void Loading::take_back(std::string why) {
     if (!is_dropped) {
         why += fmt::format(
             "the unfinished table {} could not be dropped; the next import of that name takes its place\n",
-            beside_.empty() ? file_.plan.table : beside_);
+            loaded());
     }
     if (is_whole_beside_) {
         why += fmt::format(

@@ -127,15 +127,22 @@ bool is_unfinished_there(zmFBConn& connection, const std::string& table) {
     return !unfinished_of(work, table, table).empty();
 }
 
+bool has_mark(Transaction& work, const std::string& table, const std::string& mark) {
+    return work
+        .maybe_one<int>("select 1 from rdb$relations where rdb$relation_name = ? and rdb$description = ?",
+                        table, mark)
+        .has_value();
+}
+
 [[noreturn]] void refuse_another(zmFBConn& connection, const std::string& table) {
     throw Failure{Exit::failed, another_import(table, who_fills(connection, table))};
 }
 
 }  // namespace
 
-NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns) {
+NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
+                     std::string& mark) {
     const Turn turn;
-    std::string description;
     const std::string keyless = keyless_beside(table);
     make_table(connection, table, [&] {
         std::optional<Transaction> work(std::in_place, connection);
@@ -146,28 +153,28 @@ NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<c
             work.emplace(connection);
             unfinished = unfinished_of(*work, table, keyless);
         }
-        description = own_description(*work);
+        mark = own_description(*work);
         if (unfinished.contains(keyless)) drop_parts(*work, keyless);
         if (unfinished.contains(table)) work->execute("DROP TABLE " + table);
         drop_generators(*work, table);
-        execute_all(*work, statements_to_begin_table(table, columns, description));
+        execute_all(*work, statements_to_begin_table(table, columns, mark));
         work->commit();
     });
     // Another import can have dropped it before it was held.
     try {
         ImportHold hold(connection, table);
         Transaction work(connection);
-        const bool is_own =
-            work.maybe_one<int>(
-                    "select 1 from rdb$relations where rdb$relation_name = ? and rdb$description = ?", table,
-                    description)
-                .has_value();
-        if (is_own) return {std::move(hold), std::move(work)};
+        if (has_mark(work, table, mark)) return {std::move(hold), std::move(work)};
     } catch (const SqlError& error) {
         constexpr std::string_view table_unknown = "42S02";
         if (error.sqlstate() != table_unknown) throw;
     }
     refuse_another(connection, table);
+}
+
+bool is_marked(zmFBConn& connection, const std::string& table, const std::string& mark) {
+    Transaction work(connection, Access::read_only);
+    return has_mark(work, table, mark);
 }
 
 void finish_table(Transaction& work, const std::string& table, std::uint64_t rows) {

@@ -22,8 +22,13 @@ struct NewTable {
 // All of these throw SqlError.
 
 /// Makes it in the place of an unfinished one that an earlier import left, and of generators that a table
-/// left behind. Throws Failure when another import fills it.
-NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns);
+/// left behind. Throws Failure when another import fills it. `mark` becomes what the table says of itself,
+/// and no other one: is_marked() tells with it, when this throws, whether it was made.
+NewTable begin_table(zmFBConn& connection, const std::string& table, std::span<const DriverColumn> columns,
+                     std::string& mark);
+
+/// Whether there is that table, made by the begin_table() that gave this mark.
+bool is_marked(zmFBConn& connection, const std::string& table, const std::string& mark);
 
 /// Adds what is still missing, in the transaction of its rows. Their numbers are 1 to `rows`.
 void finish_table(Transaction& work, const std::string& table, std::uint64_t rows);

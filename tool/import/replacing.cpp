@@ -133,7 +133,8 @@ void make_room(zmFBConn& connection, const std::string& table, std::span<const D
         dropped = {"ALTER TABLE " + table + " ADD PRIMARY KEY (RECNO)",
                    statements_to_finish_table(table).front()};
         dropped.insert(dropped.end(), again.begin(), again.end());
-        begin_table(connection, table, columns);
+        std::string mark;
+        begin_table(connection, table, columns, mark);
     } catch (...) {
         if (!before.starts_with(unfinished_description)) take_again(connection, table, before, dropped);
         throw;
