@@ -95,11 +95,11 @@ Encoding encode_text(std::string_view text, std::span<char> bytes) {
     return Encoding::stored;
 }
 
+}  // namespace
+
 bool is_true(std::string_view bytes) {
     return !bytes.empty() && std::string_view("TtYy").find(bytes.front()) != std::string_view::npos;
 }
-
-}  // namespace
 
 std::string fit_for_dbf(std::vector<Field>& structure) {
     if (structure.empty()) return "a table needs a field";

@@ -35,6 +35,8 @@ std::string dbf_change(std::uint32_t records);
 /// "". A number of records that the file has no room for is brought down to those it has.
 std::string read_dbf_header(std::string_view beginning, std::int64_t file_size, DbfLayout& layout);
 
+/// Whether the bytes of a logical mean .T.
+bool is_true(std::string_view bytes);
 /// The value that a field's bytes mean. A number has the field's width and decimals as its picture.
 Value decode_field(const Field& field, std::string_view bytes);
 /// A field's value in an empty record.

@@ -4,19 +4,12 @@
 
 #include "dbf/layout.h"
 #include "host/dbf_table.h"
-#include "host/table_error.h"
 
 namespace zmfb::host {
 
 bool DbfTable::may_remove(std::string_view operation) {
     if (!may_write(operation)) return false;
-    if (!shared()) return true;
-    raise_table_error({.gencode = GenCode::shared,
-                       .subcode = Subcode::exclusive_use,
-                       .description = "Exclusive use required",
-                       .operation = operation,
-                       .file = path_});
-    return false;
+    return !shared() || refuse(operation, GenCode::shared, Subcode::exclusive_use, "Exclusive use required");
 }
 
 // Makes the file end behind `count` records. The header counts no more than the file has at any moment.

@@ -62,26 +62,26 @@ bool DbfTable::report(int system_error, GenCode gencode, std::string_view operat
     return false;
 }
 
-bool DbfTable::may_write(std::string_view operation) {
-    if (!read_only()) return true;
-    raise_table_error({.gencode = GenCode::read_only,
-                       .subcode = Subcode::table_read_only,
-                       .description = "Table opened for reading only",
+bool DbfTable::refuse(std::string_view operation, GenCode gencode, Subcode subcode,
+                      std::string_view description) {
+    raise_table_error({.gencode = gencode,
+                       .subcode = subcode,
+                       .description = description,
                        .operation = operation,
                        .file = path_});
     return false;
 }
 
+bool DbfTable::may_write(std::string_view operation) {
+    return !read_only() ||
+           refuse(operation, GenCode::read_only, Subcode::table_read_only, "Table opened for reading only");
+}
+
 // Whether the current record may be changed; false, and nothing raised, at the end.
 bool DbfTable::may_change(std::string_view operation) {
     if (!may_write(operation) || eof()) return false;
-    if (!shared() || locks_.hold(record_)) return true;
-    raise_table_error({.gencode = GenCode::unlocked,
-                       .subcode = Subcode::record_unlocked,
-                       .description = "Record not locked",
-                       .operation = operation,
-                       .file = path_});
-    return false;
+    return !shared() || locks_.hold(record_) ||
+           refuse(operation, GenCode::unlocked, Subcode::record_unlocked, "Record not locked");
 }
 
 // ---- The block in memory

@@ -74,6 +74,7 @@ class DbfTable final : public Table {
     void mark_changed(std::int64_t record);
     bool report_encoding(Encoding encoding, std::size_t index);
     bool report(int system_error, GenCode gencode, std::string_view operation);
+    bool refuse(std::string_view operation, GenCode gencode, Subcode subcode, std::string_view description);
     bool may_write(std::string_view operation);
     bool may_change(std::string_view operation);
     bool may_remove(std::string_view operation);

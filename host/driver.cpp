@@ -4,6 +4,7 @@
 
 #include "host/date.h"
 #include "host/dbf_driver.h"
+#include "host/dbf_format.h"
 #include "host/number.h"
 #include "host/table_error.h"
 #include "host/text.h"
@@ -40,8 +41,7 @@ bool Table::put_columns(std::size_t index, std::string_view columns) {
         case 'D':
             return put(index, stod(columns));
         case 'L':
-            return put(index, !columns.empty() &&
-                                  std::string_view("TtYy").find(columns[0]) != std::string_view::npos);
+            return put(index, is_true(columns));
         default:
             return put(index, columns);
     }

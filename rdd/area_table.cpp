@@ -177,15 +177,12 @@ bool AreaTable::append() {
             removed_ = false;
         });
     } catch (const InUse& in_use) {
-        const std::string description = "Append lock failed: " + in_program_text(in_use.what());
-        host::neterr(true);
-        host::neterrholder(holder_text(in_use.holder()));
-        raise_failure({.gencode = GenCode::append_lock,
-                       .subcode = Subcode::append_lock,
-                       .description = description,
-                       .operation = "DBAPPEND",
-                       .file = table_,
-                       .candefault = true});
+        raise_in_use(in_use,
+                     {.gencode = GenCode::append_lock,
+                      .subcode = Subcode::append_lock,
+                      .operation = "DBAPPEND",
+                      .file = table_},
+                     "Append lock failed: ");
         return false;
     }
 }

@@ -1,40 +1,15 @@
 // The orders of a table in a work area.
 #include <algorithm>
 
-#include "host/date.h"
 #include "rdd/area_table.h"
 #include "rdd/raising.h"
+#include "rdd/record.h"
 
 namespace zmfb::rdd {
 
 using host::GenCode;
-using host::Kind;
 using host::Subcode;
 using host::Value;
-
-namespace {
-
-// A value as what is sought; none for one that no key is.
-std::optional<Parameter> sought(const Value& key) {
-    switch (key.kind()) {
-        case Kind::character:
-            return Parameter(key.text());
-        case Kind::numeric:
-            return Parameter(key.number());
-        case Kind::logical:
-            return Parameter(key.logical());
-        case Kind::date: {
-            const auto [year, month, day] = host::calendar_day(key.date());
-            if (year == 0) return Parameter(std::nullopt);
-            return Parameter(std::chrono::year(static_cast<int>(year)) / static_cast<int>(month) /
-                             static_cast<int>(day));
-        }
-        default:
-            return std::nullopt;
-    }
-}
-
-}  // namespace
 
 void AreaTable::ask_for_orders() {
     raising({GenCode::read, Subcode::table_read, "ORDLISTADD", table_}, [&] {
@@ -86,7 +61,7 @@ bool AreaTable::rebuild_orders() {
 }
 
 bool AreaTable::seek(const Value& key, host::SeekOptions options) {
-    const std::optional<Parameter> value = sought(key);
+    const std::optional<Parameter> value = parameter_of(key);
     if (!value) {
         host::argument_error(Subcode::structure, "DBSEEK", {key});
         return false;
@@ -96,7 +71,7 @@ bool AreaTable::seek(const Value& key, host::SeekOptions options) {
 }
 
 bool AreaTable::has_key(const Value& key) {
-    const std::optional<Parameter> value = sought(key);
+    const std::optional<Parameter> value = parameter_of(key);
     bool has = false;
     if (value)
         raising({GenCode::read, Subcode::table_read, "DBSEEK", table_}, [&] { has = area_.has_key(*value); });

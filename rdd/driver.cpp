@@ -6,7 +6,6 @@
 #include "host/error.h"
 #include "host/table_error.h"
 #include "host/text.h"
-#include "host/workarea.h"
 #include "rdd/area_table.h"
 #include "rdd/raising.h"
 #include "rdd/serve_areas.h"
@@ -43,20 +42,6 @@ bool serves(GenCode gencode, Subcode subcode, std::string_view operation, std::s
     return wrong.empty();
 }
 
-void raise_in_use(const InUse& in_use, std::string_view table) {
-    constexpr int sharing_violation = 32;
-    const std::string description = in_program_text(in_use.what());
-    host::neterr(true);
-    host::neterrholder(holder_text(in_use.holder()));
-    raise_failure({.gencode = GenCode::open,
-                   .subcode = Subcode::table_open,
-                   .description = description,
-                   .operation = "DBUSEAREA",
-                   .file = table,
-                   .oscode = sharing_violation,
-                   .candefault = true});
-}
-
 class AreaDriver final : public host::Driver {
   public:
     std::unique_ptr<host::Table> open(const host::OpenRequest& request) override {
@@ -66,7 +51,12 @@ class AreaDriver final : public host::Driver {
             raising({GenCode::open, Subcode::table_open, "DBUSEAREA", request.file},
                     [&] { table = open_table(*serving, request); });
         } catch (const InUse& in_use) {
-            raise_in_use(in_use, request.file);
+            constexpr int sharing_violation = 32;
+            raise_in_use(in_use, {.gencode = GenCode::open,
+                                  .subcode = Subcode::table_open,
+                                  .operation = "DBUSEAREA",
+                                  .file = request.file,
+                                  .oscode = sharing_violation});
         }
         return table;
     }

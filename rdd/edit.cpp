@@ -54,6 +54,12 @@ void Edit::throw_gone() const {
     throw AreaError(Reason::gone, fmt::format("Record {} of {} was deleted", recno_, area_->table()));
 }
 
+void Edit::check_locked() const {
+    if (area_->claims().covers(recno_)) return;
+    throw AreaError(Reason::not_locked,
+                    fmt::format("Record {} of {} is no longer locked", recno_, area_->table()));
+}
+
 Record& Edit::record() {
     if (!record_) record_ = area_->walk().look(recno_);
     if (!record_) throw_gone();
@@ -67,10 +73,7 @@ void Edit::write() {
 }
 
 void Edit::update(Record& record) {
-    if (!area_->claims().covers(recno_)) {
-        throw AreaError(Reason::not_locked,
-                        fmt::format("Record {} of {} is no longer locked", recno_, area_->table()));
-    }
+    check_locked();
     Assigned assigned = assigned_of(record);
     assigned.values.emplace_back(recno_);
     area_->desk().change([&](Transaction& work) {
@@ -84,13 +87,10 @@ void Edit::update(Record& record) {
 
 void Edit::insert(Record& record) {
     std::int64_t number = 0;
-    const auto give_back = [&] {
-        if (number != 0) area_->give_back(number);
-    };
     try {
         area_->desk().change([&](Transaction& work) { number = insert_in(work, record); });
     } catch (...) {
-        give_back();
+        if (number != 0) area_->give_back(number);
         throw;
     }
     recno_ = number;
@@ -121,10 +121,7 @@ std::int64_t Edit::insert_in(Transaction& work, const Record& record) {
 
 void Edit::remove() {
     if (recno_ == 0) return;
-    if (!area_->claims().covers(recno_)) {
-        throw AreaError(Reason::not_locked,
-                        fmt::format("Record {} of {} is no longer locked", recno_, area_->table()));
-    }
+    check_locked();
     area_->desk().change([&](Transaction& work) {
         if (work.execute("delete from " + quoted(area_->table()) + " where RECNO = ?", recno_) == 0)
             throw_gone();

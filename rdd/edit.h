@@ -31,12 +31,13 @@ class Edit {
     Record& record();
     void write();
     void remove();
+    [[noreturn]] void throw_gone() const;
 
   private:
     void update(Record& assigned);
     void insert(Record& assigned);
     [[nodiscard]] std::int64_t insert_in(Transaction& work, const Record& assigned);
-    [[noreturn]] void throw_gone() const;
+    void check_locked() const;
 
     std::shared_ptr<OpenArea> area_;
     std::int64_t recno_ = 0;

@@ -80,8 +80,7 @@ std::unique_ptr<Edit> OpenArea::lock(Wait wait) {
     const std::int64_t recno = walk.recno();
     claims_->take(recno, wait);
     auto held = std::make_unique<Edit>(shared_from_this(), recno);
-    if (!walk.refresh())
-        throw AreaError(Reason::gone, fmt::format("Record {} of {} was deleted", recno, table()));
+    if (!walk.refresh()) held->throw_gone();
     held->take(walk.record().only());
     return held;
 }

@@ -1,6 +1,6 @@
 #include "rdd/raising.h"
 
-#include <fmt/format.h>
+#include "host/workarea.h"
 
 namespace zmfb::rdd {
 
@@ -58,6 +58,15 @@ void raise_thrown(const AreaError& error, const Otherwise& otherwise) {
 
 void raise_thrown(const SqlError& error, const Otherwise& otherwise) {
     raise_text(error.what(), {otherwise.gencode, otherwise.subcode}, otherwise);
+}
+
+void raise_in_use(const InUse& in_use, host::TableFailure failure, std::string_view before) {
+    const std::string description = std::string(before) + in_program_text(in_use.what());
+    host::neterr(true);
+    host::neterrholder(holder_text(in_use.holder()));
+    failure.description = description;
+    failure.candefault = true;
+    raise_failure(failure);
 }
 
 std::string holder_text(const Holder& holder) { return in_program_text(holder.words()); }

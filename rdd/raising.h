@@ -40,6 +40,10 @@ bool raising(const Otherwise& otherwise, const Action& action) {
     return false;
 }
 
+/// Raises that somebody is in the way, as `failure` says where, told with `before` in front; NETERR() and
+/// neterrholder() tell of it, so that a program may go on.
+void raise_in_use(const InUse& in_use, host::TableFailure failure, std::string_view before = {});
+
 /// Who has something: "DESK, process 4711 on workshop".
 std::string holder_text(const Holder& holder);
 /// A text in UTF-8 as the runtime has it, with "?" for what it has no letter for.

@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "host/value.h"
 #include "rdd/block.h"
 #include "rdd/columns.h"
 
@@ -41,8 +43,6 @@ class Record {
         first_ = block_.kinds().size() - columns_->fields().size();
     }
 
-    /// The column of its block that a field is in.
-    [[nodiscard]] std::size_t cell(std::size_t field) const { return first_ + field; }
     [[nodiscard]] bool is_null(std::size_t field) const { return block_.is_null(row_, first_ + field); }
     [[nodiscard]] std::int64_t whole(std::size_t field) const { return block_.whole(row_, first_ + field); }
     [[nodiscard]] double real(std::size_t field) const { return block_.real(row_, first_ + field); }
@@ -74,9 +74,9 @@ class Record {
 inline std::span<const std::byte> bytes_of(std::string_view text) { return std::as_bytes(std::span(text)); }
 /// Throws AreaError when a column is not read as that.
 void check_kind(const Column& column, typed::Kind kind);
-/// A cell of a column as a value for a "?"; of a text a view into the block.
-Parameter parameter_of(const Column& column, const Block& block, std::size_t row, std::size_t cell);
-/// The same of a field.
+/// A field as a value for a "?"; of a text a view into the block.
 Parameter parameter_of(const Record& record, std::size_t field);
+/// A value of the runtime likewise; the empty date is NULL. None for NIL, an array, an object and a block.
+std::optional<Parameter> parameter_of(const host::Value& value);
 
 }  // namespace zmfb::rdd

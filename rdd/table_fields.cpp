@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "host/date.h"
+#include "host/dbf_format.h"
 #include "host/number.h"
 #include "host/text.h"
 #include "zmfbconn/decimal.h"
@@ -49,10 +50,6 @@ host::Field described(const Column& column) {
             field.type = 'C';
     }
     return field;
-}
-
-bool is_true(std::string_view letter) {
-    return !letter.empty() && std::string_view("TtYy").find(letter.front()) != std::string_view::npos;
 }
 
 Value padded(std::string_view text, std::size_t length) {
@@ -110,7 +107,8 @@ Value runtime_value(const TableField& column, const Value& read) {
         case 'D':
             return read.is(Kind::date) ? read : Value(host::Date());
         case 'L':
-            return read.is(Kind::character) ? is_true(read.text()) : read.is(Kind::logical) && read.logical();
+            return read.is(Kind::character) ? host::is_true(read.text())
+                                            : read.is(Kind::logical) && read.logical();
         case 'M':
             return read.is(Kind::character) ? read : Value("");
         default:

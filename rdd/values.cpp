@@ -231,35 +231,49 @@ void throw_range(const Record& record, std::size_t field, std::int64_t value) {
                fmt::format("has {}, which the type it is read as does not hold", value));
 }
 
-Parameter parameter_of(const Column& column, const Block& block, std::size_t row, std::size_t cell) {
-    if (block.is_null(row, cell)) return std::nullopt;
-    switch (block.kinds()[cell]) {
+Parameter parameter_of(const Record& record, std::size_t field) {
+    if (record.is_null(field)) return std::nullopt;
+    switch (record.kind(field)) {
         case CellKind::whole:
-            return block.whole(row, cell);
+            return record.whole(field);
         case CellKind::decimal:
-            return Decimal(block.whole(row, cell), column.decimals);
+            return decimal_at(record, field);
         case CellKind::real:
-            return block.real(row, cell);
+            return record.real(field);
         case CellKind::boolean:
-            return block.whole(row, cell) != 0;
+            return record.whole(field) != 0;
         case CellKind::text:
-            return block.text(row, cell);
+            return record.text(field);
         case CellKind::bytes:
-            return bytes_of(block.text(row, cell));
+            return bytes_of(record.text(field));
         case CellKind::day:
-            return day_of(block.whole(row, cell));
+            return day_of(record.whole(field));
         case CellKind::time:
-            return TimeOfDay(static_cast<std::int32_t>(block.whole(row, cell)));
+            return TimeOfDay(static_cast<std::int32_t>(record.whole(field)));
         case CellKind::moment:
-            return moment_of(block.whole(row, cell));
+            return moment_of(record.whole(field));
         case CellKind::none:
             break;
     }
     return std::nullopt;
 }
 
-Parameter parameter_of(const Record& record, std::size_t field) {
-    return parameter_of(record.column(field), record.block(), record.row(), record.cell(field));
+std::optional<Parameter> parameter_of(const host::Value& value) {
+    switch (value.kind()) {
+        case host::Kind::character:
+            return Parameter(value.text());
+        case host::Kind::numeric:
+            return Parameter(value.number());
+        case host::Kind::logical:
+            return Parameter(value.logical());
+        case host::Kind::date: {
+            const auto [year, month, day] = host::calendar_day(value.date());
+            if (year == 0) return Parameter(std::nullopt);
+            return Parameter(std::chrono::year(year) / month / day);
+        }
+        default:
+            return std::nullopt;
+    }
 }
 
 }  // namespace zmfb::rdd
@@ -292,24 +306,13 @@ host::Value FieldValue::value() const {
 }
 
 FieldPlace& FieldPlace::assign(const host::Value& value) {
-    switch (value.kind()) {
-        case host::Kind::character:
-            return *this = value.text();
-        case host::Kind::numeric:
-            return *this = value.number();
-        case host::Kind::logical:
-            return *this = value.logical();
-        case host::Kind::date: {
-            const auto [year, month, day] = host::calendar_day(value.date());
-            if (year == 0) return *this = std::nullopt;
-            return *this = std::chrono::year(year) / month / day;
-        }
-        case host::Kind::nil:
-            return *this = std::nullopt;
-        default:
-            throw AreaError(AreaError::Reason::wrong_type,
-                            "Arrays, objects and blocks are not kept in fields");
+    if (value.is_nil()) return *this = std::nullopt;
+    const std::optional<Parameter> given = rdd::parameter_of(value);
+    if (!given) {
+        throw AreaError(AreaError::Reason::wrong_type, "Arrays, objects and blocks are not kept in fields");
     }
+    rdd::assign_field(to_, index(), *given);
+    return *this;
 }
 
 }  // namespace zmfb

@@ -31,6 +31,12 @@ std::size_t cache_size(zmFBConn connection) {
         std::clamp<std::int64_t>(connection(m::getglbskipcachesize), 1, most_rows));
 }
 
+// What follows the table in a query; "" when no condition is left.
+std::string where_all(std::vector<std::string> conditions) {
+    std::erase(conditions, "");
+    return conditions.empty() ? "" : fmt::format(" where ({})", fmt::join(conditions, ") and ("));
+}
+
 }  // namespace
 
 Walk::Walk(Desk& desk, TextForm form, std::string table)
@@ -59,11 +65,13 @@ Parameter Walk::key() const {
 
 // Record number, key, fields.
 std::string Walk::select(std::string_view first, std::vector<std::string> conditions) const {
-    std::erase(conditions, "");
-    return fmt::format("select {}{}{}{} from {}{}{}{}", first, record_number,
+    return fmt::format("select {}{}{}{} from {}{}", first, record_number,
                        is_natural() ? "" : ", " + key_column(order_), columns_->list(),
-                       quoted(columns_->table()), conditions.empty() ? "" : " where (",
-                       fmt::join(conditions, ") and ("), conditions.empty() ? "" : ")");
+                       quoted(columns_->table()), where_all(std::move(conditions)));
+}
+
+const Query& Walk::in_order(std::string_view first, Direction direction, const std::string& beyond) {
+    return query(select(first, {filter_, order_.only, beyond}) + " " + order_by(order_, direction));
 }
 
 // The first of the rows becomes the current one. Without any, nothing is changed.
@@ -71,14 +79,14 @@ bool Walk::read(Direction direction, From from) {
     const SkipMode mode = skip_mode(desk_.connection());
     const bool goes_on = from == From::position && direction == direction_;
     if (!goes_on) rows_.reset();
-    if (!goes_on || ahead_ == 0) ahead_ = cache_size(desk_.connection());
+    const std::size_t least = cache_size(desk_.connection());
+    if (!goes_on || ahead_ == 0) ahead_ = least;
     if (mode == SkipMode::single) ahead_ = 1;
     if (rows_ == nullptr) {
         const bool limited = mode != SkipMode::cursor;
         const std::string beyond =
             from == From::end ? "" : condition_beyond(order_, direction, from == From::record);
-        rows_of_ = &query(select(limited ? "first ? " : "", {filter_, order_.only, beyond}) + " " +
-                          order_by(order_, direction));
+        rows_of_ = &in_order(limited ? "first ? " : "", direction, beyond);
         std::vector<Parameter> values;
         if (limited) values.emplace_back(ahead_);
         if (from != From::end) values.push_back(key());
@@ -91,16 +99,14 @@ bool Walk::read(Direction direction, From from) {
     }
     if (more && mode == SkipMode::cursor) rows_ = rows;
     if (block.rows() == 0) return false;
-    grow(block);
+    grow(block, least);
     stand_on(std::move(block), direction);
     return true;
 }
 
 // The row at a key or the next one behind it; what is skipped to from there begins a new block.
 bool Walk::read_one(Direction direction, const std::string& from) {
-    const Query& one =
-        query(select("first 1 ", {filter_, order_.only, condition_beyond(order_, direction, true)}) + " " +
-              order_by(order_, direction));
+    const Query& one = in_order("first 1 ", direction, condition_beyond(order_, direction, true));
     const Parameter value[] = {bytes_of(from)};
     const auto rows = one.run(value);
     Block block = one.block();
@@ -119,9 +125,9 @@ void Walk::stand_on(Block block, Direction direction) {
     pending_ = 0;
 }
 
-void Walk::grow(const Block& block) {
+void Walk::grow(const Block& block, std::size_t least) {
     const std::size_t most = std::max<std::size_t>(1, most_bytes / (block.bytes() / block.rows() + 1));
-    ahead_ = std::clamp<std::size_t>(2 * ahead_, 1, std::max(most, cache_size(desk_.connection())));
+    ahead_ = std::clamp<std::size_t>(2 * ahead_, 1, std::max(most, least));
 }
 
 std::optional<Record> Walk::look(std::int64_t recno) {
@@ -151,17 +157,14 @@ void Walk::leave() {
     doubted_ = false;
 }
 
-bool Walk::top() {
-    bof_ = !read(Direction::forward, From::end);
+bool Walk::go_to_end(Direction direction) {
+    bof_ = !read(direction, From::end);
     if (bof_) leave();
     return !bof_;
 }
 
-bool Walk::bottom() {
-    bof_ = !read(Direction::backward, From::end);
-    if (bof_) leave();
-    return !bof_;
-}
+bool Walk::top() { return go_to_end(Direction::forward); }
+bool Walk::bottom() { return go_to_end(Direction::backward); }
 
 bool Walk::step(Direction direction) {
     const bool on = direction == direction_;
@@ -235,7 +238,7 @@ const Record& Walk::record() {
 void Walk::set_order(Order order) {
     std::swap(order_, order);
     try {
-        (void)query(select("first ? ", {filter_, order_.only}) + " " + order_by(order_, Direction::forward));
+        (void)in_order("first ? ", Direction::forward);
     } catch (...) {
         std::swap(order_, order);
         throw;
@@ -277,9 +280,9 @@ void Walk::release() {
 void Walk::set_filter(std::string filter) {
     std::swap(filter_, filter);
     try {
-        if (counting().parameter_count() > 0)
+        if (counting_under_filter().parameter_count() > 0)
             throw SqlError({-804, "07001", "A filter takes no values", filter_});
-        (void)query(select("first ? ", {filter_, order_.only}) + " " + order_by(order_, Direction::forward));
+        (void)in_order("first ? ", Direction::forward);
     } catch (...) {
         std::swap(filter_, filter);
         throw;
@@ -294,21 +297,17 @@ bool Walk::is_in(const KeyRange& keys) {
 
 std::int64_t Walk::place() {
     (void)record();
-    std::string condition = condition_beyond(order_, Direction::backward, true);
-    for (const std::string& part : {filter_, order_.only}) {
-        if (!part.empty()) condition += " and (" + part + ")";
-    }
-    return work()
-        .prepare("select count(*) from " + quoted(columns_->table()) + " where " + condition, form_)
-        .one<std::int64_t>(key());
+    const std::string before = condition_beyond(order_, Direction::backward, true);
+    return counting(where_all({before, filter_, order_.only})).one<std::int64_t>(key());
 }
 
-Statement Walk::counting() {
-    const std::string condition = filter_.empty() ? "" : " where " + filter_;
-    return work().prepare("select count(*) from " + quoted(columns_->table()) + condition, form_);
+Statement Walk::counting(const std::string& where) {
+    return work().prepare("select count(*) from " + quoted(columns_->table()) + where, form_);
 }
 
-std::int64_t Walk::count() { return counting().one<std::int64_t>(); }
+Statement Walk::counting_under_filter() { return counting(filter_.empty() ? "" : " where " + filter_); }
+
+std::int64_t Walk::count() { return counting_under_filter().one<std::int64_t>(); }
 
 void Walk::stand_on(std::int64_t recno) {
     leave();

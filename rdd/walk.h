@@ -76,16 +76,20 @@ class Walk {
     /// The transaction that reads now, and its statements.
     Transaction& work();
     const Query& query(const std::string& sql);
-    /// Counts the records under the filter.
-    Statement counting();
+    Statement counting(const std::string& where);
+    /// Of the records under the filter, which stands there by itself.
+    Statement counting_under_filter();
     [[nodiscard]] std::string select(std::string_view first, std::vector<std::string> conditions) const;
+    /// Rows under the filter, beyond a position or all, as the order sorts them.
+    const Query& in_order(std::string_view first, Direction direction, const std::string& beyond = "");
+    bool go_to_end(Direction direction);
     bool read(Direction direction, From from);
     bool read_one(Direction direction, const std::string& from);
     void stand_on(Block block, Direction direction);
     bool read_number(std::int64_t recno);
     bool step(Direction direction);
     void settle();
-    void grow(const Block& block);
+    void grow(const Block& block, std::size_t least);
     void leave();
     [[nodiscard]] bool is_natural() const;
     [[nodiscard]] std::string_view key_text() const { return record_->block().text(record_->row(), 1); }

@@ -199,9 +199,8 @@ std::vector<Sent> sent_during(const Work& work) {
     return recorder.sent();
 }
 
-json by_bare_client(Worker& worker, const json& request, std::span<const Sent> sent,
+json by_bare_client(Worker& worker, const json& request, const std::vector<Sent>& learned,
                     std::span<const std::string> queries, std::span<const std::string> changes) {
-    const std::vector<Sent> learned(sent.begin(), sent.end());
     const int times = request.at("times");
     worker.bare->send_by(Calls::plain);
     std::uint64_t touched = 0;
@@ -235,7 +234,7 @@ json append_bare(Worker& worker, const json& request) {
     const std::string insert[] = {"insert into ITEMS (RDD_AREAID) values (null)"};
     const std::string update[] = {"update ITEMS set CODE = 'NEW', RATE = 5 where RECNO = 2"};
     const int times = request.at("times");
-    double inserting = seconds_of([&] {
+    const double inserting = seconds_of([&] {
         for (int i = 0; i < times; ++i) worker.bare->execute_together(insert, change_block);
     });
     json reply = by_bare_client(worker, request, sent, reads, update);
