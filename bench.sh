@@ -5,7 +5,7 @@
 #   ./bench.sh --quick                      the same table in under eight minutes
 #   ./bench.sh --only select --runs 5       one benchmark (--help lists them), another number of runs
 #   ./bench.sh --json FILE                  the figures of every run as well
-#   ./bench.sh --doc docs/performance.md    the table into the document
+#   ./bench.sh --doc docs/performance.md    the table and its pictures into the document
 set -euo pipefail
 cd "$(dirname "$0")"
 . scripts/packages.sh
@@ -17,4 +17,4 @@ if [ ! -d bench/peers/node/node_modules/node-firebird ]; then
     npm --prefix bench/peers/node ci --no-audit --no-fund --loglevel=error
 fi
 build bench --target bench_programs
-exec python3 -B bench/run.py --programs build/bench/bench "$@"
+exec /usr/bin/python3 -B bench/run.py --programs build/bench/bench "$@"

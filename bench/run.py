@@ -2,10 +2,12 @@
 """Runs the benchmarks: each piece of work in turn with what it is measured against, answers checked before and
 while they are timed. bench.sh builds what this needs and calls it."""
 import argparse
+import json
 import os
 import subprocess
 import sys
 import time
+from dataclasses import replace
 
 sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
@@ -14,7 +16,7 @@ from bench.locks import record_locks  # noqa: E402
 from bench.matrix import extraction  # noqa: E402
 from bench.rdd import areas  # noqa: E402
 from bench.sql import growth, reading, typed  # noqa: E402
-from bench.support import report  # noqa: E402
+from bench.support import pictures, report  # noqa: E402
 from bench.support.processes import Failure  # noqa: E402
 from bench.support.stage import NODE_MODULE, Stage  # noqa: E402
 from bench.transfer import exporting, importing, wide  # noqa: E402
@@ -68,7 +70,7 @@ def arguments():
     parser.add_argument("--rows", type=int, help="rows that are read (500,000)")
     parser.add_argument("--records", type=int, help="records that are imported and exported (1,000,000)")
     parser.add_argument("--json", metavar="FILE", help="write the figures of every run there")
-    parser.add_argument("--doc", metavar="FILE", help="put the table between the marks in that document")
+    parser.add_argument("--doc", metavar="FILE", help="put the table and pictures between the marks in that document")
     parser.add_argument("--smoke", action="store_true", help=argparse.SUPPRESS)
     parser.add_argument("--peers", default="SOCI,DBD::Firebird,Qt QIBASE,PyQt,node-firebird", help="which of the peers")
     options = parser.parse_args()
@@ -107,7 +109,7 @@ def run(options):
     try:
         for name in names:
             stage.progress(name)
-            rows += BENCHMARKS[name][0](stage)
+            rows += [replace(row, kind=name) for row in BENCHMARKS[name][0](stage)]
         return rows, stage.client_version
     finally:
         stage.close()
@@ -118,6 +120,8 @@ def main():
     if "node-firebird" in options.peers and not os.path.isdir(NODE_MODULE):
         print("node-firebird is not installed in bench/peers/node", file=sys.stderr)
         return SKIPPED
+    if options.doc and not pictures.can_draw():
+        sys.exit("pygal is missing: Debian's python3-pygal")
     check_build(options)
     start = time.monotonic()
     try:
@@ -133,9 +137,10 @@ def main():
     print("; ".join(f"{name}: {value}" for name, value in around.items()))
     if options.json:
         with open(options.json, "w", encoding="utf-8") as file:
-            file.write(report.as_json(rows, around) + "\n")
+            json.dump(report.figures(rows, around), file, indent=1)
     if options.doc:
         report.write_into(options.doc, rows, around, asked(sys.argv[1:]))
+        pictures.write_into(options.doc, report.figures(rows, around))
     return 0
 
 

@@ -10,7 +10,7 @@ build_packages=(
 
 # What the benchmarks measure with, and what they measure against.
 bench_packages=(
-    libbenchmark-dev firebird3.0-server python3 time
+    libbenchmark-dev firebird3.0-server python3 python3-pygal time
     libsoci-dev libsoci-firebird4.0 libdbd-firebird-perl qtbase5-dev libqt5sql5-ibase python3-pyqt5.qtsql
 )
 

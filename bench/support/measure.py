@@ -25,6 +25,12 @@ class Target:
             return f"at most {self.more:g} {self.unit} more"
         return "faster" if self.times_faster == 1 else f"{self.times_faster:g} times faster"
 
+    def limit(self):
+        """The largest ratio that meets it; None when it is no ratio."""
+        if self.at_most is not None:
+            return self.at_most
+        return 1 / self.times_faster if self.times_faster else None
+
     def met(self, row):
         if self.at_most is not None:
             return row.ratio() <= self.at_most
@@ -44,6 +50,7 @@ class Row:
     target: Target = None
     unit: str = "s"
     notes: list = field(default_factory=list)
+    kind: str = ""  # the benchmark it is from
 
     def ratios(self):
         return [a / b for a, b in zip(self.ours, self.theirs)]

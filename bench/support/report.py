@@ -1,9 +1,9 @@
 """The table: on the terminal, as Markdown, as JSON."""
-import json
 import os
 import platform
 import statistics
 
+from bench.support.document import replace_between
 from bench.support.measure import spread
 from bench.support.processes import CLIENT_CPU, SERVER_CPU
 
@@ -54,22 +54,17 @@ def circumstances(options, client_version, seconds):
     }
 
 
-def as_json(rows, around):
-    return json.dumps({"circumstances": around, "rows": [{
-        "what": row.what, "where": row.where, "against": row.against, "unit": row.unit, "ours": row.ours,
+def figures(rows, around):
+    """All that was measured, as it is kept."""
+    return {"circumstances": around, "rows": [{
+        "kind": row.kind, "what": row.what, "where": row.where, "against": row.against, "unit": row.unit, "ours": row.ours,
         "theirs": row.theirs, "ratio": row.ratio(), "ratios": row.ratios(), "spread": spread(row.ratios()),
-        "target": row.target.text() if row.target else None, "verdict": row.verdict(), "notes": row.notes,
-    } for row in rows]}, indent=1)
+        "target": row.target.text() if row.target else None, "limit": row.target.limit() if row.target else None,
+        "verdict": row.verdict(), "notes": row.notes,
+    } for row in rows]}
 
 
 def write_into(document, rows, around, command):
-    """Replaces what stands between the two marks in a document."""
-    with open(document, encoding="utf-8") as file:
-        text = file.read()
-    before, _, rest = text.partition(BEGIN)
-    _, found, after = rest.partition(END)
-    if not found:
-        raise SystemExit(f"{document} has no place for the table: {BEGIN} and {END}")
+    """Puts the table between its marks in a document."""
     facts = "; ".join(f"{name}: {value}" for name, value in around.items())
-    with open(document, "w", encoding="utf-8") as file:
-        file.write(f"{before}{BEGIN}\n\nWritten by `{command}`. {facts}.\n\n{markdown_table(rows)}\n\n{END}{after}")
+    replace_between(document, BEGIN, END, f"Written by `{command}`. {facts}.\n\n{markdown_table(rows)}")
