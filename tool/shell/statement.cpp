@@ -148,6 +148,45 @@ std::vector<std::string_view> quoted_names(std::string_view statement) {
     return names;
 }
 
+namespace {
+
+// Goes along a statement, and knows where the name of a table is to come.
+class TablePlaces {
+  public:
+    [[nodiscard]] bool expected() const { return expected_; }
+    void pass(const std::string& token) {
+        const bool begins = is_one_of(token, "from join into update table");
+        expected_ = begins || (in_list_ && token == ",");
+        if (token == "from") in_list_ = true;
+        if (is_one_of(token, "where group order having union plan set values select ( )")) in_list_ = false;
+    }
+
+  private:
+    bool expected_ = false;
+    bool in_list_ = false;  // of FROM, where commas part tables
+};
+
+}  // namespace
+
+std::vector<std::string_view> tables_in(std::string_view statement) {
+    std::vector<std::string_view> tables;
+    TablePlaces places;
+    Tokens tokens(statement);
+    for (std::string token = tokens.next(); !token.empty(); token = tokens.next()) {
+        const bool is_name = token == "\"" || is_word_byte(token.front());
+        if (places.expected() && is_name) tables.push_back(tokens.token());
+        places.pass(token);
+    }
+    return tables;
+}
+
+bool expects_table(std::string_view beginning) {
+    TablePlaces places;
+    Tokens tokens(beginning);
+    for (std::string token = tokens.next(); !token.empty(); token = tokens.next()) places.pass(token);
+    return places.expected();
+}
+
 bool StatementScan::is_blank() const { return tokens_ == 0 && open_ != "*/"; }
 
 bool is_query(std::string_view statement) { return is_one_of(first_word(statement), "select with"); }
