@@ -8,6 +8,7 @@
 #include "tool/shell/names.h"
 #include "tool/shell/shell.h"
 #include "tool/suggest.h"
+#include "tool/unknown_name.h"
 
 namespace zmfb::tool {
 namespace {
@@ -163,19 +164,24 @@ void Shell::read(const std::vector<std::string>& words) {
 
 void Shell::quit(const std::vector<std::string>&) { done_ = true; }
 
-// Those that can be typed without quotes. A question that fails while somebody types is no error.
 const std::vector<std::string>& Shell::table_names() {
-    constexpr std::string_view query =
-        "select rdb$relation_name from rdb$relations where rdb$system_flag = 0 order by 1";
-    if (tables_) return *tables_;
-    tables_.emplace();
-    try {
-        for (const Name& name : names_of(session_.connection(), query)) {
-            if (name.is_plain()) tables_->push_back(name.bytes());
-        }
-    } catch (const Failure&) {
-    }
+    if (!tables_) tables_ = plain_tables(session_.connection());
     return *tables_;
+}
+
+// The words for the place `start` of a line of SQL, or of a call.
+std::vector<std::string> Shell::words_for(std::string_view line, std::size_t start) {
+    const bool is_call = !waiting() && input_of(line) == Input::call;
+    const std::string before = begun_ + "\n" + std::string(line.substr(0, start));
+    std::vector<std::string> all = table_names();
+    if (is_call || expects_table(before)) return all;
+    const std::string_view word = line.substr(start);
+    const std::string whole = begun_ + "\n" + std::string(line);
+    for (std::string& column :
+         plain_columns(session_.connection(), whole, word.substr(0, word.find_first_of(" ,;)"))))
+        all.push_back(std::move(column));
+    for (std::string& one : sql_words()) all.push_back(std::move(one));
+    return all;
 }
 
 std::vector<std::string> Shell::candidates(std::string_view line, std::size_t start) {
@@ -196,8 +202,7 @@ std::vector<std::string> Shell::candidates(std::string_view line, std::size_t st
     } else if (start == 0 && !waiting()) {
         add(beginnings());
     } else {
-        add(table_names());
-        add(sql_words());
+        add(words_for(line, start));
     }
     return all;
 }

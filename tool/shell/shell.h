@@ -55,6 +55,7 @@ class Shell {
     void run_dot_command(const std::string& line);
     void run_command(const std::vector<std::string>& words);
     const std::vector<std::string>& table_names();
+    std::vector<std::string> words_for(std::string_view line, std::size_t start);
     void guarded(const std::function<void()>& run);
     void fail(std::string_view message, std::string_view detail = {}, std::string_view hint = {});
 
