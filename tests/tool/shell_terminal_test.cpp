@@ -138,6 +138,7 @@ TEST_F(ShellOnATerminal, TabCompletesMethodsTablesWordsAndCommands) {
         {"select a from CUST\t;\n", "select a from CUSTOMERS;"},
         {"sel\t 1 as n from rdb$database;\n", "select 1 as n"},
         {".str\t cust\t\n", ".struct customers"},
+        {"\\d cust\t\n", "\\134d customers"},
         {".mode cs\t\n", ".mode csv"},
         {".help gettablerecc\t\n", ".help gettablereccount"},
     };

@@ -19,6 +19,8 @@ TEST(InputKind, IsToldByTheBeginningOfTheLine) {
         {"/* one that goes on", Input::statement},
         {".tables", Input::dot_command},
         {"  .tables", Input::dot_command},
+        {"\\d", Input::dot_command},
+        {"  \\d customers", Input::dot_command},
         {"select 1", Input::statement},
         {"SELECT(1)", Input::statement},
         {"-- first\nselect 1", Input::statement},

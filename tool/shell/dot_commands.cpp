@@ -75,7 +75,9 @@ constexpr Shell::DotCommand Shell::dot_commands[] = {
      .run = &Shell::timer},
 };
 
-void Shell::run_dot_command(const std::string& line) {
+void Shell::run_dot_command(const std::string& typed) {
+    const bool is_backslashed = typed.find_first_of(".\\") == typed.find('\\');
+    const std::string line = is_backslashed ? in_dots(typed) : typed;
     std::vector<std::string> words = split(line.substr(line.find('.') + 1));
     while (!words.empty() && (words.back() == ";" || words.back().empty())) words.pop_back();
     if (words.empty()) words.emplace_back("help");
@@ -97,6 +99,21 @@ void Shell::run_dot_command(const std::string& line) {
     fail(fmt::format("there is no command .{}{}", words[0],
                      nearest.empty() ? "" : fmt::format("; did you mean \".{}\"?", nearest)),
          ".help lists them.");
+}
+
+// What psql writes with a backslash.
+std::string Shell::in_dots(std::string_view line) const {
+    line = line.substr(line.find('\\') + 1);
+    line = line.substr(0, line.find_last_not_of(" ;\t\r") + 1);
+    const std::string name(line.substr(0, line.find_first_of(" \t")));
+    const std::string rest(line.substr(name.size()));
+    if (name == "d" || name == "dt") return (name == "d" && !rest.empty() ? ".struct" : ".tables") + rest;
+    if (name == "q") return ".quit";
+    if (name == "?") return ".help";
+    if (name != "x") return "." + std::string(line);
+    if (rest.empty()) return mode_ == Mode::line ? ".mode table" : ".mode line";
+    const std::string wanted = split(rest).at(0);
+    return ".mode " + (wanted == "on" ? "line" : wanted == "off" ? "table" : wanted);
 }
 
 // Each run reads its words afresh: what an earlier one left behind in its options must not count.
@@ -185,7 +202,7 @@ std::vector<std::string> Shell::words_for(std::string_view line, std::size_t sta
 }
 
 std::vector<std::string> Shell::candidates(std::string_view line, std::size_t start) {
-    const bool command = line.starts_with('.');
+    const bool command = line.starts_with('.') || line.starts_with('\\');
     std::vector<std::string> all;
     const auto add = [&all](const std::vector<std::string>& more) {
         all.insert(all.end(), more.begin(), more.end());

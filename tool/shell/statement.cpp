@@ -102,7 +102,7 @@ Input input_of(std::string_view line) {
                          line.find("*/") == std::string_view::npos;
     if (comment) return Input::statement;  // begun, and to be closed on a later line
     if (first.empty()) return Input::nothing;
-    if (first == ".") return Input::dot_command;
+    if (first == "." || first == "\\") return Input::dot_command;
     if (is_one_of(first, statement_words)) return Input::statement;
     const std::string second = tokens.next();
     if (second == "(" && is_word_byte(first.front())) return Input::call;

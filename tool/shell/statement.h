@@ -13,7 +13,7 @@ namespace zmfb::tool {
 /// What a line that begins an input is.
 enum class Input {
     nothing,      ///< blank, or only a comment
-    dot_command,  ///< .tables
+    dot_command,  ///< .tables, or \d as psql has it
     call,         ///< istable("CUSTOMER"), or the name of a method alone
     statement,    ///< SQL, which may go on over several lines
     unknown,
