@@ -11,9 +11,6 @@
 namespace zmfb::tool::browse {
 namespace {
 
-// Of a memo, in bytes: more than a cell shows.
-constexpr std::size_t beginning = 200;
-
 std::string shown_day(std::chrono::year_month_day day) {
     return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
                        static_cast<unsigned>(day.day()));
@@ -43,7 +40,7 @@ std::string hexadecimal(const Bytes& bytes) {
     return text;
 }
 
-Cell text_of(const FieldValue& value, SqlType type, std::size_t most = std::string::npos) {
+Cell text_of(const FieldValue& value, SqlType type, std::size_t most) {
     if (value.is_null()) return std::nullopt;
     switch (type) {
         case SqlType::text:
@@ -79,7 +76,7 @@ AreaSource::AreaSource(zmFBConn& connection, const std::string& table, OpenMode 
     for (const Column& column : area_.fields()) {
         const auto field = std::ranges::find_if(
             structure, [&](const FieldDescriptor& one) { return to_utf8(one.name) == column.name; });
-        columns_.push_back(shown_column(column, field == structure.end() ? 0 : field->length));
+        columns_.push_back(shown_column(column, field == structure.end() ? nullptr : &*field));
     }
 }
 
@@ -94,9 +91,7 @@ bool AreaSource::stand_on(std::int64_t number) {
 ShownRow AreaSource::current() const {
     ShownRow row{.number = area_.recno(), .cells = {}};
     for (std::size_t i = 0; i < columns_.size(); ++i) {
-        const SqlType type = columns_[i].type;
-        row.cells.push_back(
-            text_of(area_.at(i), type, type == SqlType::text_blob ? beginning : std::string::npos));
+        row.cells.push_back(text_of(area_.at(i), columns_[i].type, most_shown));
     }
     return row;
 }
@@ -149,7 +144,7 @@ std::optional<ShownRow> AreaSource::row(std::int64_t number) {
 
 Cell AreaSource::whole(std::int64_t number, std::size_t column) {
     if (!area_.go(number)) return std::nullopt;
-    return text_of(area_.at(column), columns_[column].type);
+    return text_of(area_.at(column), columns_[column].type, std::string::npos);
 }
 
 // A unique order has fewer records than the table.

@@ -22,6 +22,7 @@ class AreaSource final : public Source {
     Cell whole(std::int64_t number, std::size_t column) override;
     std::optional<std::int64_t> count() override;
     std::int64_t place(std::int64_t number) override;
+    void filter(const std::string& condition) override { area_.filter(condition); }
     Area* area() override { return &area_; }
 
   private:

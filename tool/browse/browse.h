@@ -3,7 +3,6 @@
 
 #include <functional>
 #include <memory>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -28,26 +27,40 @@ class Browse {
     /// How it was left: Esc goes back to where it was opened from, q ends the tool.
     enum class Left { stays, back, quit };
 
+    /// What Enter does with the row of a number, in the place of showing a value.
+    using Open = std::function<Left(std::int64_t number)>;
+
     /// Shows the rows of `source`, called `title`.
-    Browse(Screen& screen, Session& session, Source& source, std::string title);
+    Browse(Screen& screen, Session& session, Source& source, std::string title, Open open = {});
 
     /// Until it is left. Throws Failure when the connection is lost or the table has gone.
     Left run();
 
   private:
-    static std::span<const Binding> bindings();
+    [[nodiscard]] std::vector<Binding> bindings() const;
 
     void draw();
+    void show();
     [[nodiscard]] std::string heading() const;
     [[nodiscard]] std::string status() const;
+    [[nodiscard]] std::string hints() const;
     void take(Key typed);
     void attempt(const std::function<void()>& work);
     void say_problem(const std::string& words);
     void require_there(const SqlError& error);
-    /// No key has come for a while.
+    [[nodiscard]] std::optional<std::string> ask(std::string_view question, const std::string& text = {});
+    // No key has come for a moment.
     void tick();
 
+    // What keys do.
     void help();
+    void enter();
+    void show_value();
+    void next_order();
+    void seek();
+    void seek_on();
+    void filter();
+    void go_to_record();
     void back() { left_ = Left::back; }
     void quit() { left_ = Left::quit; }
     void reload();
@@ -56,7 +69,11 @@ class Browse {
     Session& session_;
     Source& source_;
     std::string title_;
+    Open open_;
     Grid grid_;
+    std::string filter_;
+    std::string sought_;   // last, in the order
+    int quiet_ticks_ = 0;  // since the last key
     struct Message {
         std::string words;
         bool is_problem = false;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cwchar>
-#include <tuple>
 
 #include "tool/rows/shown_text.h"
 

@@ -7,7 +7,8 @@
 namespace zmfb::tool::browse {
 namespace {
 
-constexpr std::string_view edge = "│";
+// Behind a column; behind the first one, which does not scroll.
+std::string_view edge(std::size_t column) { return column == 0 ? "║" : "│"; }
 
 Look look_of(const Cell& cell, const ShownColumn& column) {
     if (!cell) return Look::null;
@@ -55,7 +56,7 @@ void Grid::draw(Screen& screen, int top) {
     const std::vector<Shown> shown = layout(screen.columns());
     for (const auto& [column, at, width] : shown) {
         const ShownColumn& about = source_.columns()[column];
-        if (at > 0) screen.put(top, at - 1, 1, edge, Look::head);
+        screen.put(top, at + width, 1, edge(column), Look::head);
         screen.put(top, at, width, fitted(about.name, width, about.is_number()), Look::head);
     }
     for (std::size_t row = 0; row < window_.rows().size(); ++row)
@@ -74,7 +75,7 @@ void Grid::draw_row(Screen& screen, int line, const std::vector<Shown>& shown, s
             look = Look::cell;
             cell_ = {line, at, width};
         }
-        if (at > 0) screen.put(line, at - 1, 1, edge, Look::null);
+        screen.put(line, at + width, 1, edge(column), Look::null);
         screen.put(line, at, width, fitted(cell ? *cell : "NULL", width, about.is_number()), look);
     }
 }

@@ -147,11 +147,15 @@ std::wstring wide(std::string_view utf8) {
 
 }  // namespace
 
-Screen::Screen() {
+void Screen::require_terminal() {
     if (isatty(STDIN_FILENO) == 0 || !output_is_terminal())
         throw Failure{Exit::usage,
                       "browse shows tables on a terminal, which standard input and output are not", "",
                       "zmfb query writes rows to files and pipes"};
+}
+
+Screen::Screen() {
+    require_terminal();
     std::setlocale(LC_CTYPE, "");
     if (std::string_view(nl_langinfo(CODESET)) != "UTF-8") std::setlocale(LC_CTYPE, "C.UTF-8");
     terminal = newterm(nullptr, stdout, stdin);

@@ -66,7 +66,9 @@ class Screen {
     /// The smallest one that anything is drawn on.
     static constexpr int least_rows = 15, least_columns = 60;
 
-    /// Throws Failure when standard input or output is no terminal, or one of a kind that is not known.
+    /// Throws Failure (usage) when standard input or output is no terminal.
+    static void require_terminal();
+    /// The same for one of a kind that is not known.
     Screen();
     ~Screen();
     Screen(const Screen&) = delete;

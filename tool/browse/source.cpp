@@ -9,6 +9,7 @@ namespace {
 
 constexpr int widest = 40;
 constexpr int memo_width = 20;
+constexpr int width_of_day = 10;
 
 // In the brackets of a type as it is written: VARCHAR(30).
 int length_in(const std::string& type_name) {
@@ -17,7 +18,7 @@ int length_in(const std::string& type_name) {
 }
 
 int width_of_type(const Column& column) {
-    constexpr int small = 6, whole = 11, large = 20, real = 18, day = 10, time_of_day = 8, moment = 19;
+    constexpr int small = 6, whole = 11, large = 20, real = 18, time_of_day = 13, moment = 24;
     switch (column.type) {
         case SqlType::text:
             return length_in(column.type_name);
@@ -31,7 +32,7 @@ int width_of_type(const Column& column) {
         case SqlType::boolean:
             return 5;
         case SqlType::date:
-            return day;
+            return width_of_day;
         case SqlType::time:
             return time_of_day;
         case SqlType::timestamp:
@@ -45,23 +46,25 @@ int width_of_type(const Column& column) {
     return memo_width;
 }
 
-// What the driver calls a field's length is not that of a day as it is shown.
-bool has_length(const Column& column) {
-    return column.type == SqlType::text || column.type == SqlType::integer || column.type == SqlType::decimal;
+// The driver keeps days as time stamps.
+int width_of_field(const Column& column, const FieldDescriptor& field) {
+    if (column.type == SqlType::timestamp && field.type == "D") return width_of_day;
+    const bool has_length =
+        column.type == SqlType::text || column.type == SqlType::integer || column.type == SqlType::decimal;
+    if (!has_length || field.length <= 0) return width_of_type(column);
+    return static_cast<int>(std::min<std::int64_t>(field.length, widest));
 }
 
 }  // namespace
 
-ShownColumn shown_column(const Column& column, std::int64_t characters) {
-    const int of_type = characters > 0 && has_length(column)
-                            ? static_cast<int>(std::min<std::int64_t>(characters, widest))
-                            : width_of_type(column);
+ShownColumn shown_column(const Column& column, const FieldDescriptor* field) {
+    const int wanted = field != nullptr ? width_of_field(column, *field) : width_of_type(column);
     constexpr int null = 4;
     const int least = std::max(null, width_of(column.name));
     return {.name = column.name,
             .type = column.type,
             .type_name = column.type_name,
-            .width = std::clamp(of_type, std::min(least, widest), widest)};
+            .width = std::clamp(wanted, std::min(least, widest), widest)};
 }
 
 }  // namespace zmfb::tool::browse

@@ -9,6 +9,7 @@
 
 #include "tool/rows/row_writer.h"
 #include "zmfbconn/area.h"
+#include "zmfbconn/method_types.h"
 
 namespace zmfb::tool::browse {
 
@@ -25,14 +26,17 @@ struct ShownColumn {
     [[nodiscard]] bool is_memo() const { return type == SqlType::text_blob || type == SqlType::blob; }
 };
 
-/// A column as wide as its type needs, its name, and no wider than one can look over. `characters` is what
-/// is known of the field's length; 0 for what the type says.
-ShownColumn shown_column(const Column& column, std::int64_t characters = 0);
+/// A column as wide as its type needs, its name, and no wider than one can look over. `field` is what the
+/// driver knows it as, where it knows more than the type, else nullptr.
+ShownColumn shown_column(const Column& column, const FieldDescriptor* field = nullptr);
+
+/// How many bytes of a value a cell shows at most.
+inline constexpr std::size_t most_shown = 200;
 
 struct ShownRow {
     /// Of a table the record number, else the place of the row, counted from 1.
     std::int64_t number = 0;
-    /// Of a memo as much as a cell shows.
+    /// Of long values the beginning.
     std::vector<Cell> cells;
 };
 
@@ -64,11 +68,18 @@ class Source {
     /// A value to its end.
     virtual Cell whole(std::int64_t number, std::size_t column) = 0;
 
-    /// How many rows there are, where that can be said.
+    /// How many rows there are, where that can be said; the same as far as it is known without counting.
     virtual std::optional<std::int64_t> count() = 0;
+    [[nodiscard]] virtual std::optional<std::int64_t> known_count() const { return std::nullopt; }
     /// The place of a row in the order, counted from 1.
     virtual std::int64_t place(std::int64_t number) = 0;
-    /// The rows can be changed, ordered and left out through it; nullptr for rows that are only read.
+    /// Leaves in what a condition in SQL says; everything when it is "". When it throws, nothing is changed.
+    virtual void filter(const std::string&) {}
+    /// What was kept of rows that were read is given up.
+    virtual void read_anew() {}
+    /// The query that the rows are of; "" for those of a table.
+    [[nodiscard]] virtual std::string query() const { return ""; }
+    /// The rows are ordered and changed through it; nullptr for rows that are only read.
     virtual Area* area() { return nullptr; }
 };
 

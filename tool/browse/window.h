@@ -39,7 +39,9 @@ class Window {
     /// The place of the current row in the order and how many there are, as far as they are known: counting
     /// them takes the longer the more there are.
     [[nodiscard]] std::optional<std::int64_t> place() const;
-    [[nodiscard]] std::optional<std::int64_t> total() const { return total_; }
+    [[nodiscard]] std::optional<std::int64_t> total() const {
+        return total_ ? total_ : source_.known_count();
+    }
     [[nodiscard]] bool is_counted() const { return counted_ && (empty() || first_place_); }
     void count();
     void forget_count();

@@ -1,0 +1,70 @@
+#include "tool/browse/prompt.h"
+
+#include <algorithm>
+
+#include "tool/browse/cell_input.h"
+#include "tool/browse/cell_text.h"
+
+namespace zmfb::tool::browse {
+namespace {
+
+constexpr std::chrono::milliseconds a_while(1000);
+
+// The end of a text that is too wide, with a sign that there is more before it.
+std::string end_of(std::string_view text, int width) {
+    std::string line = one_line(text);
+    if (width_of(line) <= width) return line;
+    while (!line.empty() && width_of(line) >= width) {
+        line.erase(0, 1);
+        while (!line.empty() && (line[0] & 0xC0) == 0x80) line.erase(0, 1);
+    }
+    return "…" + line;
+}
+
+void draw_line(Screen& screen, std::string_view question, const CellInput& input) {
+    const int row = screen.rows() - 1, width = screen.columns();
+    const std::string head = " " + std::string(question) + " ";
+    const int at = width_of(head);
+    const std::string before = end_of(input.before(), std::max(width - at - 1, 1));
+    const std::string behind = one_line(std::string_view(input.text()).substr(input.before().size()));
+    screen.put(row, 0, width, head + before + behind);
+    screen.cursor_at(row, std::min(at + width_of(before), width - 1));
+}
+
+void edit(CellInput& input, Key typed) {
+    if (is_character(typed)) return input.insert(static_cast<char32_t>(typed));
+    switch (typed) {
+        case Key::backspace:
+            return input.backspace();
+        case Key::remove:
+            return input.remove();
+        case Key::left:
+            return input.left();
+        case Key::right:
+            return input.right();
+        case Key::home:
+            return input.home();
+        case Key::end:
+            return input.end();
+        default:
+            return;
+    }
+}
+
+}  // namespace
+
+std::optional<std::string> ask(Screen& screen, const std::function<void()>& draw, std::string_view question,
+                               const std::string& text) {
+    CellInput input({.kind = CellRule::Kind::text}, text);
+    for (;;) {
+        draw();
+        if (screen.is_large_enough()) draw_line(screen, question, input);
+        screen.show();
+        const Key typed = screen.read(a_while);
+        if (typed == Key::escape) return std::nullopt;
+        if (typed == Key::enter) return input.text();
+        edit(input, typed);
+    }
+}
+
+}  // namespace zmfb::tool::browse

@@ -1,0 +1,121 @@
+#include "tool/browse/query_source.h"
+
+#include <fmt/format.h>
+
+#include <utility>
+
+#include "tool/reading.h"
+#include "tool/session.h"
+
+namespace zmfb::tool::browse {
+
+namespace {
+
+// Parts of a second, and the time of a day, where there are any.
+Cell shortened(Cell value, SqlType type) {
+    const auto drop = [&](std::string_view end) {
+        if (value->ends_with(end)) value->resize(value->size() - end.size());
+    };
+    if (!value || (type != SqlType::timestamp && type != SqlType::time)) return value;
+    drop(".0000");
+    if (type == SqlType::timestamp) drop(" 00:00:00");
+    return value;
+}
+
+}  // namespace
+
+// The database keeps no old versions of rows for such a transaction, however long somebody looks.
+struct QuerySource::Run {
+    Run(zmFBConn& connection, const std::string& query)
+        : work(connection, Access::read_only, Isolation::read_committed), statement(work.prepare(query)) {}
+
+    // Moves on to the next row; .F. when there is none.
+    bool next() {
+        if (!rows) {
+            rows.emplace(statement.rows());
+            at.emplace(rows->begin());
+        } else {
+            ++*at;
+        }
+        return *at != rows->end();
+    }
+
+    Transaction work;
+    Statement statement;
+    std::optional<zmfb::Rows> rows;
+    std::optional<decltype(std::declval<zmfb::Rows&>().begin())> at;
+};
+
+QuerySource::QuerySource(zmFBConn& connection, std::string query)
+    : connection_(connection), query_(std::move(query)) {
+    begin(run(query_));
+    for (const Column& column : run_->statement.columns()) columns_.push_back(shown_column(column));
+}
+
+QuerySource::~QuerySource() = default;
+
+std::unique_ptr<QuerySource::Run> QuerySource::run(const std::string& query) const {
+    log_query(connection_, query);
+    auto run = std::make_unique<Run>(connection_, query);
+    if (run->statement.columns().empty())
+        throw Failure{Exit::failed, "the statement returns no rows: exec runs such statements"};
+    return run;
+}
+
+void QuerySource::begin(std::unique_ptr<Run> run) {
+    read_ = std::make_unique<Spool>();
+    run_ = std::move(run);
+}
+
+// What a person wrote may end with a comment.
+std::string QuerySource::query() const {
+    if (condition_.empty()) return query_;
+    return fmt::format("select * from ({}\n) where ({}\n)", query_, condition_);
+}
+
+void QuerySource::filter(const std::string& condition) {
+    std::string before = std::exchange(condition_, condition);
+    try {
+        begin(run(query()));
+    } catch (...) {
+        condition_ = std::move(before);
+        throw;
+    }
+}
+
+void QuerySource::read_anew() { begin(run(query())); }
+
+bool QuerySource::has(std::int64_t number) {
+    while (run_ != nullptr && static_cast<std::int64_t>(read_->rows()) < number) {
+        if (!run_->next()) {
+            run_.reset();
+            break;
+        }
+        const zmfb::Row& row = **run_->at;
+        std::vector<Cell> cells;
+        for (std::size_t i = 0; i < columns_.size(); ++i)
+            cells.push_back(shortened(row[i].text(), columns_[i].type));
+        read_->add(cells);
+    }
+    return static_cast<std::int64_t>(read_->rows()) >= number;
+}
+
+std::int64_t QuerySource::last_number() {
+    while (run_ != nullptr) has(static_cast<std::int64_t>(read_->rows()) + 1);
+    return static_cast<std::int64_t>(read_->rows());
+}
+
+std::optional<std::int64_t> QuerySource::known_count() const {
+    if (run_ != nullptr) return std::nullopt;
+    return static_cast<std::int64_t>(read_->rows());
+}
+
+std::vector<Cell> QuerySource::cells(std::int64_t number) {
+    return read_->row(static_cast<std::size_t>(number - 1), columns_.size(), most_shown);
+}
+
+Cell QuerySource::whole(std::int64_t number, std::size_t column) {
+    return read_->value(static_cast<std::size_t>(number - 1), column);
+}
+
+}  // namespace zmfb::tool::browse

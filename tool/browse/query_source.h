@@ -1,0 +1,42 @@
+/// The rows of a query, read once, as far as somebody has looked.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tool/browse/numbered_source.h"
+#include "tool/browse/spool.h"
+#include "zmfbconn/transaction.h"
+
+namespace zmfb::tool::browse {
+
+class QuerySource final : public NumberedSource {
+  public:
+    /// `query` is a SELECT (UTF-8). Throws Failure when it returns no rows.
+    QuerySource(zmFBConn& connection, std::string query);
+    ~QuerySource() override;
+
+    Cell whole(std::int64_t number, std::size_t column) override;
+    std::optional<std::int64_t> known_count() const override;
+    void filter(const std::string& condition) override;
+    void read_anew() override;
+    [[nodiscard]] std::string query() const override;
+
+  protected:
+    bool has(std::int64_t number) override;
+    std::int64_t last_number() override;
+    std::vector<Cell> cells(std::int64_t number) override;
+
+  private:
+    struct Run;
+    [[nodiscard]] std::unique_ptr<Run> run(const std::string& query) const;
+    void begin(std::unique_ptr<Run> run);
+
+    zmFBConn& connection_;
+    std::string query_, condition_;
+    std::unique_ptr<Run> run_;  // none when all rows are read
+    std::unique_ptr<Spool> read_;
+};
+
+}  // namespace zmfb::tool::browse
