@@ -12,6 +12,8 @@
 #include "tool/encoding.h"
 #include "tool/reading.h"
 #include "tool/session.h"
+#include "tool/suggest.h"
+#include "tool/unknown_name.h"
 
 namespace zmfb::tool {
 namespace {
@@ -183,9 +185,11 @@ Name existing_name(zmFBConn& connection, const std::string& typed) {
     const Name name = typed_name(typed);
     if (is_there(connection, ObjectKind::relation, name)) return name;
     const Name exactly(typed);
+    const std::string nearest = nearest_name(typed, plain_tables(connection));
     const std::string hint = is_there(connection, ObjectKind::relation, exactly)
                                  ? "with its double quotes: " + shell_word(exactly.quoted())
-                                 : "";
+                             : nearest.empty() ? ""
+                                               : fmt::format("did you mean {}?", nearest);
     throw Failure{Exit::failed, fmt::format("there is no table {}", typed), "", hint};
 }
 

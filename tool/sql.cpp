@@ -4,10 +4,23 @@
 #include "tool/interrupt.h"
 #include "tool/reading.h"
 #include "tool/terminal.h"
+#include "tool/unknown_name.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
+namespace {
+
+[[noreturn]] void throw_told(zmFBConn& connection, const SqlError& error, const std::string& statement) {
+    try {
+        throw_failure(connection, error, "the query failed");
+    } catch (Failure& failure) {
+        failure.hint = meant_instead(connection, statement, failure.detail);
+        throw;
+    }
+}
+
+}  // namespace
 
 void run_query(Session& session, const std::string& statement, const RowOutput& output) {
     zmFBConn& connection = session.connection();
@@ -27,14 +40,17 @@ void run_query(Session& session, const std::string& statement, const RowOutput& 
         const bool ended = interrupted();
         writer->end(ended);
         if (ended) return;
-        throw_failure(connection, error, "the query failed");
+        throw_told(connection, error, statement);
     }
     writer->end(true);
 }
 
 void run_statement(Session& session, const std::string& statement) {
     const Status done = session.connection()(m::executeupdate, statement_bytes(statement));
-    if (!done.ok()) throw Failure{Exit::failed, to_utf8(done.message()), last_engine_message()};
+    if (done.ok()) return;
+    const std::string said = last_engine_message();
+    throw Failure{Exit::failed, to_utf8(done.message()), said,
+                  meant_instead(session.connection(), statement, said)};
 }
 
 }  // namespace zmfb::tool

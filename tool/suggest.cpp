@@ -52,6 +52,17 @@ std::string nearest_name(std::string_view typed, std::span<const std::string> na
     return found;
 }
 
+std::vector<std::string> completions(std::string_view typed, std::span<const std::string> names) {
+    const bool small = !typed.empty() && std::islower(static_cast<unsigned char>(typed.back())) != 0;
+    std::vector<std::string> found;
+    for (const std::string& name : names) {
+        if (lower(name.substr(0, typed.size())) != lower(typed)) continue;
+        const std::string rest = name.substr(typed.size());
+        found.push_back(std::string(typed) + (small ? lower(rest) : rest));
+    }
+    return found;
+}
+
 std::string did_you_mean(std::string_view typed, std::span<const std::string> names) {
     const std::string name = nearest_name(typed, names);
     return name.empty() ? "" : fmt::format("; did you mean \"{}\"?", name);

@@ -179,9 +179,13 @@ Whether it is there. More.
                          ("`istable(", "`isother("), ("`tbl`: ", "`name`: ")):
             self.assertNotEqual(self.table((old, new)), [], new)
 
-    def test_fields_that_are_missing_empty_or_twice(self):
-        for old, new in (("- **Logs:** `[A] Text: ...`.\n", ""), ("logical.", ""), ("**Logs", "**Result")):
+    def test_fields_that_are_empty_unknown_twice_or_in_another_order(self):
+        for old, new in (("logical.", ""), ("**Logs", "**Says"), ("**Logs", "**Result"), ("**Logs", "**SQL")):
             self.assertNotEqual(self.table((old, new)), [], new)
+
+    def test_fields_may_be_left_out_but_for_parameters_that_there_are(self):
+        self.assertEqual(self.table(("- **Logs:** `[A] Text: ...`.\n", ""), ("- **Raises:** nothing.\n", "")), [])
+        self.assertNotEqual(self.table(("- **Parameters:** `tbl`: the\n  table.\n", "")), [])
 
     def messages(self, source, *changes):
         sources = {page: {} for page in methods.FOLDERS}

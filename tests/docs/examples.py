@@ -3,7 +3,8 @@
     examples.py TOP FOLDER TOOL
 
 FOLDER has the programs, TOOL is zmfb. Each runs in an empty folder of its own with the arguments below; "..." in the expected output
-stands as in pages. Programs that pages show whole are examples as they are, and so is all code of docs/from-dbf.md.
+stands as in pages. Programs that pages show whole are examples as they are, and so is all code
+of docs/from-dbf.md and docs/recipes.md.
 """
 
 import re
@@ -24,6 +25,7 @@ ARGUMENTS = {
     "two_processes": ["shop.fdb"],
     "two_clerks": ["shop.fdb"],
     "matrix": ["shop.fdb"],
+    "recipes": ["customers.fdb", "{data}/customers.dbf"],
 }
 # The database that hello attaches to is there already.
 BEFORE = {"hello": ["{tool}", "--db", "shop.fdb", "create"]}
@@ -53,7 +55,7 @@ def shown_programs(top):
     """(page, line, text) of the programs that pages show, and of the parts of programs on one page."""
     for path in documents(top):
         for block in Page(path).blocks:
-            is_part = path.name == "from-dbf.md" and block.words[:1] in (["cpp"], ["python"])
+            is_part = path.name in ("from-dbf.md", "recipes.md") and block.words[:1] in (["cpp"], ["python"])
             if is_part or block.words[:1] == ["cpp"] and any("int main(" in line for line in block.lines):
                 yield path.name, block.line, "\n".join(block.lines) + "\n"
 

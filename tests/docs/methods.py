@@ -19,7 +19,8 @@ The tool lists the table (`zmfb methods --json`). Each row has one entry in docs
 The signature is that of the row. An entry stands on the page of the subject that declares it
 (include/zmfbconn/methods/), names every parameter in backticks, and what it quotes as logged or raised is in the sources;
 every text that the sources log or raise is quoted by some entry of its page.
-The line SQL may be missing. What it says is what the table "What becomes SQL" of docs/security.md says. The two rows of a property that can be assigned are "### name" and "### name :=", `name: kind` and `name := value`.
+Each of the lines may be missing: docs/methods/README.md says what that means. What SQL says is what the table "What becomes
+SQL" of docs/security.md says. The two rows of a property that can be assigned are "### name" and "### name :=", `name: kind` and `name := value`.
 A declaration has the name of its method, one that assigns assign_ before it.
 """
 
@@ -32,7 +33,7 @@ from pathlib import Path
 
 from pages import Page
 
-FIELDS = ("Parameters", "Result", "Logs", "Raises")
+FIELDS = ("Parameters", "SQL", "Result", "Logs", "Raises")
 SQL_HEADING = "## What becomes SQL"
 PARAMETER = re.compile(r"(?<=[(\[ ])(\w+): |:= (\w+)")
 DECLARATION = re.compile(r'^inline constexpr Method<[^;{]*>\s+(\w+)\{\s*"(\w+)"', re.M)
@@ -92,8 +93,8 @@ def check_entry(entry, row):
         problems.append(f"the signature is {signature}")
     if not entry.help.startswith(row["help"] + "."):
         problems.append(f"does not begin with the help text \"{row['help']}.\"")
-    if tuple(entry.fields) not in (FIELDS, FIELDS[:1] + ("SQL",) + FIELDS[1:]):
-        problems.append(f"has not exactly the fields {', '.join(FIELDS)}, and perhaps SQL behind the first")
+    if list(entry.fields) != [title for title in FIELDS if title in entry.fields]:
+        problems.append(f"has other fields than {', '.join(FIELDS)}, in this order")
     for title, text in entry.fields.items():
         if not text:
             problems.append(f"{title} is empty or there twice")

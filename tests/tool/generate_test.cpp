@@ -1,6 +1,15 @@
-#include <algorithm>
-#include <set>
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <set>
+#include <stdexcept>
+
+#include "tests/support/dialogue.h"
+#include "tests/support/environment.h"
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -10,12 +19,22 @@ class Generate : public Tool {
   protected:
     Finished generate(const std::string& kind) const { return zmfb({"generate", kind}); }
     // What bash offers for the last of these words, sorted.
-    std::vector<std::string> offered(const std::vector<std::string>& words) const {
+    std::vector<std::string> offered(const std::vector<std::string>& words,
+                                     const std::string& database = "") const {
         const std::string script = write_script();
-        std::vector<std::string> command{"bash", "-c",
+        std::vector<std::string> command{"env",
+                                         "-u",
+                                         "FIREBIRD",
+                                         "-u",
+                                         "FIREBIRD_LOCK",
+                                         "ZMFB_DB=" + database,
+                                         "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
+                                         "bash",
+                                         "-c",
                                          "cd \"$1\"; shift; source ./zmfb.bash; COMP_WORDS=(\"$@\"); "
                                          "COMP_CWORD=$(($# - 1)); _zmfb; printf '%s\\n' \"${COMPREPLY[@]}\"",
-                                         "bash", script};
+                                         "bash",
+                                         script};
         command.insert(command.end(), words.begin(), words.end());
         const Finished finished = run(command);
         EXPECT_EQ(finished.status, 0);
@@ -23,6 +42,32 @@ class Generate : public Tool {
         auto found = lines(finished.out);
         std::ranges::sort(found);
         return found;
+    }
+
+    // A database with these tables, and a folder with the tool as zmfb.
+    std::string with_tables() const {
+        const std::string path = database();
+        exec(path, "create table customers (a integer)");
+        exec(path, "create table cust$old (a integer)");
+        exec(path, "create table \"Custom made\" (a integer)");
+        std::filesystem::create_directories(file("bin"));
+        std::filesystem::create_symlink(ZMFB_TOOL, file("bin/zmfb"));
+        return path;
+    }
+    [[nodiscard]] std::vector<std::string> with_shell(const std::string& path,
+                                                      const std::vector<std::string>& shell) const {
+        std::vector<std::string> command{"env",
+                                         "-u",
+                                         "FIREBIRD",
+                                         "-u",
+                                         "FIREBIRD_LOCK",
+                                         "LC_ALL=C.UTF-8",
+                                         "ZMFB_DB=" + path,
+                                         "HOME=" + file(""),
+                                         "PATH=" + file("bin") + ":" + std::getenv("PATH"),
+                                         "XDG_CACHE_HOME=" + (process_folder() / "cache").string()};
+        command.insert(command.end(), shell.begin(), shell.end());
+        return command;
     }
 
   private:
@@ -115,6 +160,87 @@ TEST_F(Generate, BashOffersCommandsOptionsChoicesAndFiles) {
     EXPECT_EQ(offered({"zmfb", "--db", "so"}), std::vector<std::string>{"some.fdb"});
     EXPECT_EQ(offered({"zmfb", "import", "so"}), std::vector<std::string>{"some.fdb"});
     EXPECT_EQ(offered({"zmfb", "--user", ""}), std::vector<std::string>{""});
+}
+
+TEST_F(Generate, BashOffersTheTablesOfTheDatabaseOfTheEnvironment) {
+    const std::string path = with_tables();
+    const std::vector<std::string> both{"cust$old", "customers"}, nothing{""};
+    EXPECT_EQ(offered({ZMFB_TOOL, "struct", "cus"}, path), both);
+    EXPECT_EQ(offered({ZMFB_TOOL, "export", "x", "CUSTO"}, path), std::vector<std::string>{"CUSTOMERS"});
+    EXPECT_EQ(offered({ZMFB_TOOL, "matrix", "extract", "custo"}, path),
+              std::vector<std::string>{"customers"});
+    EXPECT_EQ(offered({ZMFB_TOOL, "struct", "nosuch"}, path), nothing);
+    EXPECT_EQ(offered({ZMFB_TOOL, "struct", "cus"}), nothing);
+    EXPECT_EQ(offered({ZMFB_TOOL, "--db", "x.fdb", "struct", "cus"}, path), nothing);
+    EXPECT_EQ(offered({ZMFB_TOOL, "struct", "cus"}, file("nosuch.fdb")), nothing);
+    EXPECT_EQ(zmfb({"--help"}).out.find("\n  names "), std::string::npos);
+}
+
+// It accepts connections, and says nothing.
+class SilentServer {
+  public:
+    SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+        address_.sin_family = AF_INET;
+        address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address_;
+        auto* const address = reinterpret_cast<sockaddr*>(&address_);
+        if (::bind(socket_, address, size) != 0 || ::listen(socket_, 5) != 0 ||
+            ::getsockname(socket_, address, &size) != 0)
+            throw std::runtime_error("no port to listen on");
+    }
+    ~SilentServer() { ::close(socket_); }
+    SilentServer(const SilentServer&) = delete;
+    SilentServer& operator=(const SilentServer&) = delete;
+    [[nodiscard]] std::string database() const {
+        return "127.0.0.1/" + std::to_string(ntohs(address_.sin_port)) + ":/nowhere.fdb";
+    }
+
+  private:
+    int socket_;
+    sockaddr_in address_{};
+};
+
+TEST_F(Generate, BashOffersNoTablesOfAServerThatDoesNotAnswer) {
+    const SilentServer server;
+    setenv("ISC_USER", "anna", 1);
+    setenv("ISC_PASSWORD", "secret", 1);
+    EXPECT_EQ(offered({ZMFB_TOOL, "struct", "cus"}, server.database()), std::vector<std::string>{""});
+    unsetenv("ISC_USER");
+    unsetenv("ISC_PASSWORD");
+}
+
+TEST_F(Generate, FishOffersTheTablesOfTheDatabaseOfTheEnvironment) {
+    if (run({"fish", "--version"}).status != 0) GTEST_SKIP() << "fish is not installed";
+    const std::string path = with_tables();
+    const std::string script = write_file("zmfb.fish", generate("fish").out);
+    const auto offers = [&](const std::string& line) {
+        const Finished asked = run(with_shell(
+            path, {"fish", "--no-config", "-c", "source $argv[1]; complete -C $argv[2]", script, line}));
+        EXPECT_EQ(asked.err, "");
+        return asked.out;
+    };
+    EXPECT_EQ(offers("zmfb struct cus"), "cust$old\ncustomers\n");
+    EXPECT_EQ(offers("zmfb --db x.fdb struct cus"), "");
+    EXPECT_NE(offers("zmfb stru").find("struct\t"), std::string::npos);
+}
+
+TEST_F(Generate, ZshOffersTheTablesOfTheDatabaseOfTheEnvironment) {
+    if (run({"zsh", "--version"}).status != 0) GTEST_SKIP() << "zsh is not installed";
+    const std::string path = with_tables();
+    std::filesystem::create_directories(file("functions"));
+    write_file("functions/_zmfb", generate("zsh").out);
+    Dialogue talk(with_shell(path, {"zsh", "-f"}));
+    talk.type("fpath=(" + file("functions") +
+              " $fpath); autoload -Uz compinit; compinit -u -D; print rea''dy\n");
+    talk.expect("ready\r\n");
+    talk.type("zmfb struct CUSTO\t");
+    talk.expect("MERS");
+    talk.type("\x15zmfb --db x.fdb stru\t");
+    talk.expect("ct");
+    talk.type(
+        "\x15"
+        "exit\n");
+    talk.end();
 }
 
 TEST_F(Generate, BashKnowsTheScriptsSyntax) {

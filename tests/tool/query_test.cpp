@@ -45,6 +45,29 @@ TEST_F(QueryCommand, AStatementTheEngineRefusesShowsTheEnginesWords) {
     EXPECT_NE(run.err.find("NOSUCH"), std::string::npos);
 }
 
+TEST_F(QueryCommand, AMistypedTableOrColumnGetsASuggestion) {
+    exec(path, "create table customers (code integer, name varchar(10), nation varchar(3))");
+    exec(path, "create table orders (naem integer)");
+    const std::tuple<const char*, const char*, const char*> cases[] = {
+        {"query", "select c.naem from customers c", "NAME"},
+        {"query", "select nmae from customers, t", "NAME"},
+        {"query", "select code from custmers", "CUSTOMERS"},
+        {"exec", "update customers set coed = 1", "CODE"},
+        {"exec", "insert into custommers (code) values (1)", "CUSTOMERS"},
+    };
+    for (const auto& [command, statement, meant] : cases) {
+        const Finished run = on(path, {command, statement});
+        EXPECT_EQ(run.status, 1);
+        EXPECT_TRUE(run.err.ends_with("\nhint: did you mean " + std::string(meant) + "?\n")) << run.err;
+    }
+    // The table alone is wrong; a name that is like none.
+    for (const char* statement : {"select x.name from customers c", "select xylophone from customers"}) {
+        EXPECT_EQ(on(path, {"query", statement}).err.find("did you mean"), std::string::npos) << statement;
+    }
+    EXPECT_EQ(on(path, {"struct", "custmers"}).err,
+              "error: there is no table custmers\nhint: did you mean CUSTOMERS?\n");
+}
+
 TEST_F(QueryCommand, AnUpdateTheEngineRefusesShowsTheSqlcodeAndTheEnginesWords) {
     const Finished run = on(path, {"exec", "delete from nosuch"});
     EXPECT_EQ(run.status, 1);

@@ -138,6 +138,7 @@ TEST_F(ShellOnATerminal, TabCompletesMethodsTablesWordsAndCommands) {
         {"select a from CUST\t;\n", "select a from CUSTOMERS;"},
         {"sel\t 1 as n from rdb$database;\n", "select 1 as n"},
         {".str\t cust\t\n", ".struct customers"},
+        {"\\d cust\t\n", "\\134d customers"},
         {".mode cs\t\n", ".mode csv"},
         {".help gettablerecc\t\n", ".help gettablereccount"},
     };
@@ -147,6 +148,31 @@ TEST_F(ShellOnATerminal, TabCompletesMethodsTablesWordsAndCommands) {
         talk.type(keys);
         std::string shown = talk.expect_prompt(prompt);
         for (std::size_t i; (i = shown.find('\a')) != std::string::npos;) shown.erase(i, 1);
+        EXPECT_EQ(shown.find("error"), std::string::npos) << shown;
+    }
+    talk.type(control_d);
+    EXPECT_EQ(talk.end(), 0);
+    const std::string remembered = read_file(history());
+    for (const auto& [keys, line] : cases) {
+        std::string written = line;
+        for (std::size_t i; (i = written.find(' ')) != std::string::npos;) written.replace(i, 1, "\\040");
+        EXPECT_NE(remembered.find(written), std::string::npos) << remembered;
+    }
+}
+
+TEST_F(ShellOnATerminal, TabCompletesColumnsOfTheTablesOfTheStatement) {
+    exec(path, "create table orders (buyer varchar(10), amount integer)");
+    exec(path, "create table noises (amplitude integer)");
+    const std::pair<const char*, const char*> cases[] = {
+        {"update orders set am\t = 1;\n", "update orders set amount = 1;"},
+        {"select * from orders o where o.AM\t > 0;\n", "select * from orders o where o.AMOUNT > 0;"},
+        {"select ampl\t from noises;\n", "select amplitude from noises;"},
+        {"delete from ord\t where bu\t is null;\n", "delete from orders where buyer is null;"}};
+    Dialogue talk(command());
+    talk.expect_prompt(prompt);
+    for (const auto& [keys, line] : cases) {
+        talk.type(keys);
+        const std::string shown = talk.expect_prompt(prompt);
         EXPECT_EQ(shown.find("error"), std::string::npos) << shown;
     }
     talk.type(control_d);

@@ -165,6 +165,27 @@ TEST_F(Shell, HelpListsCommandsAndDescribesMethods) {
               std::string::npos);
 }
 
+TEST_F(Shell, CommandsWithABackslashAreThoseThatMeanTheSame) {
+    const std::pair<const char*, const char*> cases[] = {{"\\d", ".tables"},
+                                                         {"\\dt", ".tables"},
+                                                         {"\\d t", ".struct t"},
+                                                         {" \\d  T ;", ".struct T"},
+                                                         {"\\?", ".help"},
+                                                         {"\\q\nselct;", ".quit"},
+                                                         {"\\x\n.mode", ".mode line\n.mode"},
+                                                         {"\\x\n\\x\n.mode", ".mode"},
+                                                         {"\\x on\n.mode", ".mode line\n.mode"},
+                                                         {"\\x auto\n.mode", ".mode auto\n.mode"},
+                                                         {"\\x on\n\\x off;\n.mode", ".mode"},
+                                                         {"\\nosuch", ".nosuch"}};
+    for (const auto& [typed, meant] : cases) {
+        const Finished one = shell(std::string(typed) + "\n"), other = shell(std::string(meant) + "\n");
+        EXPECT_EQ(one.out, other.out) << typed;
+        EXPECT_EQ(one.err, other.err) << typed;
+        EXPECT_EQ(one.status, other.status) << typed;
+    }
+}
+
 TEST_F(Shell, TimerTellsHowLongItTook) {
     const Finished run = shell(".timer\n.timer on\n.timer\nselect 1 as n from rdb$database;\n");
     EXPECT_EQ(run.out, "off\non\nN\n-\n1\n(1 row)\n");

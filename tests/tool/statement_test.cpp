@@ -19,6 +19,8 @@ TEST(InputKind, IsToldByTheBeginningOfTheLine) {
         {"/* one that goes on", Input::statement},
         {".tables", Input::dot_command},
         {"  .tables", Input::dot_command},
+        {"\\d", Input::dot_command},
+        {"  \\d customers", Input::dot_command},
         {"select 1", Input::statement},
         {"SELECT(1)", Input::statement},
         {"-- first\nselect 1", Input::statement},
@@ -108,6 +110,41 @@ TEST(Statement, HasAnAction) {
         {"drop", "drop"},
     };
     for (const auto& [statement, action] : cases) EXPECT_EQ(tool::action_of(statement), action) << statement;
+}
+
+TEST(TablesOfAStatement, AreThoseBehindTheWordsThatTakeOne) {
+    using Names = std::vector<std::string_view>;
+    const std::pair<const char*, Names> cases[] = {
+        {"", {}},
+        {"select a, b", {}},
+        {"select a from t", {"t"}},
+        {"select a, b from T x, \"Odd one\" as y, u where v in (1, 2)", {"T", "\"Odd one\"", "u"}},
+        {"select a from t left join u on t.a = u.a, w order by a, b", {"t", "u", "w"}},
+        {"select a from (select b from t), u", {"t"}},
+        {"insert into t (a, b) values (1, 2)", {"t"}},
+        {"update t set a = 1, b = 2", {"t"}},
+        {"delete from t", {"t"}},
+        {"alter table t add a integer", {"t"}},
+        {"select 'from x' from t -- from y", {"t"}},
+        {"select a from ", {}},
+    };
+    for (const auto& [statement, names] : cases) EXPECT_EQ(tool::tables_in(statement), names) << statement;
+}
+
+TEST(TablesOfAStatement, AreExpectedWhereOneIsToCome) {
+    const std::pair<const char*, bool> cases[] = {{"select a from ", true},
+                                                  {"select a from t, ", true},
+                                                  {"select a from t join ", true},
+                                                  {"update ", true},
+                                                  {"insert into ", true},
+                                                  {"drop table ", true},
+                                                  {"select a, ", false},
+                                                  {"select a from t ", false},
+                                                  {"select a from t where ", false},
+                                                  {"update t set a = 1, ", false},
+                                                  {"", false}};
+    for (const auto& [beginning, expected] : cases)
+        EXPECT_EQ(tool::expects_table(beginning), expected) << beginning;
 }
 
 }  // namespace

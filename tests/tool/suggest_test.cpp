@@ -44,5 +44,19 @@ TEST(NearestName, MakesAQuestion) {
     EXPECT_EQ(did_you_mean("xyz", names), "");
 }
 
+TEST(Completions, GoOnFromTheTypedLettersAsTheLastOfThemIs) {
+    const std::vector<std::string> names{"CUSTOMERS", "CUSTARD", "ORDERS", "select"};
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"cus", {"customers", "custard"}},
+        {"CUS", {"CUSTOMERS", "CUSTARD"}},
+        {"Cust", {"Customers", "Custard"}},
+        {"CUSTO", {"CUSTOMERS"}},
+        {"orders", {"orders"}},
+        {"orderss", {}},
+        {"", {"CUSTOMERS", "CUSTARD", "ORDERS", "select"}},
+        {"SEL", {"SELect"}}};
+    for (const auto& [typed, expected] : cases) EXPECT_EQ(tool::completions(typed, names), expected) << typed;
+}
+
 }  // namespace
 }  // namespace zmfb::test

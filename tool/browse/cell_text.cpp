@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <tuple>
 
 #include "tool/rows/shown_text.h"
 

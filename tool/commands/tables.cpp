@@ -11,7 +11,9 @@
 #include "tool/encoding.h"
 #include "tool/json.h"
 #include "tool/rows/shown_text.h"
+#include "tool/suggest.h"
 #include "tool/text_table.h"
+#include "tool/unknown_name.h"
 #include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
@@ -32,6 +34,13 @@ Exit tables_command(Session& session) {
             {{"table", table.name.text()}, {"kind", kind_name(table.kind)}, {"records", json_of(records)}});
     }
     fmt::print("{}", session.options().json ? json_lines(list) + "\n" : shown.text());
+    return Exit::ok;
+}
+
+// For the completion of command lines: the names of tables as they go on from what was typed.
+Exit names_command(Session& session, const std::string& typed) {
+    for (const std::string& name : completions(typed, plain_tables(session.connection_to_any())))
+        fmt::print("{}\n", name);
     return Exit::ok;
 }
 
@@ -225,6 +234,11 @@ void add_tables(CommandLine& line) {
         bool yes = false;
     };
     const auto given = std::make_shared<Given>();
+    const Subcommand names = line.add(
+        line.app(), "names", "Show the names of tables that begin so", "zmfb --db shop.fdb names cus",
+        [given](Session& session) { return names_command(session, given->table); });
+    names.option("PREFIX", given->table, "Beginning of a name");
+    names.hide();
     line.add(line.app(), "struct", "Show the fields, indexes, triggers and generators of a table",
              "zmfb --db shop.fdb struct customers",
              [given](Session& session) { return struct_command(session, given->table); })

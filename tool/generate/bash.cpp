@@ -57,12 +57,14 @@ std::string commands_in(const CommandLineHelp& help, const std::string& group) {
     return fmt::format("{}", fmt::join(words, " "));
 }
 
+// The database that is asked for tables is that of the environment, for two seconds at most.
 constexpr std::string_view script = R"(# bash completion for zmfb
 _zmfb() {{
     local current="${{COMP_WORDS[COMP_CWORD]}}" previous="${{COMP_WORDS[COMP_CWORD-1]}}"
-    local command="" options="" commands="" i
+    local command="" options="" commands="" tables="" database="$ZMFB_DB" i
     COMPREPLY=()
     for ((i = 1; i < COMP_CWORD; i++)); do
+        [[ "${{COMP_WORDS[i]}}" == --db* ]] && database=""
         case "${{COMP_WORDS[i]}}" in
             {valued}) ((i++)) ;;
             -*) ;;
@@ -86,6 +88,9 @@ _zmfb() {{
         COMPREPLY=($(compgen -W "{all} $options" -- "$current"))
     elif [[ -n "$commands" ]]; then
         COMPREPLY=($(compgen -W "$commands" -- "$current"))
+    elif [[ -n "$tables" ]]; then
+        [[ -z "$database" ]] || mapfile -t COMPREPLY < <(
+            timeout -k 1 2 "${{COMP_WORDS[0]}}" names "$current" 2>/dev/null </dev/null)
     else
         COMPREPLY=($(compgen -f -- "$current"))
     fi
@@ -114,8 +119,8 @@ std::string bash_completion(const CommandLineHelp& help) {
     }
     for (const CommandHelp& command : help.commands) {
         add_all(command.options);
-        branches +=
-            fmt::format("        \"{}\") options=\"{}\" ;;\n", command.name, names_of(command.options));
+        branches += fmt::format("        \"{}\") options=\"{}\"{} ;;\n", command.name,
+                                names_of(command.options), takes_tables(command) ? " tables=1" : "");
     }
     return fmt::format(script, fmt::arg("valued", valued), fmt::arg("groups", fmt::join(help.groups, "|")),
                        fmt::arg("choices", values.of_choice), fmt::arg("files", values.files),

@@ -42,10 +42,18 @@ std::string seen(const std::string& command) {
     return condition;
 }
 
+// Those of the database of the environment, which is asked for two seconds at most.
+constexpr std::string_view tables_of_database = R"(function __zmfb_tables
+    set -l words (commandline -opc)
+    test -n "$ZMFB_DB"; and not string match -q -- '--db*' $words; or return
+    timeout -k 1 2 $words[1] names (commandline -ct) 2>/dev/null </dev/null
+end
+)";
+
 }  // namespace
 
 std::string fish_completion(const CommandLineHelp& help) {
-    std::string script = "# fish completion for zmfb\n";
+    std::string script = "# fish completion for zmfb\n" + std::string(tables_of_database);
     std::set<std::string> groups;
     for (const OptionHelp& option : help.options) script += option_line(option, "");
     for (const CommandHelp& command : help.commands) {
@@ -60,6 +68,10 @@ std::string fish_completion(const CommandLineHelp& help) {
             }
             script += fmt::format("complete -c zmfb -n {} -f -a {} -d {}\n", in_quotes(seen(first)),
                                   command.name.substr(blank + 1), in_quotes(command.help));
+        }
+        if (takes_tables(command)) {
+            script += fmt::format("complete -c zmfb -n {} -f -a '(__zmfb_tables)'\n",
+                                  in_quotes(seen(command.name)));
         }
         for (const OptionHelp& option : command.options) {
             if (!option.names.empty()) script += option_line(option, seen(command.name));

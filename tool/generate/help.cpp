@@ -66,6 +66,10 @@ void add_commands(CommandLineHelp& help, const CLI::App& app, const std::string&
 
 }  // namespace
 
+bool is_table(const OptionHelp& option) { return option.names.empty() && option.argument == "TABLE"; }
+
+bool takes_tables(const CommandHelp& command) { return std::ranges::any_of(command.options, is_table); }
+
 CommandLineHelp help_of(const CLI::App& app) {
     CommandLineHelp help{app.get_description(), app.get_footer(), options_of(app), {}, {}};
     add_commands(help, app, "", "");

@@ -28,6 +28,10 @@ struct CommandHelp {
     std::vector<OptionHelp> options;
 };
 
+/// Whether names of tables are to be offered for the option, and whether for what stands behind the command.
+bool is_table(const OptionHelp& option);
+bool takes_tables(const CommandHelp& command);
+
 /// A command line, without what is hidden.
 struct CommandLineHelp {
     std::string help;

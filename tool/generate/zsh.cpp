@@ -23,8 +23,8 @@ std::string plain(std::string_view text) {
 
 std::string action_of(const OptionHelp& option) {
     if (!option.choices.empty()) return fmt::format("({})", fmt::join(option.choices, " "));
-    return option.argument == "TABLE" || option.argument == "EXPR" || option.argument == "SQL" ? " "
-                                                                                               : "_files";
+    if (is_table(option)) return "_zmfb_tables";
+    return option.argument == "EXPR" || option.argument == "SQL" ? " " : "_files";
 }
 
 std::string arguments_of(const std::vector<OptionHelp>& options, std::string_view indent) {
@@ -75,15 +75,26 @@ std::string descriptions_of(const CommandLineHelp& help, const std::string& grou
     return lines;
 }
 
+// Those of the database of the environment, which is asked for two seconds at most.
+constexpr std::string_view tables_of_database = R"zsh(_zmfb_tables() {
+    [[ -n $database ]] || return 1
+    local -a tables
+    tables=(${(f)"$(timeout -k 1 2 $program names "$PREFIX" 2>/dev/null </dev/null)"})
+    compadd -- $tables
+}
+)zsh";
+
 }  // namespace
 
 std::string zsh_completion(const CommandLineHelp& help) {
     std::string script = fmt::format(
-        "#compdef zmfb\n_zmfb() {{\n    local context state line\n    local -a commands\n"
+        "#compdef zmfb\n{}_zmfb() {{\n    local context state line program=$words[1]\n"
+        "    local -a commands\n    typeset -A opt_args\n"
         "    commands=(\n{}    )\n    _arguments -C{} \\\n        '1: :->command' \\\n        "
-        "'*:: :->arguments'\n    case $state in\n    command) _describe command commands ;;\n"
+        "'*:: :->arguments'\n    local database=$ZMFB_DB\n    (( ${{+opt_args[--db]}} )) && database=\n"
+        "    case $state in\n    command) _describe command commands ;;\n"
         "    arguments)\n        case $words[1] in\n{}",
-        descriptions_of(help, "", "        "), arguments_of(help.options, "        "),
+        tables_of_database, descriptions_of(help, "", "        "), arguments_of(help.options, "        "),
         branches_of(help, "", "        "));
     for (const std::string& group : help.groups) {
         script += fmt::format(

@@ -8,6 +8,7 @@
 #include "tool/shell/names.h"
 #include "tool/shell/shell.h"
 #include "tool/suggest.h"
+#include "tool/unknown_name.h"
 
 namespace zmfb::tool {
 namespace {
@@ -74,7 +75,9 @@ constexpr Shell::DotCommand Shell::dot_commands[] = {
      .run = &Shell::timer},
 };
 
-void Shell::run_dot_command(const std::string& line) {
+void Shell::run_dot_command(const std::string& typed) {
+    const bool is_backslashed = typed.find_first_of(".\\") == typed.find('\\');
+    const std::string line = is_backslashed ? in_dots(typed) : typed;
     std::vector<std::string> words = split(line.substr(line.find('.') + 1));
     while (!words.empty() && (words.back() == ";" || words.back().empty())) words.pop_back();
     if (words.empty()) words.emplace_back("help");
@@ -96,6 +99,21 @@ void Shell::run_dot_command(const std::string& line) {
     fail(fmt::format("there is no command .{}{}", words[0],
                      nearest.empty() ? "" : fmt::format("; did you mean \".{}\"?", nearest)),
          ".help lists them.");
+}
+
+// What psql writes with a backslash.
+std::string Shell::in_dots(std::string_view line) const {
+    line = line.substr(line.find('\\') + 1);
+    line = line.substr(0, line.find_last_not_of(" ;\t\r") + 1);
+    const std::string name(line.substr(0, line.find_first_of(" \t")));
+    const std::string rest(line.substr(name.size()));
+    if (name == "d" || name == "dt") return (name == "d" && !rest.empty() ? ".struct" : ".tables") + rest;
+    if (name == "q") return ".quit";
+    if (name == "?") return ".help";
+    if (name != "x") return "." + std::string(line);
+    if (rest.empty()) return mode_ == Mode::line ? ".mode table" : ".mode line";
+    const std::string wanted = split(rest).at(0);
+    return ".mode " + (wanted == "on" ? "line" : wanted == "off" ? "table" : wanted);
 }
 
 // Each run reads its words afresh: what an earlier one left behind in its options must not count.
@@ -163,23 +181,28 @@ void Shell::read(const std::vector<std::string>& words) {
 
 void Shell::quit(const std::vector<std::string>&) { done_ = true; }
 
-// Those that can be typed without quotes. A question that fails while somebody types is no error.
 const std::vector<std::string>& Shell::table_names() {
-    constexpr std::string_view query =
-        "select rdb$relation_name from rdb$relations where rdb$system_flag = 0 order by 1";
-    if (tables_) return *tables_;
-    tables_.emplace();
-    try {
-        for (const Name& name : names_of(session_.connection(), query)) {
-            if (name.is_plain()) tables_->push_back(name.bytes());
-        }
-    } catch (const Failure&) {
-    }
+    if (!tables_) tables_ = plain_tables(session_.connection());
     return *tables_;
 }
 
+// The words for the place `start` of a line of SQL, or of a call.
+std::vector<std::string> Shell::words_for(std::string_view line, std::size_t start) {
+    const bool is_call = !waiting() && input_of(line) == Input::call;
+    const std::string before = begun_ + "\n" + std::string(line.substr(0, start));
+    std::vector<std::string> all = table_names();
+    if (is_call || expects_table(before)) return all;
+    const std::string_view word = line.substr(start);
+    const std::string whole = begun_ + "\n" + std::string(line);
+    for (std::string& column :
+         plain_columns(session_.connection(), whole, word.substr(0, word.find_first_of(" ,;)"))))
+        all.push_back(std::move(column));
+    for (std::string& one : sql_words()) all.push_back(std::move(one));
+    return all;
+}
+
 std::vector<std::string> Shell::candidates(std::string_view line, std::size_t start) {
-    const bool command = line.starts_with('.');
+    const bool command = line.starts_with('.') || line.starts_with('\\');
     std::vector<std::string> all;
     const auto add = [&all](const std::vector<std::string>& more) {
         all.insert(all.end(), more.begin(), more.end());
@@ -196,8 +219,7 @@ std::vector<std::string> Shell::candidates(std::string_view line, std::size_t st
     } else if (start == 0 && !waiting()) {
         add(beginnings());
     } else {
-        add(table_names());
-        add(sql_words());
+        add(words_for(line, start));
     }
     return all;
 }

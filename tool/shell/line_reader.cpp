@@ -21,6 +21,7 @@
 #include <utility>
 
 #include "tool/interrupt.h"
+#include "tool/suggest.h"
 
 namespace zmfb::tool {
 namespace {
@@ -41,21 +42,6 @@ std::vector<std::string>& matches() {
 
 char lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
 
-bool same_letters(std::string_view one, std::string_view other) {
-    return std::ranges::equal(one, other, {}, lower, lower);
-}
-
-// A candidate as it would go on from what was typed: the typed letters stay as they are, and the rest is
-// written as the last of them is.
-std::string continued(std::string_view typed, std::string candidate) {
-    if (typed.empty()) return candidate;
-    std::ranges::copy(typed, candidate.begin());
-    const bool small = std::islower(static_cast<unsigned char>(typed.back())) != 0;
-    const auto rest = candidate.begin() + static_cast<std::ptrdiff_t>(typed.size());
-    if (small) std::transform(rest, candidate.end(), rest, lower);
-    return candidate;
-}
-
 char* next_match(const char*, int state) {
     static std::size_t at = 0;
     if (state == 0) at = 0;
@@ -63,12 +49,7 @@ char* next_match(const char*, int state) {
 }
 
 char** complete(const char* text, int start, int) {
-    const std::string_view typed = text;
-    matches().clear();
-    for (std::string& one : candidates_in_use()(rl_line_buffer, static_cast<std::size_t>(start))) {
-        if (one.size() >= typed.size() && same_letters(typed, std::string_view(one).substr(0, typed.size())))
-            matches().push_back(continued(typed, std::move(one)));
-    }
+    matches() = completions(text, candidates_in_use()(rl_line_buffer, static_cast<std::size_t>(start)));
     rl_attempted_completion_over = 1;
     return rl_completion_matches(text, next_match);
 }

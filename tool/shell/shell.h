@@ -52,9 +52,11 @@ class Shell {
     std::optional<std::string> next_line(LineInput& in);
     void run_one(std::string_view statement);
     void call_method(const std::string& line);
-    void run_dot_command(const std::string& line);
+    void run_dot_command(const std::string& typed);
+    [[nodiscard]] std::string in_dots(std::string_view line) const;
     void run_command(const std::vector<std::string>& words);
     const std::vector<std::string>& table_names();
+    std::vector<std::string> words_for(std::string_view line, std::size_t start);
     void guarded(const std::function<void()>& run);
     void fail(std::string_view message, std::string_view detail = {}, std::string_view hint = {});
 

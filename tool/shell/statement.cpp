@@ -102,7 +102,7 @@ Input input_of(std::string_view line) {
                          line.find("*/") == std::string_view::npos;
     if (comment) return Input::statement;  // begun, and to be closed on a later line
     if (first.empty()) return Input::nothing;
-    if (first == ".") return Input::dot_command;
+    if (first == "." || first == "\\") return Input::dot_command;
     if (is_one_of(first, statement_words)) return Input::statement;
     const std::string second = tokens.next();
     if (second == "(" && is_word_byte(first.front())) return Input::call;
@@ -146,6 +146,45 @@ std::vector<std::string_view> quoted_names(std::string_view statement) {
         if (token == "\"") names.push_back(tokens.token());
     }
     return names;
+}
+
+namespace {
+
+// Goes along a statement, and knows where the name of a table is to come.
+class TablePlaces {
+  public:
+    [[nodiscard]] bool expected() const { return expected_; }
+    void pass(const std::string& token) {
+        const bool begins = is_one_of(token, "from join into update table");
+        expected_ = begins || (in_list_ && token == ",");
+        if (token == "from") in_list_ = true;
+        if (is_one_of(token, "where group order having union plan set values select ( )")) in_list_ = false;
+    }
+
+  private:
+    bool expected_ = false;
+    bool in_list_ = false;  // of FROM, where commas part tables
+};
+
+}  // namespace
+
+std::vector<std::string_view> tables_in(std::string_view statement) {
+    std::vector<std::string_view> tables;
+    TablePlaces places;
+    Tokens tokens(statement);
+    for (std::string token = tokens.next(); !token.empty(); token = tokens.next()) {
+        const bool is_name = token == "\"" || is_word_byte(token.front());
+        if (places.expected() && is_name) tables.push_back(tokens.token());
+        places.pass(token);
+    }
+    return tables;
+}
+
+bool expects_table(std::string_view beginning) {
+    TablePlaces places;
+    Tokens tokens(beginning);
+    for (std::string token = tokens.next(); !token.empty(); token = tokens.next()) places.pass(token);
+    return places.expected();
 }
 
 bool StatementScan::is_blank() const { return tokens_ == 0 && open_ != "*/"; }

@@ -13,7 +13,7 @@ namespace zmfb::tool {
 /// What a line that begins an input is.
 enum class Input {
     nothing,      ///< blank, or only a comment
-    dot_command,  ///< .tables
+    dot_command,  ///< .tables, or \d as psql has it
     call,         ///< istable("CUSTOMER"), or the name of a method alone
     statement,    ///< SQL, which may go on over several lines
     unknown,
@@ -56,6 +56,13 @@ std::string first_word(std::string_view text);
 
 /// The names in double quotes that stand in a statement, with their quotes.
 std::vector<std::string_view> quoted_names(std::string_view statement);
+
+/// The tables that a statement names, or the beginning of one, as they are typed: behind FROM, JOIN, INTO,
+/// UPDATE and TABLE.
+std::vector<std::string_view> tables_in(std::string_view statement);
+
+/// Whether what comes behind `beginning`, a beginning of a statement, is the name of a table.
+bool expects_table(std::string_view beginning);
 
 /// The words that statements begin with, in lower case, parted by blanks.
 inline constexpr std::string_view statement_words =
