@@ -29,15 +29,6 @@ bool is_program(std::string_view name) {
     return false;
 }
 
-std::string pager_command() {
-    const char* const wanted = std::getenv("PAGER");
-    if (wanted != nullptr) return std::string_view(wanted) == "cat" ? "" : wanted;
-    for (const char* const usual : {"less", "more"}) {
-        if (is_program(usual)) return usual;
-    }
-    return "";
-}
-
 // less ends by itself where all fits, shows colours, and leaves on the terminal what it has shown.
 std::vector<char*> environment_of_pager() {
     static std::string of_less = "LESS=FRX";
@@ -74,22 +65,26 @@ int spawn(const std::string& command, int input, pid_t& process) {
 
 }  // namespace
 
-std::unique_ptr<Pager> Pager::start() {
-    std::string command = pager_command();
-    if (command.empty()) return nullptr;
+std::string Pager::command() {
+    const char* const wanted = std::getenv("PAGER");
+    if (wanted != nullptr) return std::string_view(wanted) == "cat" ? "" : wanted;
+    for (const char* const usual : {"less", "more"}) {
+        if (is_program(usual)) return usual;
+    }
+    return "";
+}
+
+Pager::Pager(std::string command) : command_(std::move(command)) {
     std::fflush(stdout);
     std::array<int, 2> ends{};
-    pid_t process = 0;
     if (::pipe2(ends.data(), O_CLOEXEC) != 0)
         throw Failure{Exit::failed, fmt::format("cannot make a pipe: {}", std::strerror(errno))};
-    const int error = spawn(command, ends[0], process);
+    pipe_ = ends[1];
+    const int error = spawn(command_, ends[0], process_);
     ::close(ends[0]);
-    if (error != 0) {
-        ::close(ends[1]);
-        throw Failure{Exit::failed,
-                      fmt::format("cannot run the pager {}: {}", command, std::strerror(error))};
-    }
-    return std::unique_ptr<Pager>(new Pager(std::move(command), process, ends[1]));
+    if (error == 0) return;
+    ::close(pipe_);
+    throw Failure{Exit::failed, fmt::format("cannot run the pager {}: {}", command_, std::strerror(error))};
 }
 
 Pager::~Pager() {

@@ -3,7 +3,6 @@
 
 #include <sys/types.h>
 
-#include <memory>
 #include <string>
 #include <string_view>
 
@@ -11,12 +10,14 @@
 
 namespace zmfb::tool {
 
-/// A pager at work. While it lives, Ctrl-C and the pager's end both end what runs, and not the tool.
+/// A pager at work; its functions throw Failure. While it lives, Ctrl-C and the pager's end both end what
+/// runs, and not the tool.
 class Pager {
   public:
-    /// Starts $PAGER, or without one less, or more; nothing when PAGER is empty or "cat", and when there is
-    /// none. Throws Failure.
-    static std::unique_ptr<Pager> start();
+    /// The command of $PAGER, or without one less, or more; "" when PAGER is empty or "cat", and when there
+    /// is none.
+    static std::string command();
+    explicit Pager(std::string command);
     ~Pager();
     Pager(const Pager&) = delete;
     Pager& operator=(const Pager&) = delete;
@@ -27,14 +28,12 @@ class Pager {
     void close();
 
   private:
-    Pager(std::string command, pid_t process, int pipe)
-        : command_(std::move(command)), process_(process), pipe_(pipe) {}
     int wait();
 
     ControlC ends_what_runs_{ControlC::Second::does_the_same};
     std::string command_;
-    pid_t process_;
-    int pipe_;
+    pid_t process_ = -1;
+    int pipe_ = -1;
 };
 
 }  // namespace zmfb::tool

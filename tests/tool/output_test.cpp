@@ -21,8 +21,10 @@ TEST_P(Unwritten, IsAFailureWithWords) {
     for (std::string word : GetParam()) words.push_back(word == "MATRIX" ? file("t.tf") : word);
     const Finished run = zmfb_after("exec < '" + file("script") + "' > /dev/full", words);
     EXPECT_EQ(run.status, 1);
-    EXPECT_TRUE(run.err.ends_with("error: cannot write to standard output: No space left on device\n"))
-        << run.err;
+    const std::string words_of_it = "cannot write to standard output: No space left on device";
+    const std::string told =
+        words[2] == "--json" ? "{\"error\":\"" + words_of_it + "\"}\n" : "error: " + words_of_it + "\n";
+    EXPECT_TRUE(run.err.ends_with(told)) << run.err;
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -211,7 +211,7 @@ class SignalsOnATerminal : public Signals {
         return all;
     }
     [[nodiscard]] std::vector<std::string> shell() const {
-        return command({ZMFB_TOOL, "--db", path, "shell"});
+        return command({ZMFB_TOOL, "--db", path, "shell", "--no-pager"});
     }
 };
 

@@ -24,7 +24,9 @@ void put_out(std::string_view text) {
 }  // namespace
 
 Sink::Sink(std::string path, bool pages) : path_(std::move(path)) {
-    if (pages && !is_file() && output_is_terminal()) held_.emplace();
+    if (!pages || is_file() || !output_is_terminal()) return;
+    pager_command_ = Pager::command();
+    if (!pager_command_.empty()) held_.emplace();
 }
 
 // One line of the terminal is left for what comes behind.
@@ -50,7 +52,7 @@ void Sink::write(std::string_view text) {
     *held_ += text;
     if (still_fits(text)) return;
     const std::string all = std::exchange(held_, std::nullopt).value();
-    pager_ = Pager::start();
+    pager_ = std::make_unique<Pager>(pager_command_);
     write(all);
 }
 

@@ -29,6 +29,7 @@ class Sink {
 
     std::string path_;
     std::optional<OutputFile> file_;
+    std::string pager_command_;
     std::optional<std::string> held_;  // back, as long as it may fit on the terminal
     std::size_t lines_ = 0;            // of the terminal that it takes
     std::size_t in_line_ = 0;          // the characters in the last of them
