@@ -153,6 +153,8 @@ enum class Isolation {
     snapshot,        ///< what was committed when it began
     read_committed,  ///< what is committed when it reads. One that is read_only as well may stay open for
                      ///< days: the database keeps no old versions of rows for it
+    newest,          ///< the same, but what another one has changed and not committed is waited for when
+                     ///< it is read: its newest version is changed then, as `executeupdate` does
 };
 
 /// How the texts of a statement, its own, its values and those of its rows, are given.

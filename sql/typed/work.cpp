@@ -23,6 +23,7 @@ Firebird::ITransaction* start(Session& session, Access access, Isolation isolati
     block += sql::is_writing() ? char{isc_tpb_nowait} : char{isc_tpb_wait};
     block += isolation == Isolation::snapshot ? char{isc_tpb_concurrency} : char{isc_tpb_read_committed};
     if (isolation == Isolation::read_committed) block += char{isc_tpb_rec_version};
+    if (isolation == Isolation::newest) block += char{isc_tpb_no_rec_version};
     Firebird::ITransaction* transaction = nullptr;
     check(object_client().start_transaction(status(), session.attachment(), &transaction, block));
     return transaction;

@@ -173,6 +173,18 @@ TEST_F(TypedTransaction, ThatReadsWhatIsCommittedChangesWhatAnotherHasChangedAnd
     EXPECT_EQ(stored(), "1other! 2two ");
 }
 
+// In one process what would be waited for is thrown.
+TEST_F(TypedTransaction, ThatReadsTheNewestWaitsForWhatAnotherHasChangedBeforeItReadsThat) {
+    Transaction other(connection());
+    other.execute("update T set B = 'other' where A = 1");
+    Transaction work(connection(), Access::read_write, Isolation::newest);
+    EXPECT_EQ(error_of([&] { work.one<int>("select count(*) from T"); }).sqlstate(), "40001");
+    other.commit();
+    EXPECT_EQ(work.execute("update T set B = B || '!' where A = 1"), 1);
+    work.commit();
+    EXPECT_EQ(stored(), "1other! 2two ");
+}
+
 TEST_F(TypedTransaction, ThatOnlyReadsWhatIsCommittedHoldsNoOldVersionsOfRows) {
     const auto oldest = [this] {
         return std::stoll(rows("select mon$oldest_active from mon$database")[0][0]);
