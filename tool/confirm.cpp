@@ -9,10 +9,14 @@
 
 namespace zmfb::tool {
 
-bool confirm(std::string_view question) {
+std::optional<std::string> ask(std::string_view question) {
     std::fflush(stdout);
-    say("{} [y/N] ", question);
-    const std::string answer = LineInput::standard().next().value_or("");
+    say("{} ", question);
+    return LineInput::standard().next();
+}
+
+bool confirm(std::string_view question) {
+    const std::string answer = ask(fmt::format("{} [y/N]", question)).value_or("");
     return answer == "y" || answer == "Y" || answer == "yes";
 }
 

@@ -38,15 +38,6 @@ bool tells_of_a_lost_connection(std::string_view message) {
         words, [&](std::string_view word) { return message.find(word) != std::string_view::npos; });
 }
 
-bool has_open_batch(zmFBConn& connection) {
-    try {
-        Transaction::batch(connection);
-        return true;
-    } catch (const SqlError&) {
-        return false;
-    }
-}
-
 }  // namespace
 
 Exit told(const std::function<Exit()>& work) {
@@ -66,7 +57,8 @@ Exit told(const std::function<Exit()>& work) {
         failure = Failure{Exit::failed, problem.what()};
     }
     if (ending_signal() != 0) {
-        print_error(interrupted_message, failure.message == interrupted_message ? "" : failure.message);
+        print_error(interrupted_message,
+                    failure.message == interrupted_message ? failure.detail : failure.message);
         return ending_status();
     }
     print_failure(failure);
@@ -133,11 +125,21 @@ zmFBConn& Session::connection_to_any() {
     return *connection_;
 }
 
+bool Session::in_transaction() {
+    if (!connection_) return false;
+    try {
+        Transaction::batch(*connection_);
+        return true;
+    } catch (const SqlError&) {
+        return false;
+    }
+}
+
 void Session::let_go_when_lost(std::string_view detail) {
     if (!connection_ || !connection_->isconnected()) return;
     if (!tells_of_a_lost_connection(detail) && !tells_of_a_lost_connection(last_engine_message())) return;
     say("the connection to {} is lost{}; what comes next attaches anew\n", options_.database,
-        has_open_batch(*connection_) ? ", and with it the transaction that was open" : "");
+        in_transaction() ? ", and with it the transaction that was open" : "");
     connection_.reset();
 }
 

@@ -40,6 +40,8 @@ class Session {
     zmFBConn& connection_to_any();
     /// The object, attached when a database is given.
     zmFBConn& connection_or_unattached();
+    /// Whether a transaction is open on the object: one that starttransaction() has begun.
+    [[nodiscard]] bool in_transaction();
     /// Lets go of the object; the next use attaches anew.
     void let_go() { connection_.reset(); }
     /// Lets go of the object when its connection to the server is lost, as the engine said in what failed

@@ -9,6 +9,7 @@ namespace zmfb::test {
 namespace {
 
 constexpr const char* prompt = "zmfb> ";
+constexpr const char* prompt_within = "zmfb*> ";
 constexpr const char* is_lost = " is lost; what comes next attaches anew";
 
 class ShellConnection : public Tool {
@@ -72,9 +73,9 @@ TEST_F(ShellConnection, AnOpenTransactionIsGoneWithItAndItsEndDoesNothing) {
     Dialogue talk(shell());
     talk.expect_prompt(prompt);
     talk.type("starttransaction()\n");
-    talk.expect_prompt(prompt);
+    talk.expect_prompt(prompt_within);
     talk.type("cachedupdate('insert into t values (1)')\n");
-    talk.expect_prompt(prompt);
+    talk.expect_prompt(prompt_within);
     end_attachments();
     talk.type("cachedupdate('insert into t values (2)')\n");
     talk.expect(" is lost, and with it the transaction that was open; what comes next attaches anew");

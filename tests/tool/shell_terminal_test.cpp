@@ -52,7 +52,7 @@ TEST_F(ShellOnATerminal, GreetsRunsWhatIsTypedAndEndsWithControlD) {
               std::string::npos);
     talk.expect_prompt(prompt);
     talk.type("update customers set a = 2;\n");
-    talk.expect("done: update, 0.");
+    talk.expect("done: update, 1 row, 0.");
     talk.expect_prompt(prompt);
     talk.type("selct 1;\n");
     talk.expect("error: \"selct\" begins neither SQL nor a call; did you mean \"select\"?");

@@ -34,7 +34,7 @@ TEST_F(Shell, RunsStatementsCallsAndCommands) {
         "2  NULL           -1.50\n"
         "(2 rows)\n"
         ".T.\n"
-        "done: update\n"
+        "done: update, 1 row\n"
         "B\n---\nx;y\n(1 row)\n"
         "N\n-\n7\n(1 row)\n";
     EXPECT_EQ(run.out.substr(0, expected.size()), expected);
@@ -50,7 +50,7 @@ TEST_F(Shell, GoesOnBehindErrorsNamesTheirLinesAndEndsWithOne) {
         "istable(\"T\"\n"
         ".tabels\n"
         "selct 1;\n"
-        "commit;\n"
+        "comit;\n"
         "show tables;\n"
         ".mode nosuch\n"
         ".timer what\n"
@@ -68,7 +68,7 @@ TEST_F(Shell, GoesOnBehindErrorsNamesTheirLinesAndEndsWithOne) {
         "error: line 5: expected \")\" before at the end",
         "error: line 6: there is no command .tabels; did you mean \".tables\"?",
         "error: line 7: \"selct\" begins neither SQL nor a call; did you mean \"select\"?",
-        "error: line 8: \"commit\" begins neither SQL nor a call",
+        "error: line 8: \"comit\" begins neither SQL nor a call; did you mean \"commit\"?",
         "error: line 9: \"show\" begins neither SQL nor a call",
         "error: line 10: there is no mode nosuch: table, line, csv, json or auto",
         "error: line 11: the timer is on or off",
@@ -123,7 +123,7 @@ TEST_F(Shell, BodyOfATriggerIsOneStatement) {
         "insert into t (a) values (9);\n"
         "select b from t where a = 9;\n");
     EXPECT_EQ(run.status, 0) << run.err;
-    EXPECT_EQ(run.out, "done: create trigger\ndone: insert\nB\n-------\nnine; x\n(1 row)\n");
+    EXPECT_EQ(run.out, "done: create trigger\ndone: insert, 1 row\nB\n-------\nnine; x\n(1 row)\n");
 }
 
 TEST_F(Shell, ReadTakesLinesFromAFile) {

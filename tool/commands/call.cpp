@@ -9,16 +9,10 @@
 #include "tool/literal.h"
 #include "tool/output.h"
 #include "tool/say.h"
+#include "tool/sql.h"
 
 namespace zmfb::tool {
 namespace {
-
-constexpr std::string_view failed_statement = "[ERROR] SQLCODE=";
-
-// A statement's failure is no raised error: the method returns its text.
-bool is_failure_text(const host::Value& result) {
-    return result.is(host::Kind::character) && result.text().starts_with(failed_statement);
-}
 
 Exit evaluate(Session& session, const Call& call) {
     const host::Value result =

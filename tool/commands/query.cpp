@@ -3,6 +3,9 @@
 #include <memory>
 
 #include "tool/commands.h"
+#include "tool/json.h"
+#include "tool/name.h"
+#include "tool/shell/statement.h"
 #include "tool/sql.h"
 
 namespace zmfb::tool {
@@ -23,8 +26,18 @@ Exit query_command(Session& session, const Given& given) {
 }
 
 Exit exec_command(Session& session, const std::string& statement) {
-    run_statement(session, statement);
-    fmt::print("done\n");
+    if (is_query(statement)) {
+        throw Failure{Exit::usage, "exec shows no query", "",
+                      fmt::format("zmfb query {}", shell_word(statement))};
+    }
+    const bool json = session.options().json;
+    const auto changed = run_statement(session, statement, {json ? Mode::json : Mode::table, "", ""});
+    if (!changed) return Exit::ok;
+    if (json) {
+        fmt::print("{}\n", json_line({{"done", action_of(statement)}, {"rows", *changed}}));
+    } else {
+        fmt::print("done{}\n", changes_of(statement, *changed));
+    }
     return Exit::ok;
 }
 
@@ -45,7 +58,7 @@ void add_query(CommandLine& line) {
         .with_default();
     query.option("--output,-o", given->file, "File that the rows go to");
     query.no_pager(given->no_pager);
-    line.add(line.app(), "exec", "Run a statement that returns no rows",
+    line.add(line.app(), "exec", "Run a statement that is no query",
              "zmfb --db shop.fdb exec \"update customers set city = 'Cork' where code = 3\"",
              [given](Session& session) { return exec_command(session, given->statement); })
         .option("SQL", given->statement, "Statement")

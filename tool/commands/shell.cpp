@@ -27,9 +27,12 @@ void talk(Session& session, bool pages) {
     LineReader reader(
         [&](std::string_view line, std::size_t start) { return shell.candidates(line, start); });
     std::string input;
-    while (!shell.done() && ending_signal() == 0) {
-        const std::optional<std::string> line = reader.read(shell.waiting() ? "  ...> " : "zmfb> ");
-        if (!line && !reader.interrupted()) break;
+    while (ending_signal() == 0) {
+        const std::optional<std::string> line = reader.read(shell.prompt());
+        if (!line && !reader.interrupted()) {
+            if (ending_signal() != 0 || shell.may_leave()) break;
+            continue;
+        }
         if (!line) {
             shell.forget();
             input.clear();
@@ -40,6 +43,7 @@ void talk(Session& session, bool pages) {
         if (shell.waiting()) continue;
         if (input.find_first_not_of(" \t") != std::string::npos) reader.remember(input);
         input.clear();
+        if (shell.done() && shell.may_leave()) break;
     }
     session.forget_raised();
 }
@@ -52,6 +56,7 @@ Exit shell_command(Session& session, bool pages) {
     }
     Shell shell(session, false, pages);
     shell.take_all(LineInput::standard(), "");
+    shell.end();
     return shell.failed() ? Exit::failed : Exit::ok;
 }
 

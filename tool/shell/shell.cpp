@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include "tool/in_the_way.h"
 #include "tool/interrupt.h"
 #include "tool/json.h"
 #include "tool/output.h"
@@ -17,6 +18,7 @@
 #include "tool/sql.h"
 #include "tool/suggest.h"
 #include "zmfbconn/cancel.h"
+#include "zmfbconn/database.h"
 
 namespace zmfb::tool {
 namespace {
@@ -36,10 +38,6 @@ constexpr std::string_view usual_advice =
 
 // Words that other tools know, and what to do here.
 std::string_view advice_on(std::string_view word) {
-    if (word == "commit" || word == "rollback" || word == "savepoint") {
-        return "Every statement has a transaction of its own. For several in one: starttransaction(), "
-               "cachedupdate(), commitchanges().";
-    }
     if (word == "show" || word == "describe" || word == "desc") {
         return ".tables lists the tables, .struct shows one of them.";
     }
@@ -67,7 +65,8 @@ void Shell::guarded(const std::function<void()>& run) {
         said = failure.detail;
         if (ending_signal() != 0 || std::ferror(stdout) != 0) throw;
         if (interrupted()) {
-            fail(interrupted_message, failure.message == interrupted_message ? "" : failure.message);
+            fail(interrupted_message,
+                 failure.message == interrupted_message ? failure.detail : failure.message);
         } else {
             fail(failure.message, failure.detail, failure.hint);
         }
@@ -101,7 +100,7 @@ void Shell::take(const std::string& line) {
             return guarded([&] { call_method(line); });
         case Input::statement:
             begun_place_ = place_;
-            return take_statements(line);
+            return take_statements(step_of(line) == Step::none ? line : line + "\n;");
         case Input::unknown:
             break;
     }
@@ -130,14 +129,19 @@ void Shell::forget() {
     begun_place_ = {};
 }
 
-void Shell::run_one(std::string_view statement) {
+void Shell::run_one(const std::string& statement) {
     if (is_blank(statement)) return;
-    if (is_query(statement))
-        return run_query(session_, std::string(statement), {mode_, "", ".mode line", pages_});
+    const Step step = step_of(statement);
+    if (step != Step::none) return change_transaction(step);
+    if (is_about_a_savepoint(statement) && !session_.in_transaction())
+        throw Failure{Exit::failed, "there is no transaction", "begin; opens one."};
+    const RowOutput output{mode_, "", ".mode line", pages_};
+    if (is_query(statement)) return run_query(session_, statement, output);
     const Clock::time_point start = Clock::now();
-    run_statement(session_, std::string(statement));
+    const std::optional<std::int64_t> changed = run_statement(session_, statement, output);
     tables_.reset();
-    fmt::print("done: {}", action_of(statement));
+    if (!changed) return;
+    fmt::print("done: {}{}", action_of(statement), changes_of(statement, *changed));
     if (interactive_) fmt::print(", {:.3f} s", seconds_since(start));
     fmt::print("\n");
 }
@@ -152,6 +156,10 @@ void Shell::call_method(const std::string& line) {
     const host::Value result = session_.connection().call_with(call.method, host::Args(call.arguments));
     tables_.reset();
     fmt::print("{}\n", mode_ == Mode::json ? json_line(to_json(result)) : to_literal(result));
+    if (interrupted()) throw Failure{ending_status(), interrupted_message, who_is_in_the_way(session_, "")};
+    if (!is_failure_text(result)) return;
+    const std::string said = last_engine_message(), who = who_is_in_the_way(session_, said);
+    throw Failure{Exit::failed, "the statement of the call failed", who.empty() ? said : said + "\n" + who};
 }
 
 void Shell::take_all(LineInput& in, const std::string& name) {

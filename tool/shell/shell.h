@@ -31,6 +31,12 @@ class Shell {
     [[nodiscard]] bool waiting() const { return !begun_.empty(); }
     /// Forgets the statement that has begun.
     void forget();
+    /// What a person is asked with for the next line; it shows whether a transaction is open.
+    [[nodiscard]] std::string prompt();
+    /// Asks what is to become of a transaction that is open. Returns .F. when the person stays.
+    bool may_leave();
+    /// Rolls a transaction back that is open at the end of all lines: which is a failure.
+    void end();
     /// Whether it was told to end.
     [[nodiscard]] bool done() const { return done_; }
     /// Whether anything failed, or was raised, so far.
@@ -50,7 +56,11 @@ class Shell {
 
     void take_statements(std::string_view piece);
     std::optional<std::string> next_line(LineInput& in);
-    void run_one(std::string_view statement);
+    void run_one(const std::string& statement);
+    void change_transaction(Step step);
+    void begin();
+    void commit();
+    void roll_back();
     void call_method(const std::string& line);
     void run_dot_command(const std::string& typed);
     [[nodiscard]] std::string in_dots(std::string_view line) const;

@@ -189,6 +189,24 @@ bool expects_table(std::string_view beginning) {
 
 bool StatementScan::is_blank() const { return tokens_ == 0 && open_ != "*/"; }
 
+Step step_of(std::string_view statement) {
+    Tokens tokens(statement);
+    const std::string first = tokens.next();
+    std::string next = tokens.next();
+    const bool whole = is_one_of(next, "transaction work");
+    if (whole) next = tokens.next();
+    if (next == ";") next = tokens.next();
+    if (!next.empty()) return Step::none;
+    if (first == "begin" || (whole && is_one_of(first, "set start"))) return Step::begin;
+    if (first == "commit") return Step::commit;
+    return first == "rollback" ? Step::roll_back : Step::none;
+}
+
+bool is_about_a_savepoint(std::string_view statement) {
+    const std::string first = first_word(statement);
+    return is_one_of(first, "release savepoint") || (first == "rollback" && step_of(statement) == Step::none);
+}
+
 bool is_query(std::string_view statement) { return is_one_of(first_word(statement), "select with"); }
 
 std::string action_of(std::string_view statement) {

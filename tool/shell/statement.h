@@ -45,6 +45,16 @@ class StatementScan {
     bool body_expected_ = false;
 };
 
+/// What begins and ends the transaction that is open in the shell.
+enum class Step { none, begin, commit, roll_back };
+
+/// Whether `statement`, with or without its ";", is one of them: BEGIN, START TRANSACTION, SET TRANSACTION;
+/// COMMIT; ROLLBACK; each as other shells have it, with TRANSACTION or WORK behind it.
+Step step_of(std::string_view statement);
+
+/// Whether it is about a part of a transaction: SAVEPOINT, RELEASE SAVEPOINT, ROLLBACK TO.
+bool is_about_a_savepoint(std::string_view statement);
+
 /// Whether a statement is a query: SELECT or WITH.
 bool is_query(std::string_view statement);
 
@@ -66,6 +76,7 @@ bool expects_table(std::string_view beginning);
 
 /// The words that statements begin with, in lower case, parted by blanks.
 inline constexpr std::string_view statement_words =
-    "alter comment create delete drop execute grant insert merge recreate revoke select set update with";
+    "alter begin comment commit create delete drop execute grant insert merge recreate release revoke "
+    "rollback savepoint select set start update with";
 
 }  // namespace zmfb::tool
