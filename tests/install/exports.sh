@@ -33,7 +33,8 @@ list=$ZMFB_SOURCE/debian/libzmfbconn${ZMFB_VERSION%%.*}.symbols
 if ! dpkg-gensymbols -plibzmfbconn"${ZMFB_VERSION%%.*}" -c4 -e"$library" -I"$list" -O/dev/null >changes 2>&1; then
     fail "$(c++filt <changes)
 What is new belongs in debian/${list##*/} like this:
-$(c++filt <changes | sed -nE "s/^\+( zmfb_\w+@\w+) .*/\1 $ZMFB_VERSION/p; s/^\+ ([^#]*::[^@]*@\w+) .*/ (c++)\"\1\" $ZMFB_VERSION/p")"
+$(c++filt <changes | sed -nE "s/^\+( zmfb_\w+@\w+) .*/\1 $ZMFB_VERSION/p; s/^\+ ([^#]*::[^@]*@\w+) .*/ (c++)\"\1\" $ZMFB_VERSION/p" |
+    sed -E '/\blong\b/s/\(c\+\+/(arch-bits=64|c++/')"
 fi
 
 # The name that programs are linked to.
