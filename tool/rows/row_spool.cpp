@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -12,8 +11,7 @@
 namespace zmfb::tool {
 namespace {
 
-using Size = std::uint64_t;
-constexpr Size of_null = std::numeric_limits<Size>::max();
+constexpr std::size_t of_null = std::numeric_limits<std::size_t>::max();
 
 [[noreturn]] void fail() {
     throw Failure{Exit::failed,
@@ -28,7 +26,7 @@ void RowSpool::add(const std::vector<Cell>& cells) {
     if (!file_) fail();
     columns_ = cells.size();
     for (const Cell& cell : cells) {
-        const Size size = cell ? cell->size() : of_null;
+        const std::size_t size = cell ? cell->size() : of_null;
         write(&size, sizeof size);
         if (cell) write(cell->data(), cell->size());
     }
@@ -40,7 +38,7 @@ void RowSpool::give_back(const std::function<void(const std::vector<Cell>& cells
     std::rewind(file_.get());
     std::vector<Cell> cells(columns_);
     for (std::size_t i = 0;; i = (i + 1) % columns_) {
-        Size size = 0;
+        std::size_t size = 0;
         if (!read(&size, sizeof size)) return;
         cells[i] = size == of_null ? Cell() : Cell(std::string(size, ' '));
         if (cells[i] && !cells[i]->empty() && !read(cells[i]->data(), size)) fail();
