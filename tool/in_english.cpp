@@ -1,5 +1,6 @@
 #include "tool/in_english.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <vector>
@@ -61,11 +62,11 @@ constexpr std::array texts{
         "cannot extract the matrix: put the names of the tables into an array of one dimension"},
     RaisedText{"Não é um DBF; Arquivo: *"_l1, "this is no DBF file: *"},
     RaisedText{"Os dados para esta tabela parecem corrompidos;Campo: *;Tabela: *",
-               "the data seem damaged: the field *, of the table *"},
+               "the data for this table seem damaged: field *, table *"},
     RaisedText{"Os dados para esta tabela parecem corrompidos;Registro: *",
-               "the data seem damaged: the record *"},
+               "the data for this table seem damaged: record *"},
     RaisedText{"Os dados para esta tabela parecem corrompidos;Tabela: *",
-               "the data seem damaged: the table *"},
+               "the data for this table seem damaged: table *"},
     RaisedText{"Uma tabela externa com este nome já existe!"_l1,
                "there is an external table of this name already"},
     RaisedText{"Você deseja que eu processe uma matriz vazia?"_l1,
@@ -83,7 +84,8 @@ std::optional<std::vector<std::string_view>> parts_of(std::string_view text, std
         star = pattern.find('*');
         const std::size_t end = pattern.empty() ? text.size() : text.find(pattern.substr(0, star));
         if (end == std::string_view::npos) return std::nullopt;
-        parts.push_back(text.substr(0, end));
+        const std::string_view part = text.substr(0, end);
+        parts.push_back(part.substr(std::min(part.size(), part.find_first_not_of(' '))));
         text.remove_prefix(end);
     }
     if (text != pattern) return std::nullopt;
