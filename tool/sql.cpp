@@ -93,7 +93,8 @@ std::optional<std::int64_t> run(Session& session, const std::string& statement, 
         const bool ended = interrupted();
         writer->end(ended);
         // Rows say themselves that they were interrupted; one WITH LOCK may have waited, though.
-        if (ended && kind == Kind::query && !session.in_transaction()) return std::nullopt;
+        const bool may_have_waited = kind != Kind::query || (session.in_transaction() && !sink.was_paged());
+        if (ended && !may_have_waited) return std::nullopt;
         throw_told(session, error, kind, statement);
     }
 }

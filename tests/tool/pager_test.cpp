@@ -78,6 +78,13 @@ TEST_F(RowsInAPager, ThatEndsEarlyEndTheQueryWithoutAWord) {
     shell.type(std::string(numbers) + "select a.n from r a, r b, r c, r d, r e;\n");
     const std::string said = shell.expect_prompt("\r\nzmfb> ");
     EXPECT_EQ(said.find("error"), std::string::npos) << said;
+    shell.type("begin;\n");
+    shell.expect_prompt("zmfb*> ");
+    shell.type(std::string(numbers) + "select a.n from r a, r b, r c, r d, r e;\n");
+    const std::string inside = shell.expect_prompt("\r\nzmfb*> ");
+    EXPECT_EQ(inside.find("error"), std::string::npos) << inside;
+    shell.type("commit;\n");
+    shell.expect_prompt("zmfb> ");
     shell.type("select 6 * 7 as n from rdb$database;\n");
     shell.expect("\r\n42\r\n");
     shell.expect_prompt("zmfb> ");

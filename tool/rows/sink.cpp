@@ -53,6 +53,7 @@ void Sink::write(std::string_view text) {
     if (still_fits(text)) return;
     const std::string all = std::exchange(held_, std::nullopt).value();
     pager_ = std::make_unique<Pager>(pager_command_);
+    was_paged_ = true;
     write(all);
 }
 

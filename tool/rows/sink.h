@@ -23,6 +23,8 @@ class Sink {
     /// Everything is out when it returns, and the pager left; but what is not `complete` replaces no file.
     void close(bool complete);
     [[nodiscard]] bool is_file() const { return !path_.empty(); }
+    /// Whether a pager has shown it: who leaves that ends what runs, and need not be told.
+    [[nodiscard]] bool was_paged() const { return was_paged_; }
 
   private:
     [[nodiscard]] bool still_fits(std::string_view text);
@@ -34,6 +36,7 @@ class Sink {
     std::size_t lines_ = 0;            // of the terminal that it takes
     std::size_t in_line_ = 0;          // the characters in the last of them
     std::unique_ptr<Pager> pager_;
+    bool was_paged_ = false;
 };
 
 }  // namespace zmfb::tool
