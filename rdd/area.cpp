@@ -129,7 +129,7 @@ bool Area::bottom() { return open().moving().bottom(); }
 bool Area::skip(std::int64_t count) { return open().moving().skip(count); }
 bool Area::go(std::int64_t recno) { return open().moving().go(recno); }
 bool Area::refresh() { return open().walk().refresh(); }
-bool Area::read_on() { return open().moving().read_on(); }
+std::size_t Area::read_on() { return open().moving().read_on(); }
 bool Area::eof() const { return open().walk().eof(); }
 bool Area::bof() const { return open().walk().bof(); }
 std::int64_t Area::recno() const { return open().walk().recno(); }

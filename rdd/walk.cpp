@@ -216,11 +216,11 @@ bool Walk::refresh() {
     return false;
 }
 
-bool Walk::read_on() {
+std::size_t Walk::read_on() {
     settle();
     bof_ = false;
     if (!eof() && !read(Direction::forward, From::record)) leave();
-    return !eof();
+    return eof() ? 0 : record_->block().rows();
 }
 
 std::int64_t Walk::recno() const {

@@ -37,7 +37,8 @@ class Walk {
     /// Reads the record anew; .F. when it is gone. What was read ahead is given up.
     bool refresh();
     /// Reads the record anew in one query with those behind it; stands on the next one when it is gone.
-    bool read_on();
+    /// Returns how many it has read.
+    std::size_t read_on();
     [[nodiscard]] bool eof() const { return !record_ && pending_ == 0; }
     [[nodiscard]] bool bof() const { return bof_; }
     /// Throws AreaError when there is no record.

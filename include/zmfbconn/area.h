@@ -183,8 +183,8 @@ class Area {
     /// Reads the current record anew; .F. when it is gone, and what was read of it stays.
     bool refresh();
     /// The same in one query with as many of the records behind it as are read ahead: to the next one when it
-    /// is gone. Returns whether there is one.
-    bool read_on();
+    /// is gone. Returns how many were read, 0 at the end.
+    std::size_t read_on();
     /// Whether there is no current record.
     [[nodiscard]] bool eof() const;
     /// Whether a skip went to before the first record.

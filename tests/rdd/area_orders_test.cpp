@@ -52,7 +52,7 @@ TEST_P(AreaOrders, AreReadOnIn) {
     area.go(2);
     execute("insert into STOCK (CODE) values ('c')");
     execute("update STOCK set CODE = 'e' where RECNO = 1");
-    EXPECT_TRUE(area.read_on());
+    EXPECT_GT(area.read_on(), 0u);
     Numbers met{area.recno()};
     while (area.skip()) met.push_back(area.recno());
     EXPECT_EQ(met, (Numbers{2, 4, 1}));

@@ -132,7 +132,7 @@ TEST_F(AreaFaults, ReadingOnIsOneQuery) {
     const FaultyClient client;
     area.skip(2);
     area.skip(-2);
-    area.read_on();
+    EXPECT_EQ(area.read_on(), 3u);
     EXPECT_EQ(client.count(ClientCall::open), 1);
     EXPECT_EQ(client.count(ClientCall::start_transaction), 0);
 }
