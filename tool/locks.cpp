@@ -1,5 +1,7 @@
 #include "tool/locks.h"
 
+#include <fmt/format.h>
+
 #include "host/number.h"
 #include "host/text.h"
 #include "tool/encoding.h"
@@ -27,19 +29,36 @@ Owner owner_of(const host::Value& area_id, std::string_view this_host) {
     return {holder, is_alive(holder, this_host)};
 }
 
+// Adds what a question finds: table, area, number of the record, 0 for the whole table.
+void add_locks(zmFBConn& connection, std::string_view query, std::vector<Lock>& locks) {
+    const host::Value rows = system_rows(connection, query);
+    const std::string host = connection(m::gethostname);
+    for (const host::Value& row : rows.items().subspan(1)) {
+        const std::int64_t record = number_of(row[3]);
+        locks.push_back(
+            {text_of(row[1]), record == 0 ? std::nullopt : std::optional(record), owner_of(row[2], host)});
+    }
+}
+
 }  // namespace
 
 std::vector<Lock> locks_of(zmFBConn& connection) {
-    const host::Value tables =
-        system_rows(connection, "SELECT FLK_TABLE, FLK_AREAID FROM RDDSYS_FLK ORDER BY FLK_TABLE");
-    const host::Value records = system_rows(
-        connection, "SELECT RLK_TABLE, RLK_AREAID, RLK_RECNO FROM RDDSYS_RLK ORDER BY RLK_TABLE, RLK_RECNO");
-    const std::string host = connection(m::gethostname);
     std::vector<Lock> locks;
-    for (const host::Value& row : tables.items().subspan(1))
-        locks.push_back({text_of(row[1]), std::nullopt, owner_of(row[2], host)});
-    for (const host::Value& row : records.items().subspan(1))
-        locks.push_back({text_of(row[1]), number_of(row[3]), owner_of(row[2], host)});
+    add_locks(connection, "SELECT FLK_TABLE, FLK_AREAID, 0 FROM RDDSYS_FLK ORDER BY FLK_TABLE", locks);
+    add_locks(connection,
+              "SELECT RLK_TABLE, RLK_AREAID, RLK_RECNO FROM RDDSYS_RLK ORDER BY RLK_TABLE, RLK_RECNO", locks);
+    return locks;
+}
+
+std::vector<Lock> locks_of(zmFBConn& connection, const std::string& table,
+                           std::span<const std::int64_t> records) {
+    std::vector<Lock> locks;
+    add_locks(connection,
+              fmt::format("SELECT FLK_TABLE, FLK_AREAID, CAST(0 AS NUMERIC(18, 0)) FROM RDDSYS_FLK "
+                          "WHERE FLK_TABLE = '{0}' UNION ALL SELECT RLK_TABLE, RLK_AREAID, RLK_RECNO "
+                          "FROM RDDSYS_RLK WHERE RLK_TABLE = '{0}' AND RLK_RECNO IN (0{1}{2})",
+                          table, records.empty() ? "" : ", ", fmt::join(records, ", ")),
+              locks);
     return locks;
 }
 

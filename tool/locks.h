@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,9 @@ struct Registration {
 
 /// The locks of tables, then those of records, in the order of their tables and numbers. Throws Failure.
 std::vector<Lock> locks_of(zmFBConn& connection);
+/// The lock of a table of the driver, and those of these of its records; asks once. Throws Failure.
+std::vector<Lock> locks_of(zmFBConn& connection, const std::string& table,
+                           std::span<const std::int64_t> records);
 /// The tables that are open, in the order of their names. Throws Failure.
 std::vector<Registration> registrations_of(zmFBConn& connection);
 

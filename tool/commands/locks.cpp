@@ -1,14 +1,17 @@
 #include "tool/locks.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <memory>
 
+#include "tool/browse/lock_view.h"
 #include "tool/catalog.h"
 #include "tool/commands.h"
 #include "tool/confirm.h"
 #include "tool/json.h"
 #include "tool/say.h"
+#include "tool/terminal.h"
 #include "tool/text_table.h"
 #include "zmfbconn/database.h"
 #include "zmfbconn/methods.h"
@@ -68,6 +71,20 @@ Exit locks_command(Session& session) {
     return Exit::ok;
 }
 
+Exit watch_command(Session& session, std::size_t refresh) {
+    if (::isatty(STDIN_FILENO) == 0 || !output_is_terminal()) {
+        throw Failure{Exit::usage,
+                      "--watch shows locks on a terminal, which standard input and output are not", "",
+                      "zmfb locks lists them once"};
+    }
+    zmFBConn& connection = session.connection();
+    (void)locks_of(connection);  // what is wrong is said before the screen is taken
+    session.show_raised(Raised::silent);
+    browse::Screen screen;
+    browse::show_locks(screen, connection, std::chrono::seconds(refresh));
+    return Exit::ok;
+}
+
 Exit opens_command(Session& session) {
     Listing listing(session, {{"table"}, {"mode"}, {"last append", true}});
     for (const Registration& open : registrations_of(session.connection())) {
@@ -122,8 +139,20 @@ Exit clear_command(Session& session, bool yes) {
 }  // namespace
 
 void add_locks(CommandLine& line) {
-    line.add(line.app(), "locks", "List record and table locks with their holders",
-             "zmfb --db shop.fdb locks", locks_command);
+    struct Watched {
+        bool watch = false;
+        std::size_t refresh = 2;
+    };
+    const auto watched = std::make_shared<Watched>();
+    const Subcommand locks = line.add(line.app(), "locks", "List record and table locks with their holders",
+                                      "zmfb --db shop.fdb locks", [watched](Session& session) {
+                                          return watched->watch ? watch_command(session, watched->refresh)
+                                                                : locks_command(session);
+                                      });
+    locks.flag("--watch", watched->watch, "Show them, and the open tables, on the whole screen, live");
+    locks.option("--refresh", watched->refresh, "With --watch, read them again every so many seconds")
+        .type_name("SECONDS")
+        .with_default();
     line.add(line.app(), "opens", "List which work areas have which tables open", "zmfb --db shop.fdb opens",
              opens_command);
     struct Given {
