@@ -185,7 +185,8 @@ TEST(CellInput, GoesByWhatTheDriverKnowsOfTheField) {
     EXPECT_EQ(rule_of(letter, &listed).kind, Kind::logical);
     const Column wide{"NAME", SqlType::text, 0, 120, true, "VARCHAR(30)"};
     EXPECT_EQ(rule_of(wide, nullptr).width, 30u);
-    EXPECT_EQ(rule_of({"NOTE", SqlType::text_blob, 0, 8, true, "BLOB SUB_TYPE TEXT"}, nullptr).width, 0u);
+    EXPECT_EQ(rule_of({"NOTE", SqlType::text_blob, 0, 8, true, "BLOB SUB_TYPE TEXT"}, nullptr).kind,
+              Kind::none);
 }
 
 }  // namespace

@@ -137,6 +137,16 @@ ShownRows AreaSource::before(std::span<const ShownRow> known, std::size_t count)
     return {};
 }
 
+// Back on the first of them it stands where the next look begins, so that it is one query.
+ShownRows AreaSource::again(std::int64_t number, std::size_t count) {
+    if (!stand_on(number)) return {};
+    const std::size_t read = area_.read_on();
+    if (read == 0) return {};
+    ShownRows rows = forward(std::min(read, count));
+    area_.skip(1 - static_cast<std::int64_t>(rows.size()));
+    return rows;
+}
+
 std::optional<ShownRow> AreaSource::row(std::int64_t number) {
     if (!area_.go(number)) return std::nullopt;
     return current();

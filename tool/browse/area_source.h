@@ -18,6 +18,7 @@ class AreaSource final : public Source {
     ShownRows last(std::size_t count) override;
     ShownRows behind(std::span<const ShownRow> known, std::size_t count) override;
     ShownRows before(std::span<const ShownRow> known, std::size_t count) override;
+    ShownRows again(std::int64_t number, std::size_t count) override;
     std::optional<ShownRow> row(std::int64_t number) override;
     Cell whole(std::int64_t number, std::size_t column) override;
     std::optional<std::int64_t> count() override;

@@ -6,6 +6,7 @@
 
 #include "tool/browse/cell_text.h"
 #include "tool/browse/idle.h"
+#include "tool/browse/lock_view.h"
 #include "tool/browse/prompt.h"
 #include "tool/browse/text_window.h"
 #include "tool/interrupt.h"
@@ -33,6 +34,9 @@ std::string in_one_line(std::string_view message) {
     return line;
 }
 
+// Nothing goes on, whatever is shown on top of the rows.
+struct Lost : Failure {};
+
 bool is_lost(const SqlError& error) { return error.sqlstate().starts_with("08"); }
 
 }  // namespace
@@ -43,11 +47,21 @@ std::vector<Binding> Browse::bindings() const {
         {{}, "PgUp PgDn", "a page on"},
         {{}, "Home End", "the first, the last column"},
         {{}, "Ctrl-Home Ctrl-End", "the first, the last row; also Ctrl-PgUp, Ctrl-PgDn"},
-        {{Key::enter, key(U'v')}, "Enter v", open_ ? "opens the table" : "the whole value", &Browse::enter},
     };
     const auto add = [&](Key one, std::string_view shown, std::string_view help, void (Browse::*action)()) {
         all.push_back({{one}, shown, help, action});
     };
+    if (open_) {
+        add(Key::enter, "Enter", "opens the table", &Browse::enter);
+    } else {
+        if (source_.area() != nullptr) add(Key::enter, "Enter", "edits the cell in place", &Browse::edit);
+        all.push_back({{key(U'v'), Key::enter}, "v", "the whole value", &Browse::enter});
+        add(Key::f3, "F3", "the record as a form, which F2 writes", &Browse::form);
+        add(Key::insert, "Ins", "adds a record", &Browse::append);
+        add(Key::remove, "Del", "deletes the record, after a question", &Browse::remove);
+        add(key(U'u'), "u", "takes the last change back", &Browse::undo);
+        all.push_back({{}, "F4 w", "while one edits: NULL; waits for a record in use"});
+    }
     if (source_.area() != nullptr) {
         add(key(U'o'), "o", "the next order", &Browse::next_order);
         add(key(U'/'), "/", "seeks a key in the order, a text by its beginning", &Browse::seek);
@@ -58,6 +72,7 @@ std::vector<Binding> Browse::bindings() const {
         add(key(U'g'), "g", source_.area() != nullptr ? "to a record by its number" : "to a row by its place",
             &Browse::go_to_record);
     }
+    add(key(U'l'), "l", "locks and registrations, live", &Browse::show_locks);
     add(Key::f5, "F5", "reads the rows anew and counts them", &Browse::reload);
     all.push_back({{Key::f1, key(U'?')}, "F1 ?", "this list", &Browse::help});
     add(Key::escape, "Esc", "back", &Browse::back);
@@ -65,29 +80,40 @@ std::vector<Binding> Browse::bindings() const {
     return all;
 }
 
-Browse::Browse(Screen& screen, Session& session, Source& source, std::string title, Open open)
+Browse::Browse(Screen& screen, Session& session, Source& source, std::string title,
+               std::chrono::seconds every, Open open)
     : screen_(screen),
       session_(session),
       source_(source),
       title_(std::move(title)),
       open_(std::move(open)),
-      grid_(source) {}
+      grid_(source),
+      every_(every),
+      watch_(session.connection(), source, grid_.window(), every) {}
 
 Browse::Left Browse::run() {
     left_ = Left::stays;
     while (left_ == Left::stays) {
-        attempt([this] { grid_.fit(screen_.rows() - lines_around); });
-        show();
-        const Key typed = screen_.read(between_ticks);
-        if (typed == Key::none) {
-            attempt([this] { tick(); });
-        } else if (typed != Key::resized) {
-            message_ = {};
-            quiet_ticks_ = 0;
-            attempt([&] { take(typed); });
-        }
+        const Key typed = next_key();
+        if (typed == Key::none) continue;
+        message_ = {};
+        quiet_ticks_ = 0;
+        attempt([&] { take(typed); });
     }
     return left_;
+}
+
+Key Browse::next_key(const std::function<void()>& over) {
+    attempt([this] { grid_.fit(screen_.rows() - lines_around); });
+    if (screen_.is_large_enough()) {
+        draw();
+        if (over) over();
+        draw_message();
+    }
+    screen_.show();
+    const Key typed = screen_.read(between_ticks);
+    if (typed == Key::none) attempt([this] { tick(); });
+    return typed == Key::resized ? Key::none : typed;
 }
 
 void Browse::take(Key typed) {
@@ -99,16 +125,16 @@ void Browse::take(Key typed) {
     message_ = {"F1 lists the keys", false};
 }
 
-// What goes wrong is said, and what was shown stays, unless there is nothing to show any more.
-void Browse::attempt(const std::function<void()>& work) {
+// What was shown stays, unless there is nothing to show any more.
+bool Browse::attempt(const std::function<void()>& work) {
     const ControlC ends_what_runs;
     try {
         work();
+        return true;
     } catch (const SqlError& error) {
         if (ending_signal() != 0) throw;
-        if (interrupted()) return say_problem("given up");
-        require_there(error);
-        say_problem(in_one_line(error.message()));
+        if (!interrupted()) require_there(error);
+        say_problem(interrupted() ? "given up" : in_one_line(error.message()));
     } catch (const Cancelled&) {
         if (ending_signal() != 0) throw;
         say_problem("given up");
@@ -116,27 +142,38 @@ void Browse::attempt(const std::function<void()>& work) {
         say_problem(error.what());
     } catch (const InUse& error) {
         say_problem(error.what());
+    } catch (const Lost&) {
+        throw;
     } catch (const Failure& failure) {
         if (ending_signal() != 0 || failure.status == Exit::not_attached) throw;
         say_problem(failure.detail.empty() ? failure.message
                                            : failure.message + ": " + in_one_line(failure.detail));
     }
+    return false;
 }
 
 void Browse::require_there(const SqlError& error) {
     if (is_lost(error))
-        throw Failure{Exit::failed, fmt::format("the connection to {} is lost", session_.options().database),
-                      error.message()};
+        throw Lost{{Exit::failed, fmt::format("the connection to {} is lost", session_.options().database),
+                    error.message()}};
 }
-
-void Browse::say_problem(const std::string& words) { message_ = {words, true}; }
 
 // What takes long is done when nobody types, and given up when somebody does.
 void Browse::tick() {
+    watch_.tick();
     constexpr int quiet = 2;
     if (++quiet_ticks_ < quiet || grid_.window().is_counted()) return;
     do_while_idle([this] { grid_.window().count(); });
 }
+// Made when it is wanted: it asks what the columns take.
+Editor& Browse::editor() {
+    if (source_.area() == nullptr)
+        throw Failure{Exit::failed, "only records of the driver's tables are changed here"};
+    if (!editor_) editor_.emplace(*this, session_.connection(), source_, grid_, watch_);
+    return *editor_;
+}
+
+void Browse::show_locks() { browse::show_locks(screen_, session_.connection(), every_); }
 
 void Browse::reload() {
     source_.read_anew();
@@ -146,7 +183,11 @@ void Browse::reload() {
 
 std::optional<std::string> Browse::ask(std::string_view question, const std::string& text) {
     return browse::ask(
-        screen_, [this] { draw(); }, question, text);
+        screen_,
+        [this] {
+            if (screen_.is_large_enough()) draw();
+        },
+        question, text);
 }
 
 void Browse::enter() {
@@ -178,6 +219,8 @@ std::string Browse::heading() const {
     if (Area* const area = source_.area(); area != nullptr && !area->order().empty())
         text += fmt::format("   order {}", area->order());
     if (!filter_.empty()) text += fmt::format("   where {}", filter_);
+    if (const Lock* const lock = watch_.table_lock(); lock != nullptr)
+        text += "   locked by " + lock->owner.holder.words();
     return text;
 }
 
@@ -198,19 +241,17 @@ std::string Browse::hints() const {
 }
 
 void Browse::draw() {
-    if (!screen_.is_large_enough()) return;
     screen_.clear();
     const int width = screen_.columns(), rows = screen_.rows();
-    grid_.draw(screen_, 1);
+    grid_.draw(screen_, 1, watch_);
     screen_.put(0, 0, width, heading(), Look::bar);
     screen_.put(rows - 2, 0, width, status(), Look::bar);
-    screen_.put(rows - 1, 0, width, " " + (message_.words.empty() ? hints() : message_.words),
-                message_.is_problem ? Look::problem : Look::plain);
 }
 
-void Browse::show() {
-    draw();
-    screen_.show();
+void Browse::draw_message() {
+    screen_.put(screen_.rows() - 1, 0, screen_.columns(),
+                " " + (message_.words.empty() ? hints() : message_.words),
+                message_.is_problem ? Look::problem : Look::plain);
 }
 
 }  // namespace zmfb::tool::browse

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tool/browse/editor.h"
 #include "tool/browse/grid.h"
 #include "tool/browse/screen.h"
 #include "tool/session.h"
@@ -31,22 +32,34 @@ class Browse {
     using Open = std::function<Left(std::int64_t number)>;
 
     /// Shows the rows of `source`, called `title`.
-    Browse(Screen& screen, Session& session, Source& source, std::string title, Open open = {});
+    /// They are read again every so often, never for 0.
+    Browse(Screen& screen, Session& session, Source& source, std::string title, std::chrono::seconds every,
+           Open open = {});
 
     /// Until it is left. Throws Failure when the connection is lost or the table has gone.
     Left run();
+
+    /// @{
+    /// For what asks and edits on top of the rows.
+    Screen& screen() { return screen_; }
+    /// Shows everything, with what `over` puts on top of the rows, and waits a moment for a key.
+    Key next_key(const std::function<void()>& over = {});
+    /// Words for the last line, until the next key of the rows.
+    void say(const std::string& words, bool is_problem = false) { message_ = {words, is_problem}; }
+    void say_problem(const std::string& words) { say(words, true); }
+    /// Says what goes wrong in some work; .F. then. Throws only what ends it all.
+    bool attempt(const std::function<void()>& work);
+    /// @}
 
   private:
     [[nodiscard]] std::vector<Binding> bindings() const;
 
     void draw();
-    void show();
+    void draw_message();
     [[nodiscard]] std::string heading() const;
     [[nodiscard]] std::string status() const;
     [[nodiscard]] std::string hints() const;
     void take(Key typed);
-    void attempt(const std::function<void()>& work);
-    void say_problem(const std::string& words);
     void require_there(const SqlError& error);
     [[nodiscard]] std::optional<std::string> ask(std::string_view question, const std::string& text = {});
     // No key has come for a moment.
@@ -64,6 +77,13 @@ class Browse {
     void back() { left_ = Left::back; }
     void quit() { left_ = Left::quit; }
     void reload();
+    Editor& editor();
+    void edit() { editor().edit(); }
+    void form() { editor().form(); }
+    void append() { editor().append(); }
+    void remove() { editor().remove(); }
+    void undo() { editor().undo(); }
+    void show_locks();
 
     Screen& screen_;
     Session& session_;
@@ -71,6 +91,9 @@ class Browse {
     std::string title_;
     Open open_;
     Grid grid_;
+    std::chrono::seconds every_;
+    Watch watch_;
+    std::optional<Editor> editor_;
     std::string filter_;
     std::string sought_;   // last, in the order
     int quiet_ticks_ = 0;  // since the last key

@@ -168,9 +168,6 @@ CellRule rule_of(const Column& column, const FieldDescriptor* field) {
             rule.width = static_cast<std::size_t>(std::atoi(column.type_name.c_str() + open + 1));
             break;
         }
-        case SqlType::text_blob:
-            rule.kind = Kind::text;
-            break;
         case SqlType::integer:
         case SqlType::decimal: {
             constexpr std::size_t small = 6, whole = 11, large = 20;
@@ -197,6 +194,7 @@ CellRule rule_of(const Column& column, const FieldDescriptor* field) {
             rule.kind = Kind::moment;
             break;
         case SqlType::bytes:
+        case SqlType::text_blob:
         case SqlType::blob:
         case SqlType::other:
             break;

@@ -22,7 +22,7 @@ struct CellRule {
         moment,   ///< a day, or a day and a time
     };
     Kind kind = Kind::none;
-    std::size_t width = 0;  ///< characters at most; 0 for any number of them
+    std::size_t width = 0;  ///< characters at most; of a text 0 for any number of them
     int decimals = 0;
     bool nullable = true;
 };

@@ -10,6 +10,8 @@ namespace {
 // Behind a column; behind the first one, which does not scroll.
 std::string_view edge(std::size_t column) { return column == 0 ? "║" : "│"; }
 
+constexpr std::string_view locked = "*";
+
 Look look_of(const Cell& cell, const ShownColumn& column) {
     if (!cell) return Look::null;
     return column.is_memo() ? Look::memo : Look::plain;
@@ -51,7 +53,7 @@ void Grid::fit(int height) {
     if (rows != height_) window_.resize(height_ = rows);
 }
 
-void Grid::draw(Screen& screen, int top) {
+void Grid::draw(Screen& screen, int top, const Watch& watch) {
     scroll_to_column(screen.columns());
     const std::vector<Shown> shown = layout(screen.columns());
     for (const auto& [column, at, width] : shown) {
@@ -60,10 +62,12 @@ void Grid::draw(Screen& screen, int top) {
         screen.put(top, at, width, fitted(about.name, width, about.is_number()), Look::head);
     }
     for (std::size_t row = 0; row < window_.rows().size(); ++row)
-        draw_row(screen, top + 1 + static_cast<int>(row), shown, row);
+        draw_row(screen, top + 1 + static_cast<int>(row), shown, row, watch);
 }
 
-void Grid::draw_row(Screen& screen, int line, const std::vector<Shown>& shown, std::size_t row) {
+void Grid::draw_row(Screen& screen, int line, const std::vector<Shown>& shown, std::size_t row,
+                    const Watch& watch) {
+    const std::int64_t number = window_.rows()[row].number;
     const bool is_current = row == window_.current();
     for (const auto& [column, at, width] : shown) {
         const ShownColumn& about = source_.columns()[column];
@@ -71,6 +75,7 @@ void Grid::draw_row(Screen& screen, int line, const std::vector<Shown>& shown, s
         const bool is_cell = is_current && column == column_;
         Look look = look_of(cell, about);
         if (is_current && look == Look::plain) look = Look::row;
+        if (watch.is_lit(number, column)) look = Look::changed;
         if (is_cell) {
             look = Look::cell;
             cell_ = {line, at, width};
@@ -78,6 +83,7 @@ void Grid::draw_row(Screen& screen, int line, const std::vector<Shown>& shown, s
         screen.put(line, at + width, 1, edge(column), Look::null);
         screen.put(line, at, width, fitted(cell ? *cell : "NULL", width, about.is_number()), look);
     }
+    if (watch.lock_of(number) != nullptr) screen.put(line, shown.front().width, 1, locked, Look::problem);
 }
 
 bool Grid::move(Key typed) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tool/browse/screen.h"
+#include "tool/browse/watch.h"
 #include "tool/browse/window.h"
 
 namespace zmfb::tool::browse {
@@ -17,8 +18,8 @@ class Grid {
 
     /// Reads what is missing for that many lines, that of the heads among them.
     void fit(int height);
-    /// Draws heads and rows into the lines from `top` on.
-    void draw(Screen& screen, int top);
+    /// Draws heads and rows into the lines from `top` on, and what others do to them.
+    void draw(Screen& screen, int top, const Watch& watch);
     /// Moves when it is a key for that, and says whether it is one.
     bool move(Key typed);
     /// Where the current cell was drawn last: its line, its first column, its width.
@@ -35,7 +36,8 @@ class Grid {
     [[nodiscard]] std::vector<Shown> layout(int width) const;
     [[nodiscard]] int width_of(std::size_t column, int room) const;
     void scroll_to_column(int width);
-    void draw_row(Screen& screen, int line, const std::vector<Shown>& shown, std::size_t row);
+    void draw_row(Screen& screen, int line, const std::vector<Shown>& shown, std::size_t row,
+                  const Watch& watch);
 
     Source& source_;
     Window window_;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "tool/browse/cell_input.h"
 #include "tool/browse/cell_text.h"
 
 namespace zmfb::tool::browse {
@@ -31,27 +30,35 @@ void draw_line(Screen& screen, std::string_view question, const CellInput& input
     screen.cursor_at(row, std::min(at + width_of(before), width - 1));
 }
 
-void edit(CellInput& input, Key typed) {
-    if (is_character(typed)) return input.insert(static_cast<char32_t>(typed));
+}  // namespace
+
+bool edit(CellInput& input, Key typed) {
     switch (typed) {
         case Key::backspace:
-            return input.backspace();
+            input.backspace();
+            return true;
         case Key::remove:
-            return input.remove();
+            input.remove();
+            return true;
         case Key::left:
-            return input.left();
+            input.left();
+            return true;
         case Key::right:
-            return input.right();
+            input.right();
+            return true;
         case Key::home:
-            return input.home();
+            input.home();
+            return true;
         case Key::end:
-            return input.end();
+            input.end();
+            return true;
         default:
-            return;
+            break;
     }
+    if (!is_character(typed)) return false;
+    input.insert(static_cast<char32_t>(typed));
+    return true;
 }
-
-}  // namespace
 
 std::optional<std::string> ask(Screen& screen, const std::function<void()>& draw, std::string_view question,
                                const std::string& text) {

@@ -63,6 +63,9 @@ class Source {
     virtual ShownRows behind(std::span<const ShownRow> known, std::size_t count) = 0;
     virtual ShownRows before(std::span<const ShownRow> known, std::size_t count) = 0;
     /// @}
+    /// Up to so many rows from a known one on, as they are now, or from the next one when it has gone and
+    /// that can be told: what is looked at again and again of rows that can be changed.
+    virtual ShownRows again(std::int64_t, std::size_t) { return {}; }
     /// A row as it is now.
     virtual std::optional<ShownRow> row(std::int64_t number) = 0;
     /// A value to its end.

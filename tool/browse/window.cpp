@@ -125,6 +125,17 @@ void Window::reload() {
     top();
 }
 
+void Window::refresh() {
+    if (empty()) return top();
+    const bool is_at_top = first_place_ == 1;  // where new rows may have come before it
+    ShownRows now = is_at_top ? source_.first(height_) : source_.again(rows_.front().number, height_);
+    const auto here = std::ranges::find(now, number(), &ShownRow::number);
+    if (here == now.end()) return reload();
+    current_ = static_cast<std::size_t>(here - now.begin());
+    rows_ = std::move(now);
+    if (!is_at_top) add_before(height_ - rows_.size());
+}
+
 std::optional<std::int64_t> Window::place() const {
     if (empty() || !first_place_) return std::nullopt;
     return *first_place_ + static_cast<std::int64_t>(current_);

@@ -34,6 +34,9 @@ class Window {
     bool go(std::int64_t number);
     /// Reads the rows anew, around the current one, or around what is nearest to it when it has gone.
     void reload();
+    /// The same, quickly: reads from the first row on, as long as the current one is among them.
+    void refresh();
+    [[nodiscard]] std::size_t height() const { return height_; }
 
     /// @{
     /// The place of the current row in the order and how many there are, as far as they are known: counting

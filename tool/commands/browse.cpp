@@ -23,6 +23,7 @@ using browse::Screen;
 struct Given {
     std::string table, query;
     bool read_only = false;
+    std::size_t refresh = 2;
 };
 
 // Only tables of the driver have record numbers to move by.
@@ -51,7 +52,7 @@ class Command {
         if (!given_.query.empty()) {
             browse::QuerySource source(connection_, given_.query);
             Screen screen;
-            Browse(screen, session_, source, title_of(source, "query", true)).run();
+            Browse(screen, session_, source, title_of(source, "query", true), every()).run();
         } else if (!given_.table.empty()) {
             const Table table = existing_table(connection_, given_.table);
             const auto source = source_of(connection_, table, given_.read_only);
@@ -64,17 +65,21 @@ class Command {
 
   private:
     Browse::Left show(Screen& screen, const Table& table, browse::Source& source) {
-        return Browse(screen, session_, source, title_of(source, table.name.shown(), given_.read_only)).run();
+        return Browse(screen, session_, source, title_of(source, table.name.shown(), given_.read_only),
+                      every())
+            .run();
     }
     void choose() {
         browse::TableList list(connection_);
         Screen screen;
-        Browse(screen, session_, list, session_.options().database, [&](std::int64_t number) {
+        Browse(screen, session_, list, session_.options().database, every(), [&](std::int64_t number) {
             const Table table = list.table(number);
             const auto source = source_of(connection_, table, given_.read_only);
             return show(screen, table, *source);
         }).run();
     }
+
+    [[nodiscard]] std::chrono::seconds every() const { return std::chrono::seconds(given_.refresh); }
 
     Session& session_;
     const Given& given_;
@@ -105,6 +110,9 @@ void add_browse(CommandLine& line) {
                                         });
     command.option("TABLE", given->table, "Table or view, else all are listed");
     command.option("--query", given->query, "Show the rows of a SELECT instead").type_name("SQL").not_empty();
+    command.option("--refresh", given->refresh, "Read the rows again every so many seconds; 0 for never")
+        .type_name("SECONDS")
+        .with_default();
     command.flag("--readonly", given->read_only, "Change nothing");
 }
 
