@@ -8,7 +8,7 @@ for program in dh dh_python3 mkdocs; do
 done
 mkdir zmfbconn
 cp -r "$ZMFB_SOURCE"/{debian,packaging,CHANGELOG.md} zmfbconn
-(cd zmfbconn && DEB_BUILD_OPTIONS=noautodbgsym debian/rules binary) >packages.log 2>&1 || fail "$(cat packages.log)"
+(cd zmfbconn && DEB_BUILD_OPTIONS=noautodbgsym DEB_RULES_REQUIRES_ROOT=no debian/rules binary) >packages.log 2>&1 || fail "$(cat packages.log)"
 rm -rf "$ZMFB_PACKAGES"
 mkdir "$ZMFB_PACKAGES"
 mv ./*.deb "$ZMFB_PACKAGES"
