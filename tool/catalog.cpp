@@ -206,12 +206,13 @@ Table existing_table(zmFBConn& connection, const std::string& typed) {
 
 namespace {
 
-// Nothing when it cannot be asked.
+// Nothing when it may not be asked.
 std::optional<std::uint64_t> number_from(zmFBConn& connection, std::string_view query) try {
     const auto rows = rows_of<std::int64_t>(connection, query);
     if (rows.empty()) return std::nullopt;
     return static_cast<std::uint64_t>(std::get<0>(rows.front()));
-} catch (const Failure&) {
+} catch (const Failure& failure) {
+    if (tells_of_a_lost_connection(failure.detail)) throw;
     return std::nullopt;
 }
 

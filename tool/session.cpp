@@ -30,6 +30,8 @@ std::string latin1_option(const std::string& text, std::string_view option) {
     return *latin1;
 }
 
+}  // namespace
+
 bool tells_of_a_lost_connection(std::string_view message) {
     constexpr std::array<std::string_view, 4> words{
         "connection lost to database", "Error reading data from the connection",
@@ -37,8 +39,6 @@ bool tells_of_a_lost_connection(std::string_view message) {
     return std::ranges::any_of(
         words, [&](std::string_view word) { return message.find(word) != std::string_view::npos; });
 }
-
-}  // namespace
 
 Exit told(const std::function<Exit()>& work) {
     Failure failure;
@@ -135,12 +135,14 @@ bool Session::in_transaction() {
     }
 }
 
-void Session::let_go_when_lost(std::string_view detail) {
-    if (!connection_ || !connection_->isconnected()) return;
-    if (!tells_of_a_lost_connection(detail) && !tells_of_a_lost_connection(last_engine_message())) return;
+bool Session::let_go_when_lost(std::string_view detail) {
+    if (!connection_ || !connection_->isconnected()) return false;
+    if (!tells_of_a_lost_connection(detail) && !tells_of_a_lost_connection(last_engine_message()))
+        return false;
     say("the connection to {} is lost{}; what comes next attaches anew\n", options_.database,
         in_transaction() ? ", and with it the transaction that was open" : "");
     connection_.reset();
+    return true;
 }
 
 // The log level is set on the object while it is not attached yet, so that the attach itself is logged at

@@ -26,6 +26,9 @@ struct Options {
     bool encoding_given = false;  ///< which goes before the one that the database says
 };
 
+/// Whether the engine's message says that the connection to the server is lost.
+bool tells_of_a_lost_connection(std::string_view message);
+
 /// While it lives, errors raised by methods are printed, and the program goes on.
 class Session {
   public:
@@ -45,8 +48,8 @@ class Session {
     /// Lets go of the object; the next use attaches anew.
     void let_go() { connection_.reset(); }
     /// Lets go of the object when its connection to the server is lost, as the engine said in what failed
-    /// last or in `detail`: the next use attaches anew. Says so.
-    void let_go_when_lost(std::string_view detail);
+    /// last or in `detail`: the next use attaches anew. Says so, and returns whether it was.
+    bool let_go_when_lost(std::string_view detail);
     /// Makes the client library ready for the database of the options, and asks for its password. Throws
     /// Failure.
     void prepare_client();

@@ -20,7 +20,9 @@ Exit evaluate(Session& session, const Call& call) {
     const std::string line = session.options().json ? json_line(to_json(result)) : to_literal(result);
     fmt::print("{}\n", line);
     flush_output();
-    return is_failure_text(result) ? Exit::failed : Exit::ok;
+    // What a method answers when a query failed may look like any other answer.
+    const bool is_lost = session.let_go_when_lost("");
+    return is_lost || is_failure_text(result) ? Exit::failed : Exit::ok;
 }
 
 Exit evaluate_lines(Session& session) {

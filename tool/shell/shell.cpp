@@ -79,7 +79,7 @@ void Shell::guarded(const std::function<void()>& run) {
     }
     if (session_.raised().size() != raised_before) failed_ = true;
     flush_output();
-    session_.let_go_when_lost(said);
+    if (session_.let_go_when_lost(said)) failed_ = true;
     if (timer_) say("time: {:.3f} s\n", seconds_since(start));
 }
 

@@ -1,0 +1,113 @@
+// Commands over a network that goes wrong at each message in turn.
+#include <fmt/format.h>
+
+#include <string_view>
+
+#include "tests/faults/commands.h"
+#include "tests/support/environment.h"
+#include "tests/support/proxy.h"
+#include "tests/support/server.h"
+#include "tests/support/validation.h"
+
+namespace zmfb::test {
+namespace {
+
+struct FaultKind {
+    NetworkFault fault;
+    const char* name;
+    bool harmless;  // only slow
+};
+constexpr FaultKind kinds[] = {{NetworkFault::delayed, "delayed", true},
+                               {NetworkFault::throttled, "throttled", true},
+                               {NetworkFault::cut, "cut", false},
+                               {NetworkFault::half_closed, "half closed", false}};
+constexpr int some = 2;
+
+class NetworkFaults : public CommandsThatFail {
+  protected:
+    NetworkFaults() {
+        const std::string port = fmt::format("/{}:", Server::shared().port());
+        far_ = path();
+        far_.replace(far_.find(port), port.size(), fmt::format("/{}:", proxy_.port()));
+    }
+
+    // Runs a command over the proxy; throws when it takes two minutes.
+    Finished over(const FaultyCommand& command, const NetworkPlan& plan) {
+        std::vector<std::string> words{"--db", far_};
+        words.insert(words.end(), command.words.begin(), command.words.end());
+        proxy_.plan(plan);
+        return start_after("ulimit -t 20", words)->end();
+    }
+
+    void walk(const FaultyCommand& command) {
+        prepare(command);
+        const std::string before = state(command);
+        const Finished whole = over(command, {});
+        ASSERT_EQ(whole.status, 0) << command.name << ": " << whole.err;
+        const std::string after = state(command);
+        const int counts[] = {proxy_.count(Way::to_server), proxy_.count(Way::to_client)};
+        int runs = 0, failed = 0;
+        for (const FaultKind& kind : kinds) {
+            for (const Way way : {Way::to_server, Way::to_client}) {
+                for (const int nth : some_of(counts[static_cast<std::size_t>(way)], some)) {
+                    SCOPED_TRACE(fmt::format("{}: message {} {} is {}", command.name, nth,
+                                             way == Way::to_server ? "to the server" : "back", kind.name));
+                    prepare(command);
+                    const Finished ended = over(command, {kind.fault, way, nth});
+                    ++runs;
+                    failed += ended.status == 0 ? 0 : 1;
+                    EXPECT_TRUE(ended.status == 0 || !kind.harmless) << ended.err;
+                    expect_all_or_nothing(command, ended, before, after);
+                    EXPECT_TRUE(ended.status != 0 || !command.same_output || ended.out == whole.out)
+                        << ended.out;
+                }
+            }
+        }
+        fmt::print("{}: {} messages to the server and {} back, {} faults, {} times it failed\n", command.name,
+                   counts[0], counts[1], runs, failed);
+        EXPECT_GT(failed, 0);
+    }
+
+    Proxy proxy_{Server::shared().port()};
+    std::string far_;
+};
+
+TEST_F(NetworkFaults, AreToldAndNothingIsHalfDone) {
+    for (const FaultyCommand& command : commands()) walk(command);
+    expect_sound(path());
+}
+
+// At most the statement that was under way is missing; without any attachment there is nothing.
+TEST_F(NetworkFaults, EndNoShellWhichAttachesAnew) {
+    constexpr int statements = 4;
+    std::string input;
+    for (int i = 1; i <= statements; ++i)
+        input += fmt::format("select 'answer {}' as said from rdb$database;\n", i);
+    const std::string reads = "ulimit -t 20; exec < '" + write_file("lines", input) + "'";
+    const auto over = [&](const NetworkPlan& plan) {
+        proxy_.plan(plan);
+        return start_after(reads, {"--db", far_, "shell"})->end();
+    };
+    ASSERT_EQ(over({}).status, 0);
+    const int messages = proxy_.count(Way::to_server);
+    int attached_anew = 0;
+    for (const NetworkFault fault : {NetworkFault::cut, NetworkFault::half_closed}) {
+        for (const int nth : some_of(messages, 5)) {
+            SCOPED_TRACE(
+                fmt::format("message {} is {}", nth, fault == NetworkFault::cut ? "cut" : "half closed"));
+            const Finished ended = over({fault, Way::to_server, nth});
+            int answers = 0;
+            for (int i = 1; i <= statements; ++i)
+                answers += ended.out.find(fmt::format("answer {}", i)) == std::string::npos ? 0 : 1;
+            EXPECT_GE(answers, ended.status == 3 ? 0 : statements - 1) << ended.out << ended.err;
+            EXPECT_TRUE(answers == statements || ended.status != 0) << ended.out << ended.err;
+            EXPECT_TRUE(ended.status == 0 || !ended.err.empty());
+            if (ended.err.find("is lost; what comes next attaches anew") != std::string::npos)
+                ++attached_anew;
+        }
+    }
+    EXPECT_GT(attached_anew, 0);
+}
+
+}  // namespace
+}  // namespace zmfb::test
