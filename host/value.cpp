@@ -1,5 +1,6 @@
 #include "host/value.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -9,46 +10,37 @@
 
 namespace zmfb::host {
 
-// A text that was appended to has room for more and its capacity in front of it. The others, which a result
-// has millions of, have room for their size and no field for it.
-struct TextBlock {
-    std::uint32_t references : 31;
-    std::uint32_t can_grow : 1;
-    std::uint32_t size;
+// What stands at the beginning of memory that texts lie in: how many texts hold it, and an array that it is.
+struct Holders {
+    std::uint32_t holders;
 
-    char* bytes() { return reinterpret_cast<char*>(this + 1); }
-    [[nodiscard]] std::size_t capacity() const { return can_grow != 0 ? capacity_in_front() : size; }
-
-    static TextBlock* make(std::size_t size) {
-        return new (allocate(size)) TextBlock{1, 0, static_cast<std::uint32_t>(size)};
-    }
-    static TextBlock* make_growing(std::size_t size) {
-        const std::size_t capacity = size + size / 2;
-        char* const memory = static_cast<char*>(allocate(front + capacity));
-        std::memcpy(memory, &capacity, sizeof capacity);
-        return new (memory + front) TextBlock{1, 1, static_cast<std::uint32_t>(size)};
-    }
-    static void destroy(TextBlock* block) {
-        std::free(reinterpret_cast<char*>(block) - (block->can_grow != 0 ? front : 0));
-    }
-
-  private:
-    static constexpr std::size_t front = sizeof(std::size_t);
-
-    static void* allocate(std::size_t size) {
-        constexpr std::size_t largest = std::numeric_limits<std::uint32_t>::max() - sizeof(TextBlock) - front;
-        void* const memory = size > largest ? nullptr : std::malloc(sizeof(TextBlock) + size);
-        if (memory == nullptr) throw std::bad_alloc();
-        return memory;
-    }
-    [[nodiscard]] std::size_t capacity_in_front() const {
-        std::size_t capacity = 0;
-        std::memcpy(&capacity, reinterpret_cast<const char*>(this) - front, sizeof capacity);
-        return capacity;
+    static void let_go(Holders* memory) {
+        if (--memory->holders == 0) std::free(static_cast<void*>(memory));
     }
 };
 
 namespace {
+
+void* allocate(std::size_t size) {
+    void* const memory = std::malloc(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+// A text that has memory of its own, which begins with this. One that was appended to has room for more.
+struct TextBlock : Holders {
+    std::uint32_t capacity;
+
+    static char* make(std::size_t capacity) {
+        if (capacity > std::numeric_limits<std::uint32_t>::max() - sizeof(TextBlock)) throw std::bad_alloc();
+        auto* const block =
+            new (allocate(sizeof(TextBlock) + capacity)) TextBlock{{1}, static_cast<std::uint32_t>(capacity)};
+        return reinterpret_cast<char*>(block + 1);
+    }
+    static TextBlock& before(char* bytes) { return *(reinterpret_cast<TextBlock*>(bytes) - 1); }
+};
+
+Holders* memory_of(char* bytes, std::size_t offset) { return reinterpret_cast<Holders*>(bytes - offset); }
 
 // Arrays that are to be freed while another one is.
 ArrayBlock* waiting = nullptr;
@@ -56,77 +48,86 @@ bool draining = false;
 
 }  // namespace
 
-// An array of a size known when it is made holds its elements right behind its header, in one allocation: the
-// rows of a result are such. One that grows moves its elements to storage of their own.
-struct ArrayBlock {
-    std::uint32_t references;
-    std::uint32_t capacity;
-    std::uint32_t size;
-    std::uint32_t own_storage;
-    Value* elements;
+// An array of a size known when it is made holds its elements right behind its header, in one allocation, and
+// an array of texts their bytes behind those: the rows of a result are such. One that grows moves its
+// elements to storage of their own, whose place stands where they were.
+struct ArrayBlock : Holders {
+    struct Use {
+        std::uint32_t references;
+        std::uint32_t capacity;
+    };
 
-    static constexpr std::size_t header_size() {
-        return (sizeof(ArrayBlock) + alignof(Value) - 1) / alignof(Value) * alignof(Value);
+    std::uint32_t size : 31;
+    std::uint32_t own_storage : 1;
+    union {
+        Use use;
+        ArrayBlock* next_waiting;  // once nobody refers to it
+    };
+
+    [[nodiscard]] Value* inside() { return reinterpret_cast<Value*>(this + 1); }
+    [[nodiscard]] Value* elements() {
+        if (own_storage == 0) return inside();
+        Value* outside = nullptr;
+        std::memcpy(&outside, static_cast<void*>(this + 1), sizeof outside);
+        return outside;
+    }
+    // Where the bytes of texts begin.
+    static constexpr std::size_t size_of(std::size_t capacity) {
+        return sizeof(ArrayBlock) + std::max(capacity * sizeof(Value), sizeof(Value*));
     }
 
-    static ArrayBlock* make(std::size_t size) {
-        if (size > std::numeric_limits<std::uint32_t>::max() / sizeof(Value)) throw std::bad_alloc();
-        void* memory = std::malloc(header_size() + size * sizeof(Value));
-        if (memory == nullptr) throw std::bad_alloc();
-        auto* elements = reinterpret_cast<Value*>(static_cast<char*>(memory) + header_size());
-        const auto count = static_cast<std::uint32_t>(size);
-        auto* block = new (memory) ArrayBlock{1, count, count, 0, elements};
-        for (std::size_t i = 0; i < size; ++i) new (elements + i) Value();
-        return block;
+    // Has no element yet.
+    static ArrayBlock* make(std::size_t capacity, std::size_t text_size) {
+        if (capacity > std::numeric_limits<std::uint32_t>::max() / sizeof(Value)) throw std::bad_alloc();
+        return new (allocate(size_of(capacity) + text_size))
+            ArrayBlock{{1}, 0, 0, {{1, static_cast<std::uint32_t>(capacity)}}};
     }
+    // An element more, of which there is room.
+    template <class... From>
+    void add(From&&... from) {
+        new (elements() + size) Value(std::forward<From>(from)...);
+        be_of_size(size + std::size_t{1});
+    }
+    void be_of_size(std::size_t elements) { size = elements & largest; }
 
     void grow() {
-        const std::size_t wanted = capacity < 4 ? 8 : std::size_t{capacity} * 2;
-        if (wanted > std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
+        const std::size_t wanted = use.capacity < 4 ? 8 : std::size_t{use.capacity} * 2;
+        if (wanted > std::min<std::size_t>(largest, std::numeric_limits<std::size_t>::max() / sizeof(Value)))
+            throw std::bad_alloc();
         // Values are moved as bytes: they hold no pointer into themselves.
-        void* memory = own_storage != 0 ? std::realloc(static_cast<void*>(elements), wanted * sizeof(Value))
-                                        : std::malloc(wanted * sizeof(Value));
+        void* const before = elements();
+        void* const memory = own_storage != 0 ? std::realloc(before, wanted * sizeof(Value))
+                                              : std::malloc(wanted * sizeof(Value));
         if (memory == nullptr) throw std::bad_alloc();
-        if (own_storage == 0) std::memcpy(memory, static_cast<const void*>(elements), size * sizeof(Value));
-        elements = static_cast<Value*>(memory);
+        if (own_storage == 0) std::memcpy(memory, before, size * sizeof(Value));
+        std::memcpy(static_cast<void*>(this + 1), &memory, sizeof memory);
         own_storage = 1;
-        capacity = static_cast<std::uint32_t>(wanted);
+        use.capacity = static_cast<std::uint32_t>(wanted);
     }
 
     // Nested arrays are freed one after another instead of one inside another, so that depth costs no stack.
     // Those that wait are chained through themselves, so that freeing needs no memory.
     static void destroy(ArrayBlock* block) {
         if (draining) {
-            block->wait_before(waiting);
+            block->next_waiting = waiting;
             waiting = block;
             return;
         }
         draining = true;
         for (;;) {
-            for (std::uint32_t i = 0; i < block->size; ++i) block->elements[i].~Value();
-            if (block->own_storage != 0) std::free(static_cast<void*>(block->elements));
-            std::free(static_cast<void*>(block));
+            Value* const elements = block->elements();
+            for (std::uint32_t i = 0; i < block->size; ++i) elements[i].~Value();
+            if (block->own_storage != 0) std::free(static_cast<void*>(elements));
+            let_go(block);
             if (waiting == nullptr) break;
             block = waiting;
-            waiting = block->next_waiting();
+            waiting = block->next_waiting;
         }
         draining = false;
     }
 
-    // Nobody asks for the references and the capacity of an array that waits: the next one stands there.
-    struct Waiting {
-        ArrayBlock* next;
-    };
-    void wait_before(ArrayBlock* next) {
-        const Waiting place{next};
-        static_assert(sizeof place <= sizeof references + sizeof capacity);
-        std::memcpy(static_cast<void*>(this), &place, sizeof place);
-    }
-    [[nodiscard]] ArrayBlock* next_waiting() const {
-        Waiting place{};
-        std::memcpy(&place, static_cast<const void*>(this), sizeof place);
-        return place.next;
-    }
+  private:
+    static constexpr std::uint32_t largest = 0x7FFFFFFF;
 };
 
 struct CodeBlock {
@@ -146,17 +147,48 @@ Value Value::text_of_size(std::size_t size) {
     if (size <= inline_text_size) {
         made.small_ = static_cast<std::uint8_t>(size);
     } else {
-        made.payload_.text = TextBlock::make(size);
-        made.small_ = long_text;
-        std::memset(made.payload_.text->bytes(), 0, size);
+        char* const bytes = TextBlock::make(size);
+        std::memset(bytes, 0, size);
+        made.be_long_text(bytes, sizeof(TextBlock), size);
     }
     return made;
 }
 
 Value Value::array_of_size(std::size_t size) {
     Value made;
-    made.payload_.array = ArrayBlock::make(size);
+    made.payload_.array = ArrayBlock::make(size, 0);
     made.kind_ = Kind::array;
+    for (std::size_t i = 0; i < size; ++i) made.payload_.array->add();
+    return made;
+}
+
+Value Value::array_of_texts(std::span<const std::string_view> texts) {
+    constexpr std::size_t furthest = std::numeric_limits<std::uint16_t>::max();
+    const std::size_t begin = ArrayBlock::size_of(texts.size());
+    std::size_t end = begin;
+    for (const std::string_view text : texts) {
+        if (text.size() > inline_text_size && end <= furthest) end += text.size();
+    }
+    Value made;
+    ArrayBlock& block = *(made.payload_.array = ArrayBlock::make(texts.size(), end - begin));
+    made.kind_ = Kind::array;
+    std::size_t count = 0;
+    std::size_t offset = begin;
+    for (const std::string_view text : texts) {
+        Value* const place = block.inside() + count;
+        if (text.size() <= inline_text_size || offset > furthest) {
+            block.be_of_size(count);  // should there be no memory for this one
+            new (place) Value(text);
+        } else {
+            char* const bytes = reinterpret_cast<char*>(&block) + offset;
+            std::memcpy(bytes, text.data(), text.size());
+            (new (place) Value())->be_long_text(bytes, offset, text.size());
+            ++block.holders;
+            offset += text.size();
+        }
+        ++count;
+    }
+    block.be_of_size(count);
     return made;
 }
 
@@ -181,7 +213,7 @@ std::span<Value> Value::items() const& {
         wrong_kind(Kind::array);
         return {};
     }
-    return {payload_.array->elements, payload_.array->size};
+    return {payload_.array->elements(), payload_.array->size};
 }
 
 std::size_t Value::size() const {
@@ -193,7 +225,7 @@ std::size_t Value::size() const {
 
 Value& Value::operator[](std::size_t index) const& {
     if (kind_ == Kind::array && index >= 1 && index <= payload_.array->size) {
-        return payload_.array->elements[index - 1];
+        return payload_.array->elements()[index - 1];
     }
     bound_error(Subcode::array_access, *this, index);
     static Value nobodys;
@@ -203,9 +235,8 @@ Value& Value::operator[](std::size_t index) const& {
 void Value::push(Value element) const {
     if (kind_ != Kind::array) return wrong_kind(Kind::array);
     ArrayBlock& block = *payload_.array;
-    if (block.size == block.capacity) block.grow();
-    new (block.elements + block.size) Value(std::move(element));
-    ++block.size;
+    if (block.size == block.use.capacity) block.grow();
+    block.add(std::move(element));
 }
 
 Value Value::eval(Args args) const {
@@ -220,8 +251,8 @@ std::span<char> Value::writable_text() & {
         return {};
     }
     if (small_ != long_text) return {short_text(), small_};
-    if (payload_.text->references > 1) set_long_text(std::string(long_view()));
-    return {payload_.text->bytes(), payload_.text->size};
+    if (memory_of(payload_.text, text_offset())->holders > 1) set_long_text(long_view());
+    return {payload_.text, long_size()};
 }
 
 void Value::append(std::string_view more) {
@@ -234,19 +265,19 @@ void Value::append(std::string_view more) {
         small_ = static_cast<std::uint8_t>(size);
         return;
     }
-    if (small_ == long_text && payload_.text->references == 1 && size <= payload_.text->capacity()) {
-        std::memmove(payload_.text->bytes() + now.size(), more.data(), more.size());
-        payload_.text->size = static_cast<std::uint32_t>(size);
-        return;
+    if (small_ == long_text && text_offset() == sizeof(TextBlock)) {
+        const TextBlock& block = TextBlock::before(payload_.text);
+        if (block.holders == 1 && size <= block.capacity) {
+            std::memmove(payload_.text + now.size(), more.data(), more.size());
+            return set_long_size(static_cast<std::uint32_t>(size));
+        }
     }
     // `more` may be a part of this very text, so the old text is let go of last.
-    TextBlock* block = TextBlock::make_growing(size);
-    std::memcpy(block->bytes(), now.data(), now.size());
-    std::memcpy(block->bytes() + now.size(), more.data(), more.size());
+    char* const bytes = TextBlock::make(size + size / 2);
+    std::memcpy(bytes, now.data(), now.size());
+    std::memcpy(bytes + now.size(), more.data(), more.size());
     Value grown;
-    grown.kind_ = Kind::character;
-    grown.small_ = long_text;
-    grown.payload_.text = block;
+    grown.be_long_text(bytes, sizeof(TextBlock), size);
     swap(grown);
 }
 
@@ -273,24 +304,29 @@ bool Value::same(const Value& other) const noexcept {
     return false;
 }
 
-std::string_view Value::long_view() const noexcept { return {payload_.text->bytes(), payload_.text->size}; }
-
-void Value::set_long_text(std::string_view text) {
-    TextBlock* block = TextBlock::make(text.size());
-    std::memcpy(block->bytes(), text.data(), text.size());
-    if (counted()) release();
-    payload_.text = block;
+void Value::be_long_text(char* bytes, std::size_t offset, std::size_t size) noexcept {
+    const auto distance = static_cast<std::uint16_t>(offset);
     kind_ = Kind::character;
     small_ = long_text;
+    std::memcpy(inline_, &distance, sizeof distance);
+    set_long_size(static_cast<std::uint32_t>(size));
+    payload_.text = bytes;
+}
+
+void Value::set_long_text(std::string_view text) {
+    char* const bytes = TextBlock::make(text.size());
+    std::memcpy(bytes, text.data(), text.size());
+    if (counted()) release();
+    be_long_text(bytes, sizeof(TextBlock), text.size());
 }
 
 void Value::retain() const noexcept {
     switch (kind_) {
         case Kind::character:
-            ++payload_.text->references;
+            ++memory_of(payload_.text, text_offset())->holders;
             break;
         case Kind::array:
-            ++payload_.array->references;
+            ++payload_.array->use.references;
             break;
         case Kind::object:
             ++payload_.object->references_;
@@ -306,10 +342,10 @@ void Value::retain() const noexcept {
 void Value::release() noexcept {
     switch (kind_) {
         case Kind::character:
-            if (--payload_.text->references == 0) TextBlock::destroy(payload_.text);
+            Holders::let_go(memory_of(payload_.text, text_offset()));
             break;
         case Kind::array:
-            if (--payload_.array->references == 0) ArrayBlock::destroy(payload_.array);
+            if (--payload_.array->use.references == 0) ArrayBlock::destroy(payload_.array);
             break;
         case Kind::object:
             if (payload_.object->references_ == 1) payload_.object->last_release();

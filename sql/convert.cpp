@@ -36,11 +36,21 @@ constexpr std::array<char, 200> digit_pairs = make_digit_pairs();
 // would write it.
 class Text {
   public:
-    [[nodiscard]] std::string_view view() const {
-        return {begin_, static_cast<std::size_t>(bytes_ + text_size - begin_)};
-    }
+    // The text is written into `room`, of text_size bytes.
+    explicit Text(char* room) : begin_(room + text_size), end_(begin_) {}
+
+    [[nodiscard]] std::string_view view() const { return {begin_, static_cast<std::size_t>(end_ - begin_)}; }
 
     void put(char c) { *--begin_ = c; }
+    void put(std::string_view text) {
+        begin_ -= text.size();
+        std::copy(text.begin(), text.end(), begin_);
+    }
+    // "%02d" of a number below 100.
+    void put_pair(std::uint64_t pair) {
+        begin_ -= 2;
+        std::memcpy(begin_, &digit_pairs[2 * static_cast<std::size_t>(pair)], 2);
+    }
     // "%u"
     void put_digits(std::uint64_t number) {
         for (; number >= 100; number /= 100) put_pair(number % 100);
@@ -110,13 +120,9 @@ class Text {
         return number < 0 ? -static_cast<std::uint64_t>(number) : static_cast<std::uint64_t>(number);
     }
     void put_digit(std::uint64_t digit) { put(static_cast<char>('0' + digit)); }
-    void put_pair(std::uint64_t pair) {
-        begin_ -= 2;
-        std::memcpy(begin_, &digit_pairs[2 * static_cast<std::size_t>(pair)], 2);
-    }
 
-    char bytes_[text_size];
-    char* begin_ = bytes_ + text_size;
+    char* begin_;
+    char* end_;
 };
 
 std::string_view until_zero(std::string_view text) {
@@ -127,70 +133,78 @@ std::string_view until_zero(std::string_view text) {
                : text.substr(0, static_cast<std::size_t>(static_cast<const char*>(zero) - text.data()));
 }
 
-Value convert_text(const XSQLVAR& column) { return until_zero({column.sqldata, length_of(column)}); }
+std::string_view convert_text(const XSQLVAR& column) {
+    return until_zero({column.sqldata, length_of(column)});
+}
 
-Value convert_varying(const XSQLVAR& column) {
+std::string_view convert_varying(const XSQLVAR& column) {
     const std::size_t declared = length_of(column);
     const std::size_t present = std::min<std::size_t>(read_as<std::uint16_t>(column.sqldata), declared);
     char* const text = column.sqldata + sizeof(std::uint16_t);
     const std::size_t used = until_zero({text, present}).size();
     std::memset(text + used, ' ', declared - used);
-    return std::string_view(text, declared);
+    return {text, declared};
 }
 
-Value convert_scaled(std::int32_t number, int decimals) {
+std::string_view convert_scaled(std::int32_t number, int decimals, Text text) {
     constexpr int most_decimals = 18;
     decimals = std::min(decimals, most_decimals);
     std::int64_t tens = 1;
     for (int i = 0; i < decimals; ++i) tens *= 10;
-    Text text;
     text.put_field(number % tens, decimals);
     text.put('.');
     text.put_number(number / tens);
     return text.view();
 }
 
-Value convert_whole(std::int32_t number) {
-    Text text;
+std::string_view convert_whole(std::int32_t number, Text text) {
     text.put_number(number);
     return text.view();
 }
 
-Value convert_float(float number) {
-    Text text;
+std::string_view convert_float(float number, Text text) {
     text.put_real(static_cast<double>(number), std::chars_format::general);
     return text.view();
 }
 
-Value convert_double(double number) {
-    Text text;
+std::string_view convert_double(double number, Text text) {
     text.put_six_decimals(number);
     return text.view();
 }
 
-Value convert_timestamp(const XSQLVAR& column) {
-    constexpr unsigned fractions = 10000;
-    const auto stamp = read_as<ISC_TIMESTAMP>(column.sqldata);
+Day day_of(const ISC_TIMESTAMP& stamp) {
     std::tm calendar{};
     client().decode_timestamp(&stamp, &calendar);
-    Text text;
-    text.put_field(stamp.timestamp_time % fractions, 4);
-    text.put('.');
-    text.put_field(calendar.tm_sec, 2);
-    text.put(':');
-    text.put_field(calendar.tm_min, 2);
-    text.put(':');
-    text.put_field(calendar.tm_hour, 2);
+    char room[text_size];
+    Text text(room);
     text.put(' ');
     text.put_field(calendar.tm_mday, 2);
     text.put('-');
     text.put_field(std::int64_t{calendar.tm_mon} + 1, 2);
     text.put('-');
     text.put_field(std::int64_t{calendar.tm_year} + 1900, 4);
+    return {stamp.timestamp_date, std::string(text.view())};
+}
+
+std::string_view convert_timestamp(const XSQLVAR& column, Text text, Day& day) {
+    constexpr unsigned fractions = 10000;
+    const auto stamp = read_as<ISC_TIMESTAMP>(column.sqldata);
+    if (day.text.empty() || day.date != stamp.timestamp_date) day = day_of(stamp);
+    const unsigned seconds = stamp.timestamp_time / fractions;
+    text.put_field(stamp.timestamp_time % fractions, 4);
+    text.put('.');
+    text.put_pair(seconds % 60);
+    text.put(':');
+    text.put_pair(seconds / 60 % 60);
+    text.put(':');
+    text.put_field(seconds / 3600, 2);
+    text.put(day.text);
     return text.view();
 }
 
-Value convert_value(const XSQLVAR& column, const Value* last) {
+// The text of a column's value, where it was fetched to or in `text`; `last` for a type that is not
+// converted.
+std::string_view convert_value(const XSQLVAR& column, Text text, Day& day, std::string_view last) {
     if (is_null(column)) return "NULL";
     switch (type_of(column)) {
         case SQL_TEXT:
@@ -198,21 +212,22 @@ Value convert_value(const XSQLVAR& column, const Value* last) {
         case SQL_VARYING:
             return convert_varying(column);
         case SQL_SHORT:
-            return convert_whole(read_as<std::int16_t>(column.sqldata));
+            return convert_whole(read_as<std::int16_t>(column.sqldata), text);
         case SQL_LONG:
         case SQL_INT64: {
             // Little-endian: the first 32 bits of a BIGINT are its low word.
             const auto number = read_as<std::int32_t>(column.sqldata);
-            return column.sqlscale < 0 ? convert_scaled(number, -column.sqlscale) : convert_whole(number);
+            return column.sqlscale < 0 ? convert_scaled(number, -column.sqlscale, text)
+                                       : convert_whole(number, text);
         }
         case SQL_FLOAT:
-            return convert_float(read_as<float>(column.sqldata));
+            return convert_float(read_as<float>(column.sqldata), text);
         case SQL_DOUBLE:
-            return convert_double(read_as<double>(column.sqldata));
+            return convert_double(read_as<double>(column.sqldata), text);
         case SQL_TIMESTAMP:
-            return convert_timestamp(column);
+            return convert_timestamp(column, text, day);
         default:
-            return last == nullptr ? Value("") : *last;
+            return last;
     }
 }
 
@@ -236,14 +251,15 @@ std::string_view translate_type(int type) {
     }
 }
 
+RowConverter::RowConverter(std::span<const XSQLVAR> columns)
+    : columns_(columns), room_(columns.size() * text_size), texts_(columns.size()) {}
+
 Value RowConverter::convert() {
-    Value row = Value::array_of_size(columns_.size());
-    Value* slot = row.items().data();
-    for (const XSQLVAR& column : columns_) {
-        // Made in place of the NIL that is there: a value that is built and then moved is stored twice.
-        new (slot) Value(convert_value(column, last_));
-        last_ = slot++;
-    }
+    std::string_view last = last_ == nullptr ? std::string_view{} : last_->text();
+    for (std::size_t i = 0; i < columns_.size(); ++i)
+        last = texts_[i] = convert_value(columns_[i], Text(&room_[i * text_size]), day_, last);
+    Value row = Value::array_of_texts(texts_);
+    if (!columns_.empty()) last_ = &row.items().back();
     return row;
 }
 

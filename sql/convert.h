@@ -2,7 +2,9 @@
 #pragma once
 
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/value.h"
 #include "sql/client.h"
@@ -12,6 +14,12 @@ namespace zmfb::sql {
 /// The letter of a column type (its NULL flag cleared): "C", "N", "D", or one blank for a type that is not
 /// converted.
 std::string_view translate_type(int type);
+
+/// The day of a timestamp as a text. The next timestamp is often of the same day.
+struct Day {
+    ISC_DATE date = 0;
+    std::string text;  ///< with a blank behind it; "" for none yet
+};
 
 /// Makes rows of texts out of fetched rows, with these rules for a column's value:
 ///
@@ -27,13 +35,16 @@ std::string_view translate_type(int type);
 /// - Any other type: the text of the value converted before it, "" when there was none yet.
 class RowConverter {
   public:
-    explicit RowConverter(std::span<const XSQLVAR> columns) : columns_(columns) {}
+    explicit RowConverter(std::span<const XSQLVAR> columns);
 
-    /// The row that lies in the columns' buffer. The rows made before must still be there.
+    /// The row that lies in the columns' buffer, in one allocation. The row made before must still be there.
     host::Value convert();
 
   private:
     std::span<const XSQLVAR> columns_;
+    std::vector<char> room_;  // for the texts of numbers
+    std::vector<std::string_view> texts_;
+    Day day_;
     const host::Value* last_ = nullptr;
 };
 

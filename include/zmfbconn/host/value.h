@@ -1,9 +1,10 @@
 /// The value of the xBase runtime: one of NIL, character, numeric, logical, date, array, object, code block.
 ///
 /// A value is 16 bytes. Numbers, logicals, dates and texts of up to 14 bytes are held inside it; a longer
-/// text lives in one reference-counted block, copied when it is written to while shared. Arrays, objects and
-/// blocks are references: copying the value names the same thing once more. Moving never allocates, and
-/// leaves NIL. Texts are bytes (ISO-8859-1, zero bytes allowed). Everything here belongs to one thread.
+/// text lives in one reference-counted block, or together with an array of texts in that one's; it is copied
+/// when it is written to while shared. Arrays, objects and blocks are references: copying the value names the
+/// same thing once more. Moving never allocates, and leaves NIL. Texts are bytes (ISO-8859-1, zero bytes
+/// allowed). Everything here belongs to one thread.
 ///
 /// Accessors are checked: asking a value for another kind than it holds raises an argument error through the
 /// error block (host/error.h) and, should its handler return, answers "" , 0, .F. or the empty date.
@@ -29,7 +30,6 @@ namespace zmfb::host {
 class Value;
 class Args;
 class Object;
-struct TextBlock;
 struct ArrayBlock;
 struct CodeBlock;
 
@@ -124,6 +124,9 @@ class Value {
     static Value text_of_size(std::size_t size);
     /// An array of `size` NIL elements.
     static Value array_of_size(std::size_t size);
+    /// An array of copies of those texts, in one allocation as long as they are not beyond 64 KB together. A
+    /// text that is kept longer than the array keeps that allocation.
+    static Value array_of_texts(std::span<const std::string_view> texts);
     /// A code block with that body.
     static Value block(BlockFunction body);
 
@@ -230,7 +233,22 @@ class Value {
     [[nodiscard]] std::string_view raw_text() const noexcept {
         return small_ == long_text ? long_view() : std::string_view(short_text(), small_);
     }
-    [[nodiscard]] std::string_view long_view() const noexcept;
+    // Of a long text, inline_ has how far its bytes are from the beginning of their block, and their number.
+    [[nodiscard]] std::uint16_t text_offset() const noexcept {
+        std::uint16_t offset = 0;
+        std::memcpy(&offset, inline_, sizeof offset);
+        return offset;
+    }
+    [[nodiscard]] std::uint32_t long_size() const noexcept {
+        std::uint32_t size = 0;
+        std::memcpy(&size, inline_ + sizeof(std::uint16_t), sizeof size);
+        return size;
+    }
+    void set_long_size(std::uint32_t size) noexcept {
+        std::memcpy(inline_ + sizeof(std::uint16_t), &size, sizeof size);
+    }
+    [[nodiscard]] std::string_view long_view() const noexcept { return {payload_.text, long_size()}; }
+    void be_long_text(char* bytes, std::size_t offset, std::size_t size) noexcept;
     void set_long_text(std::string_view text);
     void retain() const noexcept;
     void release() noexcept;
@@ -243,7 +261,7 @@ class Value {
         double number;
         bool logical;
         std::int32_t day;
-        TextBlock* text;
+        char* text;
         ArrayBlock* array;
         Object* object;
         CodeBlock* block;
