@@ -14,4 +14,7 @@ std::span<const Command> select_commands();
 /// select.typed: reads the columns of the table PEOPLE as C++ types. sample.typed: the first rows, as texts.
 std::span<const Command> typed_commands();
 
+/// select.object: the same query by the plainest loop over the client's object interface.
+std::span<const Command> object_commands();
+
 }  // namespace zmfb::bench
