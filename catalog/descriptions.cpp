@@ -1,4 +1,5 @@
-#include <algorithm>
+#include <functional>
+#include <numeric>
 
 #include "catalog/comment.h"
 #include "catalog/existence.h"
@@ -26,8 +27,9 @@ Value description(Self& self, const Value& stmt) {
     if (!host::has_row(result)) return host::array_of("");
     Value row = host::data_rows(result)[0];
     const std::string_view text = row[1].text();
-    const bool ascii = std::none_of(text.begin(), text.end(), [](char c) { return (c & 0x80) != 0; });
-    if (!ascii && takes_comments_only(self)) row[1] = from_utf8(text);
+    // A search that stops at the first one takes the processor many times as long.
+    const char bits = std::accumulate(text.begin(), text.end(), '\0', std::bit_or<char>());
+    if ((bits & 0x80) != 0 && takes_comments_only(self)) row[1] = from_utf8(text);
     return row;
 }
 

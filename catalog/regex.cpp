@@ -2,6 +2,9 @@
 
 #include <regex.h>
 
+#include <optional>
+#include <utility>
+
 #include "catalog/methods.h"
 
 namespace zmfb::catalog {
@@ -30,16 +33,26 @@ class Regex {
     bool valid_ = false;
 };
 
+// The pattern that was compiled last: a structure asks for one and the same for each of its fields.
+const Regex& compiled(std::string pattern) {
+    static std::string last;
+    static std::optional<Regex> regex;
+    if (!regex || last != pattern) {
+        regex.emplace(pattern);
+        last = std::move(pattern);
+    }
+    return *regex;
+}
+
 std::string up_to_zero_byte(std::string_view text) { return std::string(text.substr(0, text.find('\0'))); }
 
 }  // namespace
 
 std::string matchregex(std::string_view str, std::string_view pattern) {
     const std::string subject = up_to_zero_byte(str);
-    const Regex regex(up_to_zero_byte(pattern));
     std::string out;
     regmatch_t groups[10];
-    if (!regex.match(subject, groups)) return out;
+    if (!compiled(up_to_zero_byte(pattern)).match(subject, groups)) return out;
     // Each group overwrites the one before: the last one stays. Positions wrap at 16 bits.
     for (std::size_t i = 1; i < std::size(groups) && groups[i].rm_so != -1; ++i) {
         out = substr(subject, static_cast<std::int16_t>(groups[i].rm_so + 1),

@@ -19,8 +19,12 @@ std::string_view without_leading(std::string_view s) {
     return s.substr(first);
 }
 
+// Values of VARCHAR columns come with thousands of blanks: they go by eights.
 std::string_view without_trailing(std::string_view s) {
+    constexpr std::string_view blanks = "        ";
     std::size_t size = s.size();
+    while (size >= blanks.size() && s.substr(size - blanks.size(), blanks.size()) == blanks)
+        size -= blanks.size();
     while (size > 0 && s[size - 1] == ' ') --size;
     return s.substr(0, size);
 }
