@@ -22,7 +22,10 @@ Value run(Self& self, std::string_view statement, const Placeholders& placeholde
 }  // namespace
 
 void Placeholders::add(std::string_view placeholder, const Value& value) {
-    array_.push(host::array_of(placeholder, value));
+    array_.push(
+        value.is(host::Kind::character)
+            ? Value::array_of_texts(std::initializer_list<std::string_view>{placeholder, value.text()})
+            : host::array_of(placeholder, value));
 }
 
 std::string filled(std::string_view statement, const Placeholders& placeholders) {

@@ -35,17 +35,26 @@ char* put(char* to, std::string_view part) {
 
 Value replaced(const Value& s, const Replacement& r) {
     std::uint64_t hits = 0;
-    r.for_each([&](std::size_t) { ++hits; });
+    std::size_t last = 0;
+    r.for_each([&](std::size_t at) {
+        ++hits;
+        last = at;
+    });
     if (hits == 0) return s;
     const std::uint64_t size = r.text.size() - hits * r.search.size() + hits * r.replace.size();
     if (size > max_text_size) return string_overflow("STRTRAN");
     Value made = Value::text_of_size(static_cast<std::size_t>(size));
     char* to = made.writable_text().data();
     std::size_t done = 0;
-    r.for_each([&](std::size_t at) {
+    const auto put_up_to = [&](std::size_t at) {
         to = put(put(to, r.text.substr(done, at - done)), r.replace);
         done = at + r.search.size();
-    });
+    };
+    if (hits == 1) {
+        put_up_to(last);  // not looked for again
+    } else {
+        r.for_each(put_up_to);
+    }
     put(to, r.text.substr(done));
     return made;
 }

@@ -47,6 +47,10 @@ std::string next_word(std::string_view& text, Comments comments) {
 }
 
 bool creates_a_database(std::string_view statement, Comments comments) {
+    // Nearly every statement begins with a letter that settles it.
+    const char first = statement.empty() ? 'C' : statement.front();
+    if ((first >= 'A' && first <= 'Z' && first != 'C') || (first >= 'a' && first <= 'z' && first != 'c'))
+        return false;
     if (next_word(statement, comments) != "CREATE") return false;
     const std::string what = next_word(statement, comments);
     return what == "DATABASE" || what == "SCHEMA";
