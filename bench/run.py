@@ -36,6 +36,7 @@ BENCHMARKS = {
     "export-tool": (exporting.write_out, True),
     "locks": (record_locks.lock, True),
     "areas": (areas.areas, True),
+    "browse": (areas.browse, True),
     "call": (calls.by_name, False),
     "matrix": (extraction.extract, True),
     "growth": (growth.select, False),

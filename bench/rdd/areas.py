@@ -1,4 +1,5 @@
-"""Work areas: a table walked through, sought in, changed and appended to by the operations of the language."""
+"""Work areas: a table walked through, sought in, changed and appended to by the operations of the language, and looked
+through page by page."""
 from bench.support.measure import Row, Target, paired
 from bench.support.processes import Failure
 from bench.support.stage import EMBEDDED
@@ -74,4 +75,42 @@ def areas(stage):
             rows += _write(stage, worker, where, "a record locked, changed, committed, unlocked", "areas.change")
             rows += _write(stage, worker, where, "a record appended", "areas.append")
             worker.ask("areas.close")
+    return rows
+
+
+def _pages(stage, worker, where, what, command, shown, **fields):
+    seen = {}
+
+    def ask(name):
+        reply = worker.ask(name, **fields)
+        if seen.setdefault("rows", reply["rows"]) != reply["rows"]:
+            raise Failure(f"{name} sees {reply['rows']} rows instead of {seen['rows']}")
+        seen[name] = reply["codes"]
+        return reply["seconds"] / shown * 1e3
+    seconds = paired(max(stage.options.runs, stage.options.short_runs), {
+        "bare": lambda: ask(command + ".bare"),
+        "ours": lambda: ask(command),
+    }, stage.progress)
+    if command == "browse.further" and seen[command] != seen[command + ".bare"]:
+        raise Failure(f"{command} sees other rows than the bare client")
+    yield Row(what, where, "bare client, prepared select", seconds["ours"], seconds["bare"], Target(at_most=2.0), "ms")
+
+
+def browse(stage):
+    """Pages of a screen against the bare query of each."""
+    rows = []
+    file = stage.copy()
+    records = stage.options.records
+    pages = min(200, records // 47 - 1)
+    with stage.worker() as worker:
+        worker.ask("attach", database=stage.name(file, EMBEDDED))
+        worker.ask("areas.make", records=records)
+    for where in stage.wheres():
+        with stage.worker() as worker:
+            worker.ask("attach", database=stage.name(stage.copy(file), where))
+            worker.ask("browse.open")
+            rows += _pages(stage, worker, where, f"a page further in an order of {records:,} records", "browse.further",
+                           pages, pages=pages, records=records)
+            rows += _pages(stage, worker, where, "to the end and back, each a page", "browse.ends", 40, times=20)
+            worker.ask("browse.close")
     return rows

@@ -15,5 +15,10 @@ namespace zmfb::bench {
 /// areas.change.bare, areas.append.bare: the same statements by the bare client, learned from one such
 /// change.
 std::span<const Command> area_commands();
+/// Pages as "zmfb browse" reads them, of the table that areas.make has made, in the order CODE. browse.open,
+/// browse.close: the window that the others use. browse.further: so many pages on from the top; browse.ends:
+/// to the end and back to the top, so many times. The same with .bare: a prepared select of the bare client
+/// for each page, on a plain index.
+std::span<const Command> browse_commands();
 
 }  // namespace zmfb::bench

@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
     const std::span<const Command> tables[] = {common_commands(), stage_commands(),   select_commands(),
                                                typed_commands(),  object_commands(),  import_commands(),
                                                export_commands(), convert_commands(), lock_commands(),
-                                               matrix_commands(), area_commands()};
+                                               matrix_commands(), area_commands(),    browse_commands()};
     const int status = serve(tables);
     clear_stage();
     return status;

@@ -24,6 +24,7 @@ class AreaSource final : public Source {
     std::optional<std::int64_t> count() override;
     std::int64_t place(std::int64_t number) override;
     void filter(const std::string& condition) override { area_.filter(condition); }
+    [[nodiscard]] std::optional<Name> table() const override { return Name(area_.table()); }
     Area* area() override { return &area_; }
 
   private:

@@ -9,6 +9,7 @@
 #include "tool/browse/lock_view.h"
 #include "tool/browse/prompt.h"
 #include "tool/browse/text_window.h"
+#include "tool/catalog.h"
 #include "tool/interrupt.h"
 #include "tool/name.h"
 #include "zmfbconn/area_error.h"
@@ -71,6 +72,7 @@ std::vector<Binding> Browse::bindings() const {
         add(key(U'f'), "f", "leaves in what fits a condition in SQL", &Browse::filter);
         add(key(U'g'), "g", source_.area() != nullptr ? "to a record by its number" : "to a row by its place",
             &Browse::go_to_record);
+        add(key(U'e'), "e", "writes what is seen into a CSV or DBF file", &Browse::export_rows);
     }
     add(key(U'l'), "l", "locks and registrations, live", &Browse::show_locks);
     add(Key::f5, "F5", "reads the rows anew and counts them", &Browse::reload);
@@ -152,10 +154,14 @@ bool Browse::attempt(const std::function<void()>& work) {
     return false;
 }
 
+// A connection that is lost ends the list of tables, too; a table that has gone does not.
 void Browse::require_there(const SqlError& error) {
     if (is_lost(error))
         throw Lost{{Exit::failed, fmt::format("the connection to {} is lost", session_.options().database),
                     error.message()}};
+    const std::optional<Name> table = source_.table();
+    if (table && !is_there(session_.connection(), ObjectKind::relation, *table))
+        throw Failure{Exit::failed, fmt::format("{} is not there any more", table->shown()), error.message()};
 }
 
 // What takes long is done when nobody types, and given up when somebody does.

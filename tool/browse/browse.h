@@ -74,6 +74,7 @@ class Browse {
     void seek_on();
     void filter();
     void go_to_record();
+    void export_rows();
     void back() { left_ = Left::back; }
     void quit() { left_ = Left::quit; }
     void reload();

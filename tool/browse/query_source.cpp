@@ -52,6 +52,11 @@ QuerySource::QuerySource(zmFBConn& connection, std::string query)
     for (const Column& column : run_->statement.columns()) columns_.push_back(shown_column(column));
 }
 
+QuerySource::QuerySource(zmFBConn& connection, const Name& table)
+    : QuerySource(connection, "select * from " + table.quoted()) {
+    table_ = table;
+}
+
 QuerySource::~QuerySource() = default;
 
 std::unique_ptr<QuerySource::Run> QuerySource::run(const std::string& query) const {

@@ -15,12 +15,15 @@ class QuerySource final : public NumberedSource {
   public:
     /// `query` is a SELECT (UTF-8). Throws Failure when it returns no rows.
     QuerySource(zmFBConn& connection, std::string query);
+    /// All columns and rows of a table.
+    QuerySource(zmFBConn& connection, const Name& table);
     ~QuerySource() override;
 
     Cell whole(std::int64_t number, std::size_t column) override;
     std::optional<std::int64_t> known_count() const override;
     void filter(const std::string& condition) override;
     void read_anew() override;
+    [[nodiscard]] std::optional<Name> table() const override { return table_; }
     [[nodiscard]] std::string query() const override;
 
   protected:
@@ -35,6 +38,7 @@ class QuerySource final : public NumberedSource {
 
     zmFBConn& connection_;
     std::string query_, condition_;
+    std::optional<Name> table_;
     std::unique_ptr<Run> run_;  // none when all rows are read
     std::unique_ptr<Spool> read_;
 };

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tool/name.h"
 #include "tool/rows/row_writer.h"
 #include "zmfbconn/area.h"
 #include "zmfbconn/method_types.h"
@@ -80,7 +81,9 @@ class Source {
     virtual void filter(const std::string&) {}
     /// What was kept of rows that were read is given up.
     virtual void read_anew() {}
-    /// The query that the rows are of; "" for those of a table.
+    /// The table that the rows are of; nothing for those of another query.
+    [[nodiscard]] virtual std::optional<Name> table() const { return std::nullopt; }
+    /// The query that the rows are of; "" for those of an area.
     [[nodiscard]] virtual std::string query() const { return ""; }
     /// The rows are ordered and changed through it; nullptr for rows that are only read.
     virtual Area* area() { return nullptr; }

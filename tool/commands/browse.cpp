@@ -32,7 +32,7 @@ std::unique_ptr<browse::Source> source_of(zmFBConn& connection, const Table& tab
         const OpenMode mode = read_only ? OpenMode::read_only : OpenMode::shared;
         return std::make_unique<browse::AreaSource>(connection, table.name.text(), mode);
     }
-    return std::make_unique<browse::QuerySource>(connection, "select * from " + table.name.quoted());
+    return std::make_unique<browse::QuerySource>(connection, table.name);
 }
 
 std::string title_of(const browse::Source& source, const std::string& name, bool read_only) {
