@@ -33,9 +33,9 @@ const CLI::App& innermost(const CLI::App& app) {
 }
 
 // "zmfb matrix check"
-std::string typed_name(const CLI::App& command) {
+std::string full_name(const CLI::App& command) {
     const CLI::App* const outer = command.get_parent();
-    return (outer == nullptr ? "" : typed_name(*outer) + " ") + command.get_name();
+    return (outer == nullptr ? "" : full_name(*outer) + " ") + command.get_name();
 }
 
 // The words that no command takes.
@@ -225,7 +225,7 @@ int CommandLine::run(int argc, char** argv) {
 Exit CommandLine::answer(const CLI::ParseError& problem) const {
     if (problem.get_exit_code() == 0) return app_->exit(problem) == 0 ? Exit::ok : Exit::usage;
     const CLI::App& command = innermost(*app_);
-    const std::string name = typed_name(command);
+    const std::string name = full_name(command);
     std::string message = problem.what(), meant;
     const std::vector<std::string> words = unknown_words(*app_);
     const std::string option = unknown_option(*app_);

@@ -36,6 +36,16 @@ std::string_view line_below(std::string_view message, std::string_view words) {
     return message.substr(0, message.find('\n'));
 }
 
+// What a line of the message has between these words.
+std::string_view between(std::string_view message, std::string_view before, std::string_view behind) {
+    const std::size_t end = message.find(behind);
+    if (end == std::string_view::npos) return {};
+    message = message.substr(0, end);
+    message.remove_prefix(message.rfind('\n') + 1);
+    const std::size_t start = message.find(before);
+    return start == std::string_view::npos ? std::string_view() : message.substr(start + before.size());
+}
+
 // The last part of "C.NAEM", without quotes.
 std::string last_part(std::string_view name) {
     std::string part(name.substr(name.find_last_of('.') + 1));
@@ -70,8 +80,10 @@ std::vector<std::string> plain_columns(zmFBConn& connection, std::string_view st
 }
 
 std::string meant_instead(zmFBConn& connection, std::string_view statement, std::string_view message) {
-    const std::string column = last_part(line_below(message, "Column unknown"));
-    const std::string table = last_part(line_below(message, "Table unknown"));
+    std::string column = last_part(line_below(message, "Column unknown"));
+    std::string table = last_part(line_below(message, "Table unknown"));
+    if (column.empty()) column = last_part(between(message, "column ", " does not exist in table"));
+    if (table.empty()) table = last_part(between(message, "Table ", " does not exist"));
     const std::string nearest = !column.empty()  ? nearest_name(column, plain_columns(connection, statement))
                                 : !table.empty() ? nearest_name(table, plain_tables(connection))
                                                  : "";

@@ -54,6 +54,8 @@ TEST_F(QueryCommand, AMistypedTableOrColumnGetsASuggestion) {
         {"query", "select code from custmers", "CUSTOMERS"},
         {"exec", "update customers set coed = 1", "CODE"},
         {"exec", "insert into custommers (code) values (1)", "CUSTOMERS"},
+        {"exec", "drop table custommers", "CUSTOMERS"},
+        {"exec", "alter table customers drop nmae", "NAME"},
     };
     for (const auto& [command, statement, meant] : cases) {
         const Finished run = on(path, {command, statement});
