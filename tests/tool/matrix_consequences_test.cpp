@@ -267,8 +267,14 @@ TEST_F(MatrixConsequences, ApplyChangesNothingWhenSomethingWillBeRefused) {
                                                {"--json", "matrix", "apply", "--yes", file_name}}) {
         const Finished run = on(path, words, "y\n");
         EXPECT_EQ(run.status, 1);
-        EXPECT_TRUE(run.err.starts_with("error: nothing was changed: ")) << run.err;
-        EXPECT_NE(run.err.find("\n  VIEWED.NAME: in use by view NAMES\n"), std::string::npos) << run.err;
+        const bool is_json = words[0] == "--json";
+        EXPECT_TRUE(run.err.starts_with(is_json ? "{\"error\":\"nothing was changed: "
+                                                : "error: nothing was changed: "))
+            << run.err;
+        EXPECT_NE(run.err.find(is_json ? "VIEWED.NAME: in use by view NAMES"
+                                       : "\n  VIEWED.NAME: in use by view NAMES\n"),
+                  std::string::npos)
+            << run.err;
     }
     const auto without_dates = [](std::string text) {
         for (std::size_t at = text.find("   Data: "); at != std::string::npos;
