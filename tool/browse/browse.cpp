@@ -254,10 +254,15 @@ void Browse::draw() {
     screen_.put(rows - 2, 0, width, status(), Look::bar);
 }
 
+// Long words take lines above the last one, too.
 void Browse::draw_message() {
-    screen_.put(screen_.rows() - 1, 0, screen_.columns(),
-                " " + (message_.words.empty() ? hints() : message_.words),
-                message_.is_problem ? Look::problem : Look::plain);
+    const int width = screen_.columns();
+    const std::vector<std::string> lines =
+        lines_of(message_.words.empty() ? hints() : message_.words, width - 1);
+    const int count = std::min(static_cast<int>(lines.size()), screen_.rows() / 2);
+    for (int i = 0; i < count; ++i)
+        screen_.put(screen_.rows() - count + i, 0, width, " " + lines[static_cast<std::size_t>(i)],
+                    message_.is_problem ? Look::problem : Look::plain);
 }
 
 }  // namespace zmfb::tool::browse

@@ -79,7 +79,6 @@ Exit watch_command(Session& session, std::size_t refresh) {
     }
     zmFBConn& connection = session.connection();
     (void)locks_of(connection);  // what is wrong is said before the screen is taken
-    session.show_raised(Raised::silent);
     browse::Screen screen;
     browse::show_locks(screen, connection, std::chrono::seconds(refresh));
     return Exit::ok;

@@ -147,10 +147,14 @@ TEST_F(Editing, OfARecordThatWentMeanwhileSaysSo) {
 TEST_F(Editing, SaysWhoHasTheRecordAndWaitsForItIfWanted) {
     Area till(connection(), "CUSTOMERS", {.alias = "TILL"});
     std::optional<Held> held = till.lock();
-    const auto shown = at_column("NAME", {}, 120);
+    const auto shown = at_column("NAME", {}, 200);
     shown->press({"Enter"});
-    const std::string words = "record 1 is in use by " + Holder(till.id()).words() + ", seen since ";
-    shown->expect(words);
+    shown->expect("record 1 is in use by " + Holder(till.id()).words() + ", seen since ");
+    shown->resize(60, 15);  // where the words take two lines
+    shown->expect("record 1 is in use by TILL");
+    shown->expect(" not\n");
+    shown->resize(200, 24);
+    shown->expect("w waits, Esc does not");
     shown->press({"Escape"});
     shown->expect("F1 keys");
     shown->press({"Enter"});

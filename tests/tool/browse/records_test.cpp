@@ -101,6 +101,17 @@ TEST_F(EditingRecords, AreDeletedAfterAQuestionAndComeBackUnderANewNumber) {
     shown->expect("there is nothing to undo");
 }
 
+TEST_F(EditingRecords, ThatCannotComeBackAreDeletedAfterAQuestionThatSaysSo) {
+    execute("alter table CUSTOMERS add PICTURE blob");
+    const auto shown = at_column("CODE");
+    shown->press({"DC"});
+    shown->expect("Delete record 1? It cannot be taken back.");
+    shown->press({"y"});
+    shown->expect("record 1 is deleted");
+    shown->press({"u"});
+    shown->expect("it cannot be made again");
+}
+
 TEST_F(EditingRecords, ThatOthersTouchedAreLeftAsTheyAre) {
     const auto shown = at_column("NAME");
     shown->press({"Enter"});
