@@ -37,6 +37,7 @@ struct State {
     std::atomic<int> control_c = end_of_the_tool;
     std::atomic<bool> waits = false;  // the main thread, in a system call
     bool undoing = false;
+    std::atomic<void (*)()> give_back = nullptr;
 };
 
 // Made anew in a forked process, where the mutex may stand as the other thread had it; never destroyed, since
@@ -97,6 +98,7 @@ constexpr LastWords of_what_runs{
 [[noreturn]] void end_at_once() {
     const LastWords& last = state->undoing ? of_undoing : of_what_runs;
     const std::string_view words = errors_are_json() ? last.json : last.plain;
+    if (void (*const give_back)() = state->give_back; give_back != nullptr) give_back();
     if (::write(STDERR_FILENO, words.data(), words.size()) < 0) errno = 0;
     ::_exit(state->ending == 0 ? static_cast<int>(Exit::failed) : static_cast<int>(ending_status()));
 }
@@ -172,6 +174,8 @@ bool interrupted() { return state->ending != 0 || state->noted; }
 void require_uninterrupted() {
     if (interrupted()) throw Failure{ending_status(), interrupted_message};
 }
+
+void before_being_ended(void (*give_back)()) { state->give_back = give_back; }
 
 void begin_undoing() {
     const std::lock_guard lock(state->mutex);

@@ -34,6 +34,10 @@ bool interrupted();
 /// Throws Failure when it is.
 void require_uninterrupted();
 
+/// What is done before the process is ended without coming back to what it runs, by the thread that ends it;
+/// nullptr for nothing. It gives back what the system does not: a terminal.
+void before_being_ended(void (*give_back)());
+
 /// From now on statements are run again, to undo things or to look at what is done; a process that is to end
 /// is given a minute for that.
 void begin_undoing();

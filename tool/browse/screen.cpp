@@ -173,9 +173,11 @@ Screen::Screen() {
     for (const auto& [sequence, code] : sequences) define_key(sequence, code);
     begin_colours();
     curs_set(0);
+    before_being_ended([] { endwin(); });
 }
 
 Screen::~Screen() {
+    before_being_ended(nullptr);
     endwin();
     delscreen(std::exchange(terminal, nullptr));
 }
