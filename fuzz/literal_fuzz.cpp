@@ -24,15 +24,17 @@ bool same(const Value& a, const Value& b) {
 void check_literal(const Value& value) {
     const std::string literal = tool::to_literal(value);
     require(literal.find('\n') == literal.npos, "a literal is one line");
-    const tool::Call again = tool::parse_call("f(" + literal + ")");
-    require(again.arguments.size() == 1 && same(again.arguments[0], value), "a literal reads back");
+    const tool::Expression again = tool::parse_call("f(" + literal + ")");
+    require(again.parts.size() == 1 && same(again.parts[0].value, value), "a literal reads back");
 }
 
 void check_call(std::string_view source) {
     try {
-        const tool::Call call = tool::parse_call(source);
+        const tool::Expression call = tool::parse_call(source);
         require(!call.method.empty(), "a call has a method");
-        for (const Value& argument : call.arguments) check_literal(argument);
+        for (const tool::Expression& part : call.parts) {
+            if (part.kind == tool::Expression::Kind::value) check_literal(part.value);
+        }
     } catch (const tool::SyntaxError& problem) {
         require(problem.what()[0] != '\0', "a problem is named");
     }

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -26,6 +27,11 @@ LineInput::LineInput(const std::string& path)
 
 LineInput::~LineInput() {
     if (descriptor_ > STDIN_FILENO) ::close(descriptor_);
+}
+
+bool LineInput::is_file() const {
+    struct stat status {};
+    return ::fstat(descriptor_, &status) == 0 && S_ISREG(status.st_mode);
 }
 
 // .F. at the end.

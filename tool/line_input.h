@@ -24,6 +24,8 @@ class LineInput {
     /// The next line without its end; nothing at the end. Throws Failure when it cannot be read or is too
     /// long.
     std::optional<std::string> next();
+    /// Whether it is a file, whose end is reached without waiting for anybody.
+    [[nodiscard]] bool is_file() const;
     /// From now on no byte is read ahead: what is left is there for other processes.
     void read_only_lines() { block_ = 1; }
 

@@ -14,7 +14,9 @@
 namespace zmfb::tool {
 namespace {
 
-constexpr int deepest_array = 200;
+using Kind = Expression::Kind;
+
+constexpr int deepest = 200;  // arrays and calls within one another
 
 bool is_name_byte(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_'; }
 
@@ -22,52 +24,83 @@ class Reader {
   public:
     explicit Reader(std::string_view source) : rest_(source) {}
 
-    Call call() {
-        Call made{name(), {}};
-        if (made.method.empty() || std::isdigit(static_cast<unsigned char>(made.method[0])) != 0) {
+    Expression whole_call() {
+        const std::string method = name();
+        if (method.empty() || std::isdigit(static_cast<unsigned char>(method[0])) != 0) {
             throw SyntaxError("expected the name of a method at the beginning");
         }
-        if (take('(') && !take(')')) {
-            do made.arguments.push_back(literal(0));
-            while (take(','));
-            expect(')');
-        }
+        Expression made{.kind = Kind::call, .method = method};
+        if (take('(')) made.parts = list(')', 0);
         skip_blanks();
         if (!rest_.empty()) fail("did not expect");
         return made;
     }
 
   private:
-    host::Value literal(int depth) {
-        host::Value value = term(depth);
-        while (take('+')) {
-            const host::Value more = term(depth);
-            if (!value.is(host::Kind::character) || !more.is(host::Kind::character))
-                fail("only texts can be joined with +; at");
-            value.append(more.text());
-        }
-        return value;
+    // Up to the closing mark.
+    std::vector<Expression> list(char end, int depth) {
+        if (depth == deepest) fail("arrays and calls nested too deep");
+        std::vector<Expression> parts;
+        if (take(end)) return parts;
+        do parts.push_back(expression(depth + 1));
+        while (take(','));
+        expect(end);
+        return parts;
     }
 
-    host::Value term(int depth) {
+    Expression expression(int depth) {
+        Expression made = term(depth);
+        while (take('+')) made = joined(std::move(made), term(depth));
+        return made;
+    }
+
+    Expression joined(Expression one, Expression other) {
+        for (const Expression& part : {one, other}) {
+            const bool is_text = part.kind == Kind::value && part.value.is(host::Kind::character);
+            if (!is_text && (part.kind == Kind::value || part.kind == Kind::array))
+                fail("only texts can be joined with +; at");
+        }
+        if (one.kind == Kind::value && other.kind == Kind::value) {
+            one.value.append(other.value.text());
+            return one;
+        }
+        Expression made{.kind = Kind::join};
+        made.parts.push_back(std::move(one));
+        made.parts.push_back(std::move(other));
+        return made;
+    }
+
+    Expression term(int depth) {
         skip_blanks();
         if (rest_.empty()) fail("expected a value");
         const char c = rest_.front();
+        if (c == '{' && !rest_.starts_with("{^")) return array(depth);
+        if (c != '_' && std::isalpha(static_cast<unsigned char>(c)) == 0 && c != ':')
+            return {.value = literal(c)};
+        if (c == ':') return area();
+        const std::string word = name();
+        if (word == "nil") return {};
+        if (!take('(')) fail(fmt::format("\"{}\" is no value (texts need quotes); at", word));
+        if (word != "chr") return {.kind = Kind::call, .method = word, .parts = list(')', depth)};
+        const host::Value code = number();
+        expect(')');
+        if (code.number() < 0 || code.number() > 255) fail("CHR() takes a number from 0 to 255; at");
+        return {.value = std::string(1, static_cast<char>(code.integer()))};
+    }
+
+    host::Value literal(char c) {
         if (c == '"' || c == '\'') return text();
-        if (c == '{') return rest_.substr(0, 2) == "{^" ? date() : array(depth);
+        if (c == '{') return date();
         if (c == '.' && rest_.size() > 2 && rest_[2] == '.') return logical();
         if (c == '-' || c == '+' || c == '.' || std::isdigit(static_cast<unsigned char>(c)) != 0)
             return number();
-        const std::string word = name();
-        if (word == "nil") return {};
-        if (word == "chr" && take('(')) {
-            const host::Value code = number();
-            expect(')');
-            if (code.number() < 0 || code.number() > 255) fail("CHR() takes a number from 0 to 255; at");
-            return std::string(1, static_cast<char>(code.integer()));
-        }
-        fail(word.empty() ? "expected a value"
-                          : fmt::format("\"{}\" is no value (texts need quotes); at", word));
+        fail("expected a value");
+    }
+
+    Expression area() {
+        rest_.remove_prefix(1);
+        if (name() != "area") fail("expected :area before");
+        return area_call();
     }
 
     host::Value text() {
@@ -116,15 +149,14 @@ class Reader {
         return made;
     }
 
-    host::Value array(int depth) {
-        if (depth == deepest_array) fail("arrays nested too deep");
+    Expression array(int depth) {
         rest_.remove_prefix(1);
-        host::Value made = host::Value::array_of_size(0);
-        if (take('}')) return made;
-        do made.push(literal(depth + 1));
-        while (take(','));
-        expect('}');
-        return made;
+        Expression made{.kind = Kind::array, .parts = list('}', depth)};
+        if (!std::ranges::all_of(made.parts, [](const Expression& one) { return one.kind == Kind::value; }))
+            return made;
+        host::Value value = host::Value::array_of_size(0);
+        for (Expression& one : made.parts) value.push(std::move(one.value));
+        return {.value = value};
     }
 
     std::string name() {
@@ -209,7 +241,12 @@ std::string date_literal(host::Date date) {
 
 }  // namespace
 
-Call parse_call(std::string_view source) { return Reader(source).call(); }
+Expression area_call() {
+    return {
+        .kind = Kind::call, .method = "getuniqueareaid", .parts = {{.value = "ZMFB"}, {.value = "SHELL"}}};
+}
+
+Expression parse_call(std::string_view source) { return Reader(source).whole_call(); }
 
 std::string to_literal(const host::Value& value) {
     switch (value.kind()) {

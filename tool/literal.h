@@ -19,14 +19,20 @@ struct SyntaxError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// A method call as typed: istable("CUSTOMER").
-struct Call {
-    std::string method;  ///< lower case
-    std::vector<host::Value> arguments;
+/// What was typed, as it was read. What is known without a call is a value.
+struct Expression {
+    enum class Kind { value, call, array, join };
+    Kind kind = Kind::value;
+    host::Value value = {};
+    std::string method = {};             ///< of a call, in lower case
+    std::vector<Expression> parts = {};  ///< arguments of a call, elements of an array, texts to join
 };
 
+/// The call that `:area` stands for.
+Expression area_call();
+
 /// Reads one call; a name alone is a call without arguments. `source` is UTF-8. Throws SyntaxError.
-Call parse_call(std::string_view source);
+Expression parse_call(std::string_view source);
 
 /// Writes a value as one line of UTF-8 that parse_call() reads back; objects and blocks, which have no
 /// literal, are shown by their kind in angle brackets.

@@ -110,10 +110,6 @@ std::optional<std::int64_t> run_statement(Session& session, const std::string& s
     return run(session, statement, Kind::any, output);
 }
 
-bool is_failure_text(const host::Value& result) {
-    return result.is(host::Kind::character) && result.text().starts_with("[ERROR] SQLCODE=");
-}
-
 std::string changes_of(const std::string& statement, std::int64_t changed) {
     constexpr std::array<std::string_view, 4> changing{"insert", "update", "delete", "merge"};
     const bool counts = changed > 0 || std::ranges::find(changing, first_word(statement)) != changing.end();

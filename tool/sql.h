@@ -29,9 +29,6 @@ void run_query(Session& session, const std::string& statement, const RowOutput& 
 std::optional<std::int64_t> run_statement(Session& session, const std::string& statement,
                                           const RowOutput& output);
 
-/// Whether a method gave the text of a statement's failure, which is no raised error.
-bool is_failure_text(const host::Value& result);
-
 /// ", 3 rows" for a statement that changes rows, or has changed some; "" for others.
 std::string changes_of(const std::string& statement, std::int64_t changed);
 

@@ -17,7 +17,7 @@ using tool::to_literal;
 class Literal : public Runtime {
   protected:
     static Value argument(const std::string& source) {
-        return parse_call("f(" + source + ")").arguments.at(0);
+        return parse_call("f(" + source + ")").parts.at(0).value;
     }
 };
 
@@ -85,10 +85,28 @@ TEST_F(Literal, ArraysNestedBeyondReasonAreRefused) {
 
 TEST_F(Literal, ANameAloneIsACallWithoutArguments) {
     for (const char* source : {"isconnected", "isconnected()", " IsConnected ( ) "}) {
-        const tool::Call call = parse_call(source);
+        const tool::Expression call = parse_call(source);
         EXPECT_EQ(call.method, "isconnected");
-        EXPECT_TRUE(call.arguments.empty());
+        EXPECT_TRUE(call.parts.empty());
     }
+}
+
+TEST_F(Literal, CallsMayStandWhereValuesMay) {
+    using Kind = tool::Expression::Kind;
+    const tool::Expression call = parse_call("f(g(1, h()), 'a' + g() + 'b', {1, g()}, :area, {1, {2}})");
+    ASSERT_EQ(call.parts.size(), 5u);
+    EXPECT_EQ(call.parts[0].method, "g");
+    EXPECT_EQ(call.parts[0].parts.at(1).method, "h");
+    EXPECT_EQ(call.parts[1].kind, Kind::join);
+    EXPECT_EQ(call.parts[2].kind, Kind::array);
+    EXPECT_EQ(call.parts[3].method, "getuniqueareaid");
+    EXPECT_EQ(call.parts[4].kind, Kind::value);
+    for (const char* source :
+         {"f(g)", "f(g(1)", "f(g(1) + 2)", "f({1} + g())", "f(:nosuch)", "f(:)", "f(1g())"})
+        EXPECT_THROW(parse_call(source), SyntaxError) << source;
+    std::string deep;
+    for (int i = 0; i < 100000; ++i) deep += "f(";
+    EXPECT_THROW(parse_call(deep), SyntaxError);
 }
 
 TEST_F(Literal, TheEmptyDateHasALiteral) {

@@ -98,6 +98,40 @@ TEST(Statement, IsAQueryWhenItBeginsLikeOne) {
     }
 }
 
+TEST(Statement, MayBeginOrEndATransaction) {
+    using tool::Step;
+    const std::pair<const char*, Step> cases[] = {
+        {"begin", Step::begin},
+        {"BEGIN ;", Step::begin},
+        {"begin work", Step::begin},
+        {"start transaction", Step::begin},
+        {"set transaction;", Step::begin},
+        {"set transaction read only", Step::none},
+        {"start", Step::none},
+        {"commit -- all of it", Step::commit},
+        {"commit work", Step::commit},
+        {"commit retain", Step::none},
+        {"rollback transaction", Step::roll_back},
+        {"rollback to s", Step::none},
+        {"begin; commit", Step::none},
+        {"select 1", Step::none},
+        {"", Step::none},
+    };
+    for (const auto& [statement, step] : cases) EXPECT_EQ(tool::step_of(statement), step) << statement;
+}
+
+TEST(Statement, HasTheAreaWhereItIsNamed) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"select :area, :AREA from t", "select 'X', 'X' from t"},
+        {"select :area", "select 'X'"},
+        {"select ':area', \":area\" -- :area", "select ':area', \":area\" -- :area"},
+        {"select : area, :areas, a.area", "select : area, :areas, a.area"},
+        {"execute block as begin a = :area; end", "execute block as begin a = :area; end"},
+    };
+    for (const auto& [typed, sent] : cases)
+        EXPECT_EQ(tool::with_area(typed, [] { return "X"; }), sent) << typed;
+}
+
 TEST(Statement, HasAnAction) {
     const std::pair<const char*, const char*> cases[] = {
         {"update t set a = 1", "update"},

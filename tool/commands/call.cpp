@@ -3,20 +3,19 @@
 #include <algorithm>
 #include <memory>
 
+#include "tool/calls.h"
 #include "tool/commands.h"
+#include "tool/interrupt.h"
 #include "tool/json.h"
 #include "tool/line_input.h"
-#include "tool/literal.h"
 #include "tool/output.h"
 #include "tool/say.h"
-#include "tool/sql.h"
 
 namespace zmfb::tool {
 namespace {
 
-Exit evaluate(Session& session, const Call& call) {
-    const host::Value result =
-        session.connection_or_unattached().call_with(call.method, host::Args(call.arguments));
+Exit show_result(Session& session, const Expression& call) {
+    const host::Value result = evaluate(session, call);
     const std::string line = session.options().json ? json_line(to_json(result)) : to_literal(result);
     fmt::print("{}\n", line);
     flush_output();
@@ -32,10 +31,15 @@ Exit evaluate_lines(Session& session) {
     for (auto line = input.next(); line; line = input.next(), ++number) {
         if (line->find_first_not_of(" \t\r") == std::string::npos) continue;
         try {
-            if (evaluate(session, parse_call(*line)) != Exit::ok && status == Exit::ok) status = Exit::failed;
+            if (show_result(session, parse_call(*line)) != Exit::ok && status == Exit::ok)
+                status = Exit::failed;
         } catch (const SyntaxError& problem) {
             print_error(problem.what(), "", "", {.line = number});
             status = Exit::usage;
+        } catch (const Failure& failure) {
+            if (interrupted()) throw;
+            print_error(failure.message, failure.detail, failure.hint, {.line = number});
+            status = std::max(status, failure.status);
         }
     }
     return status;
@@ -45,7 +49,7 @@ Exit call_command(Session& session, const std::vector<std::string>& expressions)
     session.show_raised(Raised::one_line);
     // Which says what the texts in the expressions become.
     session.connection_or_unattached();
-    std::vector<std::optional<Call>> calls;
+    std::vector<std::optional<Expression>> calls;
     for (const std::string& expression : expressions) {
         if (expression == "-") {
             calls.emplace_back(std::nullopt);
@@ -62,7 +66,7 @@ Exit call_command(Session& session, const std::vector<std::string>& expressions)
     }
     Exit status = Exit::ok;
     for (const auto& call : calls) {
-        const Exit one = call ? evaluate(session, *call) : evaluate_lines(session);
+        const Exit one = call ? show_result(session, *call) : evaluate_lines(session);
         status = std::max(status, one);
     }
     return status;
@@ -75,8 +79,9 @@ void add_call(CommandLine& line) {
     line.add(line.app(), "call", "Call methods of the object by name",
              "zmfb --db shop.fdb call 'istable(\"CUSTOMERS\")' 'gettablereccount(\"CUSTOMERS\")'",
              [calls](Session& session) { return call_command(session, *calls); })
-        .option("EXPR", *calls,
-                "Calls with xBase literals as arguments; - reads one a line from standard input")
+        .option(
+            "EXPR", *calls,
+            "Calls, with xBase literals and other calls as arguments; - reads one a line from standard input")
         .required();
 }
 

@@ -19,11 +19,11 @@ void add_to_input(std::string& input, const std::string& line) {
     input += line;
 }
 
-void talk(Session& session, bool pages) {
+void talk(Session& session, const Shell::Options& options) {
     fmt::print("zmfb {}, {}\n.help shows what can be typed, .quit or Ctrl-D ends.\n", library_version(),
                session.options().database);
     const ControlC only_noted(ControlC::Second::is_noted);  // between the lines
-    Shell shell(session, true, pages);
+    Shell shell(session, options);
     LineReader reader(
         [&](std::string_view line, std::size_t start) { return shell.candidates(line, start); });
     std::string input;
@@ -48,14 +48,26 @@ void talk(Session& session, bool pages) {
     session.forget_raised();
 }
 
-Exit shell_command(Session& session, bool pages) {
+struct Given {
+    std::vector<std::string> inputs;
+    bool no_pager = false;
+    bool stop_on_error = false;
+};
+
+Exit shell_command(Session& session, const Given& given) {
     session.connection();
-    if (isatty(STDIN_FILENO) != 0 && output_is_terminal()) {
-        talk(session, pages);
+    Shell::Options options{.pages = !given.no_pager, .stops_on_error = given.stop_on_error};
+    options.interactive = given.inputs.empty() && isatty(STDIN_FILENO) != 0 && output_is_terminal();
+    if (options.interactive) {
+        talk(session, options);
         return Exit::ok;
     }
-    Shell shell(session, false, pages);
-    shell.take_all(LineInput::standard(), "");
+    Shell shell(session, options);
+    if (given.inputs.empty()) {
+        shell.take_all(LineInput::standard(), "");
+    } else {
+        shell.take_given(given.inputs);
+    }
     shell.end();
     return shell.failed() ? Exit::failed : Exit::ok;
 }
@@ -63,11 +75,17 @@ Exit shell_command(Session& session, bool pages) {
 }  // namespace
 
 void add_shell(CommandLine& line) {
-    const auto no_pager = std::make_shared<bool>(false);
-    line.add(line.app(), "shell", "Type statements, calls and commands, or read them from standard input",
-             "zmfb --db shop.fdb shell",
-             [no_pager](Session& session) { return shell_command(session, !*no_pager); })
-        .no_pager(*no_pager);
+    const auto given = std::make_shared<Given>();
+    const Subcommand shell = line.add(
+        line.app(), "shell", "Type statements, calls and commands, or read them from standard input",
+        "zmfb --db shop.fdb shell", [given](Session& session) { return shell_command(session, *given); });
+    shell
+        .option("-c", given->inputs,
+                "Statement, call or command to run instead of reading any, as often as wanted, in that order")
+        .type_name("TEXT");
+    shell.flag("--stop-on-error", given->stop_on_error,
+               "Run nothing behind the first error of a script, and roll back the transaction that is open");
+    shell.no_pager(given->no_pager);
 }
 
 }  // namespace zmfb::tool

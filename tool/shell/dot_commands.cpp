@@ -108,6 +108,8 @@ std::string Shell::in_dots(std::string_view line) const {
     const std::string name(line.substr(0, line.find_first_of(" \t")));
     const std::string rest(line.substr(name.size()));
     if (name == "d" || name == "dt") return (name == "d" && !rest.empty() ? ".struct" : ".tables") + rest;
+    if (name == "i") return ".read" + rest;
+    if (name == "timing") return ".timer" + rest;
     if (name == "q") return ".quit";
     if (name == "?") return ".help";
     if (name != "x") return "." + std::string(line);
@@ -120,7 +122,7 @@ std::string Shell::in_dots(std::string_view line) const {
 void Shell::run_command(const std::vector<std::string>& words) {
     CommandLine line;
     add_all(line);
-    if (line.run_within(session_, words) != Exit::ok) failed_ = true;
+    if (line.run_within(session_, words) != Exit::ok) ++failures_;
     tables_.reset();
 }
 
@@ -129,6 +131,7 @@ void Shell::help(const std::vector<std::string>& words) {
     fmt::print(
         "SELECT ...;               a query; SQL ends with \";\" and may go over several lines\n"
         "UPDATE ...;               any other statement, in a transaction of its own\n"
+        "begin; commit; rollback;  one for several statements\n"
         "istable(\"CUSTOMER\")       a call of a method; .methods lists them\n\n");
     for (const DotCommand& one : dot_commands) {
         fmt::print("{:<25} {}\n", fmt::format(".{} {}", one.name, one.arguments), one.help);

@@ -8,6 +8,9 @@
 #include <optional>
 #include <utility>
 
+#include "host/text.h"
+#include "tool/calls.h"
+#include "tool/counted.h"
 #include "tool/in_the_way.h"
 #include "tool/interrupt.h"
 #include "tool/json.h"
@@ -15,6 +18,7 @@
 #include "tool/rows/shown_text.h"
 #include "tool/say.h"
 #include "tool/shell/names.h"
+#include "tool/shell/rest.h"
 #include "tool/sql.h"
 #include "tool/suggest.h"
 #include "zmfbconn/cancel.h"
@@ -30,6 +34,11 @@ double seconds_since(Clock::time_point start) {
 }
 
 bool is_blank(std::string_view text) { return input_of(text) == Input::nothing; }
+
+// The words that begin and end a transaction go without their ";".
+bool may_end_here(const std::string& line) {
+    return step_of(line) != Step::none && line.find(';') == std::string::npos;
+}
 
 constexpr std::size_t longest_shown = 60;  // of what was typed, in a message
 
@@ -47,7 +56,7 @@ std::string_view advice_on(std::string_view word) {
 }  // namespace
 
 void Shell::fail(std::string_view message, std::string_view detail, std::string_view hint) {
-    failed_ = true;
+    ++failures_;
     std::fflush(stdout);
     print_error(message, detail, hint, begun_place_.line == 0 ? place_ : begun_place_);
 }
@@ -77,9 +86,9 @@ void Shell::guarded(const std::function<void()>& run) {
         if (std::ferror(stdout) != 0) throw;
         fail(problem.what());
     }
-    if (session_.raised().size() != raised_before) failed_ = true;
+    if (session_.raised().size() != raised_before) ++failures_;
     flush_output();
-    if (session_.let_go_when_lost(said)) failed_ = true;
+    if (session_.let_go_when_lost(said)) ++failures_;
     if (timer_) say("time: {:.3f} s\n", seconds_since(start));
 }
 
@@ -100,7 +109,7 @@ void Shell::take(const std::string& line) {
             return guarded([&] { call_method(line); });
         case Input::statement:
             begun_place_ = place_;
-            return take_statements(step_of(line) == Step::none ? line : line + "\n;");
+            return take_statements(may_end_here(line) ? line + "\n;" : line);
         case Input::unknown:
             break;
     }
@@ -116,8 +125,14 @@ void Shell::take_statements(std::string_view piece) {
         begun_ += piece.substr(0, *end - 1);
         piece.remove_prefix(*end);
         const std::string statement = std::exchange(begun_, {});
+        const std::size_t failures = failures_;
         guarded([&] { run_one(statement); });
         begun_place_ = place_;
+        if (has_to_stop(failures)) {
+            left_ = std::exchange(piece, {});
+            scan_ = {};
+            break;
+        }
     }
     begun_ += piece;
     if (scan_.is_blank()) forget();
@@ -129,10 +144,16 @@ void Shell::forget() {
     begun_place_ = {};
 }
 
-void Shell::run_one(const std::string& statement) {
-    if (is_blank(statement)) return;
+void Shell::run_one(const std::string& typed) {
+    if (is_blank(typed)) return;
+    const std::string statement = with_area(typed, [this] { return area_literal(); });
     const Step step = step_of(statement);
     if (step != Step::none) return change_transaction(step);
+    if (is_set_term(statement)) {
+        throw Failure{
+            Exit::failed, "there is no SET TERM",
+            "A body from BEGIN to END is one statement, and all end with \";\": leave the other mark out."};
+    }
     if (is_about_a_savepoint(statement) && !session_.in_transaction())
         throw Failure{Exit::failed, "there is no transaction", "begin; opens one."};
     const RowOutput output{mode_, "", ".mode line", pages_};
@@ -147,13 +168,14 @@ void Shell::run_one(const std::string& statement) {
 }
 
 void Shell::call_method(const std::string& line) {
-    const Call call = parse_call(line.substr(0, line.find_last_not_of(" \t\r;") + 1));
+    const Expression call = parse_call(line.substr(0, line.find_last_not_of(" \t\r;") + 1));
     if (!is_method(call.method)) {
         fail(fmt::format("there is no method {}{}", cut_to(call.method, longest_shown),
                          did_you_mean(call.method, method_names())));
         return;
     }
-    const host::Value result = session_.connection().call_with(call.method, host::Args(call.arguments));
+    session_.connection();
+    const host::Value result = evaluate(session_, call);
     tables_.reset();
     fmt::print("{}\n", mode_ == Mode::json ? json_line(to_json(result)) : to_literal(result));
     if (interrupted()) throw Failure{ending_status(), interrupted_message, who_is_in_the_way(session_, "")};
@@ -169,11 +191,63 @@ void Shell::take_all(LineInput& in, const std::string& name) {
         require_uninterrupted();
         place_ = {name, number++};
         if (line->ends_with('\r')) line->pop_back();
+        const std::size_t failures = failures_;
+        left_.clear();
         take(*line);
+        if (!has_to_stop(failures)) continue;
+        say_what_is_left(in);
+        forget();
+        break;
     }
     if (waiting()) fail("the statement does not end with \";\"");
     forget();
     place_ = outer;
+}
+
+void Shell::take_given(const std::vector<std::string>& inputs) {
+    for (std::size_t i = 0; i < inputs.size() && !done_; ++i) {
+        require_uninterrupted();
+        const std::size_t failures = failures_;
+        take_lines(inputs[i], fmt::format("-c {}", i + 1));
+        if (!has_to_stop(failures)) continue;
+        say("stopped in -c {}; not run: {} more of them\n", i + 1, inputs.size() - i - 1);
+        return;
+    }
+}
+
+// The last statement does without its ";".
+void Shell::take_lines(std::string_view text, const std::string& name) {
+    const std::size_t failures = failures_;
+    int number = 1;
+    for (std::size_t start = 0; start < text.size() && !done_ && !has_to_stop(failures);) {
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        place_ = {name, number++};
+        take(std::string(text.substr(start, end - start)));
+        start = end + 1;
+    }
+    if (waiting()) take(";");
+    if (waiting()) fail("the statement does not end");
+    forget();
+    place_ = {};
+}
+
+bool Shell::has_to_stop(std::size_t failures_before) const {
+    return stops_on_error_ && failures_ != failures_before;
+}
+
+void Shell::say_what_is_left(LineInput& in) {
+    const std::string where = place_.file.empty() ? "" : place_.file + " ";
+    if (!in.is_file()) return say("stopped in {}line {}; what follows was not run\n", where, place_.line);
+    const Rest rest = count_rest(in, left_);
+    if (rest.inputs == 0) return say("stopped in {}line {}, the last\n", where, place_.line);
+    say("stopped in {}line {}; not run: {}, {} behind it\n", where, place_.line,
+        counted(rest.inputs, "statement, call or command", "statements, calls and commands"),
+        counted(rest.lines, "line", "lines"));
+}
+
+std::string Shell::area_literal() {
+    session_.connection();
+    return host::strtran(evaluate(session_, area_call()), "'", "''").string();
 }
 
 // What can be read no further is at its end.

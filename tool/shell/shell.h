@@ -19,13 +19,23 @@ namespace zmfb::tool {
 /// line is as good as any.
 class Shell {
   public:
-    /// `interactive` when a person types the lines; `pages` where rows may go through a pager.
-    Shell(Session& session, bool interactive, bool pages)
-        : session_(session), interactive_(interactive), pages_(pages) {}
+    struct Options {
+        bool interactive = false;     ///< a person types the lines
+        bool pages = true;            ///< rows may go through a pager
+        bool stops_on_error = false;  ///< the lines of a script that are behind an error are not run
+    };
+    Shell(Session& session, const Options& options)
+        : session_(session),
+          interactive_(options.interactive),
+          pages_(options.pages),
+          stops_on_error_(options.stops_on_error) {}
 
     void take(const std::string& line);
     /// Takes all lines of `in`; errors name the line, and `name` before it if there is one.
     void take_all(LineInput& in, const std::string& name);
+
+    /// Takes texts of one line or more, each of which ends what it begins; errors name "-c" and its number.
+    void take_given(const std::vector<std::string>& inputs);
 
     /// Whether a statement has begun that has not ended yet.
     [[nodiscard]] bool waiting() const { return !begun_.empty(); }
@@ -40,7 +50,7 @@ class Shell {
     /// Whether it was told to end.
     [[nodiscard]] bool done() const { return done_; }
     /// Whether anything failed, or was raised, so far.
-    [[nodiscard]] bool failed() const { return failed_; }
+    [[nodiscard]] bool failed() const { return failures_ > 0; }
 
     /// What the word that begins at `start` of a line may be completed to.
     std::vector<std::string> candidates(std::string_view line, std::size_t start);
@@ -56,7 +66,11 @@ class Shell {
 
     void take_statements(std::string_view piece);
     std::optional<std::string> next_line(LineInput& in);
-    void run_one(const std::string& statement);
+    void take_lines(std::string_view text, const std::string& name);
+    [[nodiscard]] bool has_to_stop(std::size_t failures_before) const;
+    void say_what_is_left(LineInput& in);
+    void run_one(const std::string& typed);
+    std::string area_literal();
     void change_transaction(Step step);
     void begin();
     void commit();
@@ -80,6 +94,7 @@ class Shell {
     Session& session_;
     bool interactive_;
     bool pages_;
+    bool stops_on_error_;
     std::string begun_;
     StatementScan scan_;  ///< of what has begun
     Place place_;         ///< where the input is from, for errors
@@ -88,8 +103,9 @@ class Shell {
     bool timer_ = false;
     std::optional<std::vector<std::string>> tables_;  ///< their names, until something may have changed them
     bool done_ = false;
-    bool failed_ = false;
-    int depth_ = 0;  ///< of .read within .read
+    std::size_t failures_ = 0;
+    std::string left_;  ///< of the line in which a statement failed
+    int depth_ = 0;     ///< of .read within .read
 };
 
 }  // namespace zmfb::tool

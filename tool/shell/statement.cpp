@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 #include "tool/shell/names.h"
 
@@ -43,6 +44,8 @@ class Tokens {
     [[nodiscard]] std::size_t position() const { return at_; }
     // The last token as it stands in the text.
     [[nodiscard]] std::string_view token() const { return text_.substr(start_, at_ - start_); }
+    // Where the last token begins.
+    [[nodiscard]] std::size_t start() const { return start_; }
     // What the text leaves open, by its end; "" when nothing.
     [[nodiscard]] std::string_view open() const { return open_; }
 
@@ -207,7 +210,30 @@ bool is_about_a_savepoint(std::string_view statement) {
     return is_one_of(first, "release savepoint") || (first == "rollback" && step_of(statement) == Step::none);
 }
 
+bool is_set_term(std::string_view statement) {
+    Tokens tokens(statement);
+    return tokens.next() == "set" && tokens.next() == "term";
+}
+
 bool is_query(std::string_view statement) { return is_one_of(first_word(statement), "select with"); }
+
+std::string with_area(const std::string& statement, const std::function<std::string()>& area) {
+    std::array<std::string, 4> beginning;
+    Tokens words(statement);
+    for (std::string& word : beginning) word = words.next();
+    if (has_body(beginning)) return statement;
+    std::string text;
+    std::size_t taken = 0;
+    Tokens tokens(statement);
+    for (std::string token = tokens.next(), before; !token.empty();
+         before = std::exchange(token, tokens.next())) {
+        const std::size_t colon = tokens.start() - 1;
+        if (token != "area" || before != ":" || statement[colon] != ':') continue;
+        text += statement.substr(taken, colon - taken) + "'" + area() + "'";
+        taken = tokens.position();
+    }
+    return text + statement.substr(taken);
+}
 
 std::string action_of(std::string_view statement) {
     std::string action = first_word(statement);

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -55,8 +56,15 @@ Step step_of(std::string_view statement);
 /// Whether it is about a part of a transaction: SAVEPOINT, RELEASE SAVEPOINT, ROLLBACK TO.
 bool is_about_a_savepoint(std::string_view statement);
 
+/// Whether it changes what statements end with, as isql has it.
+bool is_set_term(std::string_view statement);
+
 /// Whether a statement is a query: SELECT or WITH.
 bool is_query(std::string_view statement);
+
+/// A statement with the text of `area` in quotes in the place of each `:area`. Quotes and comments are left
+/// alone, and so are statements with a body, which may have a variable of that name.
+std::string with_area(const std::string& statement, const std::function<std::string()>& area);
 
 /// What a statement does, for a person: "create table", "update".
 std::string action_of(std::string_view statement);
