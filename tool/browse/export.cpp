@@ -46,7 +46,9 @@ void Browse::export_rows() {
     zmFBConn& connection = session_.connection();
     ExportSource source{.shown = title_, .file_name = file.stem(), .query = source_.query(), .declared = {}};
     if (const Area* const area = source_.area(); area != nullptr) {
-        source = export_source(connection, {{Name(area->table()), TableKind::driver}, file.stem()},
+        ExportTable table = tables_meant_by(connection, area->table()).front();
+        table.file_name = file.stem();
+        source = export_source(connection, table,
                                {.columns = {}, .where = filter_, .order = sorted_by(connection, *area)});
     }
     screen_.without([&] {
