@@ -8,6 +8,9 @@
 
 namespace zmfb::test {
 
+/// The status of a command that SIGKILL ended.
+inline constexpr int killed = 128 + 9;
+
 /// A command and how to see what came of it.
 struct FaultyCommand {
     std::string name;
@@ -29,12 +32,14 @@ class CommandsThatFail : public Tool {
 
     /// Makes what the command finds.
     void prepare(const FaultyCommand& command) const;
-    /// What is there of what it changes.
-    [[nodiscard]] std::string state(const FaultyCommand& command) const;
+    /// What is there of what it changes; `was_killed`: with what the next one of its kind takes away left
+    /// out.
+    [[nodiscard]] std::string state(const FaultyCommand& command, bool was_killed = false) const;
     /// Expects that it has said why it failed, and that nothing ended it.
     static void expect_words(const FaultyCommand& command, const Finished& ended);
-    /// The same, and that what is there is what was before or comes after it, or is told as unfinished; after
-    /// it, when it said that it went well.
+    /// The same, and that what is there is what was before or comes after it, or is told as unfinished or
+    /// loaded, which the next import of that name sees to; after it, when it said that it went well. One
+    /// that was killed need not have said anything.
     void expect_all_or_nothing(const FaultyCommand& command, const Finished& ended, const std::string& before,
                                const std::string& after) const;
 
