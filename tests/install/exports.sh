@@ -34,7 +34,7 @@ if ! dpkg-gensymbols -plibzmfbconn"${ZMFB_VERSION%%.*}" -c4 -e"$library" -I"$lis
     fail "$(c++filt <changes)
 What is new belongs in debian/${list##*/} like this:
 $(c++filt <changes | sed -nE "s/^\+( zmfb_\w+@\w+) .*/\1 $ZMFB_VERSION/p; s/^\+ ([^#]*::[^@]*@\w+) .*/ (c++)\"\1\" $ZMFB_VERSION/p" |
-    sed -E '/\blong\b/s/\(c\+\+/(arch-bits=64|c++/')"
+    sed -E '/\blong\b|[0-9]ul\b/s/\(c\+\+/(arch-bits=64|c++/')"
 fi
 
 # The name that programs are linked to.
