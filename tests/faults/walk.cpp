@@ -11,7 +11,7 @@
 #include "sql/state.h"
 #include "tests/support/environment.h"
 #include "tests/support/server.h"
-#include "tool/literal.h"
+#include "tests/support/worker/wire.h"
 
 namespace zmfb::test {
 
@@ -69,7 +69,7 @@ std::string Walk::filled(std::string text) const {
 }
 
 Value Walk::evaluate(const std::string& call) {
-    const tool::Call parsed = tool::parse_call(filled(call));
+    const CallOfLiterals parsed = read_call(filled(call));
     return object().call_with(parsed.method, Args(parsed.arguments));
 }
 

@@ -13,7 +13,7 @@
 #include "tests/interleavings/sessions.h"
 #include "tests/support/database.h"
 #include "tests/support/environment.h"
-#include "tool/literal.h"
+#include "tests/support/worker/wire.h"
 
 namespace zmfb::test {
 
@@ -44,7 +44,7 @@ class InterleavingTest : public Database {
   protected:
     void set_up(const InterleavingCase& of) {
         for (const std::string& line : of.setup) {
-            const tool::Call made = tool::parse_call(line);
+            const CallOfLiterals made = read_call(line);
             connection().call_with(made.method, host::Args(made.arguments));
         }
         disconnect();

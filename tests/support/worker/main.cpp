@@ -18,6 +18,7 @@
 #include "tests/support/worker/crowd.h"
 #include "tests/support/worker/program.h"
 #include "tests/support/worker/stepping.h"
+#include "tests/support/worker/wire.h"
 #include "tool/literal.h"
 #include "zmfbconn/database.h"
 
@@ -33,7 +34,7 @@ struct Program {
     std::optional<SteppingClient> stepping;
 };
 
-void carry_out(Program& program, const tool::Call& call) {
+void carry_out(Program& program, const CallOfLiterals& call) {
     const Args args(call.arguments);
     std::optional<zmFBConn>& connection = program.connection;
     if (call.method == "attach") {
@@ -69,7 +70,7 @@ void run() {
     Program program;
     for (std::string line; std::getline(std::cin, line);) {
         try {
-            carry_out(program, tool::parse_call(line));
+            carry_out(program, read_call(line));
         } catch (const std::runtime_error& error) {
             std::cout << "raised: " << error.what() << std::endl;
         }

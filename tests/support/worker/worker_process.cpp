@@ -15,7 +15,7 @@
 #include <system_error>
 #include <thread>
 
-#include "tool/literal.h"
+#include "tests/support/worker/wire.h"
 
 namespace zmfb::test {
 namespace {
@@ -81,7 +81,7 @@ void WorkerProcess::kill() {
 Value WorkerProcess::finish(std::chrono::seconds limit) {
     const std::string line = read_line(limit);
     if (line.starts_with(raised_prefix)) throw std::runtime_error(line.substr(raised_prefix.size()));
-    return tool::parse_call("answer(" + line + ")").arguments.at(0);
+    return read_call("answer(" + line + ")").arguments.at(0);
 }
 
 bool WorkerProcess::has_answered() const {
