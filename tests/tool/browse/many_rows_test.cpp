@@ -1,7 +1,10 @@
 // A large table: 20,000 rows, as many as ZMFB_ROWS says in the long run.
 #include <fmt/format.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <fstream>
+#include <thread>
 
 #include "tests/tool/browse/browser.h"
 
@@ -45,16 +48,37 @@ TEST_F(BrowseManyRows, AreGoneThroughFromEndToEndInAnOrder) {
     shown->expect(Tmux::ended(0));
 }
 
+// Of the processor, in hundredths of a second.
+long time_used(pid_t process) {
+    std::ifstream about(fmt::format("/proc/{}/stat", process));
+    std::string word;
+    for (int i = 0; i < 13; ++i) about >> word;
+    long user = 0, system = 0;
+    about >> user >> system;
+    return user + system;
+}
+
+// Ctrl-C gives up what runs, and ends the program when nothing does: it is pressed when the program is at
+// work for sure.
 TEST_F(BrowseManyRows, AreGivenUpByControlC) {
-    const auto shown = browse({"--query", "select a.code from customers a, customers b"});
-    shown->expect("row 1 ");
-    shown->press({"C-End"});
-    shown->press({"C-c"});
-    shown->expect("given up");
-    shown->press({"Down"});
-    shown->expect("row 2 ");
-    shown->press({"q"});
-    shown->expect(Tmux::ended(0));
+    const Tmux shown({"sh", "-c",
+                      "echo $$ > " + file("pid") + "; exec " ZMFB_TOOL " --db " + database() +
+                          " browse --query 'select a.code from customers a, customers b'"},
+                     80, 24);
+    shown.expect("row 1 ");
+    pid_t process = 0;
+    std::ifstream(file("pid")) >> process;
+    ASSERT_GT(process, 1);
+    const long before = time_used(process);
+    shown.press({"C-End"});
+    constexpr long at_work = 50;
+    while (time_used(process) < before + at_work) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    shown.press({"C-c"});
+    shown.expect("given up");
+    shown.press({"Down"});
+    shown.expect("row 2 ");
+    shown.press({"q"});
+    shown.expect(Tmux::ended(0));
 }
 
 }  // namespace
