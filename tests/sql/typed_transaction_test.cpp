@@ -173,12 +173,18 @@ TEST_F(TypedTransaction, ThatReadsWhatIsCommittedChangesWhatAnotherHasChangedAnd
     EXPECT_EQ(stored(), "1other! 2two ");
 }
 
-// In one process what would be waited for is thrown.
+// In one process what would be waited for is thrown. From Firebird 4 on a statement reads what was committed
+// when it began, and only its change waits.
 TEST_F(TypedTransaction, ThatReadsTheNewestWaitsForWhatAnotherHasChangedBeforeItReadsThat) {
     Transaction other(connection());
     other.execute("update T set B = 'other' where A = 1");
     Transaction work(connection(), Access::read_write, Isolation::newest);
-    EXPECT_EQ(error_of([&] { work.one<int>("select count(*) from T"); }).sqlstate(), "40001");
+    const std::string version =
+        rows("select rdb$get_context('SYSTEM', 'ENGINE_VERSION') from rdb$database")[0][0];
+    if (version.starts_with("3.")) {
+        EXPECT_EQ(error_of([&] { work.one<int>("select count(*) from T"); }).sqlstate(), "40001");
+    }
+    EXPECT_EQ(error_of([&] { work.execute("update T set B = B || '!' where A = 1"); }).sqlstate(), "40001");
     other.commit();
     EXPECT_EQ(work.execute("update T set B = B || '!' where A = 1"), 1);
     work.commit();
