@@ -12,7 +12,7 @@ from dataclasses import replace
 sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
 from bench.conn import calls  # noqa: E402
-from bench.locks import record_locks  # noqa: E402
+from bench.locks import crowd, record_locks  # noqa: E402
 from bench.matrix import extraction  # noqa: E402
 from bench.rdd import areas  # noqa: E402
 from bench.sql import growth, reading, typed  # noqa: E402
@@ -35,6 +35,7 @@ BENCHMARKS = {
     "export": (exporting.exile, True),
     "export-tool": (exporting.write_out, True),
     "locks": (record_locks.lock, True),
+    "crowd": (crowd.crowd, True),
     "areas": (areas.areas, True),
     "browse": (areas.browse, True),
     "call": (calls.by_name, False),
@@ -54,6 +55,8 @@ SIZES = {
     "peer_records_over_tcp": (200_000, 50_000, 200),  # record by record, each is a way there and back
     "peer_records_over_slow_tcp": (2_000, 1_000, 200),
     "lock_pairs": (500, 200, 2),
+    "crowds": ([10, 100, 400], [10, 100], [2]),  # programs at once
+    "visits": (4_000, 2_000, 4),  # of all of them together
     "seeks": (10_000, 10_000, 50),
     "wide_fields": (1_015, 1_015, 20),
     "tables": (1_000, 60, 3),

@@ -16,10 +16,10 @@ int main(int argc, char** argv) {
     CLI11_PARSE(app, argc, argv);
     using namespace zmfb::bench;
     if (!fit_to_be_timed() && !smoke) return 2;
-    const std::span<const Command> tables[] = {common_commands(), stage_commands(),   select_commands(),
-                                               typed_commands(),  object_commands(),  import_commands(),
-                                               export_commands(), convert_commands(), lock_commands(),
-                                               matrix_commands(), area_commands(),    browse_commands()};
+    const std::span<const Command> tables[] = {
+        common_commands(), stage_commands(),  select_commands(),  typed_commands(), object_commands(),
+        import_commands(), export_commands(), convert_commands(), lock_commands(),  crowd_commands(),
+        matrix_commands(), area_commands(),   browse_commands()};
     const int status = serve(tables);
     clear_stage();
     return status;

@@ -30,11 +30,17 @@ class Process:
             env={**os.environ, **environment}, preexec_fn=lambda: os.sched_setaffinity(0, {cpu}))
 
     def ask(self, what, **fields):
+        self.send(what, **fields)
+        return self.receive(what)
+
+    def send(self, what, **fields):
         try:
             self.process.stdin.write(json.dumps({"do": what, **fields}) + "\n")
             self.process.stdin.flush()
         except BrokenPipeError:
             pass
+
+    def receive(self, what):
         line = self.process.stdout.readline()
         if not line:
             self.errors.seek(0)

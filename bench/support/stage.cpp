@@ -27,7 +27,10 @@ json stage(Worker&, const json& request) {
                  {"environment", test::process_folder() / "environment"},
                  {"empty", make_empty_database()},
                  {"client", client_version()}};
-    if (request.at("server")) made["host"] = test::Server::shared().name_of("");
+    if (request.at("server")) {
+        made["host"] = test::Server::shared().name_of("");
+        made["server_process"] = test::Server::shared().pid();
+    }
     return made;
 }
 

@@ -25,6 +25,7 @@ class Stage:
         self.empty = made["empty"]
         self.client_version = made["client"]
         self.server = made.get("host")
+        self.server_process = made.get("server_process")
         self.environment = {"FIREBIRD": made["environment"], "FIREBIRD_LOCK": made["environment"] + "/lock"}
         self.slow = None
         self.tool = os.path.join(os.path.dirname(os.path.abspath(programs)), "bin", "zmfb")
