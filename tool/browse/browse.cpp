@@ -156,11 +156,17 @@ bool Browse::attempt(const std::function<void()>& work) {
 
 // A connection that is lost ends the list of tables, too; a table that has gone does not.
 void Browse::require_there(const SqlError& error) {
-    if (is_lost(error))
-        throw Lost{{Exit::failed, fmt::format("the connection to {} is lost", session_.options().database),
-                    error.message()}};
+    const Lost lost{{Exit::failed, fmt::format("the connection to {} is lost", session_.options().database),
+                     error.message()}};
+    if (is_lost(error)) throw lost;
     const std::optional<Name> table = source_.table();
-    if (table && !is_there(session_.connection(), ObjectKind::relation, *table))
+    bool has_gone = false;
+    try {
+        has_gone = table && !is_there(session_.connection(), ObjectKind::relation, *table);
+    } catch (const Failure&) {  // it cannot even be asked
+        throw lost;
+    }
+    if (has_gone)
         throw Failure{Exit::failed, fmt::format("{} is not there any more", table->shown()), error.message()};
 }
 

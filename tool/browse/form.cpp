@@ -91,19 +91,28 @@ void Form::move(Key typed) {
 void Form::run() {
     Browse& browse = editor_.browse();
     browse.say(std::string(keys_of_form));
-    while (!done_) {
-        const Key typed = browse.next_key([this] { draw(); });
-        if (typed == Key::none) continue;
-        browse.say(std::string(keys_of_form));
-        if (typed == Key::escape) {
-            done_ = leave();
-        } else if (typed == Key::enter) {
-            browse.attempt([this] { edit(); });
-        } else if (typed == Key::f2) {
-            done_ = browse.attempt([this] { write(); });
-        } else {
-            move(typed);
+    try {
+        while (!done_) {
+            const Key typed = browse.next_key([this] { draw(); });
+            if (typed == Key::none) continue;
+            browse.say(std::string(keys_of_form));
+            take(typed);
         }
+    } catch (Failure& failure) {
+        for (const auto& [field, value] : typed_) editor_.add_unwritten(failure, field, shown_[field]);
+        throw;
+    }
+}
+
+void Form::take(Key typed) {
+    if (typed == Key::escape) {
+        done_ = leave();
+    } else if (typed == Key::enter) {
+        editor_.browse().attempt([this] { edit(); });
+    } else if (typed == Key::f2) {
+        done_ = editor_.browse().attempt([this] { write(); });
+    } else {
+        move(typed);
     }
 }
 
@@ -118,7 +127,9 @@ void Form::edit() {
         if (!held_) return;
         read();
     }
-    const Cell before = shown_[field_];
+    // What is shown of a long text is its beginning.
+    const bool is_shown_whole = is_new_ || typed_.contains(field_);
+    const Cell before = is_shown_whole ? shown_[field_] : editor_.source().whole(number_, field_);
     const auto in_form = [this] {
         draw();
         return place();

@@ -44,6 +44,13 @@ class Editing : public Browser {
         }
         throw std::runtime_error("nobody browses");
     }
+    /// Has the server end the connection of the browser.
+    void break_connection() const {
+        const std::string its =
+            " from mon$attachments where mon$remote_pid = " + std::to_string(browsing_process());
+        execute("delete" + its);
+        wait_until([&] { return rows("select count(*)" + its)[0][0] == "0"; });
+    }
     /// Browses the customers, and has the cursor on a column of the first record.
     [[nodiscard]] std::unique_ptr<Tmux> at_column(const std::string& name, std::vector<std::string> more = {},
                                                   int columns = 80) const {

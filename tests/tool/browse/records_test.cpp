@@ -54,6 +54,39 @@ TEST_F(EditingRecords, AsFormsAskBeforeWhatWasTypedIsGivenUp) {
     EXPECT_EQ(locked(), "");
 }
 
+TEST_F(EditingRecords, KeepTextsThatAreLongerThanWhatIsShown) {
+    execute("alter table CUSTOMERS add NOTE varchar(500) default '' not null");
+    execute("update CUSTOMERS set NOTE = rpad('', 400, 'long ') where RECNO = 1");
+    const auto shown = at_column("CODE");
+    shown->press({"F3", "End", "Enter"});
+    shown->expect("Enter writes");
+    shown->type("END");
+    shown->press({"Enter"});
+    shown->expect("F2 writes");
+    shown->press({"Enter"});
+    shown->expect("Enter writes");
+    shown->type("!");
+    shown->press({"Enter"});
+    shown->expect("F2 writes");
+    shown->press({"F2"});
+    shown->expect("written");
+    EXPECT_EQ(stored(1, "char_length(NOTE) || right(NOTE, 5)"), "404 END!");
+}
+
+TEST_F(EditingRecords, OverAConnectionThatBreaksSayAllThatWasTyped) {
+    if (!on_server()) GTEST_SKIP() << "nothing breaks the connection of an embedded engine";
+    const auto shown = at_column("CODE", {"--refresh", "0"});
+    shown->press({"F3", "Down", "Enter"});
+    shown->expect("Enter writes");
+    shown->type("QQ");
+    shown->press({"Enter"});
+    shown->expect("F2 writes");
+    break_connection();
+    shown->press({"F2"});
+    shown->expect("not written: NAME = Ana ConceiçãoQQ");
+    shown->expect(Tmux::ended(1));
+}
+
 TEST_F(EditingRecords, AreAddedAsForms) {
     execute("alter table CUSTOMERS add constraint NAMED check (NAME <> '')");
     const auto shown = at_column("CODE");
