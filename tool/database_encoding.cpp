@@ -32,7 +32,8 @@ std::string encoding_of(zmFBConn& connection) try {
 } catch (const SqlError& error) {
     if (error.sqlstate() == "0A000") return "";
     require_uninterrupted();
-    throw Failure{Exit::failed, "cannot read the description of the database", error.message()};
+    const Exit status = tells_of_a_lost_connection(error.message()) ? Exit::not_attached : Exit::failed;
+    throw Failure{status, "cannot read the description of the database", error.message()};
 }
 
 }  // namespace
