@@ -147,5 +147,18 @@ TEST_F(LocksCommand, WhatCannotBeReadOrRemovedIsSaidInTheEnginesWords) {
     }
 }
 
+TEST_F(LocksCommand, DropOfATableThatSomebodyHasOpenNamesHim) {
+    lock_from_afar();
+    const Finished refused = on(path, {"drop", "client", "--yes"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err,
+              "error: the table CLIENT is open in A1, process 7 on afar\n"
+              "hint: \"zmfb opens\" lists what is open; \"zmfb clear\" forgets what is left of programs that "
+              "have crashed\n");
+    EXPECT_TRUE(has_table(path, "CLIENT"));
+    on(path, {"clear", "--yes"});
+    EXPECT_EQ(on(path, {"drop", "client", "--yes"}).status, 0);
+}
+
 }  // namespace
 }  // namespace zmfb::test
