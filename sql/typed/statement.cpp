@@ -36,6 +36,7 @@ std::string bytes_of(std::string_view text, const Encoding& encoding) {
 Firebird::IStatement* prepare(Work& work, const std::string& text, TextForm form) {
     work.check_active(text);
     work.session().check_usable(text);
+    if (text.find('\0') != std::string::npos) refuse(no_character, "A statement has a zero byte", text);
     const std::string bytes = form == TextForm::as_kept ? text : bytes_of(text, work.session().encoding());
     check(work.session().use(sql::NewTypes::as_texts), text);
     Firebird::IStatement* statement = nullptr;

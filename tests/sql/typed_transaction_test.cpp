@@ -41,6 +41,14 @@ TEST_F(TypedTransaction, IsRolledBackUnlessCommitted) {
     EXPECT_EQ(stored(), "1one 2two ");
 }
 
+TEST_F(TypedTransaction, RefusesAStatementThatAZeroByteWouldCut) {
+    Transaction work(connection());
+    const std::string_view statement("delete from T \0 where A = 1", 27);
+    EXPECT_EQ(error_of([&] { work.execute(statement); }).message(), "A statement has a zero byte");
+    work.commit();
+    EXPECT_EQ(stored(), "1one 2two ");
+}
+
 TEST_F(TypedTransaction, IsRolledBackByAnException) {
     EXPECT_THROW(
         {

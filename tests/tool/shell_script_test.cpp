@@ -167,5 +167,25 @@ TEST_F(ShellScript, AreaIsTheIdOfThisSession) {
     EXPECT_TRUE(run.out.ends_with("N\n-\n5\n(1 row)\n.T.\nAREA\r\n1\r\n")) << run.out;
 }
 
+// The engine would run what stands before it.
+TEST_F(ShellScript, ALineWithAZeroByteIsRefusedWhole) {
+    on(path, {"exec", "create table N (A integer)"});
+    on(path, {"exec", "insert into N values (1)"});
+    const std::string input = std::string("delete from N ") + '\0' + "where A = 2;\nselect A from N;\n";
+    const Finished run = on(path, {"shell"}, input);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "error: line 1: the line has a zero byte, which no statement and no call may have\n");
+    EXPECT_NE(run.out.find("(1 row)"), std::string::npos) << run.out;
+}
+
+TEST_F(ShellScript, AByteOrderMarkAtTheBeginningIsPassedOver) {
+    const std::string query = "\xEF\xBB\xBFselect 7 as n from rdb$database;\n";
+    for (const Finished& run : {on(path, {"shell"}, query),
+                                on(path, {"shell"}, ".read " + write_file("marked.sql", query) + "\n")}) {
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_NE(run.out.find("7\n(1 row)"), std::string::npos) << run.out;
+    }
+}
+
 }  // namespace
 }  // namespace zmfb::test

@@ -98,6 +98,10 @@ void Shell::take(const std::string& line) {
         done_ = !interactive_;  // what comes next may be in the middle of it
         return forget();
     }
+    if (line.find('\0') != std::string::npos) {
+        fail("the line has a zero byte, which no statement and no call may have");
+        return forget();
+    }
     if (waiting()) return take_statements("\n" + line);
     const std::string word = first_word(line);
     switch (input_of(line)) {
@@ -189,6 +193,8 @@ void Shell::take_all(LineInput& in, const std::string& name) {
     int number = 1;
     for (auto line = next_line(in); line && !done_; line = next_line(in)) {
         require_uninterrupted();
+        constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+        if (number == 1 && line->starts_with(byte_order_mark)) line->erase(0, byte_order_mark.size());
         place_ = {name, number++};
         if (line->ends_with('\r')) line->pop_back();
         const std::size_t failures = failures_;
