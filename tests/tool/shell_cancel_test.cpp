@@ -61,6 +61,11 @@ class ShellCancel : public Tool, public ::testing::WithParamInterface<Where> {
         talk.expect(answer);
         talk.expect_prompt(then);
     }
+    [[nodiscard]] bool is_server_of(const std::string& version) const {
+        const std::string query = "select rdb$get_context('SYSTEM', 'ENGINE_VERSION') as v from rdb$database";
+        return GetParam() == Where::server &&
+               tool({"query", query, "--mode", "csv"}).out.starts_with("V\r\n" + version);
+    }
     [[nodiscard]] std::string stored() const {
         return tool({"query", "select list(A || B) as l from T", "--mode", "csv"}).out;
     }
@@ -96,9 +101,12 @@ TEST_P(ShellCancel, EndsAWaitForARecordAndSaysWhoHasIt) {
     const std::string who = "of SYSDBA, process " + std::to_string(holder.pid());
     Dialogue talk(shell());
     talk.expect_prompt(prompt);
-    for (const std::string statement :
-         {"update t set b = 'm1';", "delete from t where b <> 'm2';", "insert into t values (2, 'm3');",
-          "update t set b = 'm4' returning b;", "executeupdate(\"update t set b = 'm5'\")"}) {
+    std::vector<std::string> statements{"update t set b = 'm1';", "delete from t where b <> 'm2';",
+                                        "insert into t values (2, 'm3');",
+                                        "executeupdate(\"update t set b = 'm4'\")"};
+    // A server of Firebird 5.0 goes on with it.
+    if (!is_server_of("5.")) statements.emplace_back("update t set b = 'm5' returning b;");
+    for (const std::string& statement : statements) {
         talk.type(statement + "\n");
         wait_until_runs(statement.substr(statement.find("'m") + 1, 2));
         talk.type(control_c);
