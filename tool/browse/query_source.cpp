@@ -68,7 +68,7 @@ std::unique_ptr<QuerySource::Run> QuerySource::run(const std::string& query) con
 }
 
 void QuerySource::begin(std::unique_ptr<Run> run) {
-    read_ = std::make_unique<Spool>();
+    read_ = std::make_unique<Kept>();
     run_ = std::move(run);
 }
 
@@ -91,7 +91,7 @@ void QuerySource::filter(const std::string& condition) {
 void QuerySource::read_anew() { begin(run(query())); }
 
 bool QuerySource::has(std::int64_t number) {
-    while (run_ != nullptr && static_cast<std::int64_t>(read_->rows()) < number) {
+    while (run_ != nullptr && read_rows() < number) {
         if (!run_->next()) {
             run_.reset();
             break;
@@ -100,27 +100,38 @@ bool QuerySource::has(std::int64_t number) {
         std::vector<Cell> cells;
         for (std::size_t i = 0; i < columns_.size(); ++i)
             cells.push_back(shortened(row[i].text(), columns_[i].type));
-        read_->add(cells);
+        read_->places.push_back(read_->rows.add(cells));
     }
-    return static_cast<std::int64_t>(read_->rows()) >= number;
+    return read_rows() >= number;
 }
 
 std::int64_t QuerySource::last_number() {
-    while (run_ != nullptr) has(static_cast<std::int64_t>(read_->rows()) + 1);
-    return static_cast<std::int64_t>(read_->rows());
+    while (run_ != nullptr) has(read_rows() + 1);
+    return read_rows();
 }
 
 std::optional<std::int64_t> QuerySource::known_count() const {
     if (run_ != nullptr) return std::nullopt;
-    return static_cast<std::int64_t>(read_->rows());
+    return read_rows();
+}
+
+// To be read from that row on.
+RowSpool& QuerySource::at(std::int64_t number) {
+    read_->rows.go_to(read_->places[static_cast<std::size_t>(number - 1)]);
+    return read_->rows;
 }
 
 std::vector<Cell> QuerySource::cells(std::int64_t number) {
-    return read_->row(static_cast<std::size_t>(number - 1), columns_.size(), most_shown);
+    RowSpool& rows = at(number);
+    std::vector<Cell> cells;
+    while (cells.size() < columns_.size()) cells.push_back(rows.read(most_shown));
+    return cells;
 }
 
 Cell QuerySource::whole(std::int64_t number, std::size_t column) {
-    return read_->value(static_cast<std::size_t>(number - 1), column);
+    RowSpool& rows = at(number);
+    while (column-- > 0) rows.read(0);
+    return rows.read();
 }
 
 }  // namespace zmfb::tool::browse

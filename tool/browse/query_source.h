@@ -1,12 +1,14 @@
 /// The rows of a query, read once, as far as somebody has looked.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tool/browse/numbered_source.h"
-#include "tool/browse/spool.h"
+#include "tool/rows/row_spool.h"
 #include "zmfbconn/transaction.h"
 
 namespace zmfb::tool::browse {
@@ -35,12 +37,18 @@ class QuerySource final : public NumberedSource {
     struct Run;
     [[nodiscard]] std::unique_ptr<Run> run(const std::string& query) const;
     void begin(std::unique_ptr<Run> run);
+    [[nodiscard]] std::int64_t read_rows() const { return static_cast<std::int64_t>(read_->places.size()); }
+    RowSpool& at(std::int64_t number);
 
     zmFBConn& connection_;
     std::string query_, condition_;
     std::optional<Name> table_;
     std::unique_ptr<Run> run_;  // none when all rows are read
-    std::unique_ptr<Spool> read_;
+    struct Kept {
+        RowSpool rows{"the rows cannot be kept in a temporary file"};
+        std::vector<std::uint64_t> places;  // of each
+    };
+    std::unique_ptr<Kept> read_;
 };
 
 }  // namespace zmfb::tool::browse

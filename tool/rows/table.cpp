@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <optional>
 
 #include "tool/rows/line_shape.h"
 #include "tool/rows/row_spool.h"
@@ -34,7 +35,10 @@ class TableWriter : public RowWriter {
         waiting_.push_back(std::move(cells));
         if (waiting_.size() < measured_rows) return;
         if (look_.width != 0) return begin();
-        for (const auto& one : waiting_) aside_.add(one);
+        if (!aside_)
+            aside_.emplace("cannot set rows aside in a temporary file",
+                           "--mode csv and --mode json need none");
+        for (const auto& one : waiting_) aside_->add(one);
         waiting_.clear();
     }
     void write_tail(bool complete) override {
@@ -62,9 +66,18 @@ class TableWriter : public RowWriter {
         } else {
             write_names();
         }
-        aside_.give_back([this](const std::vector<Cell>& cells) { write_one(cells); });
+        if (aside_) write_aside();
         for (const auto& cells : waiting_) write_one(cells);
         waiting_.clear();
+    }
+
+    void write_aside() {
+        std::vector<Cell> cells(columns().size());
+        aside_->go_to(0);
+        for (std::size_t row = 0; row < aside_->rows(); ++row) {
+            for (Cell& cell : cells) cell = aside_->read();
+            write_one(cells);
+        }
     }
 
     // A row behind those that were measured: a number, or a time, that is wider than all before has the
@@ -161,7 +174,7 @@ class TableWriter : public RowWriter {
     LineShape lines_;
     std::vector<std::size_t> natural_;  // the widths that show everything
     std::vector<std::size_t> widths_;
-    RowSpool aside_;
+    std::optional<RowSpool> aside_;
     std::vector<std::vector<Cell>> waiting_;
     std::size_t visible_ = 0;
     std::size_t cut_values_ = 0;
