@@ -76,13 +76,15 @@ std::vector<Registration> registrations_of(zmFBConn& connection) {
     return registrations;
 }
 
-const std::vector<TextTable::Column>& owner_columns() {
-    static const std::vector<TextTable::Column> columns{{"area"}, {"process", true}, {"host"}, {"state"}};
+std::vector<TextTable::Column> with_owner(std::vector<TextTable::Column> columns) {
+    columns.insert(columns.end(), {{"area"}, {"process", true}, {"host"}, {"state"}});
     return columns;
 }
 
-std::vector<std::string> owner_cells(const Owner& owner) {
-    return {owner.holder.area, owner.holder.process, owner.holder.host, std::string(alive_name(owner.alive))};
+std::vector<std::string> with_owner(std::vector<std::string> cells, const Owner& owner) {
+    cells.insert(cells.end(), {owner.holder.area, owner.holder.process, owner.holder.host,
+                               std::string(alive_name(owner.alive))});
+    return cells;
 }
 
 }  // namespace zmfb::tool

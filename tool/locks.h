@@ -41,9 +41,9 @@ std::vector<Lock> locks_of(zmFBConn& connection, const std::string& table,
 std::vector<Registration> registrations_of(zmFBConn& connection);
 
 /// @{
-/// An owner in a listing.
-const std::vector<TextTable::Column>& owner_columns();
-std::vector<std::string> owner_cells(const Owner& owner);
+/// The columns and the cells of a listing, with those of an owner behind them.
+std::vector<TextTable::Column> with_owner(std::vector<TextTable::Column> columns);
+std::vector<std::string> with_owner(std::vector<std::string> cells, const Owner& owner);
 /// @}
 
 }  // namespace zmfb::tool

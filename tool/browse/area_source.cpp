@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <ranges>
 
-#include "tool/encoding.h"
 #include "zmfbconn/methods.h"
 
 namespace zmfb::tool::browse {
@@ -70,14 +69,18 @@ Cell text_of(const FieldValue& value, SqlType type, std::size_t most) {
 
 }  // namespace
 
+std::optional<AreaOrder> order_of(Area& area) {
+    for (AreaOrder& order : area.orders()) {
+        if (order.name == area.order()) return std::move(order);
+    }
+    return std::nullopt;
+}
+
 AreaSource::AreaSource(zmFBConn& connection, const std::string& table, OpenMode mode)
     : connection_(connection), area_(connection, table, {.mode = mode, .alias = "browse"}) {
     const Structure structure = connection(m::gettablestruct, area_.table());
-    for (const Column& column : area_.fields()) {
-        const auto field = std::ranges::find_if(
-            structure, [&](const FieldDescriptor& one) { return to_utf8(one.name) == column.name; });
-        columns_.push_back(shown_column(column, field == structure.end() ? nullptr : &*field));
-    }
+    for (const Column& column : area_.fields())
+        columns_.push_back(shown_column(column, field_of(structure, column)));
 }
 
 void AreaSource::rows_at_a_time(std::size_t count) {
@@ -96,23 +99,20 @@ ShownRow AreaSource::current() const {
     return row;
 }
 
-// From the current record on.
-ShownRows AreaSource::forward(std::size_t count) {
+// From the current record on, as they are met.
+ShownRows AreaSource::met(std::size_t count, int step) {
     ShownRows rows;
     while (rows.size() < count) {
         rows.push_back(current());
-        if (rows.size() == count || !area_.skip(1)) break;
+        if (rows.size() == count || !area_.skip(step)) break;
     }
     return rows;
 }
 
-// From the current record back.
+ShownRows AreaSource::forward(std::size_t count) { return met(count, 1); }
+
 ShownRows AreaSource::backward(std::size_t count) {
-    ShownRows rows;
-    while (rows.size() < count) {
-        rows.push_back(current());
-        if (rows.size() == count || !area_.skip(-1)) break;
-    }
+    ShownRows rows = met(count, -1);
     std::ranges::reverse(rows);
     return rows;
 }
@@ -159,9 +159,8 @@ Cell AreaSource::whole(std::int64_t number, std::size_t column) {
 
 // A unique order has fewer records than the table.
 std::optional<std::int64_t> AreaSource::count() {
-    const std::vector<AreaOrder> orders = area_.orders();
-    const auto order = std::ranges::find(orders, area_.order(), &AreaOrder::name);
-    if (order != orders.end() && order->unique) return std::nullopt;
+    const std::optional<AreaOrder> order = order_of(area_);
+    if (order && order->unique) return std::nullopt;
     return area_.count();
 }
 

@@ -6,6 +6,9 @@
 
 namespace zmfb::tool::browse {
 
+/// The order that moves follow; nothing for that of the record numbers. Throws SqlError.
+std::optional<AreaOrder> order_of(Area& area);
+
 /// Moves by keys: a record that others delete or add moves no other one.
 class AreaSource final : public Source {
   public:
@@ -30,6 +33,7 @@ class AreaSource final : public Source {
   private:
     bool stand_on(std::int64_t number);
     ShownRow current() const;
+    ShownRows met(std::size_t count, int step);
     ShownRows forward(std::size_t count);
     ShownRows backward(std::size_t count);
 

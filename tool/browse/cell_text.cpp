@@ -94,6 +94,11 @@ std::string fitted(std::string_view text, int width, bool to_the_right) {
     return to_the_right ? blanks + cell : cell + blanks;
 }
 
+std::string_view end_within(std::string_view text, int width) {
+    while (!text.empty() && width_of(text) >= width) text.remove_prefix(first_of(text).bytes.size());
+    return text;
+}
+
 std::vector<std::string> lines_of(std::string_view text, int width) {
     std::vector<std::string> lines;
     for (;;) {

@@ -18,6 +18,9 @@ std::string one_line(std::string_view text);
 /// width: behind it, or before it when it goes to the right.
 std::string fitted(std::string_view text, int width, bool to_the_right = false);
 
+/// The longest end of a text that takes less than `width` cells.
+std::string_view end_within(std::string_view text, int width);
+
 /// A text in lines of at most `width` cells, parted at its line ends and, where it can be, between words.
 std::vector<std::string> lines_of(std::string_view text, int width);
 

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <ranges>
 
+#include "tool/browse/source.h"
 #include "tool/catalog.h"
-#include "tool/encoding.h"
 #include "tool/session.h"
 #include "zmfbconn/methods.h"
 
@@ -30,10 +30,8 @@ TableRules::TableRules(zmFBConn& connection, const Area& area) {
     const Structure structure = connection(m::gettablestruct, area.table());
     const std::vector<Name> of_others = computed_columns(connection, area.table());
     for (const Column& column : area.fields()) {
-        const auto known = std::ranges::find_if(
-            structure, [&](const FieldDescriptor& field) { return to_utf8(field.name) == column.name; });
         computed.push_back(std::ranges::find(of_others, column.name, &Name::text) != of_others.end());
-        columns.push_back(rule_of(column, known == structure.end() ? nullptr : &*known));
+        columns.push_back(rule_of(column, field_of(structure, column)));
         if (computed.back()) columns.back().kind = CellRule::Kind::none;
     }
     is_whole = structure.size() == area.fields().size() + own_columns;

@@ -61,10 +61,7 @@ void Editor::draw(const CellInput& input, const Grid::Place& place) {
     Screen& screen = browse_.screen();
     const int width = std::min(std::max(place.width + 1, least), screen.columns());
     const int column = std::min(place.column, screen.columns() - width);
-    std::string_view before = input.before();
-    while (width_of(before) >= width) before.remove_prefix(1);
-    while (!before.empty() && (static_cast<unsigned char>(before.front()) & 0xC0U) == 0x80U)
-        before.remove_prefix(1);
+    const std::string_view before = end_within(input.before(), width);
     const std::size_t from = input.before().size() - before.size();
     screen.put(place.row, column, width, input.is_null() ? "NULL" : input.text().substr(from), Look::cell);
     screen.cursor_at(place.row, column + width_of(before));

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "tool/browse/area_source.h"
 #include "tool/browse/browse.h"
 #include "tool/browse/cell_rule.h"
 #include "zmfbconn/area_error.h"
@@ -95,9 +96,8 @@ void Browse::next_order() {
 
 void Browse::seek() {
     Area& area = *source_.area();
-    const std::vector<AreaOrder> orders = area.orders();
-    const auto order = std::ranges::find(orders, area.order(), &AreaOrder::name);
-    if (order == orders.end()) {
+    const std::optional<AreaOrder> order = order_of(area);
+    if (!order) {
         message_ = {"a key is sought in an order: o chooses one, g goes to a record number", false};
         return;
     }

@@ -7,21 +7,12 @@
 #include <vector>
 
 #include "tool/browse/lock_sightings.h"
+#include "tool/browse/text_window.h"
 
 namespace zmfb::tool::browse {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-std::vector<TextTable::Column> with_owner(std::vector<TextTable::Column> columns) {
-    columns.insert(columns.end(), owner_columns().begin(), owner_columns().end());
-    return columns;
-}
-
-std::vector<std::string> with_owner(std::vector<std::string> cells, const Owner& owner) {
-    for (std::string& cell : owner_cells(owner)) cells.push_back(std::move(cell));
-    return cells;
-}
 
 void add_lines(const std::string& text, std::vector<std::string>& lines) {
     for (std::size_t from = 0; from < text.size();) {
@@ -78,18 +69,6 @@ class Listed {
     std::string heading_;
 };
 
-void draw(Screen& screen, const Listed& listed, int top) {
-    if (!screen.is_large_enough()) return screen.show();
-    screen.clear();
-    const int height = screen.rows() - 2;
-    const int count = static_cast<int>(listed.lines().size());
-    screen.put(0, 0, screen.columns(), listed.heading(), Look::bar);
-    for (int i = 0; i < height && top + i < count; ++i)
-        screen.put(1 + i, 0, screen.columns(), listed.lines()[static_cast<std::size_t>(top + i)]);
-    screen.put(screen.rows() - 1, 0, screen.columns(), " Up Down PgUp PgDn   Esc back", Look::bar);
-    screen.show();
-}
-
 int moved(Key typed, int page) {
     switch (typed) {
         case Key::up:
@@ -116,12 +95,12 @@ void show_locks(Screen& screen, zmFBConn& connection, std::chrono::seconds every
             listed.read(connection);
             due = Clock::now() + every;
         }
-        const int height = std::max(screen.rows() - 2, 1);
+        const int height = lines_shown(screen);
         top = std::clamp(top, 0, std::max(static_cast<int>(listed.lines().size()) - height, 0));
-        draw(screen, listed, top);
+        draw_lines(screen, listed.heading(), listed.lines(), top, " Up Down PgUp PgDn   Esc back");
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(due - Clock::now());
         const Key typed = screen.read(std::max(left, std::chrono::milliseconds(0)));
-        if (typed == Key::escape || typed == Key::enter || typed == key(U'q')) return;
+        if (closes(typed)) return;
         top += moved(typed, height);
     }
 }

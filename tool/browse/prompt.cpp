@@ -1,5 +1,7 @@
 #include "tool/browse/prompt.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 #include "tool/browse/cell_text.h"
@@ -11,13 +13,9 @@ constexpr std::chrono::milliseconds a_while(1000);
 
 // The end of a text that is too wide, with a sign that there is more before it.
 std::string end_of(std::string_view text, int width) {
-    std::string line = one_line(text);
+    const std::string line = one_line(text);
     if (width_of(line) <= width) return line;
-    while (!line.empty() && width_of(line) >= width) {
-        line.erase(0, 1);
-        while (!line.empty() && (line[0] & 0xC0) == 0x80) line.erase(0, 1);
-    }
-    return "…" + line;
+    return fmt::format("…{}", end_within(line, width));
 }
 
 void draw_line(Screen& screen, std::string_view question, const CellInput& input) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tool/browse/cell_text.h"
+#include "tool/encoding.h"
 
 namespace zmfb::tool::browse {
 namespace {
@@ -56,6 +57,12 @@ int width_of_field(const Column& column, const FieldDescriptor& field) {
 }
 
 }  // namespace
+
+const FieldDescriptor* field_of(const Structure& structure, const Column& column) {
+    const auto found = std::ranges::find_if(
+        structure, [&](const FieldDescriptor& field) { return to_utf8(field.name) == column.name; });
+    return found == structure.end() ? nullptr : &*found;
+}
 
 ShownColumn shown_column(const Column& column, const FieldDescriptor* field) {
     const int wanted = field != nullptr ? width_of_field(column, *field) : width_of_type(column);

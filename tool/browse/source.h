@@ -27,6 +27,9 @@ struct ShownColumn {
     [[nodiscard]] bool is_memo() const { return type == SqlType::text_blob || type == SqlType::blob; }
 };
 
+/// What the driver knows a column of a table as; nullptr when it does not.
+const FieldDescriptor* field_of(const Structure& structure, const Column& column);
+
 /// A column as wide as its type needs, its name, and no wider than one can look over. `field` is what the
 /// driver knows it as, where it knows more than the type, else nullptr.
 ShownColumn shown_column(const Column& column, const FieldDescriptor* field = nullptr);

@@ -23,12 +23,11 @@ namespace {
 class Listing {
   public:
     Listing(const Session& session, std::vector<TextTable::Column> columns)
-        : json_(session.options().json), table_(with_holder(std::move(columns))) {}
+        : json_(session.options().json), table_(with_owner(std::move(columns))) {}
 
     void add(std::vector<std::string> cells, Json object, const Owner& owner) {
         const auto process = process_of(owner.holder);
-        for (std::string& cell : owner_cells(owner)) cells.push_back(std::move(cell));
-        table_.add(std::move(cells));
+        table_.add(with_owner(std::move(cells), owner));
         object["holder"] = {{"table", owner.holder.table},
                             {"area", owner.holder.area},
                             {"process", process ? Json(*process) : Json(nullptr)},
@@ -47,11 +46,6 @@ class Listing {
     }
 
   private:
-    static std::vector<TextTable::Column> with_holder(std::vector<TextTable::Column> columns) {
-        columns.insert(columns.end(), owner_columns().begin(), owner_columns().end());
-        return columns;
-    }
-
     bool json_;
     TextTable table_;
     Json list_ = Json::array();
