@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 #include "tool/interrupt.h"
@@ -47,6 +48,14 @@ bool LineInput::read_more() {
 }
 
 std::optional<std::string> LineInput::next() {
+    constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
+    std::optional<std::string> line = next_of_any();
+    if (line && !std::exchange(is_begun_, true) && line->starts_with(byte_order_mark))
+        line->erase(0, byte_order_mark.size());
+    return line;
+}
+
+std::optional<std::string> LineInput::next_of_any() {
     std::size_t looked_at = taken_;
     for (;;) {
         const std::size_t end = read_.find('\n', looked_at);

@@ -21,8 +21,8 @@ class LineInput {
     LineInput(const LineInput&) = delete;
     LineInput& operator=(const LineInput&) = delete;
 
-    /// The next line without its end; nothing at the end. Throws Failure when it cannot be read or is too
-    /// long.
+    /// The next line without its end, the first one without a byte order mark; nothing at the end. Throws
+    /// Failure when it cannot be read or is too long.
     std::optional<std::string> next();
     /// Whether it is a file, whose end is reached without waiting for anybody.
     [[nodiscard]] bool is_file() const;
@@ -31,6 +31,7 @@ class LineInput {
 
   private:
     LineInput(int descriptor, std::string name) : descriptor_(descriptor), name_(std::move(name)) {}
+    std::optional<std::string> next_of_any();
     bool read_more();
 
     int descriptor_;
@@ -38,6 +39,7 @@ class LineInput {
     std::size_t block_ = 65536;
     std::string read_;  // but not handed out yet, from taken_ on
     std::size_t taken_ = 0;
+    bool is_begun_ = false;
 };
 
 }  // namespace zmfb::tool

@@ -55,6 +55,12 @@ TEST_F(CallCommand, MinusReadsOneCallALine) {
     EXPECT_EQ(run.out, ".T.\n0\n.F.\n");
 }
 
+TEST_F(CallCommand, MinusPassesOverAByteOrderMarkBeforeTheFirstLine) {
+    const Finished run = on(path, {"call", "-"}, "\xEF\xBB\xBFisconnected()\n");
+    EXPECT_EQ(run.err, "");
+    EXPECT_EQ(run.out, ".T.\n");
+}
+
 TEST_F(CallCommand, ALineThatIsNoCallIsReportedAndTheOthersGoOn) {
     const Finished run = on(path, {"call", "-"}, "isconnected()\nis table\nisconnected()\n");
     EXPECT_EQ(run.status, 2);

@@ -193,8 +193,6 @@ void Shell::take_all(LineInput& in, const std::string& name) {
     int number = 1;
     for (auto line = next_line(in); line && !done_; line = next_line(in)) {
         require_uninterrupted();
-        constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
-        if (number == 1 && line->starts_with(byte_order_mark)) line->erase(0, byte_order_mark.size());
         place_ = {name, number++};
         if (line->ends_with('\r')) line->pop_back();
         const std::size_t failures = failures_;
