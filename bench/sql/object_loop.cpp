@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "bench/sql/commands.h"
-#include "tests/support/environment.h"
 
 namespace zmfb::bench {
 
@@ -31,14 +30,7 @@ IMaster* master() { return fb_get_master_interface(); }
 class ObjectSession {
   public:
     ObjectSession(ThrowStatusWrapper& status, const std::string& database) {
-        std::string block(1, isc_dpb_version1);
-        const auto add = [&block](char item, std::string_view text) {
-            block.push_back(item);
-            block.push_back(static_cast<char>(text.size()));
-            block += text;
-        };
-        add(isc_dpb_user_name, test::sysdba);
-        add(isc_dpb_password, test::sysdba_password);
+        const std::string block = attachment_block();
         const Held<IProvider> provider(master()->getDispatcher());
         attachment_.reset(provider->attachDatabase(&status, database.c_str(),
                                                    static_cast<unsigned>(block.size()),

@@ -48,7 +48,7 @@ class StartedTransaction {
 
 }  // namespace
 
-BareSession::BareSession(const std::string& database) {
+std::string attachment_block() {
     std::string block(1, isc_dpb_version1);
     const auto add = [&block](char item, std::string_view text) {
         block.push_back(item);
@@ -57,6 +57,11 @@ BareSession::BareSession(const std::string& database) {
     };
     add(isc_dpb_user_name, test::sysdba);
     add(isc_dpb_password, test::sysdba_password);
+    return block;
+}
+
+BareSession::BareSession(const std::string& database) {
+    const std::string block = attachment_block();
     ISC_STATUS_ARRAY status;
     isc_attach_database(status, 0, database.c_str(), &database_, static_cast<short>(block.size()),
                         block.data());

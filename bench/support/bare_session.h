@@ -87,6 +87,9 @@ class BareSession {
     Calls calls_ = Calls::plain;
 };
 
+/// The parameter block of an attachment as SYSDBA.
+std::string attachment_block();
+
 /// The parameter block of a transaction that only reads.
 inline constexpr std::string_view read_block = "\x01\x08\x02\x06";
 static_assert(isc_tpb_version1 == 1 && isc_tpb_read == 8 && isc_tpb_concurrency == 2 && isc_tpb_wait == 6);
