@@ -281,9 +281,7 @@ TEST_F(DoctorCommand, GeneratorsOfADroppedTableAreNamedAndTheAdviceHelps) {
 TEST_F(DoctorCommand, StatesHaveColoursOnATerminal) {
     on(path, {"exec", "drop function zmpadl"});
     for (const std::string setting : {"NO_COLOR=", "NO_COLOR=1"}) {
-        Dialogue talk({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", setting,
-                       "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), ZMFB_TOOL, "--db", path,
-                       "doctor"});
+        Dialogue talk(command({"--db", path, "doctor"}, {setting}));
         const std::string shown = talk.expect("gfix ");
         EXPECT_EQ(talk.end(), 1);
         for (const std::string state : {"\x1b[32m[ok]", "\x1b[31m[bad]", "\x1b[33m[note]"}) {

@@ -107,9 +107,7 @@ TEST_F(ImportFailure, AFileForRejectsThatCannotBeWrittenIsSaidAndNothingComesIn)
 
 TEST_F(ImportFailure, ControlCAtTheQuestionLeavesTheTable) {
     ASSERT_EQ(on(path, {"import", made("people.dbf", people())}).status, 0);
-    Dialogue talk({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK",
-                   "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), ZMFB_TOOL, "--db", path,
-                   "import", file("people.dbf"), "--replace"});
+    Dialogue talk(command({"--db", path, "import", file("people.dbf"), "--replace"}));
     talk.expect("Drop the table PEOPLE with its 2 records? [y/N] ");
     talk.type("\x03");
     talk.expect("interrupted");

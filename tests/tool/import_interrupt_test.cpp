@@ -36,9 +36,7 @@ TEST_F(ImportInterrupt, LeavesNothing) {
 }
 
 TEST_F(ImportInterrupt, AtATerminalLeavesNothing) {
-    Dialogue talk({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK",
-                   "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), ZMFB_TOOL, "--db", path,
-                   "import", file("big.dbf")});
+    Dialogue talk(command({"--db", path, "import", file("big.dbf")}));
     talk.expect("copying    [#");
     talk.type("\x03");
     talk.expect("error: the import of ");

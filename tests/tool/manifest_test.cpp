@@ -164,10 +164,8 @@ TEST_F(Manifest, IsNotWrittenWhenATableWasRefused) {
 
 TEST_F(Manifest, FilesOfOneExportAreOfOneMoment) {
     write_file("out/letters.dbf", "asks before it is replaced");
-    Dialogue talk({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK",
-                   "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), ZMFB_TOOL, "--db", path,
-                   "export", "customers", "letters", "--format", "vfp", "-o", folder_out, "--manifest",
-                   list});
+    Dialogue talk(command({"--db", path, "export", "customers", "letters", "--format", "vfp", "-o",
+                           folder_out, "--manifest", list}));
     talk.expect("Replace ");
     exec("insert into letters (id) values (3)");
     talk.type("y\n");

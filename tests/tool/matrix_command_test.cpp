@@ -118,19 +118,7 @@ TEST_F(MatrixCommand, OutcomesHaveColoursOnATerminal) {
     exec(path, "alter table client add extra integer");
     forbid(path, "alter table", "CLIENT");
     const auto apply = [&](const std::string& setting) {
-        return std::vector<std::string>{"env",
-                                        "-u",
-                                        "FIREBIRD",
-                                        "-u",
-                                        "FIREBIRD_LOCK",
-                                        setting,
-                                        "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
-                                        ZMFB_TOOL,
-                                        "--db",
-                                        path,
-                                        "matrix",
-                                        "apply",
-                                        matrix};
+        return command({"--db", path, "matrix", "apply", matrix}, {setting});
     };
     {
         Dialogue talk(apply("NO_COLOR=1"));

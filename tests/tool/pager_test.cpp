@@ -12,28 +12,15 @@ constexpr const char* marks_lines = "PAGER=sed s/^/paged:/";
 
 class RowsInAPager : public Tool {
   protected:
-    [[nodiscard]] std::vector<std::string> command(const std::string& pager,
-                                                   const std::vector<std::string>& words) const {
-        std::vector<std::string> all{"env",
-                                     "-u",
-                                     "FIREBIRD",
-                                     "-u",
-                                     "FIREBIRD_LOCK",
-                                     "-u",
-                                     "LESS",
-                                     "NO_COLOR=1",
-                                     "LC_ALL=C",
-                                     pager,
-                                     "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
-                                     "XDG_STATE_HOME=" + file("state"),
-                                     ZMFB_TOOL,
-                                     "--db",
-                                     path};
-        all.insert(all.end(), words.begin(), words.end());
+    [[nodiscard]] std::vector<std::string> paged(const std::string& pager,
+                                                 std::vector<std::string> words) const {
+        words.insert(words.begin(), {"--db", path});
+        std::vector<std::string> all = command(words, {"NO_COLOR=1", "LC_ALL=C", pager});
+        all.insert(all.begin() + 1, {"-u", "LESS"});
         return all;
     }
     [[nodiscard]] std::vector<std::string> query(const std::string& pager, const std::string& rows) const {
-        return command(pager, {"query", numbers + rows});
+        return paged(pager, {"query", numbers + rows});
     }
     static bool less_is_there() { return run({"less", "--version"}).status == 0; }
     const std::string path = database();
@@ -60,7 +47,7 @@ TEST_F(RowsInAPager, AreNoneWhereNoneIsWanted) {
     Dialogue refused(words);
     EXPECT_EQ(refused.expect("(100 rows)").find("paged:"), std::string::npos);
     EXPECT_EQ(refused.end(), 0);
-    Dialogue shell(command(marks_lines, {"shell", "--no-pager"}));
+    Dialogue shell(paged(marks_lines, {"shell", "--no-pager"}));
     shell.expect_prompt("zmfb> ");
     shell.type(std::string(numbers) + "select n from r;\n");
     EXPECT_EQ(shell.expect("(100 rows)").find("paged:"), std::string::npos);
@@ -73,7 +60,7 @@ TEST_F(RowsInAPager, ThatEndsEarlyEndTheQueryWithoutAWord) {
     Dialogue endless(query("PAGER=head -n 3", "select a.n from r a, r b, r c, r d, r e"));
     endless.expect("\r\n1\r\n");
     EXPECT_EQ(endless.end(), 0);
-    Dialogue shell(command("PAGER=head -n 3", {"shell"}));
+    Dialogue shell(paged("PAGER=head -n 3", {"shell"}));
     shell.expect_prompt("zmfb> ");
     shell.type(std::string(numbers) + "select a.n from r a, r b, r c, r d, r e;\n");
     const std::string said = shell.expect_prompt("\r\nzmfb> ");
@@ -109,7 +96,7 @@ TEST_F(RowsInAPager, ThatCannotBeRunIsAnErrorThatSaysWhatHelps) {
 
 TEST_F(RowsInAPager, LessShowsTheFirstPageOfAnEndlessQueryAndQEndsIt) {
     if (!less_is_there()) GTEST_SKIP() << "less is not installed";
-    Dialogue shell(command("PAGER=less", {"shell"}));
+    Dialogue shell(paged("PAGER=less", {"shell"}));
     shell.expect_prompt("zmfb> ");
     shell.type(std::string(numbers) + "select a.n from r a, r b, r c, r d, r e;\n");
     shell.expect("\n1");
@@ -121,7 +108,7 @@ TEST_F(RowsInAPager, LessShowsTheFirstPageOfAnEndlessQueryAndQEndsIt) {
 }
 
 TEST_F(RowsInAPager, ControlCEndsTheRowsAndThePagerHasWhatCame) {
-    Dialogue shell(command("PAGER=trap '' INT; cat; echo the pager is left", {"shell"}));
+    Dialogue shell(paged("PAGER=trap '' INT; cat; echo the pager is left", {"shell"}));
     shell.expect_prompt("zmfb> ");
     shell.type(std::string(numbers) + "select a.n from r a, r b, r c, r d, r e;\n");
     shell.expect("\r\n1\r\n");

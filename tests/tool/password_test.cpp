@@ -94,9 +94,7 @@ TEST_F(Password, IsNotToBeSeenInTheListOfProcesses) {
 }
 
 TEST_F(Password, IsAskedForOnATerminalWithoutAnEcho) {
-    Dialogue talk({"env", "-u", "FIREBIRD", "-u", "FIREBIRD_LOCK", "-u", "ISC_PASSWORD", "-u", "ZMFB_DB",
-                   "XDG_CACHE_HOME=" + (process_folder() / "cache").string(), ZMFB_TOOL, "--db", name,
-                   "--user", "SYSDBA", "call", "isconnected()"});
+    Dialogue talk(command({"--db", name, "--user", "SYSDBA", "call", "isconnected()"}));
     talk.expect("Password of SYSDBA on " + name + ": ");
     talk.type(std::string(sysdba_password) + "\n");
     EXPECT_EQ(talk.expect(".T.\r\n"), "\r\n.T.\r\n");

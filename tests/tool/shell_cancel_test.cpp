@@ -32,17 +32,9 @@ class ShellCancel : public Tool, public ::testing::WithParamInterface<Where> {
         return zmfb(words, "", environment_);
     }
     [[nodiscard]] std::vector<std::string> shell() const {
-        std::vector<std::string> command{"env",
-                                         "-u",
-                                         "FIREBIRD",
-                                         "-u",
-                                         "FIREBIRD_LOCK",
-                                         "NO_COLOR=1",
-                                         "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
-                                         "XDG_STATE_HOME=" + file("state")};
-        command.insert(command.end(), environment_.begin(), environment_.end());
-        command.insert(command.end(), {ZMFB_TOOL, "--db", database_, "shell"});
-        return command;
+        std::vector<std::string> settings = environment_;
+        settings.emplace_back("NO_COLOR=1");
+        return command({"--db", database_, "shell"}, settings);
     }
     // Waits until a statement of another attachment with these letters runs.
     void wait_until_runs(const std::string& letters) const {
@@ -60,6 +52,11 @@ class ShellCancel : public Tool, public ::testing::WithParamInterface<Where> {
         talk.type(line + "\n");
         talk.expect(answer);
         talk.expect_prompt(then);
+    }
+    static void hold_the_record(Dialogue& holder) {
+        holder.expect_prompt(prompt);
+        say(holder, "begin", "done: begin", prompt_within);
+        say(holder, "update t set b = 'held';", "done: update", prompt_within);
     }
     [[nodiscard]] bool is_server_of(const std::string& version) const {
         const std::string query = "select rdb$get_context('SYSTEM', 'ENGINE_VERSION') as v from rdb$database";
@@ -94,9 +91,7 @@ TEST_P(ShellCancel, EndsWhatRunsAndTheShellLivesOn) {
 // What waits is given up, and whoever has the record is named.
 TEST_P(ShellCancel, EndsAWaitForARecordAndSaysWhoHasIt) {
     Dialogue holder(shell());
-    holder.expect_prompt(prompt);
-    say(holder, "begin", "done: begin", prompt_within);
-    say(holder, "update t set b = 'held';", "done: update", prompt_within);
+    hold_the_record(holder);
     say(holder, "insert into t values (2, 'held');", "done: insert", prompt_within);
     const std::string who = "of SYSDBA, process " + std::to_string(holder.pid());
     Dialogue talk(shell());
@@ -124,9 +119,7 @@ TEST_P(ShellCancel, EndsAWaitForARecordAndSaysWhoHasIt) {
 
 TEST_P(ShellCancel, WithinATransactionUndoesTheStatementAlone) {
     Dialogue holder(shell());
-    holder.expect_prompt(prompt);
-    say(holder, "begin", "done: begin", prompt_within);
-    say(holder, "update t set b = 'held';", "done: update", prompt_within);
+    hold_the_record(holder);
     Dialogue talk(shell());
     talk.expect_prompt(prompt);
     say(talk, "begin", "done: begin", prompt_within);
@@ -143,9 +136,7 @@ TEST_P(ShellCancel, WithinATransactionUndoesTheStatementAlone) {
 
 TEST_P(ShellCancel, AConflictNamesItsOwner) {
     Dialogue holder(shell());
-    holder.expect_prompt(prompt);
-    say(holder, "begin", "done: begin", prompt_within);
-    say(holder, "update t set b = 'held';", "done: update", prompt_within);
+    hold_the_record(holder);
     Dialogue talk(shell());
     talk.expect_prompt(prompt);
     say(talk, "begin", "done: begin", prompt_within);
@@ -158,9 +149,7 @@ TEST_P(ShellCancel, AConflictNamesItsOwner) {
 // Once the other one has committed, the waiting statement changes what is there then.
 TEST_P(ShellCancel, AWaitThatIsNotEndedGoesOnBehindTheCommit) {
     Dialogue holder(shell());
-    holder.expect_prompt(prompt);
-    say(holder, "begin", "done: begin", prompt_within);
-    say(holder, "update t set b = 'held';", "done: update", prompt_within);
+    hold_the_record(holder);
     Dialogue talk(shell());
     talk.expect_prompt(prompt);
     talk.type("update t set b = b || '!m1';\n");

@@ -24,19 +24,7 @@ class ShellConnection : public Tool {
         return {std::string("ISC_USER=") + sysdba, std::string("ISC_PASSWORD=") + sysdba_password};
     }
     [[nodiscard]] std::vector<std::string> shell() const {
-        return {"env",
-                "-u",
-                "FIREBIRD",
-                "-u",
-                "FIREBIRD_LOCK",
-                "NO_COLOR=1",
-                "XDG_STATE_HOME=" + file("state"),
-                password()[0],
-                password()[1],
-                ZMFB_TOOL,
-                "--db",
-                database_,
-                "shell"};
+        return command({"--db", database_, "shell"}, {"NO_COLOR=1", password()[0], password()[1]});
     }
     // Ends every other attachment, as an administrator does.
     void end_attachments() const {

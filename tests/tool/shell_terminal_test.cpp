@@ -2,6 +2,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <span>
+#include <utility>
 
 #include "tests/support/dialogue.h"
 #include "tests/support/environment.h"
@@ -21,29 +23,34 @@ class ShellOnATerminal : public Tool {
         on(path, {"exec", "create table customers (a integer, b varchar(10))"});
         on(path, {"exec", "insert into customers values (1, 'ação')"});
     }
-    [[nodiscard]] std::vector<std::string> command() const {
-        return {"env",
-                "-u",
-                "FIREBIRD",
-                "-u",
-                "FIREBIRD_LOCK",
-                "-u",
-                "NO_COLOR",
-                "LC_ALL=C",
-                "PAGER=cat",
-                "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
-                "XDG_STATE_HOME=" + file("state"),
-                ZMFB_TOOL,
-                "--db",
-                path,
-                "shell"};
+    [[nodiscard]] std::vector<std::string> shell() const {
+        return command({"--db", path, "shell"}, {"NO_COLOR=", "LC_ALL=C", "PAGER=cat"});
     }
     [[nodiscard]] std::string history() const { return file("state/zmfbconn/history"); }
+    // Types keys that end inputs, and finds in the history what they were completed to.
+    void expect_remembered(std::span<const std::pair<const char*, const char*>> cases) const {
+        Dialogue talk(shell());
+        talk.expect_prompt(prompt);
+        for (const auto& [keys, line] : cases) {
+            talk.type(keys);
+            std::string shown = talk.expect_prompt(prompt);
+            for (std::size_t i; (i = shown.find('\a')) != std::string::npos;) shown.erase(i, 1);
+            EXPECT_EQ(shown.find("error"), std::string::npos) << shown;
+        }
+        talk.type(control_d);
+        EXPECT_EQ(talk.end(), 0);
+        const std::string remembered = read_file(history());
+        for (const auto& [keys, line] : cases) {
+            std::string written = line;
+            for (std::size_t i; (i = written.find(' ')) != std::string::npos;) written.replace(i, 1, "\\040");
+            EXPECT_NE(remembered.find(written), std::string::npos) << remembered;
+        }
+    }
     const std::string path = database();
 };
 
 TEST_F(ShellOnATerminal, GreetsRunsWhatIsTypedAndEndsWithControlD) {
-    Dialogue talk(command());
+    Dialogue talk(shell());
     EXPECT_NE(talk.expect_prompt(prompt).find(".help shows what can be typed"), std::string::npos);
     talk.type("select b, cast(null as integer) as n\n");
     talk.expect_prompt("  ...> ");
@@ -62,7 +69,7 @@ TEST_F(ShellOnATerminal, GreetsRunsWhatIsTypedAndEndsWithControlD) {
 }
 
 TEST_F(ShellOnATerminal, QuitEndsItWithNothingOnceMoreRaised) {
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     talk.type("looptest(\"X\")\n");
     talk.expect("raised: ");
@@ -72,7 +79,7 @@ TEST_F(ShellOnATerminal, QuitEndsItWithNothingOnceMoreRaised) {
 }
 
 TEST_F(ShellOnATerminal, ControlCForgetsTheLineAndTheStatementBegun) {
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     talk.type("select nosuch");
     talk.expect("nosuch");
@@ -91,7 +98,7 @@ TEST_F(ShellOnATerminal, ControlCForgetsTheLineAndTheStatementBegun) {
 }
 
 TEST_F(ShellOnATerminal, ControlDEndsItBehindControlCToo) {
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     talk.type(control_c);
     talk.expect("^C");
@@ -103,7 +110,7 @@ TEST_F(ShellOnATerminal, ControlDEndsItBehindControlCToo) {
 // The terminal throws away what was typed before Ctrl-C, also when the shell has just been told that it is
 // there.
 TEST_F(ShellOnATerminal, ControlCRightBehindOtherKeysIsNeverMissed) {
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     for (int round = 0; round < 500; ++round) {
         talk.type("select 1");
@@ -116,7 +123,7 @@ TEST_F(ShellOnATerminal, ControlCRightBehindOtherKeysIsNeverMissed) {
 }
 
 TEST_F(ShellOnATerminal, ControlCEndsTheRowsOfAQueryAndNotTheShell) {
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     talk.type(
         "with recursive r as (select 1 as n from rdb$database union all select n + 1 from r where n < 1000) "
@@ -142,22 +149,7 @@ TEST_F(ShellOnATerminal, TabCompletesMethodsTablesWordsAndCommands) {
         {".mode cs\t\n", ".mode csv"},
         {".help gettablerecc\t\n", ".help gettablereccount"},
     };
-    Dialogue talk(command());
-    talk.expect_prompt(prompt);
-    for (const auto& [keys, line] : cases) {
-        talk.type(keys);
-        std::string shown = talk.expect_prompt(prompt);
-        for (std::size_t i; (i = shown.find('\a')) != std::string::npos;) shown.erase(i, 1);
-        EXPECT_EQ(shown.find("error"), std::string::npos) << shown;
-    }
-    talk.type(control_d);
-    EXPECT_EQ(talk.end(), 0);
-    const std::string remembered = read_file(history());
-    for (const auto& [keys, line] : cases) {
-        std::string written = line;
-        for (std::size_t i; (i = written.find(' ')) != std::string::npos;) written.replace(i, 1, "\\040");
-        EXPECT_NE(remembered.find(written), std::string::npos) << remembered;
-    }
+    expect_remembered(cases);
 }
 
 TEST_F(ShellOnATerminal, TabCompletesColumnsOfTheTablesOfTheStatement) {
@@ -168,28 +160,14 @@ TEST_F(ShellOnATerminal, TabCompletesColumnsOfTheTablesOfTheStatement) {
         {"select * from orders o where o.AM\t > 0;\n", "select * from orders o where o.AMOUNT > 0;"},
         {"select ampl\t from noises;\n", "select amplitude from noises;"},
         {"delete from ord\t where bu\t is null;\n", "delete from orders where buyer is null;"}};
-    Dialogue talk(command());
-    talk.expect_prompt(prompt);
-    for (const auto& [keys, line] : cases) {
-        talk.type(keys);
-        const std::string shown = talk.expect_prompt(prompt);
-        EXPECT_EQ(shown.find("error"), std::string::npos) << shown;
-    }
-    talk.type(control_d);
-    EXPECT_EQ(talk.end(), 0);
-    const std::string remembered = read_file(history());
-    for (const auto& [keys, line] : cases) {
-        std::string written = line;
-        for (std::size_t i; (i = written.find(' ')) != std::string::npos;) written.replace(i, 1, "\\040");
-        EXPECT_NE(remembered.find(written), std::string::npos) << remembered;
-    }
+    expect_remembered(cases);
 }
 
 TEST_F(ShellOnATerminal, TabOffersNoNameThatNeedsQuotes) {
     for (const std::string name : {"CUSTOMERS --", "Custom", "CUSTARD; drop table CUSTOMERS"}) {
         exec(path, "create table \"" + name + "\" (a integer)");
     }
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     talk.type("select a from CUST\t;\n");
     talk.expect_prompt(prompt);
@@ -207,7 +185,7 @@ TEST_F(ShellOnATerminal, HistoryIsNotKeptInAFolderOfAnotherUser) {
     for (const std::string& theirs : {file("state/zmfbconn"), history()}) {
         ASSERT_EQ(::lchown(theirs.c_str(), somebody_else, somebody_else), 0);
     }
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     talk.type("select 1 from rdb$database;\n");
     talk.expect_prompt(prompt);
@@ -218,7 +196,7 @@ TEST_F(ShellOnATerminal, HistoryIsNotKeptInAFolderOfAnotherUser) {
 
 TEST_F(ShellOnATerminal, HistoryIsKeptForItsOwnerWithoutPasswords) {
     {
-        Dialogue talk(command());
+        Dialogue talk(shell());
         talk.expect_prompt(prompt);
         talk.type("select 41 + 1 as n\n");
         talk.expect_prompt("  ...> ");
@@ -233,7 +211,7 @@ TEST_F(ShellOnATerminal, HistoryIsKeptForItsOwnerWithoutPasswords) {
     ASSERT_EQ(::stat(history().c_str(), &about), 0);
     EXPECT_EQ(about.st_mode & 0777, 0600u);
     EXPECT_EQ(read_file(history()).find("secret"), std::string::npos);
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     talk.type(up);
     talk.expect("select 41 + 1 as n from rdb$database;");
@@ -245,7 +223,7 @@ TEST_F(ShellOnATerminal, HistoryIsKeptForItsOwnerWithoutPasswords) {
 }
 
 TEST_F(ShellOnATerminal, AccentedLettersAreEditedAsOneEach) {
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     // Two letters are taken back, and the cursor goes back over one.
     talk.type("select 'aéü\x7f\x7fão\x1b[D\x1b[Dç\x05' as t from rdb$database;\n");
@@ -262,7 +240,7 @@ TEST_F(ShellOnATerminal, AccentedLettersAreEditedAsOneEach) {
 }
 
 TEST_F(ShellOnATerminal, BytesThatAreNoUtf8TakeNoOtherKeyWithThem) {
-    Dialogue talk(command());
+    Dialogue talk(shell());
     talk.expect_prompt(prompt);
     // From a terminal that speaks ISO-8859-1; then what no character has, and an end too early.
     for (const auto& [typed, shown] : {std::pair{"a\xE3", "a\uFFFD"},
@@ -289,7 +267,7 @@ TEST_F(ShellOnATerminal, BytesThatAreNoUtf8TakeNoOtherKeyWithThem) {
 TEST_F(ShellOnATerminal, HistoryIsBelowTheHomeWhereNoOtherPlaceIsNamed) {
     const std::filesystem::path home = file("home");
     for (const std::string& place : {"HOME=" + home.string(), std::string("HOME=")}) {
-        std::vector<std::string> words = command();
+        std::vector<std::string> words = shell();
         std::ranges::replace(words, "XDG_STATE_HOME=" + file("state"), place);
         words.insert(words.begin() + 1, {"-u", "XDG_STATE_HOME"});
         Dialogue talk(words);

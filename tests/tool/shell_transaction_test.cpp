@@ -15,18 +15,7 @@ class ShellTransaction : public Tool {
     ShellTransaction() { exec(path, "create table t (a integer primary key, b varchar(10))"); }
     [[nodiscard]] Finished shell(const std::string& input) const { return on(path, {"shell"}, input); }
     [[nodiscard]] std::vector<std::string> on_a_terminal() const {
-        return {"env",
-                "-u",
-                "FIREBIRD",
-                "-u",
-                "FIREBIRD_LOCK",
-                "NO_COLOR=1",
-                "XDG_CACHE_HOME=" + (process_folder() / "cache").string(),
-                "XDG_STATE_HOME=" + file("state"),
-                ZMFB_TOOL,
-                "--db",
-                path,
-                "shell"};
+        return command({"--db", path, "shell"}, {"NO_COLOR=1"});
     }
     [[nodiscard]] std::string stored() const {
         std::string all;

@@ -48,22 +48,24 @@ std::string Tool::as_database(const std::string& name) const {
     return on_server() ? Server::shared().name_of(file(name)) : file(name);
 }
 
+std::vector<std::string> Tool::command(const std::vector<std::string>& words,
+                                       const std::vector<std::string>& settings) const {
+    std::vector<std::string> all = clean_environment();
+    all.push_back("XDG_CACHE_HOME=" + (process_folder() / "cache").string());
+    all.push_back("XDG_STATE_HOME=" + file("state"));
+    all.insert(all.end(), settings.begin(), settings.end());
+    all.push_back(ZMFB_TOOL);
+    all.insert(all.end(), words.begin(), words.end());
+    return all;
+}
+
 Finished Tool::zmfb(std::vector<std::string> words, const std::string& input,
                     const std::vector<std::string>& environment) const {
-    std::vector<std::string> command = clean_environment();
-    command.push_back("XDG_CACHE_HOME=" + (process_folder() / "cache").string());
-    command.insert(command.end(), environment.begin(), environment.end());
-    command.push_back(ZMFB_TOOL);
-    command.insert(command.end(), words.begin(), words.end());
-    return run(command, input);
+    return run(command(words, environment), input);
 }
 
 std::unique_ptr<Started> Tool::start(const std::vector<std::string>& words, const std::string& input) const {
-    std::vector<std::string> command = clean_environment();
-    command.push_back("XDG_CACHE_HOME=" + (process_folder() / "cache").string());
-    command.push_back(ZMFB_TOOL);
-    command.insert(command.end(), words.begin(), words.end());
-    return std::make_unique<Started>(command, input);
+    return std::make_unique<Started>(command(words), input);
 }
 
 Finished Tool::zmfb_in(const std::string& folder, std::vector<std::string> words) const {

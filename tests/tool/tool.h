@@ -19,6 +19,10 @@ class Tool : public Runtime {
     /// Runs zmfb with these words.
     Finished zmfb(std::vector<std::string> words, const std::string& input = "",
                   const std::vector<std::string>& environment = {}) const;
+    /// The words of that command, as on a terminal; with these settings of the environment besides. The
+    /// history of a shell is kept below the folder "state" of the test.
+    [[nodiscard]] std::vector<std::string> command(const std::vector<std::string>& words,
+                                                   const std::vector<std::string>& settings = {}) const;
     /// The same beside the test.
     [[nodiscard]] std::unique_ptr<Started> start(const std::vector<std::string>& words,
                                                  const std::string& input = "") const;
