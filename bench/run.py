@@ -2,7 +2,6 @@
 """Runs the benchmarks: each piece of work in turn with what it is measured against, answers checked before and
 while they are timed. bench.sh builds what this needs and calls it."""
 import argparse
-import json
 import os
 import subprocess
 import sys
@@ -74,7 +73,7 @@ def arguments():
     parser.add_argument("--rows", type=int, help="rows that are read (500,000)")
     parser.add_argument("--records", type=int, help="records that are imported and exported (1,000,000)")
     parser.add_argument("--json", metavar="FILE", help="write the figures of every run there")
-    parser.add_argument("--doc", metavar="FILE", help="put the table and pictures between the marks in that document")
+    parser.add_argument("--doc", metavar="FILE", help="the table and pictures between the marks in that document, the figures beside it")
     parser.add_argument("--smoke", action="store_true", help=argparse.SUPPRESS)
     parser.add_argument("--peers", default="SOCI,DBD::Firebird,Qt QIBASE,PyQt,node-firebird", help="which of the peers")
     options = parser.parse_args()
@@ -136,15 +135,13 @@ def main():
     if options.smoke:
         print(f"{len(rows)} comparisons ran and their answers agree")
         return 0
-    around = report.circumstances(options, client, time.monotonic() - start)
-    print(report.text_table(rows))
-    print("; ".join(f"{name}: {value}" for name, value in around.items()))
+    measured = report.figures(rows, report.circumstances(options, asked(sys.argv[1:]), client, time.monotonic() - start))
+    print(report.text_table(measured["rows"]))
+    print(report.facts(measured["circumstances"]))
     if options.json:
-        with open(options.json, "w", encoding="utf-8") as file:
-            json.dump(report.figures(rows, around), file, indent=1)
+        report.write_figures(options.json, measured)
     if options.doc:
-        report.write_into(options.doc, rows, around, asked(sys.argv[1:]))
-        pictures.write_into(options.doc, report.figures(rows, around))
+        report.write_into(options.doc, measured)
     return 0
 
 

@@ -35,6 +35,16 @@ def lines_of(svg, series):
             for path in group.iter(f"{SVG}path") if "line" in path.get("class") for part in path.get("d").split("M")[1:]]
 
 
+def contrast(one, other):
+    """How much lighter the lighter of two colours is, as WCAG 2 counts it: 1 to 21."""
+    def luminance(colour):
+        parts = [int(colour[at:at + 2], 16) / 255 for at in (1, 3, 5)]
+        return sum(weight * (part / 12.92 if part <= 0.04045 else ((part + 0.055) / 1.055) ** 2.4)
+                   for weight, part in zip((0.2126, 0.7152, 0.0722), parts))
+    dark, light = sorted((luminance(one), luminance(other)))
+    return (light + 0.05) / (dark + 0.05)
+
+
 class Pictures(unittest.TestCase):
     def drawn(self, kind):
         return ElementTree.fromstring(pictures.draw(kind, rows_of(kind)))
@@ -67,13 +77,16 @@ class Pictures(unittest.TestCase):
         self.assertIn("work, TCP, against peer: 1.000 (0.50 to 1.50); target: faster, met.",
                       pictures.draw("work", figures["rows"]))
 
-    def test_growth_is_a_line_from_the_smallest_size(self):
+    def test_growth_is_a_line_for_each_work_from_its_smallest_size(self):
         svg = self.drawn("growth")
-        [line] = lines_of(svg, 0)
-        self.assertEqual(len(line), 2)
+        [importing], [locking] = lines_of(svg, 0), lines_of(svg, 1)
+        self.assertEqual([len(importing), len(locking)], [2, 2])
+        unit = importing[0][1] - importing[1][1]
+        self.assertAlmostEqual((locking[0][1] - locking[1][1]) / unit, 0.3 / 0.05, places=3)
+        self.assertAlmostEqual((importing[1][0] - importing[0][0]) / (locking[1][0] - locking[0][0]), 2, places=3)
         texts = [node.text for node in svg.iter(f"{SVG}text")]
-        self.assertIn("10 rows", texts)
-        self.assertIn("1,000 rows", texts)
+        for text in ("10", "100", "1,000", "import, a record", "lock, a record"):
+            self.assertIn(text, texts)
 
     def test_the_figures_are_in_it_as_text(self):
         description = self.drawn("select").find(f"{SVG}desc").text
@@ -81,32 +94,50 @@ class Pictures(unittest.TestCase):
             "reading of 100 rows, embedded, against bare client: 1.200 (1.10 to 1.30); target: at most 1.15 times, missed.",
             "reading of 100 rows, TCP, against a <peer>: 0.600 (0.50 to 0.70); target: faster, met."])
 
-    def test_it_has_no_script_and_no_date_and_colours_for_dark_ground(self):
+    def test_it_has_no_script_and_no_date(self):
         text = pictures.draw("select", rows_of("select"))
         self.assertNotIn("<script", text)
         self.assertNotIn("<!--", text)
-        self.assertIn("prefers-color-scheme:dark", text)
         self.assertEqual(text, pictures.draw("select", rows_of("select")))
 
-    def test_a_document_gets_a_line_for_each_kind_between_its_marks(self):
+    def test_lines_and_texts_stand_out_on_light_and_on_dark_ground(self):
+        for kind in ("select", "growth"):
+            text = pictures.draw(kind, rows_of(kind))
+            light, _, dark = text.partition("@media (prefers-color-scheme:dark)")
+            for style, ground, texts in ((light, pictures.LIGHT, pictures.LIGHT_TEXT), (dark, pictures.DARK, pictures.DARK_TEXT)):
+                self.assertIn(f".plot &gt; .background{{fill:{ground}", style)
+                self.assertRegex(style, rf"\.title[^}}]*{{fill:{texts}")
+                self.assertGreaterEqual(contrast(ground, texts), 4.5)
+            lines = {int(number): colour for number, colour in re.findall(r"\.color-(\d+) a:visited{stroke:(#\w+)", light)}
+            lines |= {"guide": re.search(r"\.major\.line{stroke:(#\w+) !important", text).group(1)}
+            inverted = dict(re.findall(r"\.color-(\d+){stroke:(#\w+)", dark))
+            for number, colour in lines.items():
+                self.assertGreaterEqual(contrast(pictures.LIGHT, colour), 3, f"{kind}: {number}")
+                self.assertGreaterEqual(contrast(pictures.DARK, inverted.get(str(number), colour)), 3, f"{kind}: {number}")
+
+    def test_a_document_gets_a_line_for_each_kind_its_table_and_its_figures(self):
         with tempfile.TemporaryDirectory() as folder:
             document = Path(folder, "page.md")
-            document.write_text(f"before\n{pictures.BEGIN}\nold\n{pictures.END}\nafter\n", encoding="utf-8")
-            pictures.write_into(str(document), FIGURES)
+            document.write_text(f"before\n{pictures.BEGIN}\nold\n{pictures.END}\nbetween\n{report.BEGIN}\nold\n{report.END}\n"
+                                "after\n", encoding="utf-8")
+            report.write_into(str(document), FIGURES)
             text = document.read_text(encoding="utf-8")
-            self.assertTrue(text.startswith("before\n") and text.endswith("\nafter\n"))
+            self.assertTrue(text.startswith("before\n") and "\nbetween\n" in text and text.endswith("\nafter\n"))
             self.assertNotIn("old", text)
             self.assertIn("![select: comparisons: 2; ratios from 0.60 to 1.20; targets missed: 1; "
                           "the figures are in the table](pictures/select.svg)", text)
+            self.assertIn("Written by `./bench.sh --quick`. runs: 3.", text)
+            self.assertIn("| call by name |  | function pointer | 8.00 s ±12% | 1.00 s ±0% | 8.000 (7.00 to 9.00) |", text)
             self.assertEqual({path.name for path in Path(folder, "pictures").iterdir()},
                              {"select.svg", "call.svg", "growth.svg"})
+            self.assertEqual(json.loads(Path(folder, "page.json").read_text(encoding="utf-8")), FIGURES)
 
     def test_a_document_without_marks_is_refused(self):
         with tempfile.TemporaryDirectory() as folder:
             document = Path(folder, "page.md")
             document.write_text("nothing\n", encoding="utf-8")
             with self.assertRaises(SystemExit):
-                pictures.write_into(str(document), FIGURES)
+                report.write_into(str(document), FIGURES)
 
 
 if __name__ == "__main__":
