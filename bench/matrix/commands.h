@@ -7,8 +7,8 @@
 
 namespace zmfb::bench {
 
-/// matrix.make: tables of many fields. matrix.ours: extractmatrix of all tables, timed. matrix.bare: the bare
-/// client sends the queries of that, learned from one extraction, and reads their rows.
+/// matrix.make: tables of many fields. matrix.ours: extractmatrix of so many of them, timed. matrix.bare: the
+/// bare client sends the queries of that, learned from one extraction, and reads their rows.
 std::span<const Command> matrix_commands();
 
 }  // namespace zmfb::bench

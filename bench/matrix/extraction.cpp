@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include <map>
 #include <stdexcept>
 
 #include "bench/matrix/commands.h"
@@ -69,17 +70,26 @@ std::size_t field_lines(const Value& matrix) {
     return lines;
 }
 
-json extract_ours(Worker& worker, const json&) {
+Value names(const json& request) {
+    Value names = Value::array_of_size(0);
+    for (int table = 1; table <= request.at("tables").get<int>(); ++table) names.push(name_of(table));
+    return names;
+}
+
+json extract_ours(Worker& worker, const json& request) {
+    const Value tables = names(request);
     Value matrix;
-    const double seconds = seconds_of([&] { matrix = worker.ours->call("extractmatrix"); });
+    const double seconds = seconds_of([&] { matrix = worker.ours->call("extractmatrix", tables); });
     return {{"seconds", seconds}, {"fields", field_lines(matrix)}};
 }
 
 json extract_bare(Worker& worker, const json& request) {
-    static std::vector<Sent> sent;
+    static std::map<std::size_t, std::vector<Sent>> learned;  // by the number of tables
+    const Value tables = names(request);
+    std::vector<Sent>& sent = learned[tables.size()];
     if (sent.empty()) {
         const Recorder recorder;
-        worker.ours->call("extractmatrix");
+        worker.ours->call("extractmatrix", tables);
         sent = recorder.sent();
     }
     worker.bare->send_by(request.value("calls", "plain") == "plain" ? Calls::plain : Calls::as_ours);

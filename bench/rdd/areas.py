@@ -1,10 +1,28 @@
 """Work areas: a table walked through, sought in, changed and appended to by the operations of the language, and looked
 through page by page."""
+import contextlib
+import functools
+
+from bench.support.growth import grown
 from bench.support.measure import Row, Target, paired
 from bench.support.processes import Failure
 from bench.support.stage import EMBEDDED
 
 MEGABYTE = 1e6
+
+
+@functools.cache
+def _make(stage, records):
+    """A database file with that many records in its table, to be copied."""
+    file = stage.copy()
+    with stage.worker() as worker:
+        worker.ask("attach", database=stage.name(file, EMBEDDED))
+        worker.ask("areas.make", records=records)
+    return file
+
+
+def _pages_of(records):
+    return min(200, records // 47 - 1)
 
 
 def _checked(worker, what, expected, **fields):
@@ -62,10 +80,7 @@ def _write(stage, worker, where, what, command):
 def areas(stage):
     """Against internalselect and the bare client."""
     rows = []
-    file = stage.copy()
-    with stage.worker() as worker:
-        worker.ask("attach", database=stage.name(file, EMBEDDED))
-        worker.ask("areas.make", records=stage.options.rows)
+    file = _make(stage, stage.options.rows)
     for where in stage.wheres():
         with stage.worker() as worker:
             worker.ask("attach", database=stage.name(stage.copy(file), where))
@@ -99,12 +114,9 @@ def _pages(stage, worker, where, what, command, shown, **fields):
 def browse(stage):
     """Pages of a screen against the bare query of each."""
     rows = []
-    file = stage.copy()
     records = stage.options.records
-    pages = min(200, records // 47 - 1)
-    with stage.worker() as worker:
-        worker.ask("attach", database=stage.name(file, EMBEDDED))
-        worker.ask("areas.make", records=records)
+    file = _make(stage, records)
+    pages = _pages_of(records)
     for where in stage.wheres():
         with stage.worker() as worker:
             worker.ask("attach", database=stage.name(stage.copy(file), where))
@@ -112,5 +124,34 @@ def browse(stage):
             rows += _pages(stage, worker, where, f"a page further in an order of {records:,} records", "browse.further",
                            pages, pages=pages, records=records)
             rows += _pages(stage, worker, where, "to the end and back, each a page", "browse.ends", 40, times=20)
+            worker.ask("browse.close")
+    return rows
+
+
+def grow(stage):
+    """In ever larger tables."""
+    sizes = stage.options.growth_records
+    seeks, pages = stage.options.seeks, _pages_of(sizes[0])
+    workers = {}
+
+    def two(size, what, bare, **fields):
+        def seconds(name):
+            return lambda: workers[size].ask(name, **fields)["seconds"]
+        return {"bare": seconds(bare), "ours": seconds(what)}
+    with contextlib.ExitStack() as ending:
+        for records in sizes:
+            workers[records] = ending.enter_context(stage.worker())
+            workers[records].ask("attach", database=stage.name(stage.copy(_make(stage, records)), EMBEDDED))
+            workers[records].ask("areas.open")
+        rows = grown(stage, "DBSKIP, a record: {:,} records", sizes,
+                     lambda size: two(size, "areas.walk", "areas.select"))
+        rows += grown(stage, "DBSEEK, a key: {:,} records", sizes, lambda size: two(
+            size, "areas.seek", "areas.seek.bare", seed=7, seeks=seeks, records=size), count=seeks)
+        for worker in workers.values():
+            worker.ask("areas.close")
+            worker.ask("browse.open")
+        rows += grown(stage, "a page further in an order: {:,} records", sizes, lambda size: two(
+            size, "browse.further", "browse.further.bare", pages=pages, records=size), count=pages)
+        for worker in workers.values():
             worker.ask("browse.close")
     return rows

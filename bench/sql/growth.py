@@ -21,7 +21,7 @@ def _own_part(stage, worker, rows, largest):
         taken = [worker.ask(what, sql=sql)["processor"] for _ in range(repeats)]
         return statistics.median(taken) / rows * 1e6
 
-    seconds = paired(stage.options.runs, {"bare": lambda: times("select.bare"), "ours": lambda: times("select.ours")})
+    seconds = paired(stage.options.growth_runs, {"bare": lambda: times("select.bare"), "ours": lambda: times("select.ours")})
     own = [ours - bare for ours, bare in zip(seconds["ours"], seconds["bare"])]
     stage.progress(f"{rows} rows: {statistics.median(own):.3f} us a row of our own")
     return own
@@ -30,11 +30,12 @@ def _own_part(stage, worker, rows, largest):
 def select(stage):
     """Each size against the smallest."""
     sizes = stage.options.growth
-    database = stage.name(people.make(stage, max(sizes)), EMBEDDED)
+    database = stage.name(stage.copy(people.make(stage, max(sizes))), EMBEDDED)
     with stage.worker() as worker:
         worker.ask("attach", database=database)
         worker.ask("select.ours", sql=people.query(max(sizes)))
         own = {rows: _own_part(stage, worker, rows, max(sizes)) for rows in sizes}
     base = own[sizes[0]]
-    return [Row(f"own part a row of {rows:,} rows", EMBEDDED, f"own part a row of {sizes[0]:,} rows", own[rows],
-                base, Target(at_most=1.10), "us") for rows in sizes[1:]]
+    what = "internalselect, own part of a row: {:,} rows"
+    return [Row(what.format(rows), EMBEDDED, what.format(sizes[0]), own[rows], base, Target(at_most=1.10), "us")
+            for rows in sizes[1:]]

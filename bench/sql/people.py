@@ -1,4 +1,5 @@
 """The table that is read: seven columns of the types that programs have, some of them NULL."""
+import functools
 
 COLUMNS = "ID, NAME, CITY, CREDIT, RATE, CHANGED, KIND"
 KINDS = ["decimal", "text", "text", "decimal", "double", "timestamp", "decimal"]
@@ -15,8 +16,9 @@ _FILL = """execute block as declare I integer = 0; begin while (I < {rows}) do b
 end end"""
 
 
+@functools.cache
 def make(stage, rows):
-    """A database file with that many people in it."""
+    """A database file with that many people in it, to be copied."""
     file = stage.copy()
     stage.host.ask("execute", database=file, statements=[_TABLE, _FILL.format(rows=rows)])
     return file

@@ -124,7 +124,7 @@ def _held(stage, database, name):
 
 def memory(stage):
     """Memory that the held rows take."""
-    database = stage.name(people.make(stage, stage.options.rows), TCP)
+    database = stage.name(stage.copy(people.make(stage, stage.options.rows)), TCP)
     values = stage.options.rows * len(people.KINDS)
     names = ["ours", STRINGS] + _peers(stage, TCP)
     names += [STRUCTS] * ("SOCI" in names)

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 
+#include "bench/conn/commands.h"
 #include "bench/locks/commands.h"
 #include "bench/matrix/commands.h"
 #include "bench/rdd/commands.h"
@@ -19,7 +20,7 @@ int main(int argc, char** argv) {
     const std::span<const Command> tables[] = {
         common_commands(), stage_commands(),  select_commands(),  typed_commands(), object_commands(),
         import_commands(), export_commands(), convert_commands(), lock_commands(),  crowd_commands(),
-        matrix_commands(), area_commands(),   browse_commands()};
+        matrix_commands(), area_commands(),   browse_commands(),  attach_commands()};
     const int status = serve(tables);
     clear_stage();
     return status;

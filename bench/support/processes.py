@@ -19,6 +19,16 @@ class Failure(Exception):
     """Something that ends the benchmarks: an answer that is wrong, a process that fails."""
 
 
+def memory_of(process):
+    """Resident memory of the process with that number, now and at its peak, in bytes."""
+    kilobytes = {}
+    with open(f"/proc/{process}/status", encoding="ascii") as status:
+        for line in status:
+            if line.startswith(("VmRSS", "VmHWM")):
+                kilobytes[line[:5]] = int(line.split()[1])
+    return kilobytes["VmRSS"] * 1024, kilobytes["VmHWM"] * 1024
+
+
 class Process:
     """One process that answers requests, each a JSON object on a line."""
 
@@ -51,13 +61,7 @@ class Process:
         return reply
 
     def memory(self):
-        """Resident memory, now and at its peak, in bytes."""
-        kilobytes = {}
-        with open(f"/proc/{self.process.pid}/status", encoding="ascii") as status:
-            for line in status:
-                if line.startswith(("VmRSS", "VmHWM")):
-                    kilobytes[line[:5]] = int(line.split()[1])
-        return kilobytes["VmRSS"] * 1024, kilobytes["VmHWM"] * 1024
+        return memory_of(self.process.pid)
 
     def close(self):
         """Ends it. Returns what it said, unless it ended well."""

@@ -3,6 +3,7 @@ import hashlib
 import os
 
 from bench.support import isql
+from bench.support.growth import grown
 from bench.support.measure import Row, Target, paired
 from bench.support.processes import Failure, timed
 from bench.support.stage import EMBEDDED
@@ -82,14 +83,14 @@ class _Export:
         return seconds
 
 
-def _ways(stage, records):
+def _ways(stage, records, wheres):
     """The ways to write a table of so many records out, at each of the places."""
     file = dbf.make(stage, records)
     imported = stage.copy()
     with stage.worker() as worker:
         worker.ask("import.ours", database=stage.name(imported, EMBEDDED), dbf=file,
                    data_file=stage.file("import.dat"))
-    for where in stage.wheres():
+    for where in wheres:
         way = _Export(stage, where, imported, file)
         way.ours()
         yield way
@@ -101,7 +102,7 @@ def _rows(way, what, ours, isql_target, peers):
     contestants = {"isql": way.isql, "ours": ours}
     for name in stage.peers(peers):
         contestants[name] = lambda name=name: way.peer(name)
-    seconds = paired(stage.options.runs, contestants, stage.progress)
+    seconds = paired(stage.options.long_runs, contestants, stage.progress)
     return [Row(what, way.where, "isql: INSERT ... SELECT alone", seconds["ours"], seconds["isql"], isql_target)] + [
         Row(what, way.where, f"{name}: fetch and print", seconds["ours"], seconds[name], peers[name])
         for name in stage.peers(peers)]
@@ -111,22 +112,30 @@ def exile(stage):
     """exiletable against isql, and against a loop that prints the records."""
     records = stage.options.records
     what = f"exiletable of {records:,} rows x 5 fields"
-    return [row for way in _ways(stage, records)
+    return [row for way in _ways(stage, records, stage.wheres())
             for row in _rows(way, what, way.ours, Target(at_most=1.20), EXILE_PEERS)]
 
 
 def write_out(stage):
     """`zmfb export` against isql, and against loops that print the records; and how its memory grows."""
     rows = []
-    memory = {}
     many_records = stage.options.records
     few_records = many_records * 3 // 10
-    for records in (few_records, many_records):
-        what = f"zmfb export of {records:,} rows x 5 fields"
-        for way in _ways(stage, records):
-            rows += _rows(way, what, way.tool, Target(at_most=0.55), TOOL_PEERS)
-            memory.setdefault(way.where, []).append(way.tool_memory)
-    for where, (few, many) in memory.items():
-        rows.append(Row(f"zmfb export of {many_records:,} rows, memory at its peak", where,
-                        f"of {few_records:,} rows", [many], [few], Target(at_most=1.1), unit="MB"))
+    what = f"zmfb export of {many_records:,} rows"
+    few = {}
+    for way in _ways(stage, few_records, stage.wheres()):
+        way.tool()
+        few[way.where] = way.tool_memory
+    for way in _ways(stage, many_records, stage.wheres()):
+        rows += _rows(way, f"{what} x 5 fields", way.tool, Target(at_most=0.55), TOOL_PEERS)
+        rows.append(Row(f"{what}, memory at its peak", way.where, f"of {few_records:,} rows", [way.tool_memory],
+                        [few[way.where]], Target(at_most=1.1), unit="MB"))
     return rows
+
+
+def grow(stage):
+    """zmfb export of ever more rows."""
+    def ways(records):
+        [way] = _ways(stage, records, [EMBEDDED])
+        return {"bare": way.isql, "ours": way.tool}
+    return grown(stage, "zmfb export, a row: {:,} rows", stage.options.growth_records, ways)

@@ -4,6 +4,7 @@ import os
 import subprocess
 
 from bench.support import isql
+from bench.support.growth import grown
 from bench.support.measure import Row, Target, paired
 from bench.support.processes import CLIENT_CPU, Failure
 from bench.support.stage import EMBEDDED, SLOW, TCP
@@ -29,7 +30,7 @@ class _Import:
 
     def __init__(self, stage, where, file):
         self.stage, self.where, self.file = stage, where, file
-        self.data_file = stage.file("import.dat")
+        self.data_file = stage.file(f"import{next(stage.numbers)}.dat")
         self.prepared, self.statement = self._prepare()
         self.sums = None
 
@@ -84,7 +85,7 @@ def _rows(stage, where, what, ours, at_most):
     options = stage.options
     if where != SLOW:
         way = _Import(stage, where, dbf.make(stage, options.records))
-        seconds = paired(options.runs, {"isql": way.isql, "ours": lambda: ours(way)}, stage.progress)
+        seconds = paired(options.long_runs, {"isql": way.isql, "ours": lambda: ours(way)}, stage.progress)
         rows.append(Row(f"{what} of {options.records:,} records x 5 fields", where, "isql: INSERT ... SELECT alone",
                         seconds["ours"], seconds["isql"], Target(at_most=at_most)))
     records = {EMBEDDED: options.peer_records, TCP: options.peer_records_over_tcp,
@@ -93,7 +94,7 @@ def _rows(stage, where, what, ours, at_most):
     contestants = {"ours": lambda: ours(way)}
     for name in stage.peers(PEERS):
         contestants[name] = lambda name=name, way=way: way.peer(name)
-    seconds = paired(options.runs, contestants, stage.progress)
+    seconds = paired(options.long_runs, contestants, stage.progress)
     for name in stage.peers(PEERS):
         rows.append(Row(f"{what} of {records:,} records x 5 fields", where, f"{name}: prepared INSERT a record",
                         seconds["ours"], seconds[name], PEER_TARGETS[where]))
@@ -109,6 +110,14 @@ def load(stage):
     """zmfb import, which sends the records over the client."""
     return [row for where in [*stage.wheres(), SLOW]
             for row in _rows(stage, where, "zmfb import", _Import.tool, 1.25)]
+
+
+def grow(stage):
+    """zmfb import of ever more records."""
+    def ways(records):
+        way = _Import(stage, EMBEDDED, dbf.make(stage, records))
+        return {"bare": way.isql, "ours": way.tool}
+    return grown(stage, "zmfb import, a record: {:,} records", stage.options.growth_records, ways)
 
 
 def convert(stage):

@@ -66,7 +66,7 @@ def load(stage):
             raise Failure(f"the tables differ: {sums}")
         return seconds
 
-    seconds = paired(stage.options.runs, {
+    seconds = paired(stage.options.long_runs, {
         "isql": lambda: timed(lambda database: isql.seconds_of(stage, database, script)),
         "ours": lambda: timed(lambda database: importing.seconds_of_tool(stage, database, file)),
     }, stage.progress)
