@@ -1,11 +1,18 @@
 #include "conn/log.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <limits>
 
@@ -19,45 +26,65 @@ int current_level = 0;
 // Every log text passes through this one buffer; its last byte ends the text.
 char event_buffer[10000];
 
-// A file that grows beyond the process's limit of file sizes sends a signal that ends the program. While this
-// lives the signal is held back from this thread, and what was sent meanwhile is taken away at the end.
-class FileSizeSignalHeldBack {
+// A file that grows beyond the process's limit of file sizes, and a pipe that nobody reads any more, send
+// signals that end the program. While this lives they are held back from this thread, and those sent
+// meanwhile are taken away at the end.
+class WriteSignalsHeldBack {
   public:
-    FileSizeSignalHeldBack() {
+    WriteSignalsHeldBack() {
         sigset_t pending;
         ::sigpending(&pending);
-        was_pending_ = sigismember(&pending, SIGXFSZ) != 0;
-        sigemptyset(&signal_);
-        sigaddset(&signal_, SIGXFSZ);
-        ::pthread_sigmask(SIG_BLOCK, &signal_, &mask_before_);
+        sigset_t held;
+        sigemptyset(&held);
+        sigemptyset(&taken_);
+        for (const int signal : {SIGXFSZ, SIGPIPE}) {
+            sigaddset(&held, signal);
+            if (sigismember(&pending, signal) == 0) sigaddset(&taken_, signal);
+        }
+        ::pthread_sigmask(SIG_BLOCK, &held, &mask_before_);
     }
-    FileSizeSignalHeldBack(const FileSizeSignalHeldBack&) = delete;
-    FileSizeSignalHeldBack& operator=(const FileSizeSignalHeldBack&) = delete;
-    ~FileSizeSignalHeldBack() {
+    WriteSignalsHeldBack(const WriteSignalsHeldBack&) = delete;
+    WriteSignalsHeldBack& operator=(const WriteSignalsHeldBack&) = delete;
+    ~WriteSignalsHeldBack() {
         const std::timespec at_once{};
-        while (!was_pending_ && ::sigtimedwait(&signal_, nullptr, &at_once) < 0 && errno == EINTR) {
+        while (::sigtimedwait(&taken_, nullptr, &at_once) > 0 || errno == EINTR) {
         }
         ::pthread_sigmask(SIG_SETMASK, &mask_before_, nullptr);
     }
 
   private:
-    sigset_t signal_;
+    sigset_t taken_;  // what was not there before
     sigset_t mask_before_;
-    bool was_pending_;
 };
 
+// In one piece, so that entries of several processes do not mix. A pipe in the place of the file never makes
+// a method wait: it gets what somebody reads in time.
 void write_entry(int level) {
     if (level > current_level) return;
-    const FileSizeSignalHeldBack no_signal;
+    const WriteSignalsHeldBack no_signals;
     const std::time_t now = std::time(nullptr);
-    std::FILE* file = std::fopen(log_path(), "a");
-    if (file == nullptr) return;
+    constexpr mode_t usual = 0666;
+    const int file =
+        ::open(log_path(), O_WRONLY | O_CREAT | O_APPEND | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, usual);
+    if (file < 0) return;
     const char* user = std::getenv("USER");
+    if (user == nullptr) user = "(null)";
+    char head[16];
     char date[26];  // what ctime_r asks for; the text ends in a line break
-    std::fprintf(file, "\t[%i] %s ", level, user == nullptr ? "(null)" : user);
-    std::fprintf(file, "%s ", ctime_r(&now, date));
-    std::fprintf(file, "%s\n", event_buffer);
-    std::fclose(file);
+    const int head_size = std::snprintf(head, sizeof head, "\t[%i] ", level);
+    ::ctime_r(&now, date);
+    const auto piece = [](const char* text, std::size_t size) {
+        return iovec{const_cast<char*>(text), size};
+    };
+    const std::array entry{piece(head, static_cast<std::size_t>(head_size)),
+                           piece(user, std::strlen(user)),
+                           piece(" ", 1),
+                           piece(date, std::strlen(date)),
+                           piece(" ", 1),
+                           piece(event_buffer, std::strlen(event_buffer)),
+                           piece("\n", 1)};
+    if (::writev(file, entry.data(), static_cast<int>(entry.size())) < 0) errno = 0;
+    ::close(file);
 }
 
 std::string_view text_or_empty(const Value& value) {

@@ -1,5 +1,10 @@
 #include "conn/log.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
@@ -49,6 +54,24 @@ TEST_F(Log, AnEntryIsTwoLinesByteForByte) {
     };
     const std::string text = log_text();
     EXPECT_TRUE(text == entry(before) || text == entry(after)) << text;
+}
+
+// Else what one process writes could stand in the middle of what another does.
+TEST_F(Log, EntriesOfSeveralProcessesDoNotMix) {
+    constexpr int processes = 4;
+    constexpr int entries = 200;
+    std::vector<pid_t> children;
+    for (int i = 0; i < processes; ++i) {
+        children.push_back(::fork());
+        if (children.back() != 0) continue;
+        for (int k = 0; k < entries; ++k)
+            object.call("writelog", std::string(9000, static_cast<char>('a' + i)), 0);
+        ::_exit(0);
+    }
+    for (const pid_t child : children) ::waitpid(child, nullptr, 0);
+    const auto lines = log_lines();
+    EXPECT_EQ(lines.size(), static_cast<std::size_t>(processes * entries));
+    for (const LogEntry& line : lines) EXPECT_EQ(line.text, std::string(9000, line.text.front()));
 }
 
 TEST_F(Log, WithoutUserTheNullTextIsPrinted) {
@@ -119,6 +142,30 @@ TEST_F(Log, ALogThatCannotBeWrittenChangesNothing) {
     EXPECT_EQ(show(object.call("getloglevel")), "2");
     object.call("frobnicate");
     EXPECT_EQ(raised().size(), 1U);
+}
+
+// Whether a method that logs into this pipe comes to its end, in a child that ends on a signal as programs
+// do.
+bool logs_into(zmFBConn& object) {
+    return host_test::in_child([&] {
+               std::signal(SIGPIPE, SIG_DFL);
+               ::alarm(20);
+               for (int i = 0; i < 20; ++i) object.call("writelog", std::string(9000, 'x'), 0);
+               return 0;
+           }) == 0;
+}
+
+TEST_F(Log, APipeInItsPlaceMakesNoMethodWaitWhetherOrNotSomebodyReads) {
+    const std::string pipe = file("pipe");
+    const Setting path("ZMFB_TEST_LOG", pipe.c_str());
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_TRUE(logs_into(object)) << "nobody reads";
+    const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    EXPECT_TRUE(logs_into(object)) << "somebody has it open and reads nothing";
+    std::string read(200000, ' ');
+    EXPECT_GT(::read(reader, read.data(), read.size()), 9000);
+    ::close(reader);
+    EXPECT_TRUE(logs_into(object)) << "nobody reads any more";
 }
 
 // What a process does with the signal of a file that grows beyond its limit: its action, whether it is
