@@ -40,22 +40,44 @@ std::vector<LogEntry> LogReader::take(std::string_view bytes) {
     return entries;
 }
 
+// A line that looks like the first of an entry is one only when a text follows it.
 void LogReader::take_line(std::string_view line, std::vector<LogEntry>& entries) {
-    if (auto head = head_of(line)) {
-        if (entry_) entries.push_back(std::move(*entry_));
-        entry_ = std::move(head);
-        has_text_ = false;
-    } else if (entry_ && has_text_) {
-        entry_->text += '\n';
-        entry_->text += line;
-    } else if (entry_) {
-        entry_->text = line.substr(line.starts_with(' ') ? 1 : 0);
-        has_text_ = true;
+    if (!head_.empty() && line.starts_with(' ')) {
+        begin_entry(line, entries);
+    } else {
+        if (!head_.empty()) add_to_text(head_);
+        head_.clear();
+        if (head_of(line)) {
+            head_ = line;
+        } else if (position_ == 0) {
+            texts_.begin_unseen();
+        } else {
+            add_to_text(line);
+        }
     }
+    position_ += line.size() + 1;
+}
+
+void LogReader::begin_entry(std::string_view line, std::vector<LogEntry>& entries) {
+    if (entry_) entries.push_back(std::move(*entry_));
+    entry_ = head_of(head_);
+    entry_->text = line.substr(1);
+    entry_->doubtful = texts_.may_hold(position_ - head_.size() - 1, head_.size());
+    texts_.go_on(head_);
+    texts_.go_on(line);
+    texts_.begin(position_ + 1, entry_->text);
+    head_.clear();
+}
+
+void LogReader::add_to_text(std::string_view line) {
+    texts_.go_on(line);
+    if (!entry_) return;
+    entry_->text += '\n';
+    entry_->text += line;
 }
 
 std::optional<LogEntry> LogReader::last() {
-    if (!entry_ || !has_text_ || !pending_.empty()) return std::nullopt;
+    if (!pending_.empty()) return std::nullopt;
     return std::exchange(entry_, std::nullopt);
 }
 

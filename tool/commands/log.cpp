@@ -10,14 +10,17 @@
 #include <deque>
 #include <memory>
 #include <thread>
+#include <utility>
 
 #include "tool/commands.h"
 #include "tool/encoding.h"
+#include "tool/file_kind.h"
 #include "tool/interrupt.h"
 #include "tool/json.h"
 #include "tool/log_file.h"
 #include "tool/output.h"
 #include "tool/rows/shown_text.h"
+#include "tool/say.h"
 #include "tool/terminal.h"
 
 namespace zmfb::tool {
@@ -30,14 +33,21 @@ struct Given {
     bool follow = false;
 };
 
+int open_log(const std::string& path) {
+    const int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    const std::string reason = std::strerror(errno);
+    const std::string_view odd = odd_kind_at(path);
+    if (opened >= 0 && odd.empty()) return opened;
+    if (opened >= 0) ::close(opened);
+    throw Failure{Exit::failed, fmt::format("cannot read {}", path),
+                  odd.empty() ? reason : fmt::format("it is {}", odd),
+                  "programs write their log there when they may; \"zmfb doctor\" tells"};
+}
+
 // The log, opened for reading.
 class LogFile {
   public:
-    LogFile() : path_(log_file_path()), descriptor_(open(path_.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (descriptor_ >= 0) return;
-        throw Failure{Exit::failed, fmt::format("cannot read {}", path_), std::strerror(errno),
-                      "programs write their log there when they may; \"zmfb doctor\" tells"};
-    }
+    LogFile() : path_(log_file_path()), descriptor_(open_log(path_)) {}
     ~LogFile() { close(descriptor_); }
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;
@@ -69,20 +79,35 @@ class LogFile {
 };
 
 Json entry_json(const LogEntry& entry) {
-    return {{"level", entry.level},
-            {"user", to_utf8(entry.user)},
-            {"date", to_utf8(entry.date)},
-            {"tag", to_utf8(tag_of(entry.text))},
-            {"text", to_utf8(entry.text)}};
+    return {{"level", entry.level},        {"user", to_utf8(entry.user)},
+            {"date", to_utf8(entry.date)}, {"tag", to_utf8(tag_of(entry.text))},
+            {"text", to_utf8(entry.text)}, {"doubtful", entry.doubtful}};
+}
+
+// Further lines stand further in than any entry begins.
+std::string shown_text(std::string_view text) {
+    std::string shown;
+    for (const char c : lines_without_controls(to_utf8(text))) {
+        shown += c;
+        if (c == '\n') shown += "    ";
+    }
+    return shown;
+}
+
+void explain_doubtful() {
+    static bool is_explained = false;
+    if (std::exchange(is_explained, true)) return;
+    say("note: what begins with \"?\" may be a piece of the text of an entry before it\n");
 }
 
 void print_entry(const LogEntry& entry) {
     const std::string_view tag = tag_of(entry.text);
     const bool bad = tag == "ERROR" || tag == "FATAL";
     const bool coloured = bad && output_has_colours();
-    fmt::print("{} [{}] {}: {}{}{}\n", without_controls(to_utf8(entry.date)), entry.level,
-               without_controls(to_utf8(entry.user)), coloured ? "\x1b[31m" : "",
-               lines_without_controls(to_utf8(entry.text)), coloured ? "\x1b[0m" : "");
+    if (entry.doubtful) explain_doubtful();
+    fmt::print("{}{} [{}] {}: {}{}{}\n", entry.doubtful ? "? " : "", without_controls(to_utf8(entry.date)),
+               entry.level, without_controls(to_utf8(entry.user)), coloured ? "\x1b[31m" : "",
+               shown_text(entry.text), coloured ? "\x1b[0m" : "");
 }
 
 // Prints entries as they are written, until it is told to end. As JSON each is one line.
