@@ -15,6 +15,11 @@ namespace {
 
 constexpr std::size_t number_digits = 18;
 
+// Far more than an expression that its database can note needs. Descriptions may be of any length, and a part
+// may stand in the SQL more than once.
+constexpr int deepest = 100;
+constexpr std::size_t longest_sql = 32768;
+
 class Parser {
   public:
     Parser(std::string_view expression, const KeyFields& table, std::string_view prefix)
@@ -46,9 +51,15 @@ class Parser {
     }
 
     Term sum() {
+        if (++depth_ > deepest) throw OrderError("it nests too deeply");
         Term term = item();
-        while (take("+")) term = sum_of(term, item());
+        for (check_length(term); take("+"); check_length(term)) term = sum_of(term, item());
+        --depth_;
         return term;
+    }
+
+    static void check_length(const Term& term) {
+        if (term.sql.size() > longest_sql) throw OrderError("it becomes too long in SQL");
     }
 
     Term item() {
@@ -108,6 +119,7 @@ class Parser {
     const KeyFields& table_;
     std::string_view prefix_;
     std::size_t at_ = 0;
+    int depth_ = 0;
     bool has_field_ = false;
 };
 

@@ -143,6 +143,31 @@ INSTANTIATE_TEST_SUITE_P(
         Refused{"CODE + 12345678901234567890", "\"12345678901234567890\" is not understood"},
         Refused{"NAME+'a'; drop table T", "\";\" is not understood"}));
 
+std::string nested(std::string_view begin, int times, std::string_view inner, std::string_view end) {
+    std::string expression, behind;
+    for (; times > 0; --times) expression += begin, behind += end;
+    return expression + std::string(inner) + behind;
+}
+
+std::string refusal(const std::string& expression) {
+    try {
+        key(expression);
+        return "";
+    } catch (const rdd::OrderError& error) {
+        return error.what();
+    }
+}
+
+TEST(LongKey, IsRefusedBeforeItFillsTheMemoryOrTheStack) {
+    EXPECT_EQ(refusal(nested("(", 90, "NAME", ")")), "");
+    EXPECT_NE(refusal(nested("(", 10'000, "NAME", ")")).find(": it nests too deeply."), std::string::npos);
+    EXPECT_EQ(refusal(nested("SUBSTR(", 5, "TRIM(NAME)", ",-1)")), "");
+    EXPECT_NE(refusal(nested("SUBSTR(", 20, "TRIM(NAME)", ",-1)")).find(": it becomes too long in SQL."),
+              std::string::npos);
+    EXPECT_NE(refusal(nested("NAME+", 10'000, "NAME", "")).find(": it becomes too long in SQL."),
+              std::string::npos);
+}
+
 TEST(UniqueOrder, LeavesOutWhatHasAnEarlierRecordOfItsValue) {
     const rdd::Order order = rdd::order_of("CUST", "CITY", "CITY", true, {customers()});
     const std::string of_this = "cast(coalesce(\"CUST\".\"CITY\", '') as char(8) character set none)";
