@@ -25,7 +25,8 @@ std::string bytes_of(std::string_view text, const Encoding& encoding) {
     std::string bytes;
     for (std::string_view rest = text; !rest.empty();) {
         const std::string_view name = sql::first_quoted_name(rest);
-        const std::string_view before = name.empty() ? rest : rest.substr(0, name.data() - rest.data());
+        const std::string_view before =
+            name.empty() ? rest : rest.substr(0, static_cast<std::size_t>(name.data() - rest.data()));
         bytes += encoded(before, encoding, "the statement", text);
         bytes += name;
         rest.remove_prefix(before.size() + name.size());
