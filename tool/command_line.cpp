@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
+#include <sstream>
 #include <utility>
 
 #include "tool/catalog.h"
@@ -102,8 +104,18 @@ Parameter Subcommand::option(const std::string& names, std::optional<int>& value
     return Parameter(app_->add_option(names, value, help));
 }
 
-Parameter Subcommand::option(const std::string& names, std::size_t& value, const std::string& help) const {
-    return Parameter(app_->add_option(names, value, help)->check(CLI::NonNegativeNumber));
+Parameter Subcommand::option(const std::string& names, std::size_t& value, const Range& range,
+                             const std::string& help) const {
+    const auto problem = [range](const std::string& text) {
+        std::size_t number = 0;
+        const char* const end = text.data() + text.size();
+        const auto [at, error] = std::from_chars(text.data(), end, number);
+        const bool fits = error == std::errc() && at == end && number >= range.least && number <= range.most;
+        return fits ? ""
+                    : fmt::format("{} is no number of {} from {} to {}", text, range.of, range.least,
+                                  range.most);
+    };
+    return Parameter(app_->add_option(names, value, help)->check(problem));
 }
 
 void Subcommand::flag(const std::string& names, bool& value, const std::string& help) const {
@@ -223,7 +235,12 @@ int CommandLine::run(int argc, char** argv) {
 }
 
 Exit CommandLine::answer(const CLI::ParseError& problem) const {
-    if (problem.get_exit_code() == 0) return app_->exit(problem) == 0 ? Exit::ok : Exit::usage;
+    if (problem.get_exit_code() == 0) {  // help, or the version
+        std::ostringstream text;
+        app_->exit(problem, text);
+        fmt::print("{}", text.str());
+        return Exit::ok;
+    }
     const CLI::App& command = innermost(*app_);
     const std::string name = full_name(command);
     std::string message = problem.what(), meant;

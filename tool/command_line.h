@@ -40,6 +40,13 @@ class Parameter {
     CLI::Option* option_;
 };
 
+/// What a number may be.
+struct Range {
+    std::size_t least;
+    std::size_t most;
+    const char* of;  ///< what it counts, as in "seconds"
+};
+
 /// A command that has been added, to be given options and arguments. `names` are as in "--output,-o" or
 /// "FILE"; the value goes to the variable, which has to live as long as the command line.
 class Subcommand {
@@ -49,8 +56,9 @@ class Subcommand {
     Parameter option(const std::string& names, std::vector<std::string>& value,
                      const std::string& help) const;
     Parameter option(const std::string& names, std::optional<int>& value, const std::string& help) const;
-    /// A number below 0 is refused.
-    Parameter option(const std::string& names, std::size_t& value, const std::string& help) const;
+    /// A whole number of that range.
+    Parameter option(const std::string& names, std::size_t& value, const Range& range,
+                     const std::string& help) const;
     void flag(const std::string& names, bool& value, const std::string& help) const;
     /// The flag --yes, which does it without asking.
     void yes(bool& value) const { flag("--yes,-y", value, "Do it without asking"); }

@@ -45,6 +45,23 @@ TEST_F(Usage, WrongUsageEndsWithTwo) {
     }
 }
 
+TEST_F(Usage, NumbersThatAreNoneAreRefusedWithWhatTheyMayBe) {
+    const std::tuple<std::vector<std::string>, std::string> cases[] = {
+        {{"browse", "--refresh", "0.1"}, "--refresh: 0.1 is no number of seconds from 0 to 86400"},
+        {{"browse", "--refresh", "-1"}, "--refresh: -1 is no number of seconds from 0 to 86400"},
+        {{"locks", "--refresh", "0"}, "--refresh: 0 is no number of seconds from 1 to 86400"},
+        {{"locks", "--refresh", "99999999999999999999"},
+         "--refresh: 99999999999999999999 is no number of seconds from 1 to 86400"},
+        {{"log", "-n", "x"}, "--count: x is no number of entries from 0 to 1000000000"},
+        {{"import", "--jobs", "0", "a.dbf"}, "--jobs: 0 is no number of processes from 1 to 1000"},
+    };
+    for (const auto& [words, told] : cases) {
+        const Finished run = zmfb(words);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.err, "error: " + told + "\nhint: zmfb " + words[0] + " --help says more\n");
+    }
+}
+
 TEST_F(Usage, HelpAndVersionEndWithZero) {
     for (const char* word : {"--help", "--version"}) {
         const Finished run = zmfb({word});

@@ -110,7 +110,9 @@ void add_browse(CommandLine& line) {
                                         });
     command.option("TABLE", given->table, "Table or view, else all are listed");
     command.option("--query", given->query, "Show the rows of a SELECT instead").type_name("SQL").not_empty();
-    command.option("--refresh", given->refresh, "Read the rows again every so many seconds; 0 for never")
+    command
+        .option("--refresh", given->refresh, {.least = 0, .most = 86400, .of = "seconds"},
+                "Read the rows again every so many seconds; 0 for never")
         .type_name("SECONDS")
         .with_default();
     command.flag("--readonly", given->read_only, "Change nothing");

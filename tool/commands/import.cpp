@@ -50,7 +50,6 @@ void check(Given& given) {
     if (!given.set_aside.empty() && given.on_bad_value != OnBadValue::set_aside)
         usage("--set-aside goes with --on-bad-value set-aside");
     if (given.append && given.replace) usage("--append and --replace go not together");
-    if (given.jobs == 0) usage("--jobs 0: there is no import without a process");
     if (given.jobs > 1 && given.replace && !given.yes && !given.dry_run)
         usage("--jobs asks nothing: with --replace it needs --yes");
     if (!given.encoding.empty() && !dbf::ToUtf8(given.encoding).known()) {
@@ -168,7 +167,9 @@ void add_import(CommandLine& line) {
     command.option("--set-aside", given->set_aside, "DBF file for such records, else TABLE.bad.dbf")
         .not_empty();
     command.option("--rejects", given->rejects, "CSV file for all values that would be refused").not_empty();
-    command.option("--jobs", given->jobs, "How many files are loaded at once, by a process each")
+    command
+        .option("--jobs", given->jobs, {.least = 1, .most = 1000, .of = "processes"},
+                "How many files are loaded at once, by a process each")
         .with_default();
     command.option("--table", given->names.table, "Name of the table instead of the file's").not_empty();
     command.option("--rename", given->renames, "Name of a column instead of the field's: OLD=NEW")

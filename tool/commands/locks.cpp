@@ -143,7 +143,9 @@ void add_locks(CommandLine& line) {
                                                                 : locks_command(session);
                                       });
     locks.flag("--watch", watched->watch, "Show them, and the open tables, on the whole screen, live");
-    locks.option("--refresh", watched->refresh, "With --watch, read them again every so many seconds")
+    locks
+        .option("--refresh", watched->refresh, {.least = 1, .most = 86400, .of = "seconds"},
+                "With --watch, read them again every so many seconds")
         .type_name("SECONDS")
         .with_default();
     line.add(line.app(), "opens", "List which work areas have which tables open", "zmfb --db shop.fdb opens",

@@ -159,7 +159,10 @@ void add_log(CommandLine& line) {
     const Subcommand log =
         line.add(line.app(), "log", "Show the last entries of the log", "zmfb log --tag error --count 5",
                  [given](Session& session) { return log_command(session, *given); });
-    log.option("--count,-n", given->count, "How many entries").type_name("COUNT").with_default();
+    log.option("--count,-n", given->count, {.least = 0, .most = 1000000000, .of = "entries"},
+               "How many entries")
+        .type_name("COUNT")
+        .with_default();
     log.option("--level", given->level, "Only entries of that level and those below it").type_name("LEVEL");
     log.option("--tag", given->tag, "Only entries with that tag, such as ERROR, CONN or UPDT")
         .type_name("TAG");
