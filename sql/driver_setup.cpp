@@ -118,8 +118,8 @@ bool sql::in_private_environment() {
 
 bool open_standard_descriptors() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // The lowest that is free is taken.
-        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDWR) != descriptor) return false;
+        // The lowest that is free is taken. Who writes is told that nothing is written, as it would be.
+        if (fcntl(descriptor, F_GETFD) < 0 && open("/dev/null", O_RDONLY) != descriptor) return false;
     }
     return true;
 }

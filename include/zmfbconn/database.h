@@ -34,7 +34,8 @@ Status make_environment(const EnvironmentOptions& options);
 void use_environment(const std::string& folder);
 
 /// Opens on /dev/null each of the descriptors 0, 1 and 2 that is closed: they would go to what is opened
-/// next, which are files of the engine, and what a program prints would be written into them.
+/// next, which are files of the engine, and what a program prints would be written into them. Writing to them
+/// fails afterwards as it does before.
 /// prepare_client() does it first of all; a program that opens something before that does it itself. Returns
 /// whether all are open.
 bool open_standard_descriptors();

@@ -18,13 +18,17 @@ class Unwritten : public Output, public ::testing::WithParamInterface<std::vecto
 
 TEST_P(Unwritten, IsAFailureWithWords) {
     std::vector<std::string> words{"--db", path};
-    for (std::string word : GetParam()) words.push_back(word == "MATRIX" ? file("t.tf") : word);
-    const Finished run = zmfb_after("exec < '" + file("script") + "' > /dev/full", words);
-    EXPECT_EQ(run.status, 1);
-    const std::string words_of_it = "cannot write to standard output: No space left on device";
-    const std::string told =
-        words[2] == "--json" ? "{\"error\":\"" + words_of_it + "\"}\n" : "error: " + words_of_it + "\n";
-    EXPECT_TRUE(run.err.ends_with(told)) << run.err;
+    for (std::string word : GetParam())
+        words.push_back(word == "MATRIX" ? file("t.tf") : word == "FOLDER" ? file("") : word);
+    for (const auto& [output, problem] :
+         {std::pair{"> /dev/full", "No space left on device"}, std::pair{">&-", "Bad file descriptor"}}) {
+        const Finished run = zmfb_after("exec < '" + file("script") + "' " + output, words);
+        EXPECT_EQ(run.status, 1) << output;
+        const std::string said = std::string("cannot write to standard output: ") + problem;
+        const std::string told =
+            words[2] == "--json" ? "{\"error\":\"" + said + "\"}\n" : "error: " + said + "\n";
+        EXPECT_TRUE(run.err.ends_with(told)) << output << ": " << run.err;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -38,9 +42,14 @@ INSTANTIATE_TEST_SUITE_P(
                       std::vector<std::string>{"locks"}, std::vector<std::string>{"opens"},
                       std::vector<std::string>{"doctor"}, std::vector<std::string>{"methods"},
                       std::vector<std::string>{"import", "--dry-run", ZMFB_EXAMPLE_DBF},
-                      std::vector<std::string>{"import", ZMFB_EXAMPLE_DBF},
+                      std::vector<std::string>{"import", "--replace", "--yes", ZMFB_EXAMPLE_DBF},
                       std::vector<std::string>{"matrix", "check", "MATRIX"},
-                      std::vector<std::string>{"generate", "man"}, std::vector<std::string>{"--help"}));
+                      std::vector<std::string>{"generate", "man"}, std::vector<std::string>{"--help"},
+                      std::vector<std::string>{"--version"},
+                      std::vector<std::string>{"export", "t", "-o", "FOLDER", "--yes"},
+                      std::vector<std::string>{"matrix", "extract", "t", "-o", "MATRIX", "--yes"},
+                      std::vector<std::string>{"prepare"}, std::vector<std::string>{"clear", "--yes"},
+                      std::vector<std::string>{"unlock", "t", "--yes"}));
 
 TEST_F(Output, OfAnErrorThatCannotBeWrittenLeavesTheStatus) {
     struct Case {
