@@ -19,6 +19,16 @@ namespace {
 
 bool as_json = false;
 
+// Of a statement that ends too early the engine says where in numbers that mean nothing.
+std::string without_wild_numbers(std::string_view detail) {
+    constexpr std::string_view words = "Unexpected end of command";
+    const std::size_t at = detail.find(words);
+    if (at == std::string_view::npos) return std::string(detail);
+    const std::string_view behind = detail.substr(at + words.size());
+    return fmt::format("{}{}", detail.substr(0, at + words.size()),
+                       behind.substr(std::min(behind.find('\n'), behind.size())));
+}
+
 void print_indented(std::string_view detail) {
     while (!detail.empty()) {
         const std::string_view line = detail.substr(0, detail.find('\n'));
@@ -64,8 +74,8 @@ void show_errors_as_json() { as_json = true; }
 
 bool errors_are_json() { return as_json; }
 
-void print_error(std::string_view message, std::string_view detail, std::string_view hint,
-                 const Place& place) {
+void print_error(std::string_view message, std::string_view said, std::string_view hint, const Place& place) {
+    const std::string detail = without_wild_numbers(said);
     const std::string what_helps = hint.empty() ? hint_for(detail) : std::string(hint);
     if (as_json) {
         Json object{{"error", message}};

@@ -41,7 +41,7 @@ const Habit habits[] = {
     {"psql", "end;\n", nothing, "\"end\" begins neither SQL nor a call", 1},
     {"psql", "insert into t values (2, 'y') returning a;\n", "A\n-\n2\n(1 row)\n", nothing},
     {"psql", "select a from t limit 1;\n", nothing, "Token unknown", 1},
-    {"psql", "select 1;\n", nothing, "Unexpected end of command", 1},
+    {"psql", "select 1;\n", nothing, "Unexpected end of command\n", 1},
     {"psql", "savepoint s;\n", nothing, "there is no transaction", 1},
     {"psql", "show tables;\n", nothing, ".tables lists the tables", 1},
     {"psql", "select 'a''b' as q from rdb$database;\n", "Q\n---\na'b\n", nothing},
