@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <charconv>
 #include <cmath>
 
 #include "rdd/open_area.h"
@@ -22,10 +23,34 @@ Assigned assigned_of(const Record& record) {
     Assigned all;
     for (std::size_t field = 0; field < record.assigned().size(); ++field) {
         if (!record.assigned()[field]) continue;
-        all.names.push_back(quoted(record.column(field).name));
+        all.names.push_back(record.column(field).name);
         all.values.push_back(parameter_of(record, field));
     }
     return all;
+}
+
+std::vector<std::string> all_quoted(std::vector<std::string> names) {
+    for (std::string& name : names) name = quoted(name);
+    return names;
+}
+
+// A value that is refused before it is sent is told by its place among those of the statement, "Parameter 2"
+// or "In parameter 2": programs know the field.
+template <class Run>
+auto naming_fields(const std::vector<std::string>& fields, const Run& run) try {
+    return run();
+} catch (const SqlError& error) {
+    constexpr std::string_view word = "arameter ";
+    std::string message = error.message();
+    const std::size_t at = message.find(word);
+    if (at != 1 && at != std::string_view("In p").size()) throw;
+    std::size_t place = 0;
+    const char* const behind =
+        std::from_chars(message.data() + at + word.size(), message.data() + message.size(), place).ptr;
+    if (place == 0 || place > fields.size()) throw;
+    const auto replaced = static_cast<std::size_t>(behind - message.data()) - (at - 1);
+    message.replace(at - 1, replaced, (at == 1 ? "Field " : "field ") + fields[place - 1]);
+    throw SqlError({error.sqlcode(), error.sqlstate(), message, error.statement()});
 }
 
 }  // namespace
@@ -78,8 +103,9 @@ void Edit::update(Record& record) {
     assigned.values.emplace_back(recno_);
     area_->desk().change([&](Transaction& work) {
         const std::string sql = fmt::format("update {} set {} = ? where RECNO = ?", quoted(area_->table()),
-                                            fmt::join(assigned.names, " = ?, "));
-        if (work.prepare(sql, area_->walk().form()).execute(assigned.values) == 0) throw_gone();
+                                            fmt::join(all_quoted(assigned.names), " = ?, "));
+        Statement update = work.prepare(sql, area_->walk().form());
+        if (naming_fields(assigned.names, [&] { return update.execute(assigned.values); }) == 0) throw_gone();
     });
     record.forget_assigned();
     area_->walk().doubt();
@@ -107,9 +133,10 @@ std::int64_t Edit::insert_in(Transaction& work, const Record& record) {
     const std::vector<std::string_view> places(assigned.names.size(), "?");
     const std::string table = quoted(area_->table());
     const std::string sql = fmt::format("insert into {} ({}) values ({}) returning RECNO", table,
-                                        fmt::join(assigned.names, ", "), fmt::join(places, ", "));
+                                        fmt::join(all_quoted(assigned.names), ", "), fmt::join(places, ", "));
+    Statement insert = work.prepare(sql, area_->walk().form());
     const std::int64_t number =
-        std::llround(work.prepare(sql, area_->walk().form()).one<double>(assigned.values));
+        std::llround(naming_fields(assigned.names, [&] { return insert.one<double>(assigned.values); }));
     try {
         area_->claims().take(number, wait_);
     } catch (...) {
