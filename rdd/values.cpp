@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "conn/shown_value.h"
 #include "host/date.h"
 #include "rdd/record.h"
 #include "zmfbconn/area.h"
@@ -303,6 +304,34 @@ host::Value FieldValue::value() const {
         default:
             return rdd::real_at(record_, index_);
     }
+}
+
+std::optional<std::string> FieldValue::text() const {
+    if (is_null()) return std::nullopt;
+    const Column& column = record_.column(index_);
+    switch (record_.kind(index_)) {
+        case CellKind::whole:
+        case CellKind::decimal:
+            return to_string(rdd::decimal_at(record_, index_));
+        case CellKind::real:
+            return column.length == sizeof(float) ? conn::shown_real(static_cast<float>(record_.real(index_)))
+                                                  : conn::shown_real(record_.real(index_));
+        case CellKind::boolean:
+            return record_.whole(index_) != 0 ? "true" : "false";
+        case CellKind::text:
+            return std::string(record_.text(index_));
+        case CellKind::bytes:
+            return conn::hexadecimal(record_.text(index_));
+        case CellKind::day:
+            return conn::shown_day(rdd::day_of(record_.whole(index_)));
+        case CellKind::time:
+            return conn::shown_time(TimeOfDay(static_cast<std::int32_t>(record_.whole(index_))));
+        case CellKind::moment:
+            return conn::shown_moment(rdd::moment_of(record_.whole(index_)));
+        case CellKind::none:
+            break;
+    }
+    return std::nullopt;
 }
 
 FieldPlace& FieldPlace::assign(const host::Value& value) {

@@ -99,6 +99,8 @@ class FieldValue {
     }
     /// Whether it is NULL.
     [[nodiscard]] bool is_null() const;
+    /// As people write it, as Field::text() has it; nothing for NULL.
+    [[nodiscard]] std::optional<std::string> text() const;
     /// As a value of the runtime: CHAR without the blanks at its end, the nearest double of a number, a date
     /// of a day and of a time stamp, which is the empty one for NULL. A logical is its letter.
     [[nodiscard]] host::Value value() const;

@@ -2,11 +2,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
 #include <optional>
 #include <string>
 
+#include "conn/shown_value.h"
 #include "sql/typed/blob.h"
 #include "sql/typed/cursor.h"
 #include "sql/typed/text.h"
@@ -17,40 +16,6 @@ namespace zmfb {
 namespace {
 
 constexpr std::uint64_t largest_text_blob = std::uint64_t{64} << 20;
-
-template <class Real>
-std::string shown_real(Real number) {
-    constexpr Real smallest_plain = static_cast<Real>(0.00001), first_with_exponent = static_cast<Real>(1e16);
-    const Real size = std::abs(number);
-    const bool plain = size == 0 || (size >= smallest_plain && size < first_with_exponent);
-    char text[64];
-    const auto written = std::to_chars(text, text + sizeof text, number,
-                                       plain ? std::chars_format::fixed : std::chars_format::scientific);
-    return {text, written.ptr};
-}
-
-std::string shown_date(std::chrono::year_month_day date) {
-    return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(date.year()),
-                       static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()));
-}
-
-std::string shown_time(TimeOfDay time) {
-    const std::chrono::hh_mm_ss<TimeOfDay> parts(time);
-    return fmt::format("{:02}:{:02}:{:02}.{:04}", parts.hours().count(), parts.minutes().count(),
-                       parts.seconds().count(), parts.subseconds().count());
-}
-
-std::string shown_timestamp(Timestamp moment) {
-    const auto day = std::chrono::floor<std::chrono::days>(moment);
-    return shown_date(std::chrono::year_month_day(day)) + ' ' +
-           shown_time(TimeOfDay(static_cast<std::int32_t>((moment - day).count())));
-}
-
-std::string hexadecimal(std::string_view bytes) {
-    std::string text;
-    for (const char byte : bytes) fmt::format_to(std::back_inserter(text), "{:02X}", byte & 0xFF);
-    return text;
-}
 
 std::string shown_blob(typed::Cursor& cursor, std::size_t column) {
     const auto blob = typed::open_blob(cursor, column);
@@ -74,21 +39,21 @@ std::optional<std::string> Field::text() const {
             return std::string(
                 typed::decoded(cursor, index_, cursor.bytes(slot), typed::OddByte::is_replaced));
         case SqlType::bytes:
-            return hexadecimal(cursor.bytes(slot));
+            return conn::hexadecimal(cursor.bytes(slot));
         case SqlType::integer:
         case SqlType::decimal:
             return to_string(as<Decimal>());
         case SqlType::real:
-            return slot.type == SQL_FLOAT ? shown_real(cursor.load<float>(slot.offset))
-                                          : shown_real(as<double>());
+            return slot.type == SQL_FLOAT ? conn::shown_real(cursor.load<float>(slot.offset))
+                                          : conn::shown_real(as<double>());
         case SqlType::boolean:
             return as<bool>() ? "true" : "false";
         case SqlType::date:
-            return shown_date(as<std::chrono::year_month_day>());
+            return conn::shown_day(as<std::chrono::year_month_day>());
         case SqlType::time:
-            return shown_time(as<TimeOfDay>());
+            return conn::shown_time(as<TimeOfDay>());
         case SqlType::timestamp:
-            return shown_timestamp(as<Timestamp>());
+            return conn::shown_moment(as<Timestamp>());
         case SqlType::text_blob:
         case SqlType::blob:
             return shown_blob(cursor, index_);
