@@ -76,6 +76,12 @@ std::vector<Registration> registrations_of(zmFBConn& connection) {
     return registrations;
 }
 
+std::string when_dead(zmFBConn& connection, const Holder& holder, std::string_view command) {
+    const std::string host = connection(m::gethostname);
+    if (is_alive(holder, host) != Alive::no) return "";
+    return fmt::format("; that process is dead, and \"zmfb {}\" frees it", command);
+}
+
 std::vector<TextTable::Column> with_owner(std::vector<TextTable::Column> columns) {
     columns.insert(columns.end(), {{"area"}, {"process", true}, {"host"}, {"state"}});
     return columns;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tool/alive.h"
@@ -39,6 +40,9 @@ std::vector<Lock> locks_of(zmFBConn& connection, const std::string& table,
                            std::span<const std::int64_t> records);
 /// The tables that are open, in the order of their names. Throws Failure.
 std::vector<Registration> registrations_of(zmFBConn& connection);
+
+/// Of a holder whose process is dead that, and that `command` of the tool frees what it has; "" of others.
+std::string when_dead(zmFBConn& connection, const Holder& holder, std::string_view command);
 
 /// @{
 /// The columns and the cells of a listing, with those of an owner behind them.

@@ -17,7 +17,7 @@ class BrowseChanges : public AreaTest {
   protected:
     BrowseChanges() { fill(3); }
     static Changes changes_of(Area& area, zmFBConn& connection) {
-        return {area, TableRules(connection, area)};
+        return {area, TableRules(connection, area, connection(m::gettablestruct, area.table()))};
     }
     Changes changes_of(Area& area) { return changes_of(area, connection()); }
     static void set(Changes& changes, Area& area, std::int64_t record, const NewValues& values) {

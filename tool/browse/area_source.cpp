@@ -1,7 +1,5 @@
 #include "tool/browse/area_source.h"
 
-#include <fmt/format.h>
-
 #include <algorithm>
 #include <ranges>
 
@@ -10,61 +8,12 @@
 namespace zmfb::tool::browse {
 namespace {
 
-std::string shown_day(std::chrono::year_month_day day) {
-    return fmt::format("{:04}-{:02}-{:02}", static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
-                       static_cast<unsigned>(day.day()));
-}
-
-// The parts of a second where there are any.
-std::string shown_time(TimeOfDay time) {
-    const std::chrono::hh_mm_ss<TimeOfDay> parts(time);
-    std::string text = fmt::format("{:02}:{:02}:{:02}", parts.hours().count(), parts.minutes().count(),
-                                   parts.seconds().count());
-    if (parts.subseconds().count() != 0) text += fmt::format(".{:04}", parts.subseconds().count());
-    return text;
-}
-
-// The driver keeps days as time stamps of midnight.
-std::string shown_moment(Timestamp moment) {
-    const auto day = std::chrono::floor<std::chrono::days>(moment);
-    const TimeOfDay time(static_cast<std::int32_t>((moment - day).count()));
-    std::string text = shown_day(std::chrono::year_month_day(day));
-    if (time.count() != 0) text += " " + shown_time(time);
-    return text;
-}
-
-std::string hexadecimal(const Bytes& bytes) {
-    std::string text;
-    for (const std::byte byte : bytes) text += fmt::format("{:02X}", static_cast<unsigned>(byte));
-    return text;
-}
-
+// Of long texts the beginning, without making more of them.
 Cell text_of(const FieldValue& value, SqlType type, std::size_t most) {
     if (value.is_null()) return std::nullopt;
-    switch (type) {
-        case SqlType::text:
-        case SqlType::text_blob:
-            return std::string(value.as<std::string_view>().substr(0, most));
-        case SqlType::bytes:
-            return hexadecimal(value.as<Bytes>());
-        case SqlType::integer:
-        case SqlType::decimal:
-            return to_string(value.as<Decimal>());
-        case SqlType::real:
-            return fmt::format("{}", value.as<double>());
-        case SqlType::boolean:
-            return value.as<bool>() ? "true" : "false";
-        case SqlType::date:
-            return shown_day(value.as<std::chrono::year_month_day>());
-        case SqlType::time:
-            return shown_time(value.as<TimeOfDay>());
-        case SqlType::timestamp:
-            return shown_moment(value.as<Timestamp>());
-        case SqlType::blob:
-        case SqlType::other:
-            break;
-    }
-    return "";
+    if (type == SqlType::text || type == SqlType::text_blob)
+        return std::string(value.as<std::string_view>().substr(0, most));
+    return shortened(value.text(), type);
 }
 
 }  // namespace
@@ -77,10 +26,11 @@ std::optional<AreaOrder> order_of(Area& area) {
 }
 
 AreaSource::AreaSource(zmFBConn& connection, const std::string& table, OpenMode mode)
-    : connection_(connection), area_(connection, table, {.mode = mode, .alias = "browse"}) {
-    const Structure structure = connection(m::gettablestruct, area_.table());
+    : connection_(connection),
+      area_(connection, table, {.mode = mode, .alias = "browse"}),
+      structure_(connection(m::gettablestruct, area_.table())) {
     for (const Column& column : area_.fields())
-        columns_.push_back(shown_column(column, field_of(structure, column)));
+        columns_.push_back(shown_column(column, field_of(structure_, column)));
 }
 
 void AreaSource::rows_at_a_time(std::size_t count) {
@@ -145,6 +95,17 @@ ShownRows AreaSource::again(std::int64_t number, std::size_t count) {
     ShownRows rows = forward(std::min(read, count));
     area_.skip(1 - static_cast<std::int64_t>(rows.size()));
     return rows;
+}
+
+void AreaSource::filter(const std::string& condition) {
+    area_.filter(condition);
+    is_filtered_ = !condition.empty();
+}
+
+// Read on from it the area stands on the next row when it is left out.
+bool AreaSource::leaves_in(std::int64_t number) {
+    if (!is_filtered_) return true;
+    return stand_on(number) && area_.read_on() > 0 && area_.recno() == number;
 }
 
 std::optional<ShownRow> AreaSource::row(std::int64_t number) {

@@ -22,12 +22,14 @@ class AreaSource final : public Source {
     ShownRows behind(std::span<const ShownRow> known, std::size_t count) override;
     ShownRows before(std::span<const ShownRow> known, std::size_t count) override;
     ShownRows again(std::int64_t number, std::size_t count) override;
+    bool leaves_in(std::int64_t number) override;
     std::optional<ShownRow> row(std::int64_t number) override;
     Cell whole(std::int64_t number, std::size_t column) override;
     std::optional<std::int64_t> count() override;
     std::int64_t place(std::int64_t number) override;
-    void filter(const std::string& condition) override { area_.filter(condition); }
+    void filter(const std::string& condition) override;
     [[nodiscard]] std::optional<Name> table() const override { return Name(area_.table()); }
+    [[nodiscard]] Structure structure() const override { return structure_; }
     Area* area() override { return &area_; }
 
   private:
@@ -39,6 +41,8 @@ class AreaSource final : public Source {
 
     zmFBConn& connection_;
     Area area_;
+    Structure structure_;
+    bool is_filtered_ = false;
     std::vector<ShownColumn> columns_;
 };
 

@@ -21,15 +21,18 @@ namespace {
 constexpr std::chrono::milliseconds between_ticks(200);
 constexpr int lines_around = 3;  // the rows
 
-// What the engine said, in one line and without what says nothing of this case.
+// What the engine said, in one line and without what says nothing of this case. Nobody sees the statement
+// that its positions are of.
 std::string in_one_line(std::string_view message) {
     constexpr std::string_view general[] = {"Dynamic SQL Error",
                                             "arithmetic exception, numeric overflow, or string truncation"};
     std::string line;
     while (!message.empty()) {
         const std::string_view part = message.substr(0, message.find('\n'));
-        if (std::ranges::find(general, part) == std::end(general) && !part.starts_with("SQL error code"))
-            line += fmt::format("{}{}", line.empty() ? "" : "; ", part);
+        const std::string_view said = part.substr(0, part.find(" - line "));
+        if (std::ranges::find(general, said) == std::end(general) && !said.starts_with("SQL error code") &&
+            !said.starts_with("At line "))
+            line += fmt::format("{}{}", line.empty() ? "" : "; ", said);
         message.remove_prefix(std::min(message.size(), part.size() + 1));
     }
     return line;
@@ -37,8 +40,6 @@ std::string in_one_line(std::string_view message) {
 
 // Nothing goes on, whatever is shown on top of the rows.
 struct Lost : Failure {};
-
-bool is_lost(const SqlError& error) { return error.sqlstate().starts_with("08"); }
 
 }  // namespace
 
@@ -127,6 +128,10 @@ void Browse::take(Key typed) {
     message_ = {"F1 lists the keys", false};
 }
 
+std::string Browse::when_dead(const Holder& holder) {
+    return tool::when_dead(session_.connection(), holder, "unlock " + Name(holder.table).shown());
+}
+
 // What was shown stays, unless there is nothing to show any more.
 bool Browse::attempt(const std::function<void()>& work) {
     const ControlC ends_what_runs;
@@ -143,7 +148,7 @@ bool Browse::attempt(const std::function<void()>& work) {
     } catch (const AreaError& error) {
         say_problem(error.what());
     } catch (const InUse& error) {
-        say_problem(error.what());
+        say_problem(error.what() + when_dead(error.holder()));
     } catch (const Lost&) {
         throw;
     } catch (const Failure& failure) {
@@ -158,7 +163,7 @@ bool Browse::attempt(const std::function<void()>& work) {
 void Browse::require_there(const SqlError& error) {
     const Lost lost{{Exit::failed, fmt::format("the connection to {} is lost", session_.options().database),
                      error.message()}};
-    if (is_lost(error)) throw lost;
+    if (tells_of_a_lost_connection(error.message())) throw lost;
     const std::optional<Name> table = source_.table();
     bool has_gone = false;
     try {
@@ -232,7 +237,8 @@ std::string Browse::heading() const {
         text += fmt::format("   order {}", area->order());
     if (!filter_.empty()) text += fmt::format("   where {}", filter_);
     if (const Lock* const lock = watch_.table_lock(); lock != nullptr)
-        text += "   locked by " + lock->owner.holder.words();
+        text += fmt::format("   locked by {}{}", lock->owner.holder.words(),
+                            lock->owner.alive == Alive::no ? ", which is dead" : "");
     return text;
 }
 

@@ -47,6 +47,8 @@ class Browse {
     /// Words for the last line, until the next key of the rows.
     void say(const std::string& words, bool is_problem = false) { message_ = {words, is_problem}; }
     void say_problem(const std::string& words) { say(words, true); }
+    /// Of a holder of locks whose process is dead that, and how they are freed; "" of others.
+    [[nodiscard]] std::string when_dead(const Holder& holder);
     /// Says what goes wrong in some work; .F. then. Throws only what ends it all.
     bool attempt(const std::function<void()>& work);
     /// @}

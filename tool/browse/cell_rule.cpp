@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "tool/browse/source.h"
 #include "tool/rows/shown_text.h"
 #include "tool/session.h"
 #include "zmfbconn/sql_error.h"
@@ -162,22 +163,17 @@ CellValue moment_of(Kind kind, std::string_view text) {
 CellRule rule_of(const Column& column, const FieldDescriptor* field) {
     CellRule rule{.kind = Kind::none, .width = 0, .decimals = column.decimals, .nullable = column.nullable};
     switch (column.type) {
-        case SqlType::text: {
-            const std::size_t open = column.type_name.find('(');
+        case SqlType::text:
             rule.kind = field != nullptr && field->type == "L" ? Kind::logical : Kind::text;
-            rule.width = static_cast<std::size_t>(std::atoi(column.type_name.c_str() + open + 1));
+            rule.width = static_cast<std::size_t>(length_of_text(column));
             break;
-        }
         case SqlType::integer:
-        case SqlType::decimal: {
-            constexpr std::size_t small = 6, whole = 11, large = 20;
-            const std::size_t of_type = column.length <= 2 ? small : column.length <= 4 ? whole : large;
+        case SqlType::decimal:
             rule.kind = Kind::number;
-            rule.width = of_type + (column.decimals > 0 ? 1 : 0);
+            rule.width = static_cast<std::size_t>(length_of_number(column));
             if (field != nullptr && field->type == "N" && field->length > 0)
                 rule.width = static_cast<std::size_t>(field->length);
             break;
-        }
         case SqlType::real:
             rule.kind = Kind::real;
             break;

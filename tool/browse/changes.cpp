@@ -26,8 +26,7 @@ std::vector<Name> computed_columns(zmFBConn& connection, const std::string& tabl
 
 }  // namespace
 
-TableRules::TableRules(zmFBConn& connection, const Area& area) {
-    const Structure structure = connection(m::gettablestruct, area.table());
+TableRules::TableRules(zmFBConn& connection, const Area& area, const Structure& structure) {
     const std::vector<Name> of_others = computed_columns(connection, area.table());
     for (const Column& column : area.fields()) {
         computed.push_back(std::ranges::find(of_others, column.name, &Name::text) != of_others.end());

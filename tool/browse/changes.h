@@ -13,7 +13,8 @@ namespace zmfb::tool::browse {
 
 /// What the columns of an area's table take. A computed one takes nothing.
 struct TableRules {
-    TableRules(zmFBConn& connection, const Area& area);
+    /// `structure` is what the driver knows the columns as.
+    TableRules(zmFBConn& connection, const Area& area, const Structure& structure);
 
     std::vector<CellRule> columns;
     std::vector<bool> computed;

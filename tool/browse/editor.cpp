@@ -22,11 +22,11 @@ Editor::Editor(Browse& browse, zmFBConn& connection, Source& source, Grid& grid,
       grid_(grid),
       watch_(watch),
       area_(*source.area()),
-      changes_(area_, TableRules(connection, area_)) {}
+      changes_(area_, TableRules(connection, area_, source.structure())) {}
 
 std::string Editor::in_use(std::int64_t number, const Holder& holder) {
-    return fmt::format("record {} is in use by {}, seen since {}", number, holder.words(),
-                       time_words(watch_.since(number, holder)));
+    return fmt::format("record {} is in use by {}, seen since {}{}", number, holder.words(),
+                       time_words(watch_.since(number, holder)), browse_.when_dead(holder));
 }
 
 // Asked for again each time that the screen has looked for a key.
@@ -136,7 +136,11 @@ void Editor::append() {
     Form added(*this, 0);
     added.run();
     grid_.window().forget_count();
-    if (added.number() == 0 || !grid_.window().go(added.number())) grid_.window().refresh();
+    if (added.number() == 0) return grid_.window().refresh();
+    if (grid_.window().go(added.number())) return;
+    browse_.say(
+        fmt::format("record {} is added, and the filter leaves it out   u takes it back", added.number()));
+    grid_.window().reload();
 }
 
 bool Editor::agrees(const std::string& question, const std::function<void()>& over) {

@@ -160,7 +160,9 @@ void Browse::go_to_record() {
     if (!number) {
         message_ = {fmt::format("{} is no number", *typed), true};
     } else if (!grid_.window().go(*number)) {
-        message_ = {fmt::format("there is no {} {}", what, *number), false};
+        message_ = {source_.row(*number) ? fmt::format("the filter leaves {} {} out", what, *number)
+                                         : fmt::format("there is no {} {}", what, *number),
+                    false};
     }
 }
 

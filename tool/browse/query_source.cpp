@@ -9,21 +9,6 @@
 
 namespace zmfb::tool::browse {
 
-namespace {
-
-// Parts of a second, and the time of a day, where there are any.
-Cell shortened(Cell value, SqlType type) {
-    const auto drop = [&](std::string_view end) {
-        if (value->ends_with(end)) value->resize(value->size() - end.size());
-    };
-    if (!value || (type != SqlType::timestamp && type != SqlType::time)) return value;
-    drop(".0000");
-    if (type == SqlType::timestamp) drop(" 00:00:00");
-    return value;
-}
-
-}  // namespace
-
 // The database keeps no old versions of rows for such a transaction, however long somebody looks.
 struct QuerySource::Run {
     Run(zmFBConn& connection, const std::string& query)

@@ -12,22 +12,16 @@ constexpr int widest = 40;
 constexpr int memo_width = 20;
 constexpr int width_of_day = 10;
 
-// In the brackets of a type as it is written: VARCHAR(30).
-int length_in(const std::string& type_name) {
-    const std::size_t open = type_name.find('(');
-    return open == std::string::npos ? widest : std::atoi(type_name.c_str() + open + 1);
-}
-
 int width_of_type(const Column& column) {
-    constexpr int small = 6, whole = 11, large = 20, real = 18, time_of_day = 13, moment = 24;
+    constexpr int real = 18, time_of_day = 13, moment = 24;
     switch (column.type) {
         case SqlType::text:
-            return length_in(column.type_name);
+            return length_of_text(column);
         case SqlType::bytes:
-            return 2 * length_in(column.type_name);
+            return 2 * length_of_text(column);
         case SqlType::integer:
         case SqlType::decimal:
-            return (column.length <= 2 ? small : column.length <= 4 ? whole : large) + (column.decimals > 0);
+            return length_of_number(column);
         case SqlType::real:
             return real;
         case SqlType::boolean:
@@ -57,6 +51,27 @@ int width_of_field(const Column& column, const FieldDescriptor& field) {
 }
 
 }  // namespace
+
+// In the brackets of the type as it is written: VARCHAR(30).
+int length_of_text(const Column& column) {
+    const std::size_t open = column.type_name.find('(');
+    return open == std::string::npos ? widest : std::atoi(column.type_name.c_str() + open + 1);
+}
+
+int length_of_number(const Column& column) {
+    constexpr int small = 6, whole = 11, large = 20;
+    return (column.length <= 2 ? small : column.length <= 4 ? whole : large) + (column.decimals > 0 ? 1 : 0);
+}
+
+Cell shortened(Cell value, SqlType type) {
+    const auto drop = [&](std::string_view end) {
+        if (value->ends_with(end)) value->resize(value->size() - end.size());
+    };
+    if (!value || (type != SqlType::timestamp && type != SqlType::time)) return value;
+    drop(".0000");
+    if (type == SqlType::timestamp) drop(" 00:00:00");
+    return value;
+}
 
 const FieldDescriptor* field_of(const Structure& structure, const Column& column) {
     const auto found = std::ranges::find_if(

@@ -34,6 +34,15 @@ const FieldDescriptor* field_of(const Structure& structure, const Column& column
 /// driver knows it as, where it knows more than the type, else nullptr.
 ShownColumn shown_column(const Column& column, const FieldDescriptor* field = nullptr);
 
+/// A value as a cell shows it: parts of a second, and the time of a day, where there are any.
+Cell shortened(Cell value, SqlType type);
+
+/// @{
+/// How many characters a text or a number of the column's type has at most, sign and point among them.
+int length_of_text(const Column& column);
+int length_of_number(const Column& column);
+/// @}
+
 /// How many bytes of a value a cell shows at most.
 inline constexpr std::size_t most_shown = 200;
 
@@ -70,7 +79,9 @@ class Source {
     /// Up to so many rows from a known one on, as they are now, or from the next one when it has gone and
     /// that can be told: what is looked at again and again of rows that can be changed.
     virtual ShownRows again(std::int64_t, std::size_t) { return {}; }
-    /// A row as it is now.
+    /// Whether the filter leaves in a row that is there.
+    virtual bool leaves_in(std::int64_t) { return true; }
+    /// A row as it is now, whether or not the filter leaves it in.
     virtual std::optional<ShownRow> row(std::int64_t number) = 0;
     /// A value to its end.
     virtual Cell whole(std::int64_t number, std::size_t column) = 0;
@@ -88,6 +99,8 @@ class Source {
     [[nodiscard]] virtual std::optional<Name> table() const { return std::nullopt; }
     /// The query that the rows are of; "" for those of an area.
     [[nodiscard]] virtual std::string query() const { return ""; }
+    /// What the driver knows its columns as; nothing for rows that are only read.
+    [[nodiscard]] virtual Structure structure() const { return {}; }
     /// The rows are ordered and changed through it; nullptr for rows that are only read.
     virtual Area* area() { return nullptr; }
 };

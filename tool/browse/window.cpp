@@ -95,7 +95,7 @@ void Window::page_down() {
 
 bool Window::go(std::int64_t number) {
     std::optional<ShownRow> row = source_.row(number);
-    if (!row) return false;
+    if (!row || !source_.leaves_in(number)) return false;
     const std::size_t above = std::min(current_, height_ - 1);
     rows_.clear();
     rows_.push_back(std::move(*row));

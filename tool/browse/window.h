@@ -30,7 +30,7 @@ class Window {
     void page_up();
     void page_down();
     /// @}
-    /// To a row by its number; .F. when there is none, and nothing is changed.
+    /// To a row by its number; .F. when there is none, or the filter leaves it out, and nothing is changed.
     bool go(std::int64_t number);
     /// Reads the rows anew, around the current one, or around what is nearest to it when it has gone.
     void reload();

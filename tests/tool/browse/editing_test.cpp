@@ -176,6 +176,56 @@ TEST_F(Editing, SaysWhoHasTheRecordAndWaitsForItIfWanted) {
     EXPECT_EQ(locked(), "");
 }
 
+TEST_F(Editing, SaysOfARecordThatADeadProcessHasHowToFreeIt) {
+    const auto first = at_column("NAME");
+    first->press({"Enter"});
+    first->expect("Enter writes");
+    const pid_t process = browsing_process();
+    kill(process, SIGKILL);
+    wait_until([&] { return kill(process, 0) != 0; });
+    const auto shown = at_column("NAME", {}, 200);
+    shown->press({"Enter"});
+    shown->expect("; that process is dead, and \"zmfb unlock CUSTOMERS\" frees it   w waits");
+    shown->press({"w"});
+    shown->expect("; that process is dead, and \"zmfb unlock CUSTOMERS\" frees it   waiting, Esc stops");
+    EXPECT_EQ(run({ZMFB_TOOL, "--db", database(), "unlock", "CUSTOMERS", "--yes"}).status, 0);
+    shown->expect("Enter writes");
+    EXPECT_EQ(locked(), "1 ");
+}
+
+TEST_F(Editing, NamesTheColumnOfACharacterThatTheDatabaseDoesNotHave) {
+    const auto shown = at_column("CITY");
+    shown->press({"Enter"});
+    shown->expect("Enter writes");
+    shown->type("\u65e5");
+    shown->press({"Enter"});
+    shown->expect("In field CITY there is '\u65e5', a character that ISO-8859-1 does not have");
+    shown->press({"Escape"});
+    shown->expect("given up");
+    EXPECT_EQ(locked(), "");
+}
+
+TEST_F(Editing, AddsARecordThatTheFilterLeavesOutAndSaysSo) {
+    const auto shown = at_column("CODE");
+    shown->press({"f"});
+    shown->expect("Only rows where:");
+    shown->type("name = 'nobody'");
+    shown->press({"Enter"});
+    shown->expect(" no rows\n");
+    shown->press({"IC"});
+    shown->expect("New record");
+    shown->press({"F2"});
+    shown->expect("record 11 is added, and the filter leaves it out   u takes it back");
+    shown->expect(" no rows\n");
+    shown->press({"g", "1", "1", "Enter"});
+    shown->expect("the filter leaves record 11 out");
+    shown->expect(" no rows\n");
+    EXPECT_EQ(stored(11, "1"), "1");
+    shown->press({"u"});
+    shown->expect("record 11, which was added, is deleted");
+    EXPECT_EQ(stored(11, "1"), "gone");
+}
+
 TEST_F(Editing, IsNotDisturbedByWhatOthersDo) {
     const auto shown = at_column("NAME", {"--refresh", "1"});
     shown->press({"Enter"});

@@ -92,6 +92,23 @@ TEST_F(BrowseFinding, LeavesInWhatFitsAConditionAndKeepsItWhenAnotherIsWrong) {
     shown->expect("row 1 of 10");
 }
 
+TEST_F(BrowseFinding, TellsWhatIsWrongWithAConditionWithoutPositionsInAStatementThatNobodySees) {
+    const auto shown = browse({"customers"}, 200);
+    shown->expect("row 1 of 10");
+    for (const auto& [condition, told] :
+         std::vector<std::pair<std::string, std::string>>{{"nosuch = 1", "Column unknown; NOSUCH\n"},
+                                                          {"credit > > 1", "Token unknown; >\n"},
+                                                          {"credit >", "Unexpected end of command\n"}}) {
+        filter(*shown, condition);
+        const std::string screen = shown->expect(told);
+        EXPECT_EQ(screen.find("line"), std::string::npos) << screen;
+    }
+    const auto view = browse({"--query", "select code, credit from customers"}, 200);
+    view->expect("row 1");
+    filter(*view, "nosuch = 1");
+    view->expect("Column unknown; NOSUCH\n");
+}
+
 TEST_F(BrowseFinding, GoesToARecordByItsNumber) {
     const auto shown = browse({"customers"}, 60, 15);
     shown->expect("row 1 of 10");
