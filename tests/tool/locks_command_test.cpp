@@ -1,5 +1,7 @@
 #include <unistd.h>
 
+#include <csignal>
+
 #include "tests/tool/tool.h"
 
 namespace zmfb::test {
@@ -158,6 +160,20 @@ TEST_F(LocksCommand, DropOfATableThatSomebodyHasOpenNamesHim) {
     EXPECT_TRUE(has_table(path, "CLIENT"));
     on(path, {"clear", "--yes"});
     EXPECT_EQ(on(path, {"drop", "client", "--yes"}).status, 0);
+}
+
+TEST_F(LocksCommand, DropOfATableThatAStatementUsesIsRefusedAndDoesNotWaitForItsEnd) {
+    const auto user = start({"--db", path, "query",
+                             "select count(*) from client a right join rdb$fields b on 1 = 1, rdb$fields c, "
+                             "rdb$fields d, rdb$fields e"});
+    user->settle();
+    const Finished refused = on(path, {"drop", "client", "--yes"});
+    user->send(SIGKILL);
+    user->end();
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, "error: the table CLIENT is in use by another program\n");
+    EXPECT_TRUE(has_table(path, "CLIENT"));
+    EXPECT_EQ(on(path, {"drop", "client", "--yes"}).status, 0) << "of one that was killed the engine lets go";
 }
 
 }  // namespace

@@ -203,24 +203,13 @@ void require_unused(const Name& table, const std::vector<Dependent>& in_the_way)
                   first.kind == "view" ? exec_command_line("drop view " + first.name.quoted()) : ""};
 }
 
-// The engine would wait for them without a word.
-void require_closed(zmFBConn& connection, const Name& table) {
-    for (const Registration& open : registrations_of(connection)) {
-        if (open.table != table.text() || open.owner.alive == Alive::no) continue;
-        throw Failure{Exit::failed,
-                      fmt::format("the table {} is open in {}", table.shown(), open.owner.holder.words()), "",
-                      "\"zmfb opens\" lists what is open; \"zmfb clear\" forgets what is left of programs "
-                      "that have crashed"};
-    }
-}
-
 Exit drop_command(Session& session, const std::string& typed, bool yes) {
     zmFBConn& connection = session.connection();
     const Table table = existing_table(connection, typed);
     require_driver_table(table);
     const Dependents dependents = dependents_of_table(connection, table.name);
     require_unused(table.name, dependents.in_the_way);
-    require_closed(connection, table.name);
+    require_unused_by_others(connection, table.name);
     const std::vector<Name> views = names_in(dependents.taken);
     const std::string question =
         fmt::format("Drop {} with its {}{}?", table.name.shown(),

@@ -2,24 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cctype>
-
-#include "host/text.h"
 #include "tool/catalog.h"
+#include "tool/drop.h"
 
 namespace zmfb::tool {
 namespace {
-
-bool is_of_a_name(char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '$'; }
-
-bool names(const std::string& statement, const std::string& table) {
-    const std::string text = " " + host::upper(statement).string() + " ";
-    for (std::size_t at = text.find(table); at != std::string::npos; at = text.find(table, at + 1)) {
-        if (!is_of_a_name(text[at - 1]) && !is_of_a_name(text[at + table.size()])) return true;
-    }
-    return false;
-}
 
 void prepare_adding(Transaction& work, const ImportPlan& plan, const std::string& table) {
     std::string columns, values;
@@ -41,20 +28,11 @@ std::vector<std::string> drops_of_leftovers(zmFBConn& connection, const Name& ta
 
 }  // namespace
 
-bool is_in_use(Transaction& work, const std::string& table) {
-    auto statements = work.rows(
-        "select mon$sql_text from mon$statements where mon$attachment_id <> current_connection and "
-        "mon$sql_text is not null");
-    return std::ranges::any_of(statements,
-                               [&](const Row& row) { return names(row[0].text().value_or(""), table); });
-}
-
 std::string rehearse(zmFBConn& connection, const ImportPlan& plan, const Rehearsed& rehearsed) try {
     const std::vector<std::string> drops = drops_of_leftovers(connection, Name(rehearsed.made));
     Transaction work(connection);
     if (!rehearsed.replaced.empty()) {
-        if (is_in_use(work, rehearsed.replaced))
-            return fmt::format("the table {} is in use by another program", rehearsed.replaced);
+        if (const auto use = use_by_others(connection, Name(rehearsed.replaced))) return use->message;
         work.execute("DROP TABLE " + rehearsed.replaced);
     }
     if (!rehearsed.added_to.empty()) prepare_adding(work, plan, rehearsed.added_to);

@@ -15,11 +15,6 @@ struct Rehearsed {
     std::string added_to;  ///< a table that the rows go on to; "" for none
 };
 
-/// Whether another program has a statement of that table prepared, as far as the engine tells: SYSDBA and the
-/// owner of the database of all. It has nothing against a drop itself until that is committed, and waits
-/// then.
-bool is_in_use(Transaction& work, const std::string& table);
-
 /// Has the engine make and drop what an import would, in a transaction that is rolled back, and looks for
 /// other programs that have in use what would be dropped. Returns why that fails, in the engine's words; ""
 /// when it does not.

@@ -6,7 +6,6 @@
 #include "tool/column_type.h"
 #include "tool/drop.h"
 #include "tool/import/new_table.h"
-#include "tool/import/rehearsal.h"
 #include "tool/interrupt.h"
 #include "tool/reading.h"
 #include "tool/say.h"
@@ -81,14 +80,10 @@ void drop_views(Transaction& work, const std::vector<Name>& views) {
 
 // What speaks against it shows before anything is changed.
 void rehearse_drop(zmFBConn& connection, const std::string& table, const std::vector<Name>& views) {
-    const std::string in_use = fmt::format("the table {} is in use by another program", table);
-    for (int attempt = 1;; ++attempt) {
-        Transaction work(connection);
-        drop_views(work, views);
-        drop_parts(work, table);
-        if (!is_in_use(work, table)) return;
-        if (!wait_for_others(in_use, attempt)) throw Failure{Exit::failed, in_use};
-    }
+    require_unused_by_others(connection, Name(table));
+    Transaction work(connection);
+    drop_views(work, views);
+    drop_parts(work, table);
 }
 
 void drop_views_and_keys(zmFBConn& connection, const std::string& table, const std::vector<Name>& views) {
