@@ -107,6 +107,7 @@ void Pager::write(std::string_view text) {
 void Pager::close() {
     constexpr int cannot_run = 126, not_found = 127;
     const int status = wait();
+    if (WIFSIGNALED(status) && WTERMSIG(status) == SIGINT) throw Failure{static_cast<Exit>(128 + SIGINT), ""};
     if (!WIFEXITED(status) || (WEXITSTATUS(status) != cannot_run && WEXITSTATUS(status) != not_found)) return;
     throw Failure{Exit::failed, fmt::format("the pager {} cannot be run", command_), "",
                   "PAGER names it; --no-pager does without"};

@@ -24,7 +24,8 @@ class Pager {
 
     /// Hands it more text; what is written behind its end is dropped.
     void write(std::string_view text);
-    /// Waits until the person has left it. Throws Failure when the program could not be run.
+    /// Waits until the person has left it. Throws Failure when the program could not be run, and one without
+    /// a message when Ctrl-C has ended it.
     void close();
 
   private:

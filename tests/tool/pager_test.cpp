@@ -107,6 +107,22 @@ TEST_F(RowsInAPager, LessShowsTheFirstPageOfAnEndlessQueryAndQEndsIt) {
     shell.expect("\r\n42\r\n");
 }
 
+TEST_F(RowsInAPager, ThatControlCEndsEndTheQueryAsItWouldHaveEndedWithoutOne) {
+    const std::string endless = "select a.n from r a, r b, r c, r d, r e";
+    Dialogue alone(query("PAGER=exec cat", endless));
+    alone.expect("\r\n1\r\n");
+    alone.type("\x03");
+    EXPECT_EQ(alone.end(), 130);
+    Dialogue shell(paged("PAGER=exec cat", {"shell"}));
+    shell.expect_prompt("zmfb> ");
+    shell.type(std::string(numbers) + endless + ";\n");
+    shell.expect("\r\n1\r\n");
+    shell.type("\x03");
+    EXPECT_EQ(shell.expect_prompt("zmfb> ").find("error"), std::string::npos);
+    shell.type("\x04");
+    EXPECT_EQ(shell.end(), 0);
+}
+
 TEST_F(RowsInAPager, ControlCEndsTheRowsAndThePagerHasWhatCame) {
     Dialogue shell(paged("PAGER=trap '' INT; cat; echo the pager is left", {"shell"}));
     shell.expect_prompt("zmfb> ");

@@ -167,6 +167,40 @@ TEST_F(ShellScript, AreaIsTheIdOfThisSession) {
     EXPECT_TRUE(run.out.ends_with("N\n-\n5\n(1 row)\n.T.\nAREA\r\n1\r\n")) << run.out;
 }
 
+TEST_F(ShellScript, WhatIsLockedForAreaIsGivenBackAtTheEnd) {
+    on(path, {"call", "createtable('C', {{'NAME', 'C', 60, 0}})"});
+    const std::string locks =
+        "setrecordaslocked('C', :area, '3')\nsettableaslocked('D', :area)\n"
+        "settableusedbyarea(.T., 'C', :area, .T.)\n";
+    const auto left = [&] { return on(path, {"locks"}).out + on(path, {"opens"}).out; };
+    const std::pair<std::string, std::vector<std::string>> endings[] = {
+        {"", {}}, {"exit\n", {}}, {"begin;\n", {}}, {"selct\nexit\n", {"--stop-on-error"}}};
+    for (const auto& [ending, options] : endings) {
+        std::vector<std::string> words{"shell"};
+        words.insert(words.end(), options.begin(), options.end());
+        const Finished run = on(path, words, locks + ".locks\n.opens\n" + ending);
+        EXPECT_NE(run.out.find("C      record       3  SHELL"), std::string::npos) << run.out << run.err;
+        EXPECT_NE(run.out.find("D      table           SHELL"), std::string::npos) << run.out;
+        EXPECT_NE(run.out.find("C      shared"), std::string::npos) << run.out;
+        EXPECT_EQ(left(), "no locks\nno tables are open\n") << ending;
+    }
+    EXPECT_EQ(given({"setrecordaslocked('C', :area, '4')"}).status, 0);
+    EXPECT_EQ(left(), "no locks\nno tables are open\n");
+    on(path, {"call", "setrecordaslocked('C', 'C:A1:7:afar', '4')"});
+    EXPECT_EQ(given({"setrecordaslocked('C', :area, '5')"}).status, 0);
+    EXPECT_NE(left().find("C      record       4  A1"), std::string::npos) << "that of another stays";
+}
+
+TEST_F(ShellScript, WhatIsNotRunIsCountedAsItWouldHaveBeenTaken) {
+    const Finished run = from_file("selct\nbegin\ninsert into t values (1);;\ncommit\n-- the end\n", "");
+    EXPECT_TRUE(run.err.ends_with("not run: 3 statements, calls and commands, 4 lines behind it\n"))
+        << run.err;
+}
+
+TEST_F(ShellScript, WhatIsGivenLastAndFailsLeavesNothingOut) {
+    EXPECT_TRUE(given({"istable('T')", "selct"}, true).err.ends_with("\nstopped in -c 2\n"));
+}
+
 // The engine would run what stands before it.
 TEST_F(ShellScript, ALineWithAZeroByteIsRefusedWhole) {
     on(path, {"exec", "create table N (A integer)"});

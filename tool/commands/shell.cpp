@@ -45,6 +45,7 @@ void talk(Session& session, const Shell::Options& options) {
         input.clear();
         if (shell.done() && shell.may_leave()) break;
     }
+    if (ending_signal() == 0) shell.end();
     session.forget_raised();
 }
 

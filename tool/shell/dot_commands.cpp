@@ -192,11 +192,11 @@ const std::vector<std::string>& Shell::table_names() {
 // The words for the place `start` of a line of SQL, or of a call.
 std::vector<std::string> Shell::words_for(std::string_view line, std::size_t start) {
     const bool is_call = !waiting() && input_of(line) == Input::call;
-    const std::string before = begun_ + "\n" + std::string(line.substr(0, start));
+    const std::string before = inputs_.begun() + "\n" + std::string(line.substr(0, start));
     std::vector<std::string> all = table_names();
     if (is_call || expects_table(before)) return all;
     const std::string_view word = line.substr(start);
-    const std::string whole = begun_ + "\n" + std::string(line);
+    const std::string whole = inputs_.begun() + "\n" + std::string(line);
     for (std::string& column :
          plain_columns(session_.connection(), whole, word.substr(0, word.find_first_of(" ,;)"))))
         all.push_back(std::move(column));

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <string_view>
+#include <string>
 
 #include "tool/line_input.h"
 
@@ -14,6 +14,6 @@ struct Rest {
 };
 
 /// Counts what is left of `in`, and of the line read last, whose rest is `left`.
-Rest count_rest(LineInput& in, std::string_view left);
+Rest count_rest(LineInput& in, const std::string& left);
 
 }  // namespace zmfb::tool

@@ -33,13 +33,6 @@ double seconds_since(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-bool is_blank(std::string_view text) { return input_of(text) == Input::nothing; }
-
-// The words that begin and end a transaction go without their ";".
-bool may_end_here(const std::string& line) {
-    return step_of(line) != Step::none && line.find(';') == std::string::npos;
-}
-
 constexpr std::size_t longest_shown = 60;  // of what was typed, in a message
 
 constexpr std::string_view usual_advice =
@@ -73,7 +66,9 @@ void Shell::guarded(const std::function<void()>& run) {
     } catch (const Failure& failure) {
         said = failure.detail;
         if (ending_signal() != 0 || std::ferror(stdout) != 0) throw;
-        if (interrupted()) {
+        if (failure.message.empty()) {
+            ++failures_;  // a pager that was ended, which is nothing to talk about
+        } else if (interrupted()) {
             fail(interrupted_message,
                  failure.message == interrupted_message ? failure.detail : failure.message);
         } else {
@@ -93,7 +88,7 @@ void Shell::guarded(const std::function<void()>& run) {
 }
 
 void Shell::take(const std::string& line) {
-    if (begun_.size() + line.size() >= LineInput::longest) {
+    if (inputs_.begun().size() + line.size() >= LineInput::longest) {
         fail(fmt::format("a statement of more than {} bytes", LineInput::longest));
         done_ = !interactive_;  // what comes next may be in the middle of it
         return forget();
@@ -102,54 +97,34 @@ void Shell::take(const std::string& line) {
         fail("the line has a zero byte, which no statement and no call may have");
         return forget();
     }
-    if (waiting()) return take_statements("\n" + line);
-    const std::string word = first_word(line);
-    switch (input_of(line)) {
-        case Input::nothing:
-            return;
-        case Input::dot_command:
-            return run_dot_command(line);
-        case Input::call:
-            return guarded([&] { call_method(line); });
-        case Input::statement:
-            begun_place_ = place_;
-            return take_statements(may_end_here(line) ? line + "\n;" : line);
-        case Input::unknown:
-            break;
-    }
-    if (word == "quit" || word == "exit" || word == "help") return run_dot_command("." + line);
+    if (!waiting()) begun_place_ = place_;
+    left_ = inputs_.take(line, [this](Input kind, const std::string& text) {
+        const std::size_t failures = failures_;
+        take_input(kind, text);
+        begun_place_ = place_;
+        return !has_to_stop(failures);
+    });
+    if (!waiting()) begun_place_ = {};
+}
+
+void Shell::take_input(Input kind, const std::string& text) {
+    if (kind == Input::dot_command) return run_dot_command(text);
+    if (kind == Input::call) return guarded([&] { call_method(text); });
+    if (kind == Input::statement) return guarded([&] { run_one(text); });
+    const std::string word = first_word(text);
+    if (word == "quit" || word == "exit" || word == "help") return run_dot_command("." + text);
     const std::string_view advice = advice_on(word);
     const std::string guess = advice == usual_advice ? did_you_mean(word, beginnings()) : "";
-    const std::string shown = cut_to(word.empty() ? line : word, longest_shown);
+    const std::string shown = cut_to(word.empty() ? text : word, longest_shown);
     fail(fmt::format("\"{}\" begins neither SQL nor a call{}", shown, guess), advice);
 }
 
-void Shell::take_statements(std::string_view piece) {
-    for (auto end = scan_.end_in(piece); end; end = scan_.end_in(piece)) {
-        begun_ += piece.substr(0, *end - 1);
-        piece.remove_prefix(*end);
-        const std::string statement = std::exchange(begun_, {});
-        const std::size_t failures = failures_;
-        guarded([&] { run_one(statement); });
-        begun_place_ = place_;
-        if (has_to_stop(failures)) {
-            left_ = std::exchange(piece, {});
-            scan_ = {};
-            break;
-        }
-    }
-    begun_ += piece;
-    if (scan_.is_blank()) forget();
-}
-
 void Shell::forget() {
-    begun_.clear();
-    scan_ = {};
+    inputs_.forget();
     begun_place_ = {};
 }
 
 void Shell::run_one(const std::string& typed) {
-    if (is_blank(typed)) return;
     const std::string statement = with_area(typed, [this] { return area_literal(); });
     const Step step = step_of(statement);
     if (step != Step::none) return change_transaction(step);
@@ -179,6 +154,7 @@ void Shell::call_method(const std::string& line) {
         return;
     }
     session_.connection();
+    if (line.find(":area") != std::string::npos) (void)area_literal();
     const host::Value result = evaluate(session_, call);
     tables_.reset();
     fmt::print("{}\n", mode_ == Mode::json ? json_line(to_json(result)) : to_literal(result));
@@ -214,7 +190,8 @@ void Shell::take_given(const std::vector<std::string>& inputs) {
         const std::size_t failures = failures_;
         take_lines(inputs[i], fmt::format("-c {}", i + 1));
         if (!has_to_stop(failures)) continue;
-        say("stopped in -c {}; not run: {} more of them\n", i + 1, inputs.size() - i - 1);
+        const std::size_t left = inputs.size() - i - 1;
+        say("stopped in -c {}{}\n", i + 1, left == 0 ? "" : fmt::format("; not run: {} more of them", left));
         return;
     }
 }
@@ -251,7 +228,9 @@ void Shell::say_what_is_left(LineInput& in) {
 
 std::string Shell::area_literal() {
     session_.connection();
-    return host::strtran(evaluate(session_, area_call()), "'", "''").string();
+    const host::Value area = evaluate(session_, area_call());
+    area_ = area.string();
+    return host::strtran(area, "'", "''").string();
 }
 
 // What can be read no further is at its end.

@@ -11,7 +11,8 @@
 #include "tool/literal.h"
 #include "tool/rows/row_writer.h"
 #include "tool/session.h"
-#include "tool/shell/statement.h"
+#include "tool/shell/inputs.h"
+#include "zmfbconn/transaction.h"
 
 namespace zmfb::tool {
 
@@ -38,14 +39,15 @@ class Shell {
     void take_given(const std::vector<std::string>& inputs);
 
     /// Whether a statement has begun that has not ended yet.
-    [[nodiscard]] bool waiting() const { return !begun_.empty(); }
+    [[nodiscard]] bool waiting() const { return !inputs_.begun().empty(); }
     /// Forgets the statement that has begun.
     void forget();
     /// What a person is asked with for the next line; it shows whether a transaction is open.
     [[nodiscard]] std::string prompt();
     /// Asks what is to become of a transaction that is open. Returns .F. when the person stays.
     bool may_leave();
-    /// Rolls a transaction back that is open at the end of all lines: which is a failure.
+    /// At the end of all lines: rolls a transaction back that is open, which is a failure, and gives back
+    /// what was locked for :area.
     void end();
     /// Whether it was told to end.
     [[nodiscard]] bool done() const { return done_; }
@@ -64,7 +66,7 @@ class Shell {
     };
     static const DotCommand dot_commands[];
 
-    void take_statements(std::string_view piece);
+    void take_input(Input kind, const std::string& text);
     std::optional<std::string> next_line(LineInput& in);
     void take_lines(std::string_view text, const std::string& name);
     [[nodiscard]] bool has_to_stop(std::size_t failures_before) const;
@@ -75,6 +77,8 @@ class Shell {
     void begin();
     void commit();
     void roll_back();
+    void end_transaction(void (Transaction::*end)(), std::string_view how_it_failed, std::string_view done);
+    void give_back(const std::string& area);
     void call_method(const std::string& line);
     void run_dot_command(const std::string& typed);
     [[nodiscard]] std::string in_dots(std::string_view line) const;
@@ -95,15 +99,15 @@ class Shell {
     bool interactive_;
     bool pages_;
     bool stops_on_error_;
-    std::string begun_;
-    StatementScan scan_;  ///< of what has begun
-    Place place_;         ///< where the input is from, for errors
-    Place begun_place_;   ///< the same of the statement that has begun
+    Inputs inputs_;
+    Place place_;        ///< where the input is from, for errors
+    Place begun_place_;  ///< the same of the statement that has begun
     Mode mode_ = Mode::table;
     bool timer_ = false;
     std::optional<std::vector<std::string>> tables_;  ///< their names, until something may have changed them
     bool done_ = false;
     std::size_t failures_ = 0;
+    std::string area_;  ///< the id that :area was; "" when nothing was done for it
     std::string left_;  ///< of the line in which a statement failed
     int depth_ = 0;     ///< of .read within .read
 };

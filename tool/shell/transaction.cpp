@@ -1,8 +1,11 @@
 // The transaction that is open in the shell: the one of starttransaction() and commitchanges().
 #include <fmt/format.h>
 
+#include <ranges>
+
 #include "tool/confirm.h"
 #include "tool/encoding.h"
+#include "tool/locks.h"
 #include "tool/reading.h"
 #include "tool/say.h"
 #include "tool/shell/shell.h"
@@ -30,17 +33,23 @@ void Shell::begin() {
     fmt::print("done: begin\n");
 }
 
+void Shell::end_transaction(void (Transaction::*end)(), std::string_view how_it_failed,
+                            std::string_view done) {
+    Transaction transaction = Transaction::batch(session_.connection());
+    try {
+        (transaction.*end)();
+    } catch (const SqlError& error) {
+        throw_failure(session_.connection(), error, how_it_failed);
+    }
+    tables_.reset();
+    fmt::print("done: {}\n", done);
+}
+
 // Scripts of shells that begin a transaction by themselves commit all the time.
 void Shell::commit() {
     if (!session_.in_transaction())
         return say("note: no transaction is open: each statement is committed by itself\n");
-    try {
-        Transaction::batch(session_.connection()).commit();
-    } catch (const SqlError& error) {
-        throw_failure(session_.connection(), error, "the commit failed, and what was done is undone");
-    }
-    tables_.reset();
-    fmt::print("done: commit\n");
+    end_transaction(&Transaction::commit, "the commit failed, and what was done is undone", "commit");
 }
 
 void Shell::roll_back() {
@@ -48,13 +57,7 @@ void Shell::roll_back() {
         throw Failure{Exit::failed, "no transaction is open: nothing is undone",
                       "Each statement was committed by itself. begin; opens a transaction."};
     }
-    try {
-        Transaction::batch(session_.connection()).roll_back();
-    } catch (const SqlError& error) {
-        throw_failure(session_.connection(), error, "the transaction could not be rolled back");
-    }
-    tables_.reset();
-    fmt::print("done: rollback\n");
+    end_transaction(&Transaction::roll_back, "the transaction could not be rolled back", "rollback");
 }
 
 bool Shell::may_leave() {
@@ -75,10 +78,29 @@ bool Shell::may_leave() {
     return leaves;
 }
 
+// What it locked would stay behind it, of a process that is dead.
+void Shell::give_back(const std::string& area) {
+    zmFBConn& connection = session_.connection();
+    const AreaId own(area);
+    const auto is_own = [&](const auto& one) { return one.owner.holder.id == to_utf8(area); };
+    for (const Lock& lock : locks_of(connection) | std::views::filter(is_own)) {
+        const std::string table = *to_latin1(lock.table);
+        if (lock.record) {
+            connection(m::setrecordasunlocked, table, own, RecordNumber(*lock.record));
+        } else {
+            connection(m::settableasunlocked, table, own);
+        }
+    }
+    for (const Registration& open : registrations_of(connection) | std::views::filter(is_own))
+        connection(m::settableusedbyarea, false, *to_latin1(open.table), own, open.shared);
+}
+
 void Shell::end() {
-    if (!session_.in_transaction()) return;
-    guarded([&] { roll_back(); });
-    fail("the transaction that was open at the end is rolled back", "", "commit; keeps what it did");
+    if (session_.in_transaction()) {
+        guarded([&] { roll_back(); });
+        fail("the transaction that was open at the end is rolled back", "", "commit; keeps what it did");
+    }
+    if (!area_.empty()) guarded([&] { give_back(area_); });
 }
 
 }  // namespace zmfb::tool
