@@ -218,6 +218,12 @@ Whether it is there. More.
         entries = self.entries(("istable(tbl: table): logical", row["signature"]))
         self.assertEqual(methods.check_table(entries, [row]), ["catalog.md:3: istable: does not tell of the parameter more"])
 
+    def test_parameter_may_be_told_of_before_the_entries_of_its_page(self):
+        change = ("- **Parameters:** `tbl`: the\n  table.\n", "")
+        self.assertNotEqual(self.table(change), [])
+        told = methods.entries_of(Page("catalog.md", "# Page\n\n- `tbl`: the table.\n\n" + self.TEXT.replace(*change)), "catalog")
+        self.assertEqual(methods.check_table(told, [self.ROW]), [])
+
     def test_declaration_of_another_page_or_name(self):
         headers = {page: "" for page in methods.FOLDERS}
         self.assertEqual(len(methods.check_declarations(self.entries(), headers)), 1)

@@ -19,7 +19,8 @@ The tool lists the table (`zmfb methods --json`). Each row has one entry in docs
 The signature is that of the row. An entry stands on the page of the subject that declares it
 (include/zmfbconn/methods/), names every parameter in backticks, and what it quotes as logged or raised is in the sources;
 every text that the sources log or raise is quoted by some entry of its page.
-Each of the lines may be missing: docs/methods/README.md says what that means. What SQL says is what the table "What becomes
+Each of the lines may be missing: docs/methods/README.md says what that means. Parameters that mean the same in many entries are told
+once, before the first heading of the page: "- `tbl`: the table". What SQL says is what the table "What becomes
 SQL" of docs/security.md says. The two rows of a property that can be assigned are "### name" and "### name :=", `name: kind` and `name := value`.
 A declaration has the name of its method, one that assigns assign_ before it.
 """
@@ -38,6 +39,7 @@ SQL_HEADING = "## What becomes SQL"
 PARAMETER = re.compile(r"(?<=[(\[ ])(\w+): |:= (\w+)")
 DECLARATION = re.compile(r'^inline constexpr Method<[^;{]*>\s+(\w+)\{\s*"(\w+)"', re.M)
 ITEM = re.compile(r"^- \*\*(\w+):\*\*\s*(.*)$")
+TOLD = re.compile(r"^- `(\w+)`: ")
 QUOTED = re.compile(r"`([^`]+)`")
 LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"(_l1)?')
 RAISED = re.compile(r'raiseerror\(((?:"(?:[^"\\]|\\.)*"|[^";])*)\);')
@@ -53,6 +55,7 @@ class Entry:
     signature: str = ""
     help: str = ""
     fields: dict = field(default_factory=dict)
+    told: set = field(default_factory=set)  # parameters that the page tells of before its entries
 
     @property
     def where(self):
@@ -61,12 +64,14 @@ class Entry:
 
 def entries_of(page, name):
     """The entries of a page: its headings of the third level."""
-    entries, current, item = [], None, None
+    entries, current, item, told = [], None, None, set()
     for number, line in page.prose:
         if line.startswith(("# ", "## ")):
             current = None
+        if not entries and TOLD.match(line):
+            told.add(TOLD.match(line)[1])
         if line.startswith("### "):
-            current, item = Entry(name, number, line[4:].strip()), None
+            current, item = Entry(name, number, line[4:].strip(), told=told), None
             entries.append(current)
         elif current is None or not line.strip():
             item = None
@@ -100,7 +105,8 @@ def check_entry(entry, row):
             problems.append(f"{title} is empty or there twice")
     described = QUOTED.findall(entry.fields.get("Parameters") or "")
     names = [first or second for first, second in PARAMETER.findall(row["signature"])]
-    problems += [f"does not tell of the parameter {name}" for name in names if name not in described]
+    problems += [f"does not tell of the parameter {name}" for name in names
+                 if name not in described and name not in entry.told]
     return [f"{entry.where}: {entry.title}: {problem}" for problem in problems]
 
 
