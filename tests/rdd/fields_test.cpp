@@ -104,5 +104,26 @@ TEST_F(AreaFields, OfTypesThatOtherProgramsMadeAreReadOrLeftOut) {
     EXPECT_EQ(reason_of([&] { (void)area["P"]; }), Reason::no_field);
 }
 
+TEST_F(AreaFields, AreWrittenAsThoseOfRows) {
+    execute(
+        "alter table STOCK add B boolean, add T time, add D date, add F double precision, add S float, "
+        "add M blob sub_type text, add O varchar(3) character set octets, add X char(5), add Y char(5)");
+    execute(
+        "update STOCK set B = false, T = '14:05:06.7', D = '1999-12-31', F = 1.5e300, S = 0.1, M = 'memo', "
+        "O = 'xyz', X = 'ab'");
+    const Area area = stock();
+    Transaction work(connection());
+    Rows all = work.rows("select * from STOCK");
+    const Row& row = *all.begin();
+    for (std::size_t i = 0; i < area.fields().size(); ++i) {
+        const std::string& name = area.fields()[i].name;
+        EXPECT_EQ(area.at(i).text(), row[name].text()) << name;
+    }
+    EXPECT_EQ(area["S"].text(), "0.1");
+    EXPECT_EQ(area["O"].text(), "78797A");
+    EXPECT_EQ(area["SINCE"].text(), "2007-03-01 00:00:00.0000");
+    EXPECT_EQ(area["Y"].text(), std::nullopt);
+}
+
 }  // namespace
 }  // namespace zmfb::test
