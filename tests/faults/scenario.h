@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "zmfbconn/connection.h"
@@ -53,6 +54,17 @@ struct Scenario {
     std::string database = "walk.fdb";     ///< the database it starts with
     std::function<Value(Walk&)> act = {};  ///< does the call, where the text cannot
 };
+
+/// A call that changes something, and answers .T. when all goes well.
+inline Scenario changes(std::string call, std::vector<Failure> failures, std::string variant = "") {
+    const std::string method = call.substr(0, call.find('('));
+    return {.method = method,
+            .call = std::move(call),
+            .uses = Uses::changes,
+            .good = ".T.",
+            .failures = std::move(failures),
+            .variant = std::move(variant)};
+}
 
 std::vector<Scenario> connection_scenarios();
 std::vector<Scenario> sql_scenarios();

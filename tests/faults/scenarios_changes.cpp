@@ -12,16 +12,6 @@ std::string l1(std::string_view latin1) { return std::string(latin1); }
 
 constexpr const char* refused_line = R"(~\[1\] \[ERROR\] SQLCODE=-\d+ \(.*\))";
 
-Scenario changes(std::string call, std::vector<Failure> failures, std::string variant = "") {
-    const std::string method = call.substr(0, call.find('('));
-    return {.method = method,
-            .call = std::move(call),
-            .uses = Uses::changes,
-            .good = ".T.",
-            .failures = std::move(failures),
-            .variant = std::move(variant)};
-}
-
 Failure raises(std::string statement, std::string message) {
     return {.statement = std::move(statement), .result = ".F.", .raised = {std::move(message)}};
 }

@@ -21,16 +21,6 @@ Scenario asks(std::string call, std::string statement, std::string good, std::st
             .failures = {{.statement = std::move(statement), .result = std::move(failed)}}};
 }
 
-Scenario changes(std::string call, std::vector<Failure> failures, std::string variant = "") {
-    const std::string method = call.substr(0, call.find('('));
-    return {.method = method,
-            .call = std::move(call),
-            .uses = Uses::changes,
-            .good = ".T.",
-            .failures = std::move(failures),
-            .variant = std::move(variant)};
-}
-
 std::vector<Scenario> questions() {
     const std::string yes = ".T.", no = ".F.";
     Scenario records = asks("getlockedrecords('customer', 'A')", "SELECT RLK_RECNO", "{1, 2}", "{}");

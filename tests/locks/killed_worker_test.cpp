@@ -35,24 +35,14 @@ TEST_F(KilledWorker, RowsStayUntilTheyAreReleasedAndClearedAndTheDatabaseIsSound
         EXPECT_TRUE(yes("setrecordaslocked", table, b, "1"));
         EXPECT_TRUE(yes("settableaslocked", table, b));
 
-        EXPECT_TRUE(yes("clearsystemtables"));
-        EXPECT_EQ(registrations(), Rows{});
-        EXPECT_EQ(record_locks(), Rows{});
-        EXPECT_EQ(table_locks(), Rows{});
-        disconnect();
-        expect_sound(database());
+        clear_all();
     }
 }
 
 TEST_F(KilledWorker, ClearingAloneRemovesEverything) {
     const std::string dead = kill_one_at_work(99, table);
     EXPECT_TRUE(yes("isrecordlockedbyuser", table, dead, "1"));
-    EXPECT_TRUE(yes("clearsystemtables"));
-    EXPECT_EQ(registrations(), Rows{});
-    EXPECT_EQ(record_locks(), Rows{});
-    EXPECT_EQ(table_locks(), Rows{});
-    disconnect();
-    expect_sound(database());
+    clear_all();
 }
 
 TEST_F(KilledWorker, DatabaseOfWhichEveryUserWasKilledIsCleanedUp) {

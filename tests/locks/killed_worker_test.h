@@ -29,6 +29,15 @@ class KilledWorker : public Workers {
         worker.process.kill();
         return worker.area;
     }
+    /// Clears the system tables, after which nothing is in them, and the database is sound.
+    void clear_all() {
+        EXPECT_TRUE(yes("clearsystemtables"));
+        EXPECT_EQ(registrations(), Rows{});
+        EXPECT_EQ(record_locks(), Rows{});
+        EXPECT_EQ(table_locks(), Rows{});
+        disconnect();
+        expect_sound(database());
+    }
 };
 
 }  // namespace zmfb::test

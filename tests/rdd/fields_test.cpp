@@ -113,8 +113,8 @@ TEST_F(AreaFields, AreWrittenAsThoseOfRows) {
         "O = 'xyz', X = 'ab'");
     const Area area = stock();
     Transaction work(connection());
-    Rows all = work.rows("select * from STOCK");
-    const Row& row = *all.begin();
+    zmfb::Rows all = work.rows("select * from STOCK");
+    const zmfb::Row& row = *all.begin();
     for (std::size_t i = 0; i < area.fields().size(); ++i) {
         const std::string& name = area.fields()[i].name;
         EXPECT_EQ(area.at(i).text(), row[name].text()) << name;
