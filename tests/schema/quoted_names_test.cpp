@@ -64,6 +64,13 @@ TEST_F(QuotedNames, AViewOfSuchANameKeepsTheTable) {
     EXPECT_TRUE(exists("relation", "INNOCENT"));
 }
 
+TEST_F(QuotedNames, EveryOtherCharacterNeedsNone) {
+    const char* const plain[] = {"AZ_$09", "Z"};
+    for (const char* name : plain) execute(std::string("create view ") + name + " (A) as select A from T");
+    EXPECT_TRUE(yes("dropviewsfromtable", "T"));
+    for (const char* name : plain) EXPECT_FALSE(exists("relation", name)) << name;
+}
+
 TEST_F(QuotedNames, AnIndexOfSuchANameKeepsTheOthers) {
     execute("create index I_A on T (A)");
     for (const OddName& odd : odd_names) {
