@@ -39,7 +39,8 @@ class Block {
     /// Lives until a text is put.
     [[nodiscard]] std::string_view text(std::size_t row, std::size_t column) const {
         const std::uint64_t cell = cells_[at(row, column)];
-        return std::string_view(texts_).substr(cell >> length_bits, cell & longest);
+        return std::string_view(texts_).substr(static_cast<std::size_t>(cell >> length_bits),
+                                               static_cast<std::size_t>(cell & longest));
     }
 
     void put_null(std::size_t row, std::size_t column) { present_[at(row, column)] = false; }

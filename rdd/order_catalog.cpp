@@ -26,7 +26,8 @@ std::uint64_t hash_of(std::string_view text) {
 std::string digits_of(std::uint64_t number, std::size_t count) {
     constexpr std::string_view digits = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
     std::string text;
-    for (; count > 0; --count, number /= digits.size()) text += digits[number % digits.size()];
+    for (; count > 0; --count, number /= digits.size())
+        text += digits[static_cast<std::size_t>(number % digits.size())];
     return text;
 }
 
