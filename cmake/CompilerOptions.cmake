@@ -13,6 +13,8 @@ target_compile_options(zmfb_warnings INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:
 # rounds twice then. This way numbers come out as they do on 64 bits.
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86")
     add_compile_options(-msse2 -mfpmath=sse)
+    # Sizes and numbers of files have 64 bits there, too.
+    add_compile_definitions(_FILE_OFFSET_BITS=64)
 endif()
 
 # The product's own code; tests/ takes it back for the code of the tests.

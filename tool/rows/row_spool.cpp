@@ -56,7 +56,7 @@ Cell RowSpool::read(std::size_t most) {
     std::uint64_t size = 0;
     if (std::fread(&size, sizeof size, 1, file_.get()) != 1) fail();
     if (size == of_null) return std::nullopt;
-    std::string value(std::min<std::uint64_t>(size, most), '\0');
+    std::string value(static_cast<std::size_t>(std::min<std::uint64_t>(size, most)), '\0');
     if (std::fread(value.data(), 1, value.size(), file_.get()) != value.size()) fail();
     const auto rest = static_cast<off_t>(size - value.size());
     if (rest > 0 && ::fseeko(file_.get(), rest, SEEK_CUR) != 0) fail();
