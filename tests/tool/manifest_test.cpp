@@ -138,7 +138,7 @@ TEST_F(Manifest, AllThatWasExportedHasToBeAmongTheFiles) {
     write_file("out/list.json", "{}");
     EXPECT_TRUE(import_anew({}).err.starts_with("error: " + list + " is no manifest of an export\n"));
     fs::remove(list);
-    EXPECT_EQ(import_anew({}).err, "error: cannot read " + list + "\n");
+    EXPECT_EQ(import_anew({}).err, "error: cannot read " + list + "\n  No such file or directory\n");
     EXPECT_EQ(on(second(), {"import"}).err, "error: name a file, or a --manifest\n");
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 
 #include "tool/commands.h"
 #include "tool/encoding.h"
@@ -63,12 +64,12 @@ std::vector<std::string> files_of_manifest(Given& given) {
     if (given.append) usage("--manifest and --append go not together");
     given.manifest = read_manifest(given.manifest_file);
     std::vector<std::string> files = import_paths(given.files);
-    for (const ManifestFile& entry : *given.manifest) {
+    std::set<const ManifestFile*> meant;
+    for (const std::string& file : files) meant.insert(given.manifest->entry_of(file));
+    for (const ManifestFile& entry : given.manifest->files()) {
         if (given.files.empty()) {
             files.push_back(path_by_manifest(given.manifest_file, entry.file));
-        } else if (std::ranges::none_of(files, [&](const std::string& file) {
-                       return entry_of(*given.manifest, file) == &entry;
-                   })) {
+        } else if (!meant.contains(&entry)) {
             throw Failure{Exit::failed,
                           fmt::format("{} was exported, and is not among the files", entry.file)};
         }

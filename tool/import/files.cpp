@@ -1,13 +1,15 @@
 #include "tool/import/files.h"
 
+#include <dirent.h>
 #include <fmt/format.h>
 #include <glob.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
 
 #include "host/text.h"
-#include "tool/session.h"
+#include "tool/interrupt.h"
 
 namespace zmfb::tool {
 namespace {
@@ -19,6 +21,7 @@ bool is_dbf(const fs::path& path) { return host::lower(path.extension().string()
 std::vector<std::string> in_folder(const std::string& folder) {
     std::vector<std::string> paths;
     for (const auto& entry : fs::directory_iterator(folder)) {
+        require_uninterrupted();
         if (is_dbf(entry.path()) && entry.is_regular_file()) paths.push_back(entry.path().string());
     }
     if (paths.empty()) throw Failure{Exit::failed, fmt::format("no DBF file is in {}", folder)};
@@ -26,12 +29,27 @@ std::vector<std::string> in_folder(const std::string& folder) {
     return paths;
 }
 
-std::vector<std::string> fitting(const std::string& pattern) {
+// What is to end finds no more names.
+glob_t interruptible() {
     glob_t found{};
-    const int answer = glob(pattern.c_str(), 0, nullptr, &found);
+    found.gl_opendir = [](const char* path) -> void* { return ::opendir(path); };
+    found.gl_readdir = [](void* folder) -> dirent* {
+        return interrupted() ? nullptr : ::readdir(static_cast<DIR*>(folder));
+    };
+    found.gl_closedir = [](void* folder) { static_cast<void>(::closedir(static_cast<DIR*>(folder))); };
+    found.gl_stat = ::stat;
+    found.gl_lstat = ::lstat;
+    return found;
+}
+
+std::vector<std::string> fitting(const std::string& pattern) {
+    glob_t found = interruptible();
+    const int answer = glob(pattern.c_str(), GLOB_ALTDIRFUNC | GLOB_NOSORT, nullptr, &found);
     std::vector<std::string> paths(found.gl_pathv, found.gl_pathv + found.gl_pathc);
     globfree(&found);
+    require_uninterrupted();
     if (answer != 0) throw Failure{Exit::failed, fmt::format("no file fits {}", pattern)};
+    std::ranges::sort(paths);
     return paths;
 }
 

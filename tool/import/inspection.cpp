@@ -21,7 +21,7 @@ std::uint64_t refused_values(const FileImport& file) {
 }
 
 void plan_manifest(FileImport& file) {
-    file.exported = entry_of(*file.options.manifest, file.report.file);
+    file.exported = file.options.manifest->entry_of(file.report.file);
     const std::string problem = file.exported == nullptr ? "is not in the manifest"
                                                          : manifest_problem(*file.exported, file.report.file);
     if (!problem.empty()) file.plan.refusals.push_back(fmt::format("{} {}", file.report.file, problem));

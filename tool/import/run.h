@@ -26,8 +26,8 @@ struct ImportOptions {
     std::string encoding;
     WantedNames names;
     OnBadValue on_bad_value = OnBadValue::refuse;
-    std::string set_aside;                              ///< the file for such records; "" for TABLE.bad.dbf
-    std::optional<std::vector<ManifestFile>> manifest;  ///< of the export that the files come from
+    std::string set_aside;             ///< the file for such records; "" for TABLE.bad.dbf
+    std::optional<Manifest> manifest;  ///< of the export that the files come from
 };
 
 /// What files of one run share.

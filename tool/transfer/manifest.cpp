@@ -2,11 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
+#include <utility>
 
+#include "tool/file_kind.h"
 #include "tool/json.h"
 #include "tool/session.h"
 #include "tool/transfer/sha256.h"
@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* mark = "zmfb_manifest";
 constexpr int version = 1;
+constexpr std::size_t largest_manifest = 1U << 30;
 
 // "." for a file of the current folder.
 fs::path folder_of(const std::string& path) { return fs::absolute(path).parent_path(); }
@@ -71,16 +72,25 @@ void write_manifest(OutputFile& out, const std::vector<ManifestFile>& files) {
     out.close();
 }
 
-std::vector<ManifestFile> read_manifest(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) throw Failure{Exit::failed, fmt::format("cannot read {}", path)};
+Manifest::Manifest(std::vector<ManifestFile> files) : files_(std::move(files)) {
+    for (std::size_t i = 0; i < files_.size(); ++i)
+        by_name_.emplace(fs::path(files_[i].file).filename().string(), i);
+}
+
+const ManifestFile* Manifest::entry_of(const std::string& dbf) const {
+    const auto found = by_name_.find(fs::path(dbf).filename().string());
+    return found == by_name_.end() ? nullptr : &files_[found->second];
+}
+
+Manifest read_manifest(const std::string& path) {
+    const std::string content = whole_file(path, "manifest", largest_manifest);
     try {
-        const Json json = Json::parse(in);
+        const Json json = Json::parse(content);
         if (json.at(mark) != version)
             throw Failure{Exit::failed, fmt::format("{} is of a later version", path)};
         std::vector<ManifestFile> files;
         for (const Json& file : json.at("files")) files.push_back(from_json(file));
-        return files;
+        return Manifest(std::move(files));
     } catch (const Json::exception& problem) {
         throw Failure{Exit::failed, fmt::format("{} is no manifest of an export", path), problem.what()};
     }
@@ -88,13 +98,6 @@ std::vector<ManifestFile> read_manifest(const std::string& path) {
 
 std::string path_by_manifest(const std::string& manifest, const std::string& file) {
     return (fs::path(manifest).parent_path() / file).lexically_normal();
-}
-
-const ManifestFile* entry_of(const std::vector<ManifestFile>& manifest, const std::string& dbf) {
-    const auto found = std::ranges::find(manifest, fs::path(dbf).filename(), [](const ManifestFile& entry) {
-        return fs::path(entry.file).filename();
-    });
-    return found == manifest.end() ? nullptr : &*found;
 }
 
 std::string manifest_problem(const ManifestFile& entry, const std::string& dbf) {

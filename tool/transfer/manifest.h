@@ -1,7 +1,9 @@
 /// The list of the files of an export, by which an import tells that all came back.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -28,14 +30,24 @@ ManifestFile manifest_entry(const std::string& manifest, const std::string& dbf)
 
 /// Writes the list as JSON and closes the file. Throws Failure.
 void write_manifest(OutputFile& out, const std::vector<ManifestFile>& files);
+/// Such a list, to look files up in.
+class Manifest {
+  public:
+    explicit Manifest(std::vector<ManifestFile> files);
+    [[nodiscard]] const std::vector<ManifestFile>& files() const { return files_; }
+    /// The entry of a file that is named so, wherever it lies; null for none.
+    [[nodiscard]] const ManifestFile* entry_of(const std::string& dbf) const;
+
+  private:
+    std::vector<ManifestFile> files_;
+    std::map<std::string, std::size_t> by_name_;  // of several the first
+};
+
 /// Throws Failure, which says what is wrong, when the file is none.
-std::vector<ManifestFile> read_manifest(const std::string& path);
+Manifest read_manifest(const std::string& path);
 
 /// The path of a file of the list.
 std::string path_by_manifest(const std::string& manifest, const std::string& file);
-
-/// The entry of a file that is named so, wherever it lies; null for none.
-const ManifestFile* entry_of(const std::vector<ManifestFile>& manifest, const std::string& dbf);
 
 /// What differs between the files of `dbf` and what the list says of them, in words that follow a file's
 /// name; "" for nothing. Throws std::system_error.
