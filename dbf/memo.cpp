@@ -16,6 +16,8 @@ constexpr std::size_t block_header_size = 8;
 constexpr std::size_t default_block_size = 512;
 // No memo begins before, however short its blocks are.
 constexpr std::uint64_t header_size = 512;
+// How much is looked through at once for the end of a memo.
+constexpr std::size_t piece_size = 16 * default_block_size;
 
 }  // namespace
 
@@ -86,22 +88,39 @@ Memo MemoFile::of_length(std::uint64_t position, std::uint64_t length) const {
     if (length > file_->size() - position) {
         return {{}, fmt::format("a memo of {} bytes goes beyond the end of the memo file", length)};
     }
+    if (length > longest)
+        return {{}, fmt::format("a memo of {} bytes is longer than the {} that are read", length, longest)};
     Memo memo{read_bytes(*file_, position, static_cast<std::size_t>(length)), {}};
     if (memo.bytes.size() < length) memo = {{}, "the memo file has become shorter"};
     return memo;
 }
 
 Memo MemoFile::up_to_end_mark(std::uint64_t position) const {
-    constexpr std::size_t piece_size = 16 * default_block_size;
-    Memo memo;
-    for (;;) {
-        const std::string piece = read_bytes(*file_, position, piece_size);
-        const std::size_t end = piece.find(end_of_file);
-        memo.bytes += piece.substr(0, end);
-        if (end != std::string::npos) return memo;
-        if (piece.size() < piece_size) return {{}, "the memo file ends before the memo does"};
-        position += piece.size();
+    std::string piece = read_bytes(*file_, position, piece_size);
+    if (const std::size_t end = piece.find(end_of_file); end != std::string::npos) {
+        piece.resize(end);
+        return {std::move(piece), {}};
     }
+    const std::uint64_t endless = end_of_endless(position);
+    if (endless - position > longest)
+        return {{}, fmt::format("the memo has no end in the {} bytes that are read", longest)};
+    if (endless >= file_->size()) return {{}, "the memo file ends before the memo does"};
+    piece = read_bytes(*file_, position, static_cast<std::size_t>(endless - position) + piece_size);
+    const std::size_t end = piece.find(end_of_file);
+    if (end == std::string::npos) return {{}, "the memo file has become shorter"};
+    piece.resize(end);
+    return {std::move(piece), {}};
+}
+
+// Behind the last piece from there on that has no end mark, as far as a memo may be long.
+std::uint64_t MemoFile::end_of_endless(std::uint64_t position) const {
+    if (position < endless_from_ || position > endless_to_) endless_from_ = endless_to_ = position;
+    while (endless_to_ - position <= longest) {
+        const std::string piece = read_bytes(*file_, endless_to_, piece_size);
+        if (piece.empty() || piece.find(end_of_file) != std::string::npos) break;
+        endless_to_ += piece.size();
+    }
+    return endless_to_;
 }
 
 }  // namespace zmfb::dbf

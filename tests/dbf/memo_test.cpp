@@ -1,6 +1,9 @@
 #include "dbf/memo.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 #include "tests/support/memo_builder.h"
 
@@ -135,6 +138,76 @@ TEST(DbfMemo, AFileOfDbase3BesideATableOfDbase4IsReadAsOne) {
     MemoBuilder builder(MemoFormat::dbase3);
     const auto block = builder.add("a text");
     EXPECT_EQ(open(builder.bytes(), kinds[1]).read(block).bytes, "a text");
+}
+
+// Three gigabytes of which most are a hole; counts what is read of them.
+class Sparse final : public Source {
+  public:
+    explicit Sparse(std::string beginning, std::uint64_t& read_so_far)
+        : beginning_(std::move(beginning)), read_(read_so_far) {}
+    [[nodiscard]] std::uint64_t size() const override { return std::uint64_t{3} << 30; }
+    std::size_t read(std::uint64_t position, std::span<char> bytes) const override {
+        std::ranges::fill(bytes, '\0');
+        if (position < beginning_.size()) beginning_.copy(bytes.data(), bytes.size(), position);
+        read_ += bytes.size();
+        return bytes.size();
+    }
+
+  private:
+    std::string beginning_;
+    std::uint64_t& read_;
+};
+
+TEST(DbfMemo, ALengthOfGigabytesInAFileOfHolesIsTooLongAndNotRead) {
+    for (const Kind& kind : kinds) {
+        if (kind.format == MemoFormat::dbase3) continue;
+        SCOPED_TRACE(kind.name);
+        for (const bool fits : {true, false}) {
+            MemoBuilder builder(kind.format);
+            const auto block = builder.add("x");
+            std::string bytes = builder.bytes();
+            const bool low_first = kind.format != MemoFormat::foxpro;
+            bytes.replace(512 + 4, 4,
+                          low_first ? std::string(3, '\0') + (fits ? "\x80" : "\xFF")
+                                    : (fits ? "\x80" : "\xFF") + std::string(3, '\0'));
+            std::uint64_t read = 0;
+            Header header;
+            header.dialect = kind.dialect;
+            const MemoFile file(std::make_unique<Sparse>(bytes, read), kind.ending, header);
+            const std::uint64_t length =
+                (fits ? 0x80000000U : 0xFF000000U) - (kind.format == MemoFormat::dbase4 ? 8 : 0);
+            EXPECT_EQ(
+                file.read(block).problem,
+                fits ? fmt::format("a memo of {} bytes is longer than the 67108864 that are read", length)
+                     : fmt::format("a memo of {} bytes goes beyond the end of the memo file", length));
+            EXPECT_LT(read, 1000U);
+        }
+    }
+}
+
+TEST(DbfMemo, ATextOfDbase3WithoutAnEndIsLookedThroughOnceHoweverManyBeginInIt) {
+    std::uint64_t read = 0;
+    const MemoFile file(std::make_unique<Sparse>(MemoBuilder(MemoFormat::dbase3).bytes(), read), ".dbt",
+                        Header());
+    for (std::uint32_t block = 1; block <= 10000; ++block) {
+        const Memo memo = file.read(block);
+        ASSERT_EQ(memo.problem, "the memo has no end in the 67108864 bytes that are read");
+        ASSERT_TRUE(memo.bytes.empty());
+    }
+    EXPECT_LT(read, 4 * MemoFile::longest);
+}
+
+TEST(DbfMemo, OneOfDbase3AsLongAsMayBeComesBackWholeAndALongerOneNot) {
+    MemoBuilder builder(MemoFormat::dbase3);
+    const std::string longest(MemoFile::longest, 'x');
+    const auto fits = builder.add(longest);
+    const auto too_long = builder.add(longest + std::string(16 * 512, 'y'));
+    const auto behind = builder.add("z");
+    const MemoFile file = open(builder.bytes(), kinds[0]);
+    EXPECT_TRUE(file.read(fits).bytes == longest);
+    EXPECT_NE(file.read(too_long).problem, "");
+    EXPECT_EQ(file.read(behind).bytes, "z");
+    EXPECT_TRUE(file.read(fits).bytes == longest);
 }
 
 TEST(DbfMemo, ABlockThatIsCutOffInItsHeaderIsAProblem) {

@@ -125,12 +125,38 @@ void settle_columns(FileImport& file, const std::vector<Digits>& digits) {
     }
 }
 
+// Where nobody wrote, a file has zero bytes: holes, and what a crash has left. Finds stretches of such
+// records.
+class Unwritten {
+  public:
+    explicit Unwritten(const FileImport& file) : file_(file) {}
+    // Throws Failure when it is a long one.
+    void look_at(const dbf::Records& records) {
+        constexpr std::uint64_t most = 1U << 20;
+        if (records.bytes().find_first_not_of('\0') != std::string_view::npos) {
+            size_ = 0;
+        } else if ((size_ += records.bytes().size()) > most && !file_.options.incomplete) {
+            const std::uint64_t first = records.number() - (size_ - 1) / records.bytes().size();
+            throw Failure{Exit::failed, file_.not_imported(),
+                          fmt::format("from record {} on there are zero bytes only: nobody wrote them there; "
+                                      "--incomplete imports them as blank records",
+                                      first)};
+        }
+    }
+
+  private:
+    const FileImport& file_;
+    std::uint64_t size_ = 0;
+};
+
 // All that is wrong is found before anything is made.
 void look_through(FileImport& file) {
     ImportReport& report = file.report;
     ImportPlan& plan = file.plan;
     ValueReader reader(file.source, plan.columns, {.decimal_comma = file.options.decimal_comma});
+    Unwritten unwritten(file);
     file.for_each_record("checking", [&](const dbf::Records& records) {
+        unwritten.look_at(records);
         if (records.has_odd_mark()) ++report.odd_marks;
         if (file.is_left_out(records)) {
             ++report.deleted;

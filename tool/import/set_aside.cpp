@@ -6,9 +6,11 @@
 #include <filesystem>
 #include <system_error>
 
+#include "tool/interrupt.h"
 #include "tool/output_file.h"
 #include "tool/session.h"
 #include "zmfbconn/dbf/code_page.h"
+#include "zmfbconn/dbf/new_file.h"
 
 namespace zmfb::tool {
 namespace {
@@ -36,10 +38,21 @@ void write_file(const std::string& path, std::string_view bytes) {
     file.close();
 }
 
-void copy_file(const std::string& from, const std::string& to) {
-    std::error_code problem;
-    fs::copy_file(from, to, problem);
-    if (problem) throw Failure{Exit::failed, fmt::format("cannot write {}: {}", to, problem.message())};
+// Its holes stay holes.
+void copy_file(const std::string& from, const std::string& to) try {
+    constexpr std::size_t block = std::size_t{1} << 20;
+    const auto source = dbf::open_file(from);
+    dbf::NewFile copy(place_of_file(to));
+    for (std::uint64_t at = 0; at < source->size(); at += block) {
+        require_uninterrupted();
+        const std::string bytes = dbf::read_bytes(*source, at, block);
+        const bool is_last = at + block >= source->size();
+        if (is_last || bytes.find_first_not_of('\0') != bytes.npos) copy.write_at(at, bytes);
+    }
+    copy.sync();
+    copy.take_name();
+} catch (const std::system_error& problem) {
+    throw Failure{Exit::failed, fmt::format("cannot write {}: {}", to, problem.code().message())};
 }
 
 std::string header_with_count(const DbfSource& source, std::size_t count) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tool/interrupt.h"
 #include "zmfbconn/dbf/source.h"
 
 namespace zmfb::tool {
@@ -17,7 +18,10 @@ std::string sha256_of_file(const std::string& path) {
     constexpr std::size_t block = 65536;
     const auto file = dbf::open_file(path);
     Sha256 sum;
-    for (std::uint64_t at = 0; at < file->size(); at += block) sum.add(dbf::read_bytes(*file, at, block));
+    for (std::uint64_t at = 0; at < file->size(); at += block) {
+        require_uninterrupted();
+        sum.add(dbf::read_bytes(*file, at, block));
+    }
     return sum.digits();
 }
 

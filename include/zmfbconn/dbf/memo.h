@@ -25,14 +25,16 @@ std::string find_memo_file(const std::string& path, const Header& header);
 /// A memo file of dBASE III or IV (.dbt), FoxPro (.fpt) or SIx (.smt).
 class MemoFile {
   public:
+    /// No memo is read that is longer, so that a length that lies costs no more.
+    static constexpr std::uint64_t longest = 64U << 20;
+
     /// `ending` is that of the file's name, ".dbt", ".fpt" or ".smt" in any letter case. Throws Refused for a
     /// file that is shorter than its header.
     MemoFile(std::unique_ptr<Source> file, const std::string& ending, const Header& header);
     /// The file at `path`, whose ending says what it is. Throws std::system_error, and Refused.
     MemoFile(const std::string& path, const Header& header);
 
-    /// The memo that begins with that block. It is never longer than the file. Throws std::system_error when
-    /// the file cannot be read.
+    /// The memo that begins with that block. Throws std::system_error when the file cannot be read.
     [[nodiscard]] Memo read(std::uint32_t block) const;
 
   private:
@@ -40,11 +42,15 @@ class MemoFile {
 
     void read_file_header(const std::string& ending);
     [[nodiscard]] Memo up_to_end_mark(std::uint64_t position) const;
+    [[nodiscard]] std::uint64_t end_of_endless(std::uint64_t position) const;
     [[nodiscard]] Memo of_length(std::uint64_t position, std::uint64_t length) const;
 
     std::unique_ptr<Source> file_;
     Format format_ = Format::dbase3;
     std::uint64_t block_size_ = 512;
+    // A stretch of the file that has no end mark: however many memos begin in it, it is read once.
+    mutable std::uint64_t endless_from_ = 0;
+    mutable std::uint64_t endless_to_ = 0;
 };
 
 }  // namespace zmfb::dbf
