@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
 
 #include "dbf/companion.h"
 #include "dbf/source.h"
@@ -110,6 +112,9 @@ std::string code_page_named(std::string_view words) {
 
 std::string code_page(const std::string& path, Header& header) {
     if (const std::string file = find_companion(path, ".cpg"); !file.empty()) {
+        std::error_code ignored;
+        if (!std::filesystem::is_regular_file(file, ignored))
+            throw Refused({"has a .cpg file that is no file"});
         const std::string words = read_bytes(*open_file(file), 0, longest_name);
         if (std::string name = code_page_named(words); !name.empty()) return name;
         header.notes.push_back(

@@ -1,5 +1,8 @@
 #include "matrix/read.h"
 
+#include <filesystem>
+#include <system_error>
+
 #include "host/compare.h"
 #include "host/file.h"
 #include "host/number.h"
@@ -26,6 +29,9 @@ bool next_line(const Value& handle, Value& line) {
 Value read_file(Self& self, const Value& name) {
     Value matrix = Value::array_of_size(0);
     Value group = Value::array_of_size(0);
+    // A pipe would be waited for, and a device may have no end.
+    std::error_code ignored;
+    if (!std::filesystem::is_regular_file(name.string(), ignored)) return matrix;
     const Value handle = call(self, "fopnfile", name);
     for (Value line; next_line(handle, line);) {
         if (host::contained(table_opener, line) && !host::empty(group)) {

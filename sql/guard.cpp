@@ -119,6 +119,13 @@ std::optional<Conflict> lock_file(int handle) {
     return found;
 }
 
+// The engine would wait for who reads and writes it. A disk may have a database on it without a file.
+bool is_stream(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 &&
+           (S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode) || S_ISSOCK(status.st_mode));
+}
+
 std::set<Guard*>& living() {
     static std::set<Guard*>& guards = *new std::set<Guard*>;
     return guards;
@@ -150,6 +157,7 @@ Guard::~Guard() {
 }
 
 Status Guard::take(const std::string& file) {
+    if (is_stream(file)) return Status(file + " is no file");
     const int handle = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (handle < 0) return {};
     Status done = LockFolder::of_this_process().look();

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,7 +11,10 @@
 #include <string_view>
 #include <utility>
 
+#include "tool/file_kind.h"
 #include "tool/interrupt.h"
+#include "tool/rows/shown_text.h"
+#include "tool/say.h"
 
 namespace zmfb::tool {
 
@@ -19,11 +23,35 @@ LineInput& LineInput::standard() {
     return input;
 }
 
-LineInput::LineInput(const std::string& path)
-    : LineInput(wait_for([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC); }), path) {
-    if (descriptor_ < 0) {
-        throw Failure{Exit::failed, fmt::format("cannot read {}", name_), std::strerror(errno)};
+namespace {
+
+// A pipe may be one that nobody writes to yet.
+void wait_for_writer(int pipe, const std::string& path) {
+    constexpr int a_second = 1000;
+    pollfd waiting{pipe, POLLIN, 0};
+    if (wait_for([&] { return ::poll(&waiting, 1, a_second); }) == 0) {
+        say("waiting for somebody who writes to {}\n", without_controls(path));
+        wait_for([&] { return ::poll(&waiting, 1, -1); });
     }
+}
+
+int open_for_lines(const std::string& path) {
+    const int opened = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (opened < 0) {
+        const std::string reason = std::strerror(errno);
+        const bool is_socket = odd_kind_at(path) == "a socket";
+        throw Failure{Exit::failed, fmt::format("cannot read {}", path),
+                      is_socket ? "it is a socket" : reason};
+    }
+    return opened;
+}
+
+}  // namespace
+
+LineInput::LineInput(const std::string& path) : LineInput(open_for_lines(path), path) {
+    struct stat status {};
+    if (::fstat(descriptor_, &status) == 0 && S_ISFIFO(status.st_mode)) wait_for_writer(descriptor_, path);
+    ::fcntl(descriptor_, F_SETFL, 0);
 }
 
 LineInput::~LineInput() {

@@ -8,12 +8,17 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 #include <utility>
 
+#include "tool/file_kind.h"
 #include "tool/interrupt.h"
+#include "tool/rows/shown_text.h"
+#include "tool/say.h"
 
 namespace zmfb::tool {
 namespace {
@@ -91,8 +96,24 @@ void OutputFile::give_up() {
 
 // A pipe with a name waits for somebody who reads it.
 void OutputFile::open_stream() {
+    using namespace std::chrono_literals;
+    struct stat status {};
+    if (::stat(path_.c_str(), &status) == 0 && (S_ISSOCK(status.st_mode) || S_ISBLK(status.st_mode)))
+        cannot_write(path_, fmt::format("it is {}", odd_kind(status.st_mode)));
     std::fflush(stdout);
-    stream_ = wait_for([&] { return ::open(path_.c_str(), O_WRONLY | O_APPEND | O_NOCTTY | O_CLOEXEC); });
+    constexpr int usual = O_WRONLY | O_APPEND | O_NOCTTY | O_CLOEXEC;
+    const auto later = std::chrono::steady_clock::now() + 1s;
+    while ((stream_ = ::open(path_.c_str(), usual | O_NONBLOCK)) < 0 && errno == ENXIO &&
+           std::chrono::steady_clock::now() < later) {
+        require_uninterrupted();
+        std::this_thread::sleep_for(10ms);
+    }
+    if (stream_ >= 0) {
+        ::fcntl(stream_, F_SETFL, O_APPEND);
+    } else if (errno == ENXIO) {
+        say("waiting for somebody who reads {}\n", without_controls(path_));
+        stream_ = wait_for([&] { return ::open(path_.c_str(), usual); });
+    }
     if (stream_ < 0) fail();
 }
 

@@ -1,9 +1,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -20,6 +22,8 @@
 namespace zmfb::transfer {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 using conn::raiseerror;
 using host::operator""_l1;
@@ -75,8 +79,11 @@ bool Import::refuse_as_no_dbf() {
 }
 
 bool Import::open() {
-    dbf = host::fopen(dbfname, 0);
-    if (dbf.number() > 0) return true;
+    // A pipe would be waited for.
+    std::error_code ignored;
+    const bool is_file = !dbfname.is(host::Kind::character) || fs::is_regular_file(dbfname.string(), ignored);
+    if (is_file) dbf = host::fopen(dbfname, 0);
+    if (is_file && dbf.number() > 0) return true;
     raiseerror("Arquivo não encontrado; Arquivo: "_l1 + dbfname);
     return false;
 }

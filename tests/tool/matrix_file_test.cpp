@@ -51,7 +51,7 @@ TEST_F(MatrixFile, WhatIsNoMatrixIsRefused) {
 TEST_F(MatrixFile, WhatCannotBeReadIsSaidSo) {
     for (const auto& [name, reason] :
          {std::pair<std::string, std::string>{"nosuch.tf", "No such file or directory"},
-          {"", "Is a directory"},
+          {"", "it is a folder"},
           {"Łódź.tf", "No such file or directory"}}) {
         const Finished run = on(path, {"matrix", "apply", file(name)});
         EXPECT_EQ(run.status, 1);

@@ -3,14 +3,12 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
 #include <optional>
 
 #include "host/array.h"
 #include "host/number.h"
 #include "host/text.h"
+#include "tool/file_kind.h"
 #include "tool/session.h"
 
 namespace zmfb::tool {
@@ -25,20 +23,6 @@ std::optional<Sides> split(std::string_view text, std::string_view separator) {
     const std::size_t at = text.find(separator);
     if (at == std::string_view::npos) return std::nullopt;
     return Sides{text.substr(0, at), text.substr(at + separator.size())};
-}
-
-std::string content_of(const std::string& file) {
-    std::ifstream in(file, std::ios::binary);
-    std::string content;
-    for (std::string block(65536, '\0'); in.read(block.data(), 65536) || in.gcount() > 0;) {
-        content.append(block, 0, static_cast<std::size_t>(in.gcount()));
-        if (content.size() > largest_file) {
-            throw Failure{Exit::failed,
-                          fmt::format("{} is no matrix: it has more than {} bytes", file, largest_file)};
-        }
-    }
-    if (!in.eof()) throw Failure{Exit::failed, fmt::format("cannot read {}", file), std::strerror(errno)};
-    return content;
 }
 
 // Why bytes are no text in ISO-8859-1; "" when they may be one.
@@ -86,7 +70,7 @@ std::optional<FieldLine> field_line(std::string_view line) {
 }  // namespace
 
 host::Value read_matrix(const std::string& file) {
-    const std::string content = content_of(file);
+    const std::string content = whole_file(file, "matrix", largest_file);
     if (const std::string_view reason = no_latin1_text(content); !reason.empty()) {
         throw Failure{Exit::failed, fmt::format("{} is no matrix: {}", file, reason), "",
                       "a matrix is a text in ISO-8859-1; zmfb matrix extract writes one"};

@@ -24,7 +24,7 @@ std::string code_page_named(std::string_view words);
 
 /// The character set of the file at `path`, by its .cpg file or else its language byte; "" when neither says
 /// it. What one of them says and nobody knows becomes a note of the header. Throws std::system_error when the
-/// .cpg file cannot be read.
+/// .cpg file cannot be read, Refused when it is no file.
 std::string code_page(const std::string& path, Header& header);
 
 /// From a character set into UTF-8.
