@@ -10,6 +10,7 @@
 #include "tool/catalog.h"
 #include "tool/commands.h"
 #include "tool/encoding.h"
+#include "tool/locks.h"
 #include "tool/reading.h"
 #include "zmfbconn/methods.h"
 #include "zmfbconn/transaction.h"
@@ -27,12 +28,14 @@ struct Given {
 };
 
 // Only tables of the driver have record numbers to move by.
-std::unique_ptr<browse::Source> source_of(zmFBConn& connection, const Table& table, bool read_only) {
+std::unique_ptr<browse::Source> source_of(zmFBConn& connection, const Table& table, bool read_only) try {
     if (table.kind == TableKind::driver) {
         const OpenMode mode = read_only ? OpenMode::read_only : OpenMode::shared;
         return std::make_unique<browse::AreaSource>(connection, table.name.text(), mode);
     }
     return std::make_unique<browse::QuerySource>(connection, table.name);
+} catch (const InUse& error) {
+    throw Failure{Exit::failed, error.what() + when_dead(connection, error.holder(), "clear")};
 }
 
 std::string title_of(const browse::Source& source, const std::string& name, bool read_only) {

@@ -193,6 +193,24 @@ TEST_F(Editing, SaysOfARecordThatADeadProcessHasHowToFreeIt) {
     EXPECT_EQ(locked(), "1 ");
 }
 
+TEST_F(Editing, OfATableThatADeadProcessHasForItselfIsRefusedWithWhatFreesIt) {
+    const Finished left =
+        run({ZMFB_TOOL, "--db", database(), "call",
+             "settableusedbyarea(.T., 'CUSTOMERS', getuniqueareaid('CUSTOMERS', 'TILL'), .F.)"});
+    ASSERT_EQ(left.out, ".T.\n") << left.err;
+    const std::string told = "; that process is dead, and \"zmfb clear\" frees it";
+    const auto alone = browse({"customers"}, 200);
+    alone->expect(told);
+    alone->expect(Tmux::ended(1));
+    const auto list = browse({}, 200);
+    list->expect("CUSTOMERS");
+    list->press({"Enter"});
+    list->expect(told);
+    EXPECT_EQ(run({ZMFB_TOOL, "--db", database(), "clear", "--yes"}).status, 0);
+    list->press({"Enter"});
+    list->expect("record 1 ");
+}
+
 TEST_F(Editing, NamesTheColumnOfACharacterThatTheDatabaseDoesNotHave) {
     const auto shown = at_column("CITY");
     shown->press({"Enter"});
