@@ -62,6 +62,13 @@ std::string_view kind_name(TableKind kind) {
     return names.at(static_cast<std::size_t>(kind));
 }
 
+std::string description_of(std::string_view row) {
+    return fmt::format(
+        "cast(substring(cast({}.rdb$description as blob sub_type binary) from 1 for 255) "
+        "as varchar(255) character set iso8859_1)",
+        row);
+}
+
 std::string table_beside(const std::string& table) { return "Z$" + table; }
 
 std::string engine_version(zmFBConn& connection) {
@@ -92,15 +99,12 @@ std::vector<Name> reserved_among(zmFBConn& connection, std::span<const Name> nam
 
 namespace {
 
-// Whether it is a view, whether its rows are seen by one program only, how its description begins, as bytes
-// since nobody need have written characters there, and how many of the generators named after it were made by
-// others than its owner.
+// Whether it is a view, whether its rows are seen by one program only, how its description begins, and how
+// many of the generators named after it were made by others than its owner.
 using Relation = std::tuple<std::string, int, int, Text, std::int64_t>;
 constexpr std::string_view relations =
     "select r.rdb$relation_name, iif(r.rdb$view_blr is null, 0, 1), "
-    "iif(r.rdb$relation_type in (4, 5), 1, 0), "
-    "cast(substring(cast(r.rdb$description as blob sub_type binary) from 1 for 255) "
-    "as varchar(255) character set iso8859_1), "
+    "iif(r.rdb$relation_type in (4, 5), 1, 0), {}, "
     "(select count(*) from rdb$generators g "
     "where g.rdb$owner_name <> r.rdb$owner_name and g.rdb$generator_name in ("
     "'G_' || trim(trailing from r.rdb$relation_name) || '_I', "
@@ -151,7 +155,8 @@ template <class... Values>
 std::vector<Table> tables_where(zmFBConn& connection, std::string_view condition, const Values&... values) {
     std::vector<Table> tables;
     std::vector<Name> of_the_driver;
-    const std::string query = fmt::format("{}{} order by 1", relations, condition);
+    const std::string query =
+        fmt::format(relations, description_of("r")) + fmt::format("{} order by 1", condition);
     for (const Relation& relation :
          rows_of<std::string, int, int, Text, std::int64_t>(connection, query, values...)) {
         tables.push_back({Name(std::get<0>(relation)), kind_by(relation), std::get<2>(relation) != 0});

@@ -23,6 +23,10 @@ enum class TableKind { driver, system, unfinished, loaded, foreign, view };
 inline constexpr std::string_view unfinished_description = "Unfinished import for ZMRDDFIRE";
 inline constexpr std::string_view loaded_description = "Loaded import for ZMRDDFIRE";
 
+/// How the description in a row of the engine's tables begins: as bytes, since nobody need have written
+/// characters there.
+std::string description_of(std::string_view row);
+
 /// What an import loads for a table that is there.
 std::string table_beside(const std::string& table);
 

@@ -1,5 +1,6 @@
 #include "tests/tool/matrix_command.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/dialogue.h"
@@ -111,6 +112,61 @@ TEST_F(MatrixCommand, AFileMayHaveAnyName) {
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out, file("Łódź.tf") + ": 1 table\n");
     EXPECT_NE(read_file(file("Łódź.tf")).find("CLIENT>>001::NAME"), std::string::npos);
+}
+
+// A matrix but for its times.
+std::string without_times(const std::string& matrix) {
+    std::string text;
+    for (const std::string& line : lines(matrix)) {
+        if (!line.starts_with("   Data: ")) text += line + "\n";
+    }
+    return text;
+}
+
+TEST_F(MatrixCommand, WhatIsAskedForAtOnceMakesTheMatrixThatTheMethodMakes) {
+    on(path, {"call",
+              "createtable('KINDS', {{'C1', 'C', 40, 0}, {'N1', 'N', 15, 4}, {'D1', 'D', 8, 0}, {'L1', 'L', "
+              "1, 0}})"});
+    exec(path,
+         "alter table kinds add i1 integer, add i2 integer, add d2 date, add b1 blob, add v1 varchar(5), "
+         "add f1 double precision, add n2 numeric(9,3)");
+    exec(path, "comment on column kinds.i1 is ' NUMERIC(7,1) '");
+    exec(path, "create table elsewhere (a integer)");
+    exec(path, "create view seen as select name from client");
+    on(path, {"call", "extractmatrix({'CLIENT', 'ELSEWHERE', 'KINDS', 'RDDSYS_OPN', 'SEEN'}, '" +
+                          file("method") + "')"});
+    const std::string by_method = without_times(read_file(file("method.tf")));
+    EXPECT_NE(by_method.find("KINDS>>004::L1::L::1::0"), std::string::npos) << by_method;
+    on(path, {"matrix", "extract", "-o", file("all")});
+    EXPECT_EQ(without_times(read_file(file("all.tf"))), by_method);
+    on(path, {"matrix", "extract", "client", "elsewhere", "kinds", "seen", "-o", file("named")});
+    EXPECT_EQ(without_times(read_file(file("named.tf"))), by_method);
+}
+
+TEST_F(MatrixCommand, HowManyTablesThereAreDoesNotMatterToTheNumberOfQuestions) {
+    const auto questions = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {"--db", path, "--log-level", "8", "matrix"});
+        std::filesystem::remove(file("log"));
+        EXPECT_EQ(zmfb(words, "", {"ZMFB_TEST_LOG=" + file("log")}).status, 0);
+        const auto log = lines(read_file(file("log")));
+        return std::ranges::count_if(
+            log, [](const std::string& line) { return line.find("[QURY]") != line.npos; });
+    };
+    const auto all = [&] {
+        return std::vector{questions({"extract", "--yes", "-o", file("m")}),
+                           questions({"check", file("m.tf")}), questions({"apply", "--yes", file("m.tf")})};
+    };
+    const auto make = [&](int from, int to) {
+        for (int i = from; i <= to; ++i) {
+            on(path, {"call", "createtable('T" + std::to_string(i) + "', {{'NAME', 'C', 10, 0}})"});
+        }
+    };
+    make(1, 12);
+    const auto few = all();
+    make(13, 16);
+    EXPECT_TRUE(has_table(path, "T16"));
+    EXPECT_EQ(all(), few);
+    EXPECT_LT(*std::ranges::max_element(few), 30);
 }
 
 TEST_F(MatrixCommand, OutcomesHaveColoursOnATerminal) {

@@ -13,6 +13,7 @@
 #include "tool/json.h"
 #include "tool/matrix/consequences.h"
 #include "tool/matrix/interrupted.h"
+#include "tool/matrix/known_structures.h"
 #include "tool/matrix/matrix_file.h"
 #include "tool/output.h"
 #include "tool/output_file.h"
@@ -47,14 +48,33 @@ bool has_actions(const host::Value& log) {
                                [](const host::Value& entry) { return entry[1].text().starts_with('['); });
 }
 
+void require_nameable(const KnownStructures& known, const Name& table) {
+    if (known.is_nameable(table)) return;
+    throw Failure{Exit::failed, fmt::format("{} cannot be in a matrix", table.shown()),
+                  std::string(plain_names_only)};
+}
+
+// A matrix file and what is known of its tables. The methods can name all of them and what they consist of.
+struct Asked {
+    host::Value matrix;
+    KnownStructures known;
+
+    Asked(zmFBConn& connection, const std::string& file)
+        : matrix(read_matrix(file)), known(connection, tables_in(matrix)) {
+        for (const Name& table : tables_in(matrix)) {
+            if (!table.bytes().empty()) require_nameable(known, table);
+        }
+    }
+};
+
 // What the object says that a matrix would do, and what comes of that.
 struct Plan {
     host::Value result;
     std::vector<Consequence> consequences;
 
-    Plan(Session& session, const host::Value& matrix)
-        : result(session.connection().call("checkmatrix", matrix)),
-          consequences(consequences_of(session.connection(), matrix, result[2])) {}
+    Plan(Session& session, Asked& asked)
+        : result(asked.known.object().call("checkmatrix", asked.matrix)),
+          consequences(consequences_of(session.connection(), asked.matrix, result[2])) {}
 
     // How many changes the engine will refuse.
     [[nodiscard]] std::uint64_t hindered() const {
@@ -117,47 +137,32 @@ void print_matrix(const host::Value& matrix) {
     });
 }
 
-// Those of all tables that have a structure to write. The system tables are always among them: of an empty
-// list the method would make all that there are.
-host::Value nameable_tables(zmFBConn& connection) {
-    const host::Value names = host::Value::array_of_size(0);
-    for (const Table& table : tables_of(connection)) {
-        if (is_nameable(connection, table.name)) names.push(table.name.bytes());
-    }
+std::vector<Name> named_tables(zmFBConn& connection, const std::vector<std::string>& tables) {
+    std::vector<Name> names;
+    for (const std::string& table : tables) names.push_back(existing_name(connection, table));
     return names;
 }
 
-void require_nameable(zmFBConn& connection, const Name& table) {
-    if (is_nameable(connection, table)) return;
-    throw Failure{Exit::failed, fmt::format("{} cannot be in a matrix", table.shown()),
-                  std::string(plain_names_only)};
-}
-
-host::Value named_tables(zmFBConn& connection, const std::vector<std::string>& tables) {
-    const host::Value names = host::Value::array_of_size(0);
-    for (const std::string& table : tables) {
-        const Name name = existing_name(connection, table);
-        require_nameable(connection, name);
-        names.push(name.bytes());
-    }
+std::vector<Name> all_tables(zmFBConn& connection) {
+    std::vector<Name> names;
+    for (const Table& table : tables_of(connection)) names.push_back(table.name);
     return names;
-}
-
-// The matrix in a file, when the methods can name all tables in it and what these consist of.
-host::Value matrix_in(zmFBConn& connection, const std::string& file) {
-    const host::Value matrix = read_matrix(file);
-    for (const Name& table : tables_in(matrix)) {
-        if (!table.bytes().empty()) require_nameable(connection, table);
-    }
-    return matrix;
 }
 
 Exit matrix_extract_command(Session& session, const std::vector<std::string>& tables, const std::string& file,
                             bool yes) {
     zmFBConn& connection = session.connection();
-    const host::Value names = tables.empty() ? nameable_tables(connection) : named_tables(connection, tables);
+    const bool all = tables.empty();
+    const std::vector<Name> wanted = all ? all_tables(connection) : named_tables(connection, tables);
+    KnownStructures known(connection, wanted);
+    // The system tables are always among all: of an empty list the method would make all that there are.
+    const host::Value names = host::Value::array_of_size(0);
+    for (const Name& table : wanted) {
+        if (!all) require_nameable(known, table);
+        if (known.is_nameable(table)) names.push(table.bytes());
+    }
     if (file.empty()) {
-        print_matrix(connection.call("extractmatrix", names, ""));
+        print_matrix(known.object().call("extractmatrix", names, ""));
         return Exit::ok;
     }
     const std::string written = file.ends_with(extension) ? file : file + std::string(extension);
@@ -166,7 +171,7 @@ Exit matrix_extract_command(Session& session, const std::vector<std::string>& ta
                       "Nothing was changed. --yes replaces it without asking."};
     }
     OutputFile out(written);
-    const host::Value matrix = connection.call("extractmatrix", names, "");
+    const host::Value matrix = known.object().call("extractmatrix", names, "");
     for_each_line(matrix, [&](std::string_view text) {
         out.write(text);
         out.write("\r\n");
@@ -177,7 +182,8 @@ Exit matrix_extract_command(Session& session, const std::vector<std::string>& ta
 }
 
 Exit matrix_check_command(Session& session, const std::string& file) {
-    const Plan plan(session, matrix_in(session.connection(), file));
+    Asked asked(session.connection(), file);
+    const Plan plan(session, asked);
     const Exit status = report(session, plan.result, plan);
     if (!session.options().json) print_notes(plan);
     require_possible(plan, "");
@@ -217,6 +223,7 @@ Exit tell_interrupted(Session& session, const host::Value& matrix, const Plan& p
 }
 
 Exit apply(Session& session, const host::Value& matrix, const Plan& plan) {
+    if (plan.result[1].logical() && !has_actions(plan.result[2])) return report(session, plan.result, plan);
     host::Value result;
     try {
         result = session.connection().call("applymatrix", matrix, false);
@@ -226,9 +233,9 @@ Exit apply(Session& session, const host::Value& matrix, const Plan& plan) {
     return ending_signal() != 0 ? tell_interrupted(session, matrix, plan) : report(session, result, plan);
 }
 
-Exit apply_when_confirmed(Session& session, const host::Value& matrix) {
+Exit apply_when_confirmed(Session& session, Asked& asked) {
     fmt::print("What would be done:\n");
-    const Plan plan(session, matrix);
+    const Plan plan(session, asked);
     print_log(plan.result[2]);
     print_notes(plan);
     require_possible(plan, "nothing was changed: ");
@@ -238,24 +245,24 @@ Exit apply_when_confirmed(Session& session, const host::Value& matrix) {
     }
     if (!confirm("Apply it?")) throw Failure{Exit::failed, "nothing was changed"};
     fmt::print("What was done:\n");
-    return apply(session, matrix, plan);
+    return apply(session, asked.matrix, plan);
 }
 
-Exit apply_unasked(Session& session, const host::Value& matrix) {
+Exit apply_unasked(Session& session, Asked& asked) {
     // The applying raises again what the look raises.
     session.show_raised(Raised::silent);
-    const Plan plan(session, matrix);
+    const Plan plan(session, asked);
     session.show_raised(Raised::lines);
     session.forget_raised();
     require_possible(plan, "nothing was changed: ");
     if (!session.options().json) print_notes(plan);
-    return apply(session, matrix, plan);
+    return apply(session, asked.matrix, plan);
 }
 
 Exit matrix_apply_command(Session& session, const std::string& file, bool yes) {
     if (session.options().json && !yes) throw Failure{Exit::usage, "--json asks nothing: say --yes as well"};
-    const host::Value matrix = matrix_in(session.connection(), file);
-    return yes ? apply_unasked(session, matrix) : apply_when_confirmed(session, matrix);
+    Asked asked(session.connection(), file);
+    return yes ? apply_unasked(session, asked) : apply_when_confirmed(session, asked);
 }
 
 }  // namespace

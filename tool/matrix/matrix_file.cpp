@@ -105,6 +105,7 @@ std::vector<Name> tables_in(const host::Value& matrix) {
             const auto left = sides ? split(sides->first, ">>") : std::nullopt;
             if (!left) continue;
             const Name name(host::alltrim(host::upper(left->first)).string());
+            if (!tables.empty() && tables.back() == name) continue;
             if (std::ranges::find(tables, name) == tables.end()) tables.push_back(name);
         }
     }
