@@ -2,6 +2,7 @@
 """Runs the benchmarks: each piece of work in turn with what it is measured against, answers checked before and
 while they are timed. bench.sh builds what this needs and calls it."""
 import argparse
+import contextlib
 import os
 import subprocess
 import sys
@@ -12,7 +13,7 @@ sys.path.insert(0, os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 
 from bench.conn import calls, starts  # noqa: E402
 from bench.locks import crowd, record_locks  # noqa: E402
-from bench.matrix import extraction  # noqa: E402
+from bench.matrix import extraction, release  # noqa: E402
 from bench.rdd import areas  # noqa: E402
 from bench.sql import growth, reading, typed  # noqa: E402
 from bench.support import pictures, report  # noqa: E402
@@ -47,6 +48,7 @@ BENCHMARKS = {
     "call": (calls.by_name, False),
     "start": (starts.starts, True),
     "matrix": (extraction.extract, True),
+    "release": (release.whole, True),
     "growth": (grow, False),
 }
 
@@ -58,6 +60,7 @@ SIZES = {
     "short_runs": (15, 9, 1),  # of what is over in a moment
     "long_runs": (3, 3, 1),  # of what takes minutes
     "growth_runs": (3, 3, 1),
+    "release_runs": (2, 3, 1),  # of what took minutes once
     "records": (1_000_000, 300_000, 200),
     "extras": (True, False, True),  # comparisons that no target asks for
     "peer_records": (1_000_000, 200_000, 200),
@@ -88,11 +91,13 @@ def arguments():
     parser.add_argument("--records", type=int, help="records that are imported and exported (1,000,000)")
     parser.add_argument("--json", metavar="FILE", help="write the figures of every run there")
     parser.add_argument("--doc", metavar="FILE", help="the table and pictures between the marks in that document, the figures beside it")
+    parser.add_argument("--against", metavar="COMMIT", help="build the tool of that commit, for the benchmark \"release\"")
+    parser.add_argument("--earlier", metavar="TOOL", help=argparse.SUPPRESS)  # that tool, built already
     parser.add_argument("--smoke", action="store_true", help=argparse.SUPPRESS)
     parser.add_argument("--peers", default="SOCI,DBD::Firebird,Qt QIBASE,PyQt,node-firebird", help="which of the peers")
     options = parser.parse_args()
     size = 2 if options.smoke else 1 if options.quick else 0
-    options.long_runs = options.growth_runs = options.runs
+    options.long_runs = options.growth_runs = options.release_runs = options.runs
     for name, choices in SIZES.items():
         if getattr(options, name, None) is None:
             setattr(options, name, choices[size])
@@ -121,7 +126,7 @@ def check_build(options):
 
 
 def run(options):
-    names = options.only or list(BENCHMARKS)
+    names = options.only or [name for name in BENCHMARKS if name != "release" or options.earlier]
     stage = Stage(options.programs, options, server=any(BENCHMARKS[name][1] for name in names))
     rows = []
     try:
@@ -142,10 +147,15 @@ def main():
         return SKIPPED
     if options.doc and not pictures.can_draw():
         sys.exit("pygal is missing: Debian's python3-pygal")
+    if "release" in (options.only or []) and not (options.against or options.earlier):
+        sys.exit("release wants --against COMMIT")
     check_build(options)
     start = time.monotonic()
     try:
-        rows, client = run(options)
+        with contextlib.ExitStack() as ending:
+            if options.against:
+                options.earlier = ending.enter_context(release.tool_of(options.against))
+            rows, client = run(options)
     except Failure as failure:
         print(failure, file=sys.stderr)
         return 1

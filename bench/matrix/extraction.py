@@ -10,9 +10,9 @@ FIELDS = 30
 
 
 @functools.cache
-def make(stage, tables):
-    """A database file with that many tables, to be copied."""
-    file = stage.copy()
+def make(stage, tables, empty=None):
+    """A database file with that many tables, to be copied, made in a copy of `empty`."""
+    file = stage.copy(empty)
     with stage.worker() as worker:
         worker.ask("attach", database=stage.name(file, EMBEDDED))
         worker.ask("matrix.make", tables=tables, fields=FIELDS)
