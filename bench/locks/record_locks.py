@@ -1,7 +1,7 @@
 """A record locked and unlocked."""
 import contextlib
 
-from bench.support.growth import grown
+from bench.support.growth import LOOKED_UP, grown
 from bench.support.measure import BARE, Row, Target, paired
 from bench.support.stage import EMBEDDED
 
@@ -44,4 +44,5 @@ def grow(stage):
             worker.ask("execute", database=file, statements=[_OTHERS.format(locks=locks)])
             return {name: lambda what=what: worker.ask(what, pairs=pairs)["seconds"]
                     for name, what in (("bare", "lock.bare"), ("ours", "lock.ours"))}
-        return grown(stage, "lock and unlock of a record: {:,} locks of others", stage.options.growth_locks, ways, count=pairs)
+        return grown(stage, "lock and unlock of a record: {:,} locks of others", stage.options.growth_locks, ways, count=pairs,
+                     at_most=LOOKED_UP)

@@ -3,7 +3,7 @@ through page by page."""
 import contextlib
 import functools
 
-from bench.support.growth import grown
+from bench.support.growth import LOOKED_UP, grown
 from bench.support.measure import Row, Target, paired
 from bench.support.processes import Failure
 from bench.support.stage import EMBEDDED
@@ -146,12 +146,12 @@ def grow(stage):
         rows = grown(stage, "DBSKIP, a record: {:,} records", sizes,
                      lambda size: two(size, "areas.walk", "areas.select"))
         rows += grown(stage, "DBSEEK, a key: {:,} records", sizes, lambda size: two(
-            size, "areas.seek", "areas.seek.bare", seed=7, seeks=seeks, records=size), count=seeks)
+            size, "areas.seek", "areas.seek.bare", seed=7, seeks=seeks, records=size), count=seeks, at_most=LOOKED_UP)
         for worker in workers.values():
             worker.ask("areas.close")
             worker.ask("browse.open")
         rows += grown(stage, "a page further in an order: {:,} records", sizes, lambda size: two(
-            size, "browse.further", "browse.further.bare", pages=pages, records=size), count=pages)
+            size, "browse.further", "browse.further.bare", pages=pages, records=size), count=pages, at_most=LOOKED_UP)
         for worker in workers.values():
             worker.ask("browse.close")
     return rows

@@ -5,6 +5,7 @@ from bench.support.measure import Row, Target, paired
 from bench.support.stage import EMBEDDED
 
 REPEATS = 10
+LOOKED_UP = 2.0  # the target of what an index finds, whose levels grow with it
 
 
 def grown(stage, what, sizes, ways, count=None, at_most=1.10):
@@ -12,7 +13,7 @@ def grown(stage, what, sizes, ways, count=None, at_most=1.10):
     the work and its sizes, as in "zmfb import, a record: {:,} records". `ways` gives the functions for a size that return
     seconds: "ours", and "bare", whose growth is noted; what they do is `size` things, or `count`."""
     def microseconds(size, way):
-        repeats = 1 if count else max(1, min(REPEATS, sizes[-1] // size // REPEATS))  # few are over soon
+        repeats = 1 if count else max(1, min(REPEATS, sizes[-1] // size // 2))  # few are over soon
         return lambda: statistics.median(way() for _ in range(repeats)) / (count or size) * 1e6
 
     taken = paired(stage.options.growth_runs, {f"{name} {size}": microseconds(size, way) for size in sizes

@@ -83,14 +83,15 @@ def _growth(title, rows):
         line.append((math.log10(size) + beside, row["ratio"], min(row["ratios"]), max(row["ratios"])))
         sizes |= {number: f"{number:,}" for number in (smallest, size)}
     ends = [math.log10(min(sizes)), math.log10(max(sizes))]
-    chart = _chart(title, 480, (*LINES[:len(lines)], LIGHT_TEXT, TARGET), columns=3,
-                   range=(0, max(max(row["ratios"]) for row in rows) * 1.1),
+    limits = sorted({row["limit"] for row in rows} - {None})
+    chart = _chart(title, 500, (*LINES[:len(lines)], LIGHT_TEXT, TARGET), columns=3,
+                   range=(0, max(*limits, *(max(row["ratios"]) for row in rows)) * 1.1),
                    x_labels=[{"value": math.log10(size), "label": label} for size, label in sorted(sizes.items())])
     for number, (name, line) in enumerate(lines.items()):
         _add(chart, name, 3, [[point[:2] for point in line]], DASHES[number % len(DASHES)])
     _add(chart, "spread", 2, [((place, least), (place, most)) for line in lines.values()
                               for place, _, least, most in line[1:]])
-    _add(chart, "target", 2, [[(end, limit) for end in ends] for limit in sorted({row["limit"] for row in rows} - {None})])
+    _add(chart, "target", 2, [[(end, limit) for end in ends] for limit in limits])
     return chart
 
 
