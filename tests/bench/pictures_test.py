@@ -140,5 +140,29 @@ class Pictures(unittest.TestCase):
                 report.write_into(str(document), FIGURES)
 
 
+class PageOnPerformance(unittest.TestCase):
+    """What it shows is what is kept beside it."""
+    PAGE = TOP / "docs/performance.md"
+    MEASURED = json.loads(Path(report.figures_of(PAGE)).read_text(encoding="utf-8"))
+
+    def test_its_table_is_that_of_the_kept_figures(self):
+        text = self.PAGE.read_text(encoding="utf-8")
+        self.assertEqual(text.partition(report.BEGIN)[2].partition(report.END)[0].strip(), report.in_document(self.MEASURED))
+
+    def test_its_pictures_are_those_of_the_kept_figures(self):
+        text = self.PAGE.read_text(encoding="utf-8").partition(pictures.BEGIN)[2].partition(pictures.END)[0]
+        kinds = pictures.by_kind(self.MEASURED)
+        self.assertEqual(text.strip(), "\n\n".join(pictures.line_of(kind, rows) for kind, rows in kinds.items()))
+        for kind, rows in kinds.items():
+            drawn = (TOP / f"docs/pictures/{kind}.svg").read_text(encoding="utf-8")
+            self.assertEqual(drawn, pictures.draw(kind, rows), kind)
+
+    def test_no_other_table_on_it_has_ratios(self):
+        text = self.PAGE.read_text(encoding="utf-8")
+        before, _, rest = text.partition(report.BEGIN)
+        others = before + rest.partition(report.END)[2]
+        self.assertEqual([line for line in others.splitlines() if line.startswith("|") and "ratio" in line], [])
+
+
 if __name__ == "__main__":
     unittest.main()
