@@ -7,6 +7,6 @@ set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
 # What scripts/i386_libraries.sh put there.
 list(PREPEND CMAKE_LIBRARY_PATH "${CMAKE_BINARY_DIR}/libraries")
 
-# The engine is a 64-bit server: its own folder, and the library that a module of functions for it links.
-set(ZMFB_ENGINE_FOLDER /usr/lib/x86_64-linux-gnu/firebird/3.0 CACHE PATH "The folder of a server's plugins")
-set(ZMFB_ENGINE_UTIL_LIBRARY /usr/lib/x86_64-linux-gnu/libib_util.so CACHE FILEPATH "A server's utility library")
+# The servers of the tests have 64 bits: their folder, and the library that a module of functions for them links.
+set(ZMFB_SERVER_FOLDER /usr/lib/x86_64-linux-gnu/firebird/3.0 CACHE PATH "The folder of a server's plugins")
+set(ZMFB_SERVER_UTIL_LIBRARY /usr/lib/x86_64-linux-gnu/libib_util.so CACHE FILEPATH "A server's utility library")

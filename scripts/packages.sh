@@ -34,6 +34,7 @@ fuzz_packages=(clang libclang-rt-14-dev)
 i386_packages=(
     g++-multilib
     libfbclient2:i386 libfmt-dev:i386 libgtest-dev:i386 librapidcheck-dev:i386 libedit2:i386 libmd0:i386 libncurses6:i386 libncursesw6:i386
+    libicu72:i386 libtommath1:i386 libffi8:i386
 )
 
 # What scripts/analyse.sh and scripts/coverage.sh run.

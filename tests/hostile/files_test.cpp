@@ -90,9 +90,6 @@ TEST_F(CreatedFiles, OnlyTheDataFileIsForEverybody) {
 class EnvironmentFolder : public Tool {
   protected:
     EnvironmentFolder() { fs::create_directory(cache()); }
-    void SetUp() override {
-        if (!firebird_folder().empty()) GTEST_SKIP() << "there is no engine to embed";
-    }
     [[nodiscard]] std::string cache() const { return file("cache"); }
     [[nodiscard]] std::string folder_in_use() const { return cache() + "/zmfbconn"; }
 

@@ -265,7 +265,6 @@ class Environments : public Runtime {
   protected:
     std::string make(EnvironmentOptions options) const {
         if (options.folder.empty()) options.folder = file("env");
-        options.firebird_folder = firebird_folder();
         return make_environment(options).message();
     }
 };

@@ -42,8 +42,6 @@ const fs::path& process_folder() {
 
 std::string udf_folder() { return ZMFB_UDF_FOLDER; }
 
-std::string firebird_folder() { return ZMFB_ENGINE_FOLDER; }
-
 void must_succeed(const Status& done) {
     if (!done.ok()) throw std::runtime_error(done.message());
 }
@@ -53,8 +51,7 @@ void set_up_environment() {
     must_succeed(make_environment({.folder = folder,
                                    .udf_folder = udf_folder(),
                                    .external_file_folders = {process_folder(), "/tmp"},
-                                   .extra_settings = {},
-                                   .firebird_folder = firebird_folder()}));
+                                   .extra_settings = {}}));
     use_environment(folder);
     setenv("ZMFB_TEST_LOG", (process_folder() / "zmrddfire.log").c_str(), 0);
 }
@@ -76,7 +73,6 @@ Functions functions_of_this_run() {
 }
 
 bool on_server() {
-    if (!firebird_folder().empty()) return true;
     const char* where = std::getenv("ZMFB_TEST_WHERE");
     return where != nullptr && std::string_view(where).ends_with("server");
 }

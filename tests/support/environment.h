@@ -15,11 +15,8 @@ inline constexpr const char* sysdba_password = "masterkey";
 /// The folder of this process; made at the first call.
 const std::filesystem::path& process_folder();
 
-/// The folder that holds the UDF module of this build, as the engine of the tests loads it.
+/// The folder that holds the UDF module of this build.
 std::string udf_folder();
-
-/// The folder of the engine's plugins; "" when they are those of the client library.
-std::string firebird_folder();
 
 /// Throws std::runtime_error with the message of what failed.
 void must_succeed(const Status& done);
@@ -35,7 +32,7 @@ void tear_down_environment(bool keep);
 Functions functions_of_this_run();
 
 /// Whether this run has its databases on a private server (ZMFB_TEST_WHERE=server, bare_server or
-/// given_server, or there is no engine to embed) and not on the embedded engine.
+/// given_server) and not on the embedded engine.
 bool on_server();
 
 }  // namespace zmfb::test

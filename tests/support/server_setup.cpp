@@ -17,7 +17,7 @@ namespace {
 
 // Where Debian has what belongs to the server of the machine.
 constexpr const char* machines_server = "/usr/sbin/firebird";
-constexpr const char* machines_isql = "isql-fb";
+constexpr const char* machines_isql = "/usr/bin/isql-fb";
 constexpr const char* machines_settings = "/etc/firebird/3.0/firebird.conf";
 constexpr const char* machines_security_script = "/usr/share/firebird/3.0/security.sql";
 
@@ -52,9 +52,9 @@ void take_from_the_machine(const fs::path& folder, const ServerSetup& setup, std
     lines.push_back("SecurityDatabase = " + (folder / machines_security_database).string());
     EnvironmentOptions options;
     options.folder = folder;
-    options.firebird_folder = firebird_folder();
+    options.firebird_folder = ZMFB_SERVER_FOLDER;
     if (!setup.as_it_comes) {
-        options.udf_folder = udf_folder();
+        options.udf_folder = ZMFB_SERVER_UDF_FOLDER;
         options.external_file_folders = {process_folder(), "/tmp"};
         options.extra_settings = lines;
     }
@@ -71,7 +71,7 @@ void take_from_the_machine(const fs::path& folder, const ServerSetup& setup, std
 // The engine takes its character sets from no link, and the settings are to be changed: those are copied.
 void copy_unpacked(const fs::path& folder, const ServerSetup& setup, std::vector<std::string> lines) {
     if (!setup.as_it_comes) {
-        lines.push_back("UdfAccess = Restrict " + udf_folder());
+        lines.emplace_back("UdfAccess = Restrict " ZMFB_SERVER_UDF_FOLDER);
         lines.push_back("ExternalFileAccess = Restrict " + process_folder().string() + ";/tmp");
     }
     fs::create_directories(folder / "lock");

@@ -29,8 +29,7 @@ class WaysIn : public Tool {
         must_succeed(make_environment({.folder = client,
                                        .udf_folder = udf_folder(),
                                        .external_file_folders = {},
-                                       .extra_settings = settings,
-                                       .firebird_folder = firebird_folder()}));
+                                       .extra_settings = settings}));
         return zmfb(words, "",
                     {"FIREBIRD=" + client, "FIREBIRD_LOCK=" + client + "/lock", "ISC_USER=" + user,
                      "ISC_PASSWORD=" + password});
