@@ -342,6 +342,18 @@ TEST(DbfHeader, AFirstByteThatIsNoneIsRefusedUnlessAllElseAgrees) {
     EXPECT_EQ(refusals_of(with_first_byte(0x13).substr(0, 100)), refused) << "a part of the header";
 }
 
+TEST(DbfHeader, OneByteBehindTheEndOfTheDescriptionsAgreesWithThem) {
+    std::string bytes = with_first_byte(0x13);
+    const auto add_byte = [&] {
+        bytes.insert(static_cast<unsigned char>(bytes[8]), 1, '\0');
+        ++bytes[8];
+    };
+    add_byte();
+    EXPECT_EQ(header_of(bytes).records, 2U);
+    add_byte();
+    EXPECT_EQ(refusals_of(bytes), Lines{"is not a DBF file: none begins with the byte 13"});
+}
+
 TEST(DbfHeader, AFieldWithoutALengthHasNoValuesAndIsSaid) {
     const Header header = header_of(DbfBuilder().field("A", 'C', 4).field("NONE", 'C', 0).record({"a", ""}));
     ASSERT_EQ(header.fields.size(), 2U);

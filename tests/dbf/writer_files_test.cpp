@@ -10,6 +10,7 @@
 #include <csignal>
 
 #include "dbf/memo_writer.h"
+#include "dbf/new_file.h"
 #include "written.h"
 
 namespace {
@@ -281,6 +282,14 @@ TEST_F(DbfFiles, ThatAreNoneOrNowhereAreRefusedByName) {
             EXPECT_EQ(error.path1(), c.path);
         }
     }
+}
+
+TEST_F(DbfFiles, ThatWereBegunAreRemovedAndLinksOfSuchNamesAreNoneOfThem) {
+    const std::string begun = ".zmfb-0123456789abcdef", link = ".zmfb-fedcba9876543210";
+    std::ofstream(folder_.file(begun)) << "begun";
+    fs::create_symlink(folder_.file("elsewhere"), folder_.file(link));
+    EXPECT_EQ(dbf::remove_unfinished(folder_.path()), 1U);
+    EXPECT_EQ(folder_.names(), std::set<std::string>{link});
 }
 
 TEST_F(DbfFiles, OfMemosDoNotBecomeLargerThanProgramsRead) {

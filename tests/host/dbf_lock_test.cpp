@@ -61,6 +61,12 @@ TEST_F(DbfLock, ALockIsWaitedForNoLongerThanAsked) {
     EXPECT_TRUE(is_same(neterrholder(), "")) << "the system does not tell who has a lock of a file";
 }
 
+TEST_F(DbfLock, ATableOfOnesOwnIsLockedAndUnlockedWithoutDoingAnything) {
+    open();
+    Table& table = *table_of();
+    EXPECT_TRUE(table.lock_table({}) && table.lock_record(1, {}) && table.unlock_record(1) && table.unlock());
+}
+
 TEST_F(DbfLock, TheLocksOfAProcessEndWithIt) {
     EXPECT_EQ(in_child([&] {
                   open_shared();
