@@ -136,6 +136,14 @@ TEST_F(Declared, AnswersOfAnotherKindAreThrown) {
     EXPECT_THROW(Array("CLIENT"), std::invalid_argument);
 }
 
+TEST_F(Declared, AFieldHasAllFourPartsOfTheirKinds) {
+    const auto fits = declared::Carrier<FieldDescriptor>::fits;
+    EXPECT_TRUE(fits(host::array_of("CODE", "C", 5, 0)));
+    EXPECT_FALSE(fits(host::array_of("CODE", "C", 5)));
+    EXPECT_FALSE(fits(host::array_of("CODE", "C", 5, "0")));
+    EXPECT_FALSE(fits("CODE"));
+}
+
 TEST_F(Declared, AnswersAreThePrograms) {
     Structure structure;
     Value rows;
