@@ -2,6 +2,7 @@
 #include "tests/rdd/area_test.h"
 #include "tests/support/faulty_client.h"
 #include "tool/browse/area_source.h"
+#include "tool/browse/numbered_source.h"
 #include "tool/browse/window.h"
 #include "tool/locks.h"
 
@@ -75,6 +76,26 @@ TEST_F(BrowseWindow, KeepsItsRowWhileOthersAddAndDelete) {
     execute("insert into STOCK (CODE) values ('NEW')");
     window_.refresh();
     EXPECT_EQ(window_.number(), 31);
+}
+
+class ThreeRows final : public NumberedSource {
+  public:
+    tool::Cell whole(std::int64_t, std::size_t) override { return {}; }
+
+  protected:
+    bool has(std::int64_t number) override { return number <= 3; }
+    std::int64_t last_number() override { return 3; }
+    std::vector<tool::Cell> cells(std::int64_t) override { return {}; }
+};
+
+TEST(NumberedRows, GoFromTheFirstToTheLast) {
+    ThreeRows source;
+    for (std::int64_t number = 0; number <= 4; ++number)
+        EXPECT_EQ(source.row(number).has_value(), number >= 1 && number <= 3) << number;
+    EXPECT_EQ(source.first(2).size(), 2u);
+    EXPECT_EQ(source.first(4).size(), 3u);
+    EXPECT_EQ(source.behind(source.first(1), 5).size(), 2u);
+    EXPECT_EQ(source.before(source.last(1), 5).size(), 2u);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tool/browse/prompt.h"
 #include "tool/session.h"
 
 namespace zmfb::test {
@@ -187,6 +188,15 @@ TEST(CellInput, GoesByWhatTheDriverKnowsOfTheField) {
     EXPECT_EQ(rule_of(wide, nullptr).width, 30u);
     EXPECT_EQ(rule_of({"NOTE", SqlType::text_blob, 0, 8, true, "BLOB SUB_TYPE TEXT"}, nullptr).kind,
               Kind::none);
+}
+
+TEST(CellInput, KeysThatEditAreTakenWhateverThereIsToEdit) {
+    CellInput input(five_letters, "");
+    for (const Key key : {Key::backspace, Key::remove, Key::left, Key::right, Key::home, Key::end, Key{'x'}})
+        EXPECT_TRUE(edit(input, key)) << static_cast<int>(key);
+    for (const Key key : {Key::escape, Key::enter, Key::up, Key::f2})
+        EXPECT_FALSE(edit(input, key)) << static_cast<int>(key);
+    EXPECT_EQ(input.text(), "x");
 }
 
 }  // namespace

@@ -72,6 +72,14 @@ TEST_F(Usage, HelpAndVersionEndWithZero) {
     EXPECT_NE(zmfb({"call", "--help"}).out.find("EXPR"), std::string::npos);
 }
 
+TEST_F(Usage, HelpHasTheCommandsInGroupsAndAnExampleOfEach) {
+    const std::string help = zmfb({"--help"}).out;
+    for (const char* group :
+         {"Databases and DBF files", "Tables", "Rows and calls", "Health", "The tool itself"})
+        EXPECT_NE(help.find("\n" + std::string(group) + ":\n"), std::string::npos) << group << "\n" << help;
+    EXPECT_NE(zmfb({"import", "--help"}).out.find("\nExample:\n  zmfb "), std::string::npos);
+}
+
 TEST_F(Usage, HelpOfACommandIsTheSameBothWays) {
     for (const std::vector<std::string>& command :
          std::vector<std::vector<std::string>>{{}, {"import"}, {"matrix"}, {"matrix", "check"}}) {
