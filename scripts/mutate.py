@@ -138,6 +138,8 @@ def children():
 
 
 def limits():
+    """What a test may take; and signals end it, as they do outside nohup."""
+    signal.signal(signal.SIGHUP, signal.SIG_DFL)
     resource.setrlimit(resource.RLIMIT_CPU, (300, 300))
     resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
@@ -177,6 +179,7 @@ def reach(folder, pattern, known):
         os.makedirs(reached, exist_ok=True)
         os.chmod(reached, 0o777)
         passed, output, seconds = run(test, 900, ZMFB_REACHED=reached)
+        write(f"{folder}/reached/{test['name']}.log", output)
         print(f"{test['name']}: {seconds:.1f} s" + ("" if passed else ", fails, so it is left out"), flush=True)
         cases = {name: int(ms) / 1000 for name, ms in re.findall(r"^\[       OK \] (\S+) \((\d+) ms\)", output, re.M)}
         hits = collections.defaultdict(list)
