@@ -43,5 +43,32 @@ TEST_F(ManyNames, ThatAPatternOrAFolderMeansAreReadOnce) {
     EXPECT_EQ(zmfb_after(limit, import(file("many/*.dbf"))).status, 0);
 }
 
+TEST_F(ManyNames, ThatFitAPatternOfManyStarsAreComparedInNoTime) {
+    write_file("many/" + std::string(250, 'a'), "");
+    const auto many = [](const std::string& piece) {
+        std::string all;
+        for (int i = 0; i < 60; ++i) all += piece;
+        return all;
+    };
+    for (const std::string piece : {"*", "*a", "*?", "*[a-b]", "?*?"}) {
+        const std::string pattern = file("many/" + many(piece) + "x");
+        EXPECT_EQ(zmfb_after("ulimit -t 20", import(pattern)).err, "error: no file fits " + pattern + "\n");
+        const Finished exported =
+            zmfb_after("ulimit -t 20", {"--db", path, "export", many(piece) + "x", "-o", file("")});
+        EXPECT_EQ(exported.status, 1) << exported.err;
+    }
+}
+
+// Folders that lead into themselves have more names than anybody can wait for.
+TEST_F(ManyNames, ThatAPatternIsHeldAgainstDoNotKeepAToolThatIsToEnd) {
+    for (int i = 0; i < 20; ++i) fs::create_directory_symlink(".", file("many/" + std::to_string(i)));
+    const auto tool = start(import(file("many/*/*/*/*/*/*/*.dbf")));
+    tool->settle();
+    tool->send(SIGTERM);
+    const Finished run = tool->end();
+    EXPECT_EQ(run.status, 143);
+    EXPECT_EQ(run.err, "error: interrupted\n");
+}
+
 }  // namespace
 }  // namespace zmfb::test

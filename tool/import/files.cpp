@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <system_error>
 
 #include "host/text.h"
 #include "tool/interrupt.h"
@@ -32,7 +33,7 @@ std::vector<std::string> in_folder(const std::string& folder) {
 // What is to end finds no more names.
 glob_t interruptible() {
     glob_t found{};
-    found.gl_opendir = [](const char* path) -> void* { return ::opendir(path); };
+    found.gl_opendir = [](const char* path) -> void* { return interrupted() ? nullptr : ::opendir(path); };
     found.gl_readdir = [](void* folder) -> dirent* {
         return interrupted() ? nullptr : ::readdir(static_cast<DIR*>(folder));
     };
@@ -54,8 +55,9 @@ std::vector<std::string> fitting(const std::string& pattern) {
 }
 
 std::vector<std::string> meant_by(const std::string& given) {
-    if (fs::is_directory(given)) return in_folder(given);
-    const bool is_pattern = given.find_first_of("*?[") != std::string::npos && !fs::exists(given);
+    std::error_code too_long;  // for the name of a file, as a pattern may be
+    if (fs::is_directory(given, too_long)) return in_folder(given);
+    const bool is_pattern = given.find_first_of("*?[") != std::string::npos && !fs::exists(given, too_long);
     return is_pattern ? fitting(given) : std::vector{given};
 }
 
