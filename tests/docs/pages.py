@@ -1,6 +1,8 @@
 """Reading the pages of the documentation: headings, links and code blocks."""
 
+import os
 import re
+import subprocess
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -76,3 +78,14 @@ class Page:
 def anchor(heading):
     text = re.sub(r"\[([^\]]*)\]\([^)]*\)", r"\1", heading).replace("`", "").strip().lower()
     return re.sub(r"[^\w\- ]", "", text).replace(" ", "-")
+
+
+def made_site(top, build, folder):
+    """Makes the site of the pages as they are installed, in folder/site of those in folder/pages. Returns what mkdocs says."""
+    subprocess.run(["cmake", "--install", build, "--component", "pages", "--prefix", folder / "prefix"], check=True,
+                   stdout=subprocess.DEVNULL)
+    (folder / "prefix/share/doc/zmfbconn").rename(folder / "pages")
+    run = subprocess.run(["mkdocs", "build", "--quiet", "--strict", "-f", top / "packaging/site/mkdocs.yml", "-d",
+                          folder / "site"], env=os.environ | {"ZMFB_PAGES": str(folder / "pages")}, text=True,
+                         stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    return run.stdout.splitlines() + ([f"mkdocs ends with {run.returncode}"] if run.returncode else [])

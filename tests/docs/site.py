@@ -5,16 +5,14 @@
 No warning of mkdocs, every link and picture leads to a file and its anchor, and blocks of code and lists come out as such.
 """
 
-import os
 import shutil
-import subprocess
 import sys
 import tempfile
 from html.parser import HTMLParser
 from pathlib import Path
 
 from links import is_elsewhere
-from pages import Page
+from pages import Page, made_site
 
 SKIPPED = 77
 
@@ -41,17 +39,6 @@ class Html(HTMLParser):
     def handle_data(self, data):
         if "pre" not in self.open and any(line.startswith(("- ", "* ", "| ", "```")) for line in data.splitlines()):
             self.mistaken.append(data.strip())
-
-
-def made(top, build, folder):
-    """What mkdocs says; the site is in folder/site, the pages in folder/pages."""
-    subprocess.run(["cmake", "--install", build, "--component", "pages", "--prefix", folder / "prefix"], check=True,
-                   stdout=subprocess.DEVNULL)
-    (folder / "prefix/share/doc/zmfbconn").rename(folder / "pages")
-    run = subprocess.run(["mkdocs", "build", "--quiet", "--strict", "-f", top / "packaging/site/mkdocs.yml", "-d",
-                          folder / "site"], env=os.environ | {"ZMFB_PAGES": str(folder / "pages")}, text=True,
-                         stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-    return run.stdout.splitlines() + ([f"mkdocs ends with {run.returncode}"] if run.returncode else [])
 
 
 def html_of(page):
@@ -89,7 +76,7 @@ def main():
         return SKIPPED
     with tempfile.TemporaryDirectory(prefix="zmfb-site-") as name:
         folder = Path(name).resolve()
-        problems = made(top, build, folder)
+        problems = made_site(top, build, folder)
         found, count = check(folder)
         problems += found
     for problem in problems:
