@@ -77,6 +77,21 @@ def weigh(options):
     return rows
 
 
+def number_in(text):
+    """The first number of a text: bytes, milliseconds, minutes."""
+    found = re.match(r"[\d,.]*\d", text)
+    return float(found.group().replace(",", "")) if found else 0.0
+
+
+def grown(document, rows):
+    """Those of the rows that are larger than the document has them, with what it has."""
+    with open(document, encoding="utf-8") as file:
+        table = file.read().partition(BEGIN)[2].partition(END)[0]
+    before = dict(re.findall(r"^\| (.*?) \| (.*) \|$", table, re.MULTILINE))
+    return [f"{what}: {much}, was {before[what]}" for what, much in rows
+            if what in before and number_in(much) > number_in(before[what])]
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("folder")
@@ -84,9 +99,12 @@ def main():
     parser.add_argument("--tests", action="store_true")
     parser.add_argument("--runs", type=int, default=51)
     options = parser.parse_args()
-    table = "\n".join(f"| {what} | {much} |" for what, much in [("what", "how much"), ("---", "---")] + weigh(options))
+    rows = weigh(options)
+    table = "\n".join(f"| {what} | {much} |" for what, much in [("what", "how much"), ("---", "---")] + rows)
     print(table)
     if options.doc:
+        for line in grown(options.doc, rows):
+            print(f"larger than before, which wants a reason there: {line}")
         replace_between(options.doc, BEGIN, END, table)
 
 
