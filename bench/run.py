@@ -136,6 +136,10 @@ def run(options):
             rows += [replace(row, kind=name) for row in BENCHMARKS[name][0](stage)]
             stage.progress(f"{name} took {time.monotonic() - start:.0f} s")
         return rows, stage.client_version
+    except BaseException:
+        if options.json and rows:  # most of an hour may be behind it
+            report.write_figures(options.json + ".partial", report.figures(rows, {}))
+        raise
     finally:
         stage.close()
 
