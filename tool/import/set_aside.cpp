@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -38,6 +39,12 @@ void write_file(const std::string& path, std::string_view bytes) {
     file.close();
 }
 
+// Of zero bytes only.
+bool is_hole(std::string_view bytes) {
+    return bytes.empty() ||
+           (bytes.front() == '\0' && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
+}
+
 // Its holes stay holes.
 void copy_file(const std::string& from, const std::string& to) try {
     constexpr std::size_t block = std::size_t{1} << 20;
@@ -47,7 +54,7 @@ void copy_file(const std::string& from, const std::string& to) try {
         require_uninterrupted();
         const std::string bytes = dbf::read_bytes(*source, at, block);
         const bool is_last = at + block >= source->size();
-        if (is_last || bytes.find_first_not_of('\0') != bytes.npos) copy.write_at(at, bytes);
+        if (is_last || !is_hole(bytes)) copy.write_at(at, bytes);
     }
     copy.sync();
     copy.take_name();
