@@ -163,6 +163,8 @@ def run(test, seconds, **environment):
         for child in children():
             os.kill(child, signal.SIGKILL)
             os.waitpid(child, 0)
+    for kept_by_a_failure in re.findall(r"^kept: (/\S+)$", output, re.M):
+        shutil.rmtree(kept_by_a_failure, ignore_errors=True)
     return process.returncode in (0, properties.get("SKIP_RETURN_CODE", 0)), output, time.monotonic() - begun
 
 
