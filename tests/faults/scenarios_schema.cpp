@@ -10,15 +10,6 @@ using host::operator""_l1;
 
 std::string l1(std::string_view latin1) { return std::string(latin1); }
 
-Scenario changes(std::string call, std::vector<Failure> failures, std::string good = ".T.") {
-    const std::string method = call.substr(0, call.find('('));
-    return {.method = method,
-            .call = std::move(call),
-            .uses = Uses::changes,
-            .good = std::move(good),
-            .failures = std::move(failures)};
-}
-
 Failure raises(std::string statement, std::string message) {
     return {.statement = std::move(statement), .result = ".F.", .raised = {std::move(message)}};
 }
@@ -32,12 +23,13 @@ constexpr const char* refused_text = R"r(~"\[ERROR\] SQLCODE=-\d+ \(.*\)")r";
 constexpr const char* refused_line = R"(~\[1\] \[ERROR\] SQLCODE=-\d+ \(.*\))";
 
 Scenario describes(std::string call, std::string kind) {
-    return changes(std::move(call),
-                   {{.statement = version_question, .result = refused_text, .logged = {refused_line}},
-                    passes("select count(*)"),
-                    passes("SELECT COUNT(*)"),
-                    {.statement = "COMMENT ON " + kind, .result = R"("@E")"}},
-                   R"("")");
+    Scenario scenario = changes(
+        std::move(call), {{.statement = version_question, .result = refused_text, .logged = {refused_line}},
+                          passes("select count(*)"),
+                          passes("SELECT COUNT(*)"),
+                          {.statement = "COMMENT ON " + kind, .result = R"("@E")"}});
+    scenario.good = R"("")";
+    return scenario;
 }
 
 Scenario create_table() {
