@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <new>
+
 #include "conn/log.h"
 #include "conn/methods.h"
 #include "conn/raise.h"
@@ -18,6 +20,8 @@ namespace {
 std::string_view given(const Value& argument) {
     return argument.is(host::Kind::character) ? argument.text() : std::string_view{};
 }
+
+bool is_handle(const Value& value) { return value.is(host::Kind::numeric) && !host::empty(value); }
 
 void attach_database(Self& self, const Value& db, const Value& user, const Value& pass, const Value& role) {
     const sql::Attachment made = sql::attach(given(db), given(user), given(pass), given(role));
@@ -55,6 +59,17 @@ void attach_as_it_is(Self& self, const Value& db, const Value& user, const Value
     call(self, "setfullpathdatfile");
 }
 
+// A detach that fails is passed over: nothing is left to be done with the handle. dbhndl keeps its dead
+// value: whether the object is attached is asked of isconnected, never of the handle.
+void let_go(Self& self) noexcept {
+    const Value handle = var(self, Var::dbhndl);
+    try {
+        if (is_handle(handle)) (void)sql::detach(handle.number());
+    } catch (const std::bad_alloc&) {  // for what the engine says of a failure
+    }
+    var(self, Var::bconn) = false;
+}
+
 Value init(Self& self, Args args) {
     const Value& db = args[0];
     const Value& user = args[1];
@@ -75,15 +90,10 @@ Value disconnect(Self& self, Args) {
     const Value name = var(self, Var::sdbname);
     call(self, "closealltables");
     rdd::close_areas(self);
-    const Value handle = var(self, Var::dbhndl);
-    if (handle.is(host::Kind::numeric) && !host::empty(handle)) {
-        // A detach that fails is passed over: nothing is left to be done with the handle.
-        (void)sql::detach(handle.number());
-        log_event(0, fmt::format("[EXIT] Disconnected from: {}", given(name)));
-    }
-    // dbhndl keeps its dead value: whether the object is attached is asked of isconnected, never of the
-    // handle.
-    var(self, Var::bconn) = false;
+    const bool has_handle = is_handle(var(self, Var::dbhndl));
+    const std::string exit = fmt::format("[EXIT] Disconnected from: {}", given(name));
+    let_go(self);
+    if (has_handle) log_event(0, exit);
     return {};
 }
 

@@ -9,4 +9,7 @@ namespace zmfb::conn {
 /// SQLCODE=...") and raises nothing.
 void attach_as_it_is(Self& self, const Value& db, const Value& user, const Value& pass, const Value& role);
 
+/// Detaches the object, if it is attached, and says nothing. Needs no memory.
+void let_go(Self& self) noexcept;
+
 }  // namespace zmfb::conn

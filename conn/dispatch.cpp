@@ -1,7 +1,9 @@
 #include <array>
 #include <cstddef>
 #include <exception>
+#include <new>
 
+#include "conn/attach.h"
 #include "conn/log.h"
 #include "conn/methods.h"
 #include "conn/raise.h"
@@ -26,6 +28,7 @@ void disconnect_for_good(Self& self) {
         }
     }
     rdd::close_areas(self);
+    if (ask(self, "isconnected")) let_go(self);  // without memory for anything else
     if (first) std::rethrow_exception(first);
 }
 
@@ -48,8 +51,11 @@ Value evalmeth(Self& self, Args args) {
 }
 
 Value axit(Self& self, Args) {
-    const Value text = "[GONE] Class: zmFBConn no longer exists. DB: " + var(self, Var::sdbname);
-    log_event(0, text.text());
+    try {
+        const Value text = "[GONE] Class: zmFBConn no longer exists. DB: " + var(self, Var::sdbname);
+        log_event(0, text.text());
+    } catch (const std::bad_alloc&) {  // no line, as where the log cannot be written
+    }
     rdd::serve_no_areas(self);
     disconnect_for_good(self);
     return true;

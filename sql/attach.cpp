@@ -49,6 +49,16 @@ Status ask_what_is_opened(Opened& opened) {
     return done;
 }
 
+// What is attached in the slot goes again, whatever comes of that.
+void drop_slot() {
+    const isc_db_handle attached = state().slot;
+    if (attached == isc_db_handle()) return;
+    ISC_STATUS_ARRAY ignored;
+    end_session(attached);
+    client().detach_database(ignored, &state().slot);
+    guards().erase(attached);
+}
+
 // Has the guard hold what the engine has opened, which need not be the file that is called like the database:
 // aliases, and what an engine without the right to open it leaves to the server of this host.
 Status guard_slot(const std::string& database, std::unique_ptr<Guard>& guard) {
@@ -85,9 +95,7 @@ Status attach_slot_guarded(const std::string& database, const ParameterBlock& bl
     if (done.sqlcode() == 0) {
         guards()[state().slot] = std::move(guard);
     } else {
-        ISC_STATUS_ARRAY ignored;
-        end_session(state().slot);
-        client().detach_database(ignored, &state().slot);
+        drop_slot();
     }
     return done;
 }
@@ -118,12 +126,18 @@ Attachment attach(std::string_view database, std::string_view user, std::string_
     Attachment result;
     result.slot_address = &state().slot;
     state().slot = isc_db_handle();
-    result.status = attach_slot(database, user, password, role);
-    if (result.status.sqlcode() == 0) {
-        result.handle = number_of(state().slot);
-        add_attachment(state().slot, database);
-    } else {
-        result.message = sqlcode_message(result.status.sqlcode());
+    try {
+        result.status = attach_slot(database, user, password, role);
+        if (result.status.sqlcode() == 0) {
+            result.handle = number_of(state().slot);
+            add_attachment(state().slot, database);
+        } else {
+            result.message = sqlcode_message(result.status.sqlcode());
+        }
+    } catch (...) {
+        drop_slot();
+        state().slot = isc_db_handle();
+        throw;
     }
     state().slot = isc_db_handle();
     return result;

@@ -1,6 +1,7 @@
 #include "sql/parameter_block.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "sql/client.h"
 #include "sql/new_types.h"
@@ -43,8 +44,9 @@ ParameterBlock::ParameterBlock(std::string_view user, std::string_view password,
     short size = 0;
     client().expand_dpb(&block, &size, std::string(user).c_str(), std::string(password).c_str(),
                         std::string(role).c_str());
+    const auto free = [](char* made) { client().free_block(made); };
+    const std::unique_ptr<char, decltype(free)> owned(block);
     if (block != nullptr) bytes_.assign(block, static_cast<std::size_t>(size));
-    client().free_block(block);
     bytes_ += set_bind_item;
     bytes_ += static_cast<char>(new_types_as_before.size());
     bytes_ += new_types_as_before;

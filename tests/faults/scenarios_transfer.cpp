@@ -28,14 +28,19 @@ Value import(Walk& walk) {
     return walk.object().call("bringdbf", path);
 }
 
+// The current folder while it lives.
+struct InFolder {
+    explicit InFolder(const std::filesystem::path& folder) { std::filesystem::current_path(folder); }
+    ~InFolder() { std::filesystem::current_path(before); }
+    InFolder(const InFolder&) = delete;
+    InFolder& operator=(const InFolder&) = delete;
+    const std::filesystem::path before = std::filesystem::current_path();
+};
+
 // The export writes into the current folder.
 Value export_customers(Walk& walk) {
-    namespace fs = std::filesystem;
-    const fs::path before = fs::current_path();
-    fs::current_path(fs::path(walk.in_folder("walk.fdb")).parent_path());
-    const Value done = walk.object().call("exiletable", "CUSTOMER");
-    fs::current_path(before);
-    return done;
+    const InFolder folder(walk.in_folder(""));
+    return walk.object().call("exiletable", "CUSTOMER");
 }
 
 Failure raises(std::string statement, std::string_view message) {

@@ -94,6 +94,20 @@ void PrintTo(const Walk::Balance& balance, std::ostream* out) {
          << (balance.batch ? ", a batch" : "");
 }
 
+Walk::Balance Walk::balance_of(const Witness& witness) {
+    return {.transactions = witness.open_transactions(),
+            .statements = witness.prepared(),
+            .attachments = witness.attachments(),
+            .blocks = witness.open_blocks(),
+            .batch = sql::state().batch != isc_tr_handle()};
+}
+
+std::string Walk::shown(const Value& answer) const {
+    std::string text = show(answer);
+    replace_all(text, name_, "@DB");
+    return std::regex_replace(text, std::regex("Data: [0-9/]+ [0-9:]+"), "Data: now");
+}
+
 // Sorts the log of a run: the statements until the failure, and the lines that everybody gets to see.
 void Walk::read_log(Seen& seen) const {
     static const std::regex address("Pointer DB1: .*");
@@ -124,9 +138,7 @@ Walk::Seen Walk::run(const Scenario& scenario, const std::vector<ClientCall>& fa
     Witness witness;
     for (const ClientCall call : failing) witness.fail(call, call == failing.front() ? nth : 1);
     seen.value = scenario.act ? scenario.act(*this) : evaluate(scenario.call);
-    seen.answer = show(seen.value);
-    replace_all(seen.answer, name_, "@DB");
-    seen.answer = std::regex_replace(seen.answer, std::regex("Data: [0-9/]+ [0-9:]+"), "Data: now");
+    seen.answer = shown(seen.value);
     log_at(0);
     for (const std::string& text : raised()) {
         EXPECT_TRUE(text.starts_with(raised_prefix)) << text;
@@ -137,11 +149,7 @@ Walk::Seen Walk::run(const Scenario& scenario, const std::vector<ClientCall>& fa
         seen.counts.push_back(witness.count(static_cast<ClientCall>(call)));
     EXPECT_TRUE(witness.all_failed()) << "the call was not made";
     for (const std::string& call : scenario.after) evaluate(call);
-    seen.balance = {.transactions = witness.open_transactions(),
-                    .statements = witness.prepared(),
-                    .attachments = witness.attachments(),
-                    .blocks = witness.open_blocks(),
-                    .batch = sql::state().batch != isc_tr_handle()};
+    seen.balance = balance_of(witness);
     seen.rows = witness.rows_by_transaction();
     seen.moment = witness.moment();
     if (scenario.uses == Uses::changes) seen.state = state_of_database();
@@ -255,6 +263,7 @@ void Walk::judge(const Scenario& scenario, ClientCall call, const Seen& seen, Ta
 }
 
 void Walk::expect_usable(const Scenario& scenario) {
+    if (!object_ || scenario.uses == Uses::nothing) return;
     if (scenario.method == "disconnect" || scenario.method == "axit" || scenario.method == "init") return;
     EXPECT_EQ(show(object().call("executequery", "select A from PROBE")), R"({{{"A", "N", 4, 0}}, {"7"}})");
     EXPECT_EQ(show(object().call("executeupdate", "update PROBE set A = 7")), "\"\"");
@@ -268,7 +277,7 @@ void Walk::fail_one(const Scenario& scenario, ClientCall call, int nth, bool rol
     const Seen seen = run(scenario, failing, nth);
     judge(scenario, call, seen, tally);
     EXPECT_EQ(seen.balance, good_->balance);
-    if (object_) expect_usable(scenario);
+    expect_usable(scenario);
     // What failed before it changed anything can be called again at once; anything else from where it began.
     const bool nothing_done = seen.committed <= 0 && seen.answer != good_->answer && scenario.before.empty();
     if (!nothing_done && scenario.uses == Uses::changes) restore(scenario);

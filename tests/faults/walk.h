@@ -33,6 +33,26 @@ class Walk : public Database {
     /// The same with a rollback that fails too, for the first occurrence of every call that brings one about.
     void walk_rollbacks(const Scenario& scenario, Tally& tally);
 
+    /// What was taken and not given back.
+    struct Balance {
+        int transactions = 0, statements = 0, attachments = 0, blocks = 0;
+        bool batch = false;
+        bool operator==(const Balance&) const = default;
+    };
+    friend void PrintTo(const Balance& balance, std::ostream* out);
+    /// What has not been given back to `witness`.
+    static Balance balance_of(const Witness& witness);
+
+    /// An object on a fresh copy of the scenario's database.
+    void restore(const Scenario& scenario);
+    /// The objects of the database and the rows in its tables, as one text.
+    [[nodiscard]] std::string state_of_database() const;
+    /// An answer as text, without what differs from run to run.
+    [[nodiscard]] std::string shown(const Value& answer) const;
+    /// Expects that the object, if there is one, still queries and updates.
+    void expect_usable(const Scenario& scenario);
+    void let_object_go() { object_.reset(); }
+
   public:
     zmFBConn& object() { return *object_; }
     [[nodiscard]] const std::string& name() const { return name_; }
@@ -42,14 +62,6 @@ class Walk : public Database {
     [[nodiscard]] std::string in_folder(const std::string& file_name) const { return file(file_name); }
 
   private:
-    /// What was taken and not given back.
-    struct Balance {
-        int transactions = 0, statements = 0, attachments = 0, blocks = 0;
-        bool batch = false;
-        bool operator==(const Balance&) const = default;
-    };
-    friend void PrintTo(const Balance& balance, std::ostream* out);
-
     /// What came of one run.
     struct Seen {
         std::string answer;
@@ -74,9 +86,6 @@ class Walk : public Database {
     };
 
     void make_databases();
-    /// The objects of the database and the rows in its tables, as one text.
-    [[nodiscard]] std::string state_of_database() const;
-    void restore(const Scenario& scenario);
     void read_log(Seen& seen) const;
     Seen run(const Scenario& scenario, const std::vector<ClientCall>& failing, int nth);
     const Seen& good_run(const Scenario& scenario);
@@ -87,7 +96,6 @@ class Walk : public Database {
                                     const Moment& moment) const;
     [[nodiscard]] Expected as_good() const;
     const Failure* expectation(const Scenario& scenario, ClientCall call, const Seen& seen) const;
-    void expect_usable(const Scenario& scenario);
     void expect_good(const Scenario& scenario, const char* when);
 
     std::optional<zmFBConn> object_;

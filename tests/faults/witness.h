@@ -22,6 +22,7 @@ struct Moment {
 /// leave a transaction behind that nobody could end.
 class Witness : public FaultyClient {
   public:
+    Witness() { rows_.reserve(room_for_notes); }
     ~Witness() override;
 
     [[nodiscard]] const Moment& moment() const { return moment_; }

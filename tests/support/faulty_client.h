@@ -57,7 +57,9 @@ class FaultyClient : public sql::Client, public sql::ObjectClient {
     /// Firebird's text for that SQLCODE.
     static const std::string& io_error_text();
 
-    FaultyClient() : before_(sql::set_client(this)), objects_before_(sql::set_object_client(this)) {}
+    FaultyClient() : before_(sql::set_client(this)), objects_before_(sql::set_object_client(this)) {
+        transaction_blocks_.reserve(room_for_notes);
+    }
     ~FaultyClient() override {
         sql::set_client(before_);
         sql::set_object_client(objects_before_);
@@ -156,6 +158,8 @@ class FaultyClient : public sql::Client, public sql::ObjectClient {
     ISC_STATUS cancel_blob(Firebird::IStatus* status, Firebird::IBlob* blob) override;
 
   protected:
+    /// Notes on so many transactions are taken without allocating, where allocations are counted.
+    static constexpr std::size_t room_for_notes = 4096;
     /// Told of each call before it is made or fails, and of its outcome: 0, the code it was made to fail
     /// with, or the client's own.
     virtual void asked(ClientCall) {}
