@@ -57,6 +57,17 @@ void persist(const Done& done) noexcept {
     }
 }
 
+// What `done` answers; what was written is taken back when it is broken off.
+template <class Done, class TakeBack>
+auto done_or_taken_back(const Done& done, const TakeBack& take_back) {
+    try {
+        return done();
+    } catch (...) {
+        take_back();
+        throw;
+    }
+}
+
 // What is asked for the table and the area.
 constexpr const char* exclusive_areas =
     "select first 1 OPN_AREAID from RDDSYS_OPN where OPN_TABLE = ? and OPN_AREAID <> ? and OPN_SHARED = 'F'";
@@ -109,13 +120,7 @@ std::string Claims::find(const char* query, const More&... more) const {
 
 template <class TakeBack>
 Claims::Refused Claims::look(const char* query, const TakeBack& take_back) const {
-    std::string holder;
-    try {
-        holder = find(query);
-    } catch (...) {
-        take_back();
-        throw;
-    }
+    std::string holder = done_or_taken_back([&] { return find(query); }, take_back);
     if (holder.empty()) return std::nullopt;
     take_back();
     return holder;
@@ -125,11 +130,12 @@ Claims::Refused Claims::look(const char* query, const TakeBack& take_back) const
 Claims::Refused Claims::open_shared() const {
     zmFBConn connection = desk_.connection();
     if (connection(m::istableinexclusivemode, table_)) return find(exclusive_areas);
-    if (!connection(m::settableusedbyarea, true, table_, AreaId(id_), true)) {
-        unregister();
-        return "";
-    }
-    return look(exclusive_areas, [this] { unregister(); });
+    const auto take_back = [this] { unregister(); };
+    if (done_or_taken_back([&] { return connection(m::settableusedbyarea, true, table_, AreaId(id_), true); },
+                           take_back))
+        return look(exclusive_areas, take_back);
+    take_back();
+    return "";
 }
 
 // The lock is there before the registration, which keeps others from opening the table, is looked at.
@@ -140,7 +146,9 @@ Claims::Refused Claims::open_exclusive() const {
         unregister();
         unlock_table();
     };
-    if (desk_.connection()(m::settableusedbyarea, true, table_, AreaId(id_), false))
+    if (done_or_taken_back(
+            [this] { return desk_.connection()(m::settableusedbyarea, true, table_, AreaId(id_), false); },
+            take_back))
         return look(other_areas, take_back);
     take_back();
     return "";
@@ -153,13 +161,20 @@ bool Claims::covers(std::int64_t recno) const {
 }
 
 void Claims::take(std::int64_t recno, Wait wait) {
-    const auto found = records_.find(recno);
-    const bool is_new = found == records_.end();
     const bool lent = mode_ == OpenMode::exclusive || has_table();
-    if (!lent && (is_new || !found->second.in_database)) {
-        insist(fmt::format("Record {} of {}", recno, table_), wait, [&] { return lock_record(recno); });
+    // There first: a lock that could not be noted would stay.
+    const auto noted = records_.try_emplace(recno).first;
+    Lock& lock = noted->second;
+    if (!lent && !lock.in_database) {
+        done_or_taken_back(
+            [&] {
+                insist(fmt::format("Record {} of {}", recno, table_), wait,
+                       [&] { return lock_record(recno); });
+            },
+            [&] {
+                if (lock.users == 0) records_.erase(noted);
+            });
     }
-    Lock& lock = records_[recno];
     ++lock.users;
     lock.in_database = lock.in_database || !lent;
 }
@@ -167,18 +182,21 @@ void Claims::take(std::int64_t recno, Wait wait) {
 Claims::Refused Claims::lock_record(std::int64_t recno) const {
     zmFBConn connection = desk_.connection();
     const AreaId own(id_);
-    if (!connection(m::setrecordaslocked, table_, own, RecordNumber(recno))) {
+    const auto take_back = [&] { unlock_record(recno); };
+    if (!done_or_taken_back(
+            [&] { return connection(m::setrecordaslocked, table_, own, RecordNumber(recno)); }, take_back)) {
         AreaId holder = connection(m::getrlockareaid, table_, RecordNumber(recno));
         if (holder.text().empty()) holder = connection(m::getflockareaid, table_);
         return holder == own ? "" : holder.text();
     }
-    return look(other_table_locks, [&] { unlock_record(recno); });
+    return look(other_table_locks, take_back);
 }
 
 Claims::Refused Claims::lock_table() const {
     zmFBConn connection = desk_.connection();
-    if (connection(m::settableaslocked, table_, AreaId(id_)))
-        return look(other_record_locks, [this] { unlock_table(); });
+    const auto take_back = [this] { unlock_table(); };
+    if (done_or_taken_back([&] { return connection(m::settableaslocked, table_, AreaId(id_)); }, take_back))
+        return look(other_record_locks, take_back);
     const std::string holder = find(other_table_locks);
     return holder.empty() ? find(other_record_locks) : holder;
 }

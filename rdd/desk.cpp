@@ -49,6 +49,11 @@ void Desk::change(const std::function<void(Transaction& work)>& work) const {
 
 Transaction* Desk::joint_transaction() const { return joint_ == nullptr ? nullptr : &joint_->transaction(); }
 
+void Desk::add(OpenArea& area) {
+    if (joint_ != nullptr) joint_->make_room(areas_.size() + 1);
+    areas_.push_back(&area);
+}
+
 void Desk::release_statements() const {
     for (OpenArea* const area : areas_) {
         if (area->is_open()) area->walk().release();
@@ -88,6 +93,7 @@ Joint::Joint(std::shared_ptr<Desk> desk)
           zmFBConn handle = desk_->connection();
           return Transaction(handle, Access::read_write, Isolation::read_committed);
       }()) {
+    make_room(desk_->areas_.size());
     desk_->joint_ = this;
     open_ = true;
     for (OpenArea* const area : desk_->areas_) area->change_transaction();
@@ -117,7 +123,7 @@ void Joint::give_up() noexcept {
     if (!open_) return;
     try {
         if (work_.active()) work_.roll_back();
-    } catch (const SqlError&) {  // it has ended all the same
+    } catch (...) {  // it has ended all the same
     }
     end(false);
 }
@@ -126,7 +132,7 @@ void Joint::give_up() noexcept {
 void Joint::end(bool committed) {
     open_ = false;
     desk_->joint_ = nullptr;
-    for (OpenArea* const area : std::vector(desk_->areas_)) area->joint_ended(committed);
+    for (std::size_t at = 0; at < desk_->areas_.size(); ++at) desk_->areas_[at]->joint_ended(committed);
     for (const auto& area : std::exchange(kept_, {})) area->leave();
 }
 

@@ -34,7 +34,7 @@ class Desk {
     /// Changes something: in the open Joint, or in a transaction that is committed.
     void change(const std::function<void(Transaction& work)>& work) const;
 
-    void add(OpenArea& area) { areas_.push_back(&area); }
+    void add(OpenArea& area);
     void remove(OpenArea& area) { std::erase(areas_, &area); }
     [[nodiscard]] const std::vector<OpenArea*>& areas() const { return areas_; }
     /// Closes one by force: writes that are held together are undone first.
@@ -64,8 +64,10 @@ class Joint {
     ~Joint() { give_up(); }
 
     Transaction& transaction() { return work_; }
-    /// Has an area given back at the end.
-    void keep(std::shared_ptr<OpenArea> area) { kept_.push_back(std::move(area)); }
+    /// Has an area given back at the end. There must be room for it.
+    void keep(std::shared_ptr<OpenArea> area) noexcept { kept_.push_back(std::move(area)); }
+    /// Makes room for so many more areas to be kept.
+    void make_room(std::size_t areas) { kept_.reserve(kept_.size() + areas); }
     /// Throws AreaError when it has ended; else it has from then on.
     void commit();
     void roll_back();

@@ -24,8 +24,8 @@ std::shared_ptr<OpenArea> OpenArea::open(const zmFBConn& connection, std::string
     area->announced_ = options.of_runtime ? area->alias_ : unique;
     area->claims_.emplace(area->desk(), area->table(), make_area_id(handle, area->table(), unique),
                           options.mode);
-    area->desk_->add(*area);
     try {
+        area->desk_->add(*area);
         handle(m::announcealias, area->announced_);
         area->walk_->top();
     } catch (...) {
@@ -74,12 +74,20 @@ void OpenArea::check_writable() const {
         throw AreaError(Reason::read_only, table() + " is open to read");
 }
 
+std::unique_ptr<Edit> OpenArea::hold(std::int64_t recno, Wait wait) {
+    claims_->take(recno, wait);
+    try {
+        return std::make_unique<Edit>(shared_from_this(), recno);
+    } catch (...) {
+        claims_->give_back(recno);
+        throw;
+    }
+}
+
 std::unique_ptr<Edit> OpenArea::lock(Wait wait) {
     Walk& walk = moving();
     check_writable();
-    const std::int64_t recno = walk.recno();
-    claims_->take(recno, wait);
-    auto held = std::make_unique<Edit>(shared_from_this(), recno);
+    auto held = hold(walk.recno(), wait);
     if (!walk.refresh()) held->throw_gone();
     held->take(walk.record().only());
     return held;
@@ -91,8 +99,7 @@ std::unique_ptr<Edit> OpenArea::edit() {
     const std::int64_t recno = walk_->recno();
     if (!claims_->covers(recno))
         throw AreaError(Reason::not_locked, fmt::format("Record {} of {} is not locked", recno, table()));
-    claims_->take(recno, Wait::zero());
-    auto held = std::make_unique<Edit>(shared_from_this(), recno);
+    auto held = hold(recno, Wait::zero());
     held->take(record.only());
     return held;
 }
@@ -106,8 +113,14 @@ std::unique_ptr<Edit> OpenArea::append(Wait wait) {
 void OpenArea::lock_record(std::int64_t recno, Wait wait) {
     check_writable();
     if (by_number_.contains(recno)) return;
-    claims().take(recno, wait);
-    by_number_.insert(recno);
+    Claims& claims = this->claims();
+    const auto noted = by_number_.insert(recno).first;
+    try {
+        claims.take(recno, wait);
+    } catch (...) {
+        by_number_.erase(noted);
+        throw;
+    }
     walk_->doubt();
 }
 

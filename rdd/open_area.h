@@ -69,6 +69,8 @@ class OpenArea : public std::enable_shared_from_this<OpenArea> {
   private:
     explicit OpenArea(std::shared_ptr<Desk> desk) : desk_(std::move(desk)) {}
     void check_writable() const;
+    /// A guard of a record that is taken for it.
+    std::unique_ptr<Edit> hold(std::int64_t recno, Wait wait);
 
     std::shared_ptr<Desk> desk_;
     std::optional<Walk> walk_;
