@@ -94,6 +94,11 @@ void print_failure(const Failure& failure) {
     if (!failure.message.empty()) print_error(failure.message, failure.detail, failure.hint);
 }
 
+void print_out_of_memory() noexcept {
+    std::fflush(stdout);
+    std::fputs(as_json ? "{\"error\":\"out of memory\"}\n" : "error: out of memory\n", stderr);
+}
+
 void print_raised(std::string_view description, Raised how) {
     if (how == Raised::silent) return;
     const std::string text = to_utf8(description), english = in_english(description);

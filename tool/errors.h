@@ -38,6 +38,9 @@ void print_error(std::string_view message, std::string_view detail = {}, std::st
 /// The same for a failure; one without a message is not told.
 void print_failure(const Failure& failure);
 
+/// Says that there is no memory, as print_error() would, without asking for any.
+void print_out_of_memory() noexcept;
+
 /// How errors raised by methods are printed to standard error: as "raised: " and their description with a
 /// line for each part that a ";" ends, the later ones indented; the same in one line as it is; or not at all.
 enum class Raised { lines, one_line, silent };

@@ -1,5 +1,7 @@
 #include <csignal>
 #include <cstdlib>
+#include <new>
+#include <system_error>
 
 #include "tool/command_line.h"
 #include "tool/commands.h"
@@ -7,7 +9,7 @@
 #include "tool/interrupt.h"
 #include "zmfbconn/database.h"
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     if (!zmfb::open_standard_descriptors()) {
         zmfb::tool::print_error("a standard descriptor is closed, and /dev/null cannot be opened for it");
         return static_cast<int>(zmfb::tool::Exit::failed);
@@ -23,4 +25,10 @@ int main(int argc, char** argv) {
     // All is written and let go of by now. At exit() the client library of a server would sleep for 50 ms.
     if (zmfb::names_a_server(line.options().database)) std::_Exit(status);
     return status;
+} catch (const std::bad_alloc&) {
+    zmfb::tool::print_out_of_memory();
+    return static_cast<int>(zmfb::tool::Exit::failed);
+} catch (const std::system_error& problem) {
+    zmfb::tool::print_error("cannot start a thread", problem.what());
+    return static_cast<int>(zmfb::tool::Exit::failed);
 }

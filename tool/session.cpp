@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -40,7 +41,10 @@ bool tells_of_a_lost_connection(std::string_view message) {
         words, [&](std::string_view word) { return message.find(word) != std::string_view::npos; });
 }
 
-Exit told(const std::function<Exit()>& work) {
+namespace {
+
+// Throws where there is no memory to go on, or to say what was wrong.
+Exit told_with_memory(const std::function<Exit()>& work) {
     Failure failure;
     try {
         const Exit status = work();
@@ -53,6 +57,8 @@ Exit told(const std::function<Exit()>& work) {
     } catch (const std::system_error& problem) {
         failure = std::ferror(stdout) != 0 ? output_failure(problem.code().value())
                                            : Failure{Exit::failed, problem.what()};
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& problem) {
         failure = Failure{Exit::failed, problem.what()};
     }
@@ -63,6 +69,17 @@ Exit told(const std::function<Exit()>& work) {
     }
     print_failure(failure);
     return failure.status;
+}
+
+}  // namespace
+
+Exit told(const std::function<Exit()>& work) {
+    try {
+        return told_with_memory(work);
+    } catch (const std::bad_alloc&) {
+        print_out_of_memory();
+        return ending_signal() != 0 ? ending_status() : Exit::failed;
+    }
 }
 
 Exit told_in_session(const Options& options, const std::function<Exit(Session&)>& work) {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -77,6 +78,9 @@ void Shell::guarded(const std::function<void()>& run) {
     } catch (const Cancelled&) {
         if (ending_signal() != 0) throw;
         fail(interrupted_message);
+    } catch (const std::bad_alloc&) {
+        ++failures_;
+        print_out_of_memory();
     } catch (const std::exception& problem) {
         if (std::ferror(stdout) != 0) throw;
         fail(problem.what());

@@ -60,6 +60,8 @@ ManifestFile manifest_entry(const std::string& manifest, const std::string& dbf)
     entry.memo = as_seen_from(manifest, memo);
     entry.memo_sha256 = sha256_of_file(memo);
     return entry;
+} catch (const std::bad_alloc&) {
+    throw;
 } catch (const std::exception& problem) {
     throw Failure{Exit::failed, fmt::format("cannot read {}", dbf), problem.what()};
 }
