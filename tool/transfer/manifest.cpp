@@ -45,7 +45,7 @@ ManifestFile from_json(const Json& json) {
             .sha256 = json.at("sha256"),
             .memo = json.value("memo", ""),
             .memo_sha256 = json.value("memo_sha256", ""),
-            .records = json.at("records"),
+            .records = json.at("records").get_ref<const Json::number_unsigned_t&>(),
             .values = json.value("values_sha256", "")};
 }
 
