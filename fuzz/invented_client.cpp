@@ -319,7 +319,8 @@ ISC_STATUS InventedClient::execute(IStatus* status, IStatement* statement, ITran
                                    void* row) {
     InventedStatement& run = behind<Statement>(statement).is;
     run.rows = 0;
-    ran(run, row_of(behind<Metadata>(input).is, values));
+    const InventedMessage& sent = behind<Metadata>(input).is;
+    ran(sent, row_of(sent, values));
     if (const ISC_STATUS code = answer(status, "execute"); code != 0 || output == nullptr) return code;
     const ISC_STATUS code = put_row(status, run, output, row);
     return code == no_more ? 0 : code;
@@ -335,7 +336,8 @@ ISC_STATUS InventedClient::open(IStatus* status, IStatement* statement, ITransac
                                 IResultSet** rows) {
     InventedStatement& run = behind<Statement>(statement).is;
     run.rows = 0;
-    ran(run, row_of(behind<Metadata>(input).is, values));
+    const InventedMessage& sent = behind<Metadata>(input).is;
+    ran(sent, row_of(sent, values));
     const ISC_STATUS code = answer(status, "open");
     if (code == 0) *rows = handed_out<IResultSet>(new ResultSet(run, output));
     return code;

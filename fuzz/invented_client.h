@@ -133,8 +133,8 @@ class InventedClient : public sql::Client, public sql::ObjectClient {
     virtual ISC_STATUS failure(std::string_view call) = 0;
     /// Completes a statement of that text.
     virtual void describe_statement(InventedStatement& statement) = 0;
-    /// Told of the values that a statement runs with.
-    virtual void ran(const InventedStatement&, std::span<const std::byte> /*values*/) {}
+    /// Told of the values that a statement runs with, laid out as `input` says.
+    virtual void ran(const InventedMessage& /*input*/, std::span<const std::byte> /*values*/) {}
     /// Fills one more row, all NULL, laid out as `message` says; .F. when there is none.
     virtual bool fill_row(const InventedStatement& statement, const InventedMessage& message,
                           std::span<std::byte> row) = 0;

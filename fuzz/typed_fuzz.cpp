@@ -36,9 +36,9 @@ class InventingClient final : public InventedClient {
   public:
     explicit InventingClient(Input& input) : input_(input) {}
 
-    // The row that was fetched last, and the values that were sent last.
+    // The row that was fetched last.
     InventedMessage layout;
-    std::vector<std::byte> row, sent;
+    std::vector<std::byte> row;
 
     // A blob's bytes are made of its id.
     std::string content_of(ISC_QUAD id) override {
@@ -68,8 +68,18 @@ class InventingClient final : public InventedClient {
             statement.output.add(invented_item());
         for (std::size_t left = input_.below(3); left > 0; --left) statement.input.add(invented_item());
     }
-    void ran(const InventedStatement&, std::span<const std::byte> values) override {
-        sent.assign(values.begin(), values.end());
+    void ran(const InventedMessage& input, std::span<const std::byte> values) override {
+        const auto stored = [values](unsigned offset) {
+            std::uint16_t number = 0;
+            std::memcpy(&number, values.data() + offset, sizeof number);
+            return number;
+        };
+        for (const sql::MessageItem& item : input.items()) {
+            const std::uint16_t indicator = stored(item.null_offset);
+            require(indicator == 0 || indicator == 0xFFFF, "a value is sent, or NULL");
+            const bool is_text = indicator == 0 && item.type == SQL_VARYING;
+            require(!is_text || stored(item.offset) <= item.length, "a text is sent that there is room for");
+        }
     }
     bool fill_row(const InventedStatement& statement, const InventedMessage& message,
                   std::span<std::byte> made) override {
