@@ -32,8 +32,8 @@ std::string rehearse(zmFBConn& connection, const ImportPlan& plan, const Rehears
     const std::vector<std::string> drops = drops_of_leftovers(connection, Name(rehearsed.made));
     Transaction work(connection);
     if (!rehearsed.replaced.empty()) {
+        work.execute("DROP TABLE " + rehearsed.replaced);  // who may not is told that first
         if (const auto use = use_by_others(connection, Name(rehearsed.replaced))) return use->message;
-        work.execute("DROP TABLE " + rehearsed.replaced);
     }
     if (!rehearsed.added_to.empty()) prepare_adding(work, plan, rehearsed.added_to);
     for (const std::string& drop : drops) work.execute(drop);
