@@ -35,6 +35,14 @@ bool give_name(const std::string& file, const std::string& name) {
     return errno == EINVAL && link(file.c_str(), name.c_str()) == 0 && unlink(file.c_str()) == 0;
 }
 
+// The engine leaves a new file to the system's own time.
+bool bring_to_the_disk(const std::string& file) {
+    const int descriptor = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool done = descriptor >= 0 && fsync(descriptor) == 0;
+    if (descriptor >= 0) close(descriptor);
+    return done;
+}
+
 using Fill = std::function<Status(const std::string&)>;
 
 Status create(const std::string& database, std::string_view user, std::string_view password,
@@ -74,6 +82,8 @@ Status create_file(const std::string& file, std::string_view user, std::string_v
     }
     const Unnamed unnamed{fresh};
     Status done = create(fresh, user, password, fill);
+    if (done.ok() && !bring_to_the_disk(fresh))
+        return Status("the new database cannot be written: " + std::string(std::strerror(errno)));
     if (done.ok() && !give_name(fresh, file))
         done = Status("the new database cannot be called " + file + ": " + std::strerror(errno));
     return done;
