@@ -92,6 +92,7 @@ std::optional<std::int64_t> write_data_file(const Value& dbf, std::int64_t recor
     while (records > 0) {
         const auto asked = static_cast<std::size_t>(std::min(records, static_cast<std::int64_t>(per_block)));
         const auto got = static_cast<std::size_t>(host::fread(dbf, source, asked * record).integer());
+        if (host::ferror().number() != 0) return std::nullopt;  // no end of the file, which sets none
         const std::size_t count = complete(source.writable_text(), got, record);
         if (count == 0) return written;
         conversion.convert(source.text().data(), count, target.writable_text().data());

@@ -38,7 +38,8 @@ bool holds_rows(Self& self, MethodName<1> counter, const Value& name, std::int64
 bool refuse_rows(Self& self, const Value& name, std::int64_t rows, std::int64_t records, const Value& path);
 
 /// Reads up to `records` DBF records from the current position of the handle `dbf` on and writes each
-/// converted to the handle `dat`. Returns how many there were; none when not everything could be written.
+/// converted to the handle `dat`. Returns how many there were; none when something could not be read or
+/// written.
 ///
 /// A file that holds fewer records than it counts is not an error: what is missing of the last one counts as
 /// blanks, and one of which not even a field's first byte is there is none. So no more is written than the
