@@ -31,6 +31,11 @@ std::string latin1_option(const std::string& text, std::string_view option) {
     return *latin1;
 }
 
+// What the embedded engine says, which asks the database nothing from then on.
+bool tells_of_a_failing_disk(std::string_view message) {
+    return message.find("I/O error during") != std::string_view::npos;
+}
+
 }  // namespace
 
 bool tells_of_a_lost_connection(std::string_view message) {
@@ -154,8 +159,11 @@ bool Session::in_transaction() {
 
 bool Session::let_go_when_lost(std::string_view detail) {
     if (!connection_ || !connection_->isconnected()) return false;
-    if (!tells_of_a_lost_connection(detail) && !tells_of_a_lost_connection(last_engine_message()))
+    const std::string said = last_engine_message();
+    const bool disk_failed = tells_of_a_failing_disk(said);
+    if (!disk_failed && !tells_of_a_lost_connection(detail) && !tells_of_a_lost_connection(said))
         return false;
+    if (disk_failed && !tells_of_a_failing_disk(detail)) print_error("the database cannot be used", said);
     say("the connection to {} is lost{}; what comes next attaches anew\n", options_.database,
         in_transaction() ? ", and with it the transaction that was open" : "");
     connection_.reset();

@@ -47,8 +47,9 @@ class Session {
     [[nodiscard]] bool in_transaction();
     /// Lets go of the object; the next use attaches anew.
     void let_go() { connection_.reset(); }
-    /// Lets go of the object when its connection to the server is lost, as the engine said in what failed
-    /// last or in `detail`: the next use attaches anew. Says so, and returns whether it was.
+    /// Lets go of the object when its connection to the server is lost, or its database cannot be read or
+    /// written any more, as the engine said in what failed last or in `detail`, which was told: the next use
+    /// attaches anew. Says so, and returns whether it was.
     bool let_go_when_lost(std::string_view detail);
     /// Makes the client library ready for the database of the options, and asks for its password. Throws
     /// Failure.
