@@ -1,11 +1,14 @@
 /* A library to be loaded before all others: one call on a file goes wrong.
  *
- * ZMFB_DISK_FILES   part of the names of the files that are meant, such as ".fdb"
- * ZMFB_DISK_CALL    write, sync, truncate, open or read
- * ZMFB_DISK_FAULT   ENOSPC or EIO: the call fails so; short: half of it is done; late: it takes 50 ms longer;
- *                   power: the process is killed, and what was written since the last sync of each file is
- * lost ZMFB_DISK_NTH     the call that goes wrong, counted from 1, and with ZMFB_DISK_STAYS all after it
- * ZMFB_DISK_COUNT   a file that gets the number of such calls at the end
+ * ZMFB_DISK_FILES   part of the names of the files that are meant, such as ".fdb"; "tmpfile" means files
+ * without one ZMFB_DISK_CALL    write, sync, truncate, open, read, rename or close ZMFB_DISK_FAULT   ENOSPC
+ * or EIO: the call fails so; short: half of it is done; late: it takes 50 ms longer; power: the process is
+ * killed, and what was written since the last sync of each file is lost, but not a name that it has taken
+ * ZMFB_DISK_NTH     the call that goes wrong, counted from 1, and with ZMFB_DISK_STAYS all after it
+ * ZMFB_DISK_COUNT   a file that gets a line with each call and its number at the end of each process
+ *
+ * What the C library writes of its own streams is seen where the program calls fwrite() or fflush(), not
+ * where it prints.
  */
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -17,7 +20,9 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/sendfile.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -27,7 +32,9 @@ static char writes_through[most_files]; /* nothing waits for a sync */
 
 /* What a write covered, to be put back when the power goes. */
 struct block {
-    int file;
+    int file; /* -1 when it is on the disk */
+    dev_t device;
+    ino_t inode;
     off64_t offset;
     size_t size;
     off64_t length; /* of the file before it */
@@ -35,7 +42,9 @@ struct block {
 };
 static struct block blocks[most_blocks];
 static int block_count;
-static long calls;
+enum call { of_write, of_sync, of_truncate, of_open, of_read, of_rename, of_close, call_kinds };
+static const char* const names[call_kinds] = {"write", "sync", "truncate", "open", "read", "rename", "close"};
+static long calls[call_kinds];
 static pthread_mutex_t one_at_a_time = PTHREAD_MUTEX_INITIALIZER;
 
 /* Puts the library's own function in a pointer to one. */
@@ -75,6 +84,8 @@ static void keep(int file, size_t size, off64_t offset) {
     if (block_count == most_blocks || fstat64(file, &now) != 0) _exit(98);
     struct block* const one = &blocks[block_count];
     one->file = file;
+    one->device = now.st_dev;
+    one->inode = now.st_ino;
     one->offset = offset;
     one->length = now.st_size;
     one->bytes = malloc(size);
@@ -85,23 +96,40 @@ static void keep(int file, size_t size, off64_t offset) {
     pthread_mutex_unlock(&one_at_a_time);
 }
 
+/* A sync is one of the whole file, through whichever descriptor. */
 static void forget(int file) {
+    struct stat64 now;
+    if (fstat64(file, &now) != 0) return;
     pthread_mutex_lock(&one_at_a_time);
     for (int i = 0; i < block_count; ++i) {
-        if (blocks[i].file == file) blocks[i].file = -1;
+        if (blocks[i].device == now.st_dev && blocks[i].inode == now.st_ino) blocks[i].file = -1;
     }
     pthread_mutex_unlock(&one_at_a_time);
 }
 
-enum outcome { goes_well, fails, is_short };
+/* Another descriptor takes the place of one that is closed before all of it is on the disk. */
+static void keep_reachable(int file) {
+    int other = -1;
+    pthread_mutex_lock(&one_at_a_time);
+    for (int i = 0; i < block_count; ++i) {
+        if (blocks[i].file != file) continue;
+        if (other < 0) other = fcntl(file, F_DUPFD_CLOEXEC, most_files);
+        if (other < 0) _exit(97);
+        blocks[i].file = other;
+    }
+    pthread_mutex_unlock(&one_at_a_time);
+}
 
-static enum outcome call_on(int file_is_meant, const char* call) {
+enum outcome { goes_well, fails, is_short, power_goes };
+
+static enum outcome outcome_of(int file_is_meant, enum call call) {
     const char* const fault = given("ZMFB_DISK_FAULT");
-    if (!file_is_meant || strcmp(given("ZMFB_DISK_CALL"), call) != 0) return goes_well;
+    if (!file_is_meant) return goes_well;
+    const long now = __atomic_add_fetch(&calls[call], 1, __ATOMIC_SEQ_CST);
+    if (strcmp(given("ZMFB_DISK_CALL"), names[call]) != 0) return goes_well;
     const long nth = atol(given("ZMFB_DISK_NTH"));
-    const long now = __atomic_add_fetch(&calls, 1, __ATOMIC_SEQ_CST);
     if (nth == 0 || now < nth || (now > nth && getenv("ZMFB_DISK_STAYS") == NULL)) return goes_well;
-    if (strcmp(fault, "power") == 0) lose_power();
+    if (strcmp(fault, "power") == 0) return power_goes;
     if (strcmp(fault, "late") == 0) nanosleep(&(struct timespec){.tv_nsec = 50000000}, NULL);
     if (strcmp(fault, "short") == 0) return is_short;
     if (strcmp(fault, "ENOSPC") == 0) errno = ENOSPC;
@@ -109,18 +137,26 @@ static enum outcome call_on(int file_is_meant, const char* call) {
     return strcmp(fault, "ENOSPC") == 0 || strcmp(fault, "EIO") == 0 ? fails : goes_well;
 }
 
-__attribute__((destructor)) static void tell_count(void) {
+static enum outcome call_on(int file_is_meant, enum call call) {
+    const enum outcome outcome = outcome_of(file_is_meant, call);
+    if (outcome == power_goes) lose_power();
+    return outcome;
+}
+
+__attribute__((destructor)) static void tell_counts(void) {
+    FILE* (*others)(const char*, const char*);
+    find(&others, "fopen64");
     const char* const name = getenv("ZMFB_DISK_COUNT");
-    FILE* const file = name == NULL || calls == 0 ? NULL : fopen(name, "a");
+    FILE* const file = name == NULL ? NULL : others(name, "a");
     if (file == NULL) return;
-    fprintf(file, "%ld\n", calls);
+    for (int i = 0; i < call_kinds; ++i) fprintf(file, "%s %ld\n", names[i], calls[i]);
     fclose(file);
 }
 
 ssize_t pwrite64(int file, const void* bytes, size_t size, off64_t offset) {
     ssize_t (*others)(int, const void*, size_t, off64_t);
     find(&others, "pwrite64");
-    const enum outcome outcome = call_on(is_meant(file), "write");
+    const enum outcome outcome = call_on(is_meant(file), of_write);
     if (outcome == fails) return -1;
     if (is_meant(file)) keep(file, size, offset);
     return others(file, bytes, outcome == is_short ? (size + 1) / 2 : size, offset);
@@ -132,16 +168,43 @@ ssize_t pwrite(int file, const void* bytes, size_t size, off_t offset) {
 ssize_t write(int file, const void* bytes, size_t size) {
     ssize_t (*others)(int, const void*, size_t);
     find(&others, "write");
-    const enum outcome outcome = call_on(is_meant(file), "write");
+    const enum outcome outcome = call_on(is_meant(file), of_write);
     if (outcome == fails) return -1;
     if (is_meant(file)) keep(file, size, lseek64(file, 0, SEEK_CUR));
     return others(file, bytes, outcome == is_short ? (size + 1) / 2 : size);
 }
 
+/* What streams of C++ write when it is much. */
+ssize_t writev(int file, const struct iovec* parts, int count) {
+    ssize_t (*others)(int, const struct iovec*, int);
+    find(&others, "writev");
+    return is_meant(file) ? write(file, parts[0].iov_base, parts[0].iov_len) : others(file, parts, count);
+}
+
+ssize_t sendfile64(int to, int from, off64_t* offset, size_t size) {
+    ssize_t (*others)(int, int, off64_t*, size_t);
+    find(&others, "sendfile64");
+    const enum outcome outcome = call_on(is_meant(to), of_write);
+    return outcome == fails ? -1 : others(to, from, offset, outcome == is_short ? (size + 1) / 2 : size);
+}
+ssize_t sendfile(int to, int from, off_t* offset, size_t size) { return sendfile64(to, from, offset, size); }
+
+size_t fwrite(const void* bytes, size_t size, size_t count, FILE* stream) {
+    size_t (*others)(const void*, size_t, size_t, FILE*);
+    find(&others, "fwrite");
+    return call_on(is_meant(fileno(stream)), of_write) == fails ? 0 : others(bytes, size, count, stream);
+}
+
+int fflush(FILE* stream) {
+    int (*others)(FILE*);
+    find(&others, "fflush");
+    return stream != NULL && call_on(is_meant(fileno(stream)), of_write) == fails ? EOF : others(stream);
+}
+
 ssize_t pread64(int file, void* bytes, size_t size, off64_t offset) {
     ssize_t (*others)(int, void*, size_t, off64_t);
     find(&others, "pread64");
-    const enum outcome outcome = call_on(is_meant(file), "read");
+    const enum outcome outcome = call_on(is_meant(file), of_read);
     if (outcome == fails) return -1;
     return others(file, bytes, outcome == is_short ? (size + 1) / 2 : size, offset);
 }
@@ -150,7 +213,7 @@ ssize_t pread(int file, void* bytes, size_t size, off_t offset) { return pread64
 ssize_t read(int file, void* bytes, size_t size) {
     ssize_t (*others)(int, void*, size_t);
     find(&others, "read");
-    const enum outcome outcome = call_on(is_meant(file), "read");
+    const enum outcome outcome = call_on(is_meant(file), of_read);
     if (outcome == fails) return -1;
     return others(file, bytes, outcome == is_short ? (size + 1) / 2 : size);
 }
@@ -158,7 +221,7 @@ ssize_t read(int file, void* bytes, size_t size) {
 static int sync_with(const char* name, int file) {
     int (*others)(int);
     find(&others, name);
-    if (call_on(is_meant(file), "sync") == fails) return -1;
+    if (call_on(is_meant(file), of_sync) == fails) return -1;
     const int result = others(file);
     if (result == 0 && is_meant(file)) forget(file);
     return result;
@@ -169,9 +232,16 @@ int fdatasync(int file) { return sync_with("fdatasync", file); }
 int ftruncate64(int file, off64_t length) {
     int (*others)(int, off64_t);
     find(&others, "ftruncate64");
-    return call_on(is_meant(file), "truncate") == fails ? -1 : others(file, length);
+    return call_on(is_meant(file), of_truncate) == fails ? -1 : others(file, length);
 }
 int ftruncate(int file, off_t length) { return ftruncate64(file, length); }
+
+static int opened(int file, int file_is_meant, int flags) {
+    if (file < 0 || file >= most_files) return file;
+    meant[file] = (char)file_is_meant;
+    writes_through[file] = (flags & O_DSYNC) != 0;
+    return file;
+}
 
 int open64(const char* name, int flags, ...) {
     int (*others)(const char*, int, ...);
@@ -180,12 +250,8 @@ int open64(const char* name, int flags, ...) {
     va_start(more, flags);
     const mode_t mode = (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(more, mode_t) : 0;
     va_end(more);
-    if (call_on(is_meant_name(name), "open") == fails) return -1;
-    const int file = others(name, flags, mode);
-    if (file < 0 || file >= most_files) return file;
-    meant[file] = (char)is_meant_name(name);
-    writes_through[file] = (flags & O_DSYNC) != 0;
-    return file;
+    if (call_on(is_meant_name(name), of_open) == fails) return -1;
+    return opened(others(name, flags, mode), is_meant_name(name), flags);
 }
 int open(const char* name, int flags, ...) {
     va_list more;
@@ -195,9 +261,75 @@ int open(const char* name, int flags, ...) {
     return open64(name, flags, mode);
 }
 
+/* The end of a process that was begun without another program. */
+void _exit(int status) {
+    void (*others)(int);
+    find(&others, "_exit");
+    tell_counts();
+    others(status);
+    abort(); /* never */
+}
+
+FILE* fopen64(const char* name, const char* mode) {
+    FILE* (*others)(const char*, const char*);
+    find(&others, "fopen64");
+    if (call_on(is_meant_name(name), of_open) == fails) return NULL;
+    FILE* const stream = others(name, mode);
+    if (stream != NULL) opened(fileno(stream), is_meant_name(name), 0);
+    return stream;
+}
+FILE* fopen(const char* name, const char* mode) { return fopen64(name, mode); }
+
+FILE* tmpfile64(void) {
+    FILE* (*others)(void);
+    find(&others, "tmpfile64");
+    if (call_on(is_meant_name("tmpfile"), of_open) == fails) return NULL;
+    FILE* const stream = others();
+    if (stream != NULL) opened(fileno(stream), is_meant_name("tmpfile"), 0);
+    return stream;
+}
+FILE* tmpfile(void) { return tmpfile64(); }
+
+int fclose(FILE* stream) {
+    int (*others)(FILE*);
+    find(&others, "fclose");
+    const int file = fileno(stream);
+    const int was_meant = is_meant(file);
+    if (was_meant) {
+        fflush(stream);
+        meant[file] = 0;
+        keep_reachable(file);
+    }
+    const int result = others(stream);
+    return call_on(was_meant, of_close) == fails ? EOF : result;
+}
+
 int close(int file) {
     int (*others)(int);
     find(&others, "close");
-    if (file >= 0 && file < most_files) meant[file] = 0;
-    return others(file);
+    const int was_meant = is_meant(file);
+    if (was_meant) {
+        meant[file] = 0;
+        keep_reachable(file);
+    }
+    const int result = others(file);
+    return call_on(was_meant, of_close) == fails ? -1 : result;
+}
+
+/* The power goes once the new name is there. */
+static int rename_with(const char* from, const char* to, unsigned flags) {
+    int (*others)(int, const char*, int, const char*, unsigned);
+    find(&others, "renameat2");
+    const enum outcome outcome = outcome_of(is_meant_name(from) || is_meant_name(to), of_rename);
+    if (outcome == fails) return -1;
+    const int result = others(AT_FDCWD, from, AT_FDCWD, to, flags);
+    if (outcome == power_goes) lose_power();
+    return result;
+}
+int rename(const char* from, const char* to) { return rename_with(from, to, 0); }
+int renameat2(int from_folder, const char* from, int to_folder, const char* to, unsigned flags) {
+    int (*others)(int, const char*, int, const char*, unsigned);
+    find(&others, "renameat2");
+    const int is_here = from_folder == AT_FDCWD && to_folder == AT_FDCWD;
+    return is_here ? rename_with(from, to, flags) : others(from_folder, from, to_folder, to, flags);
 }
