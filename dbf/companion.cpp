@@ -9,6 +9,7 @@
 #include <optional>
 #include <tuple>
 
+#include "dbf/folder.h"
 #include "dbf/layout.h"
 
 namespace zmfb::dbf {
@@ -25,12 +26,10 @@ bool is_of_a_companion(const std::string& name) {
     return ending == ".cpg" || ending == ".dbt" || ending == ".fpt" || ending == ".smt";
 }
 
-Names names_in(const fs::path& folder) {
+Names companions_among_names_in(const fs::path& folder) {
     Names names;
     std::error_code unreadable;
-    for (fs::directory_iterator entry(folder, unreadable), end; !unreadable && entry != end;
-         entry.increment(unreadable)) {
-        std::string name = entry->path().filename().string();
+    for (std::string& name : names_in(folder.string(), unreadable)) {
         if (is_of_a_companion(name)) names.emplace(lower(name), std::move(name));
     }
     return names;
@@ -54,7 +53,7 @@ const Names& companions_in(const fs::path& folder) {
     const bool is_known = is_there && now.st_dev == last.folder.st_dev && now.st_ino == last.folder.st_ino &&
                           same(now.st_mtim, last.folder.st_mtim) && same(now.st_ctim, last.folder.st_ctim);
     if (is_known) return last.names;
-    last = {{}, names_in(folder)};
+    last = {{}, companions_among_names_in(folder)};
     if (is_there && now.st_mtim.tv_sec + coarsest < began && now.st_ctim.tv_sec + coarsest < began)
         last.folder = now;
     return last.names;

@@ -13,6 +13,8 @@
 #include <system_error>
 #include <utility>
 
+#include "dbf/folder.h"
+
 namespace zmfb::dbf {
 namespace {
 
@@ -119,9 +121,8 @@ void NewFile::fail() const {
 std::size_t remove_unfinished(const std::string& folder) {
     std::size_t removed = 0;
     std::error_code unreadable;
-    for (fs::directory_iterator entry(folder, unreadable), end; !unreadable && entry != end;
-         entry.increment(unreadable)) {
-        if (is_temporary(entry->path().filename().string()) && remove_if_unfinished(entry->path())) ++removed;
+    for (const std::string& name : names_in(folder, unreadable)) {
+        if (is_temporary(name) && remove_if_unfinished(fs::path(folder) / name)) ++removed;
     }
     return removed;
 }

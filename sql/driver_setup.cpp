@@ -2,13 +2,17 @@
 
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <fts.h>
 #include <link.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <system_error>
 
 #include "zmfbconn/database.h"
 
@@ -99,13 +103,18 @@ Status make_own_folders(const fs::path& environment, const fs::path& locks) {
         if (!make_own_folder(folder))
             return Status(folder.string() + " is no folder of this user's own; remove it");
     }
-    std::error_code error;
-    for (fs::recursive_directory_iterator at(environment, error), end; at != end; at.increment(error)) {
-        struct stat status {};
-        if (lstat(at->path().c_str(), &status) == 0 && status.st_uid != geteuid())
-            return Status(at->path().string() + " belongs to another user; remove it");
+    std::string path = environment.string();
+    char* paths[] = {path.data(), nullptr};
+    const std::unique_ptr<FTS, int (*)(FTS*)> walk(::fts_open(paths, FTS_PHYSICAL | FTS_NOCHDIR, nullptr),
+                                                   ::fts_close);
+    while (const FTSENT* const at = walk ? ::fts_read(walk.get()) : nullptr) {
+        if (at->fts_info == FTS_DNR || at->fts_info == FTS_ERR)
+            return Status("cannot look into " + path + ": " + std::generic_category().message(at->fts_errno));
+        if (at->fts_info != FTS_NS && at->fts_statp->st_uid != geteuid())
+            return Status(std::string(at->fts_path) + " belongs to another user; remove it");
     }
-    return error ? Status("cannot look into " + environment.string() + ": " + error.message()) : Status();
+    return errno == 0 ? Status()
+                      : Status("cannot look into " + path + ": " + std::generic_category().message(errno));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <dlfcn.h>
+#include <glob.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -27,9 +28,11 @@ std::optional<fs::path> firebird_folder() {
     if (symbol == nullptr || dladdr(symbol, &info) == 0) return std::nullopt;
     std::error_code ignored;
     const fs::path library = fs::canonical(info.dli_fname, ignored).parent_path();
-    for (const auto& version : fs::directory_iterator(library / "firebird", ignored)) {
-        if (fs::is_directory(version.path() / "plugins", ignored)) return version.path();
-    }
+    glob_t found{};
+    const bool is_there = glob((library / "firebird/*/plugins").c_str(), GLOB_ONLYDIR, nullptr, &found) == 0;
+    const fs::path plugins = is_there ? found.gl_pathv[0] : "";
+    globfree(&found);
+    if (fs::is_directory(plugins, ignored)) return plugins.parent_path();
     if (fs::is_directory(library.parent_path() / "plugins", ignored)) return library.parent_path();
     return std::nullopt;
 }

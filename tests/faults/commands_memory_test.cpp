@@ -13,11 +13,13 @@ namespace {
 class CommandMemory : public CommandsThatFail {
   protected:
     Finished with_fault(const FaultyCommand& command, MemoryFault fault) const {
-        std::vector<std::string> words{"--db", path()};
+        std::vector<std::string> words{"--db", database_of(command)};
         words.insert(words.end(), command.words.begin(), command.words.end());
-        return start_after(fmt::format("ulimit -t 20; export ZMFB_MEMORY_COUNT='{}' ZMFB_MEMORY_NTH={} {}",
-                                       file("count"), fault.nth, fault.stays ? "ZMFB_MEMORY_STAYS=1" : ""),
-                           words)
+        return start_after(
+                   fmt::format("ulimit -t 20; {}{}export ZMFB_MEMORY_COUNT='{}' ZMFB_MEMORY_NTH={} {}",
+                               command.settings, command.settings.empty() ? "" : "; ", file("count"),
+                               fault.nth, fault.stays ? "ZMFB_MEMORY_STAYS=1" : ""),
+                   words)
             ->end();
     }
     // One that reads the command line, and nothing else.
@@ -31,8 +33,8 @@ class CommandMemory : public CommandsThatFail {
         return static_cast<int>(count);
     }
     void begin_again(const FaultyCommand& command) const {
+        if (!command.kept.empty() || !command.database.empty()) return prepare(command);
         std::filesystem::copy_file(file("ready"), path(), std::filesystem::copy_options::overwrite_existing);
-        if (!command.kept.empty()) prepare(command);
     }
 
     // Makes allocations fail, but for the first `passed_over`: at each of them alone, and at it and all after

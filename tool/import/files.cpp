@@ -6,7 +6,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
 #include "host/text.h"
@@ -21,9 +24,14 @@ bool is_dbf(const fs::path& path) { return host::lower(path.extension().string()
 
 std::vector<std::string> in_folder(const std::string& folder) {
     std::vector<std::string> paths;
-    for (const auto& entry : fs::directory_iterator(folder)) {
+    // Where memory ends, a directory_iterator ends the process.
+    const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), ::closedir);
+    if (!open) throw Failure{Exit::failed, fmt::format("cannot read {}", folder), std::strerror(errno)};
+    while (const dirent* const entry = ::readdir(open.get())) {
         require_uninterrupted();
-        if (is_dbf(entry.path()) && entry.is_regular_file()) paths.push_back(entry.path().string());
+        const fs::path path = fs::path(folder) / entry->d_name;
+        std::error_code gone;
+        if (is_dbf(path) && fs::is_regular_file(path, gone)) paths.push_back(path.string());
     }
     if (paths.empty()) throw Failure{Exit::failed, fmt::format("no DBF file is in {}", folder)};
     std::ranges::sort(paths);
