@@ -72,27 +72,23 @@ void convert_whole_file(const DbfHeader& header, std::span<const dbf::Field> fie
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    be_quiet();
-    const std::string_view file(reinterpret_cast<const char*>(data), size);
+void zmfb::fuzz::try_input(Input& input) {
+    const std::string_view file = input.rest();
     const auto header = transfer::read_dbf_header(file.substr(0, transfer::dbf_header_bytes));
-    require(header.has_value() == (size >= transfer::dbf_header_bytes), "sixteen bytes make a header");
-    if (!header) return 0;
+    require(header.has_value() == (file.size() >= transfer::dbf_header_bytes), "sixteen bytes make a header");
+    if (!header) return;
     require(header->record_length >= 0 && header->records >= 0, "no size is negative");
     const std::string_view descriptors =
-        file.substr(std::min<std::size_t>(size, dbf::prolog_size), header->descriptor_bytes());
+        file.substr(std::min<std::size_t>(file.size(), dbf::prolog_size), header->descriptor_bytes());
     const bool terminated = transfer::has_dbf_terminator(*header, descriptors);
     require(!terminated || descriptors.back() == '\r', "a terminator is one");
     const auto fields = transfer::read_dbf_fields(*header, descriptors);
     require(!terminated || fields.has_value(), "descriptors ahead of a terminator are whole");
-    if (!fields) return 0;
+    if (!fields) return;
     for (const auto& field : *fields) {
         require(field.name.size() == 10, "a name has ten bytes");
         require(field.length <= 255 || field.type == 'C', "only texts are longer than 255");
         require(field.decimals >= 0 && field.decimals <= 255, "decimals are a byte");
     }
     if (transfer::record_holds_fields(*header, *fields)) convert_whole_file(*header, *fields, file);
-    return 0;
 }

@@ -119,10 +119,7 @@ void check_cell(const CellRule& rule, const CellInput& cell) {
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     const tool::browse::CellRule rule = rule_of(input);
     tool::Cell before;
     if (input.flag()) before = "";
@@ -132,5 +129,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         check_cell(rule, cell);
     }
     check_value(rule, cell.text());
-    return 0;
 }

@@ -166,11 +166,7 @@ void check_rows(const Value& result) {
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    be_quiet();
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     const Value object(new host::Instance(conn::zmfbconn_class()));
     auto& self = static_cast<Self&>(*object.object());
     var(self, Var::dbhndl) = 1;
@@ -183,5 +179,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         check_rows(result);
     }
     var(self, Var::dbhndl) = 0;
-    return 0;
 }

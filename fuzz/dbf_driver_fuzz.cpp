@@ -146,16 +146,13 @@ void check_reopened(const std::string& path, std::int64_t count, const std::vect
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb::fuzz;
-    be_quiet();
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     const std::uint8_t how = input.byte();
     const std::string_view steps = input.text();
     Input script(reinterpret_cast<const std::uint8_t*>(steps.data()), steps.size());
     const std::string path = scratch_file("t.dbf", input.rest());
     const auto table = open(path, (how & 1) != 0, (how & 2) != 0);
-    if (!table) return 0;
+    if (!table) return;
     require(!table->fields().empty(), "an open table has fields");
     check_position(*table);
     for (std::size_t i = 0; i < most_steps && !script.at_end(); ++i) step(*table, script);
@@ -163,5 +160,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<zmfb::host::Value> values = records_of(*table);
     require(table->close(), "the table closes");
     check_reopened(path, count, values);
-    return 0;
 }

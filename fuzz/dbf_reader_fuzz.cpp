@@ -105,17 +105,13 @@ void check_records(const dbf::Source& file, const dbf::Header& header, const Che
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     const std::string ending = endings[input.below(3)];
     const std::string memo(input.bytes(input.number<std::uint16_t>()));
     const auto file = dbf::in_memory(std::string(input.rest()));
     const auto header = header_of(*file);
-    if (!header) return 0;
+    if (!header) return;
     check_header(*header, file->size());
     const auto memos = memos_of(memo, ending, *header);
     check_records(*file, *header, {memos, memo.size()});
-    return 0;
 }

@@ -2,10 +2,7 @@
 #include "fuzz/fuzz.h"
 #include "tests/dbf/write_and_read.h"
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    fuzz::Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     const std::string path = (fuzz::scratch_folder() / "t.dbf").string();
     dbf_test::WriteAndRead(input, path, fuzz::require).run();
-    return 0;
 }

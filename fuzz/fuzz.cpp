@@ -34,6 +34,19 @@ struct Scratch {
     fs::path folder;
 };
 
+// Once for the process.
+void be_quiet() {
+    static const bool done = [] {
+        setenv("ZMFB_TEST_LOG", "/dev/null", 1);
+        host::error_block(Value::block([](host::Args) {
+            ++raised_count;
+            return Value();
+        }));
+        return true;
+    }();
+    static_cast<void>(done);
+}
+
 }  // namespace
 
 void require(bool holds, std::string_view what) {
@@ -78,18 +91,6 @@ Value value_of(Input& input, int depth) {
     }
 }
 
-void be_quiet() {
-    static const bool done = [] {
-        setenv("ZMFB_TEST_LOG", "/dev/null", 1);
-        host::error_block(Value::block([](host::Args) {
-            ++raised_count;
-            return Value();
-        }));
-        return true;
-    }();
-    static_cast<void>(done);
-}
-
 std::size_t raised() { return raised_count; }
 
 const fs::path& scratch_folder() {
@@ -111,3 +112,10 @@ std::string content_of(const std::string& path) {
 }
 
 }  // namespace zmfb::fuzz
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    zmfb::fuzz::be_quiet();
+    zmfb::fuzz::Input input(data, size);
+    zmfb::fuzz::try_input(input);
+    return 0;
+}

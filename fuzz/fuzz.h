@@ -10,7 +10,7 @@
 
 #include "host/value.h"
 
-/// What a target defines: runs one input. Returns 0; aborts when something that must hold does not.
+/// Runs one input; returns 0.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace zmfb::fuzz {
@@ -48,13 +48,13 @@ class Input {
     std::string_view rest_;
 };
 
+/// What a target defines: tries one input, with errors quiet; aborts when something that must hold does not.
+void try_input(Input& input);
+
 /// A value of any kind, arrays up to `depth` levels deep.
 Value value_of(Input& input, int depth = 3);
 
-/// Makes the error handler one that counts and answers NIL, and the log one that is not written. Called by a
-/// target ahead of everything else; further calls do nothing.
-void be_quiet();
-/// How many errors were raised since be_quiet().
+/// How many errors were raised: the error handler counts them and answers NIL, and the log is not written.
 std::size_t raised();
 
 /// A folder of this process for the files of a target, gone when the process ends.

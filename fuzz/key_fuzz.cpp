@@ -202,11 +202,7 @@ void check_value(std::string_view expression, const rdd::Term& key, const Record
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    be_quiet();
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     const Record record(input);
     const std::string_view expression = input.rest();
     check_tokens(expression);
@@ -214,8 +210,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto key = fuzz::key_of(expression, "");
     const auto of_other = fuzz::key_of(expression, "ZM_O.");
     require(key.has_value() == of_other.has_value(), "a prefix makes no key");
-    if (!key) return 0;
+    if (!key) return;
     require(of_other->sql == prefixed(key->sql, "ZM_O."), "only columns have the prefix");
     check_value(expression, *key, record);
-    return 0;
 }

@@ -85,11 +85,8 @@ void check_log(std::string_view source) {
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    be_quiet();
-    const std::string_view source(reinterpret_cast<const char*>(data), size);
+void zmfb::fuzz::try_input(Input& input) {
+    const std::string_view source = input.rest();
     check_call(source);
     check_shell(source);
     check_encoding(source);
@@ -97,5 +94,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Holder holder(source);
     require(holder.id == source, "a holder keeps its id");
     (void)tool::process_of(holder);
-    return 0;
 }

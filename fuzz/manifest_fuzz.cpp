@@ -5,16 +5,14 @@
 #include "tool/session.h"
 #include "tool/transfer/manifest.h"
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    const std::string path = scratch_file("manifest.json", {reinterpret_cast<const char*>(data), size});
+void zmfb::fuzz::try_input(Input& input) {
+    const std::string path = scratch_file("manifest.json", input.rest());
     std::optional<tool::Manifest> manifest;
     try {
         manifest = tool::read_manifest(path);
     } catch (const tool::Failure& failure) {
         require(failure.message.find(path) != std::string::npos, "what is no manifest is named");
-        return 0;
+        return;
     }
     for (const tool::ManifestFile& file : manifest->files()) {
         (void)tool::path_by_manifest(path, file.file);
@@ -24,5 +22,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     tool::OutputFile out(written);
     tool::write_manifest(out, manifest->files());
     require(tool::read_manifest(written).files() == manifest->files(), "a list that is written is read");
-    return 0;
 }

@@ -76,11 +76,7 @@ void close_matrix_files(const Value& path) {
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    be_quiet();
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     const std::uint8_t how = input.byte();
     FakeDatabase db;
     fill(db);
@@ -100,5 +96,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     db.failing.clear();
     check_extracted(db);
     if (from_file) close_matrix_files(matrix);
-    return 0;
 }

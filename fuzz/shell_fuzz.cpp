@@ -390,10 +390,7 @@ void check_candidates(std::string_view line) {
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb::fuzz;
-    be_quiet();
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     switch (input.below(4)) {
         case 0:
         case 1:
@@ -405,5 +402,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         default:
             check_candidates(input.rest());
     }
-    return 0;
 }

@@ -186,11 +186,7 @@ void check_method(const Value& object, std::string_view method, Input& input, bo
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    be_quiet();
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     const std::string_view invented = input.bytes(input.byte() * std::size_t{2});
     Input rows(reinterpret_cast<const std::uint8_t*>(invented.data()), invented.size());
     answers = &rows;
@@ -203,5 +199,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     } else {
         check_assembly(static_cast<Self&>(*object.object()), input);
     }
-    return 0;
 }

@@ -401,11 +401,7 @@ void use(zmFBConn& connection, Input& input, InventingClient& client) {
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb;
-    using namespace zmfb::fuzz;
-    be_quiet();
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     {
         InventingClient client(input);
         zmFBConn connection = zmFBConn::attached_as_it_is("invented:shop.fdb", "SYSDBA", "masterkey");
@@ -414,5 +410,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         require(client.open_transactions() == 0, "what was begun is ended");
     }
     require(InventedClient::referred_to() == 0, "what was handed out is given back");
-    return 0;
 }

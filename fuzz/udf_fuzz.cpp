@@ -116,9 +116,7 @@ void check_blob(Input& input, const ISC_LONG* start, const ISC_LONG* length) {
 }  // namespace
 }  // namespace zmfb::fuzz
 
-int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace zmfb::fuzz;
-    Input input(data, size);
+void zmfb::fuzz::try_input(Input& input) {
     const std::uint8_t given = input.byte();
     const auto small = [&]() -> ISC_LONG { return input.number<std::int16_t>(); };
     const ISC_LONG first = (given & 1) != 0 ? input.number<ISC_LONG>() : small();
@@ -137,5 +135,4 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     for (int doubled = given >> 5; doubled > 0; --doubled) text += text;
     check_texts(text, start, length);
     check_dates(text, {second, static_cast<ISC_TIME>(first)});
-    return 0;
 }
