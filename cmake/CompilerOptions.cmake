@@ -13,7 +13,10 @@ target_compile_options(zmfb_warnings INTERFACE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:
 # rounds twice then. This way numbers come out as they do on 64 bits.
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86")
     add_compile_options(-msse2 -mfpmath=sse)
-    # Sizes and numbers of files have 64 bits there, too.
+endif()
+
+# File positions of 64 bits on 32-bit machines; the locks of open files exist only with these.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     add_compile_definitions(_FILE_OFFSET_BITS=64)
 endif()
 

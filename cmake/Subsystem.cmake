@@ -1,8 +1,6 @@
 # What most files of the library include, compiled once. The flags of a subsystem must be these, or it is not used.
 add_library(zmfb_headers OBJECT "${CMAKE_CURRENT_LIST_DIR}/headers.cpp")
 target_link_libraries(zmfb_headers PRIVATE zmfb_warnings fmt::fmt)
-# File positions of 64 bits on 32-bit machines; the locks of open files exist only with these.
-target_compile_definitions(zmfb_headers PRIVATE _FILE_OFFSET_BITS=64)
 target_precompile_headers(zmfb_headers PRIVATE
     <algorithm> <array> <fmt/format.h> <map> <memory> <optional> <span> <string> <vector>)
 
@@ -16,7 +14,6 @@ function(zmfb_subsystem)
     cmake_parse_arguments(ARG "" "NAME" "SOURCES;MAY_INCLUDE" ${ARGN})
     add_library(zmfb_${ARG_NAME} OBJECT ${ARG_SOURCES})
     target_link_libraries(zmfb_${ARG_NAME} PRIVATE zmfb_warnings fmt::fmt)
-    target_compile_definitions(zmfb_${ARG_NAME} PRIVATE _FILE_OFFSET_BITS=64)
     target_precompile_headers(zmfb_${ARG_NAME} REUSE_FROM zmfb_headers)
     foreach(folder IN LISTS ARG_NAME ARG_MAY_INCLUDE)
         if(NOT IS_DIRECTORY "${PROJECT_SOURCE_DIR}/${folder}")
