@@ -7,6 +7,7 @@ from bench.support.processes import Failure
 from bench.support.stage import EMBEDDED
 
 FIELDS = 30
+AT_MOST = {"as ours": 1.10, "plain": 1.08}
 
 
 @functools.cache
@@ -45,8 +46,8 @@ def extract(stage):
                 **{against: _bare(worker, tables, calls) for calls, against in BARE.items()},
                 "ours": _ours(worker, tables)}, stage.progress)
             rows += [Row(f"extractmatrix of {tables:,} tables x {FIELDS} fields", where, against, seconds["ours"],
-                         seconds[against], Target(at_most=1.10), "s", [f"{statements:,} queries"])
-                     for against in BARE.values()]
+                         seconds[against], Target(at_most=AT_MOST[calls]), "s", [f"{statements:,} queries"])
+                     for calls, against in BARE.items()]
     return rows
 
 
