@@ -23,6 +23,7 @@ class ExportValues : public ExportFolder {
         const Finished in = on(path, {"import", folder_out + "/" + table + ".dbf", "--table", "back"});
         ASSERT_EQ(in.status, 0) << in.err;
     }
+    void drop_what_came_back() const { EXPECT_EQ(on(path, {"drop", "back", "--yes"}).status, 0); }
 };
 
 TEST_F(ExportValues, NumbersThatDoNotFitAreNamedAndNothingIsWritten) {
@@ -166,14 +167,28 @@ TEST_F(ExportValues, LongTextsAreMemosAndComeBack) {
                         "and b.body is not distinct from l.body"),
                   "2\r\n")
             << format;
-        exec("drop table back");
-        exec("drop sequence g_back_i");
-        exec("drop sequence g_back_d");
+        drop_what_came_back();
     }
     exec("update letters set body = 'cut' || ascii_char(26) || 'off' where id = 2");
     const Finished refused = export_to_folder({"letters", "--yes"});
     EXPECT_EQ(refused.status, 1);
     EXPECT_NE(refused.err.find("record 2, field BODY: "), std::string::npos) << refused.err;
+}
+
+TEST_F(ExportValues, BytesAreFieldsOrMemosAsTheFormatHasThemAndComeBack) {
+    exec(
+        "create table raw (id integer not null, few varchar(254) character set octets, "
+        "many varchar(255) character set octets)");
+    exec("insert into raw values (1, rpad('', 254, x'00FF1A'), rpad('', 255, x'1AFF00'))");
+    for (const auto& [format, types] : {std::pair("foxpro", "NPP"), std::pair("vfp", "IQM")}) {
+        there_and_back("raw", {"--yes", "--format", format});
+        const std::string header = read_file(folder_out + "/raw.dbf");
+        EXPECT_EQ((std::string{header.at(43), header.at(75), header.at(107)}), types);
+        EXPECT_EQ(query("select count(*) from raw r join back b on b.few = r.few and b.many = r.many"),
+                  "1\r\n")
+            << format;
+        drop_what_came_back();
+    }
 }
 
 TEST_F(ExportValues, TextsAreConvertedIntoTheEncodingThatIsWanted) {

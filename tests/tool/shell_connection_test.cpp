@@ -1,4 +1,4 @@
-// A shell whose connection to the server breaks.
+// A shell, and calls, whose connection to the server breaks.
 #include "tests/support/bare_client.h"
 #include "tests/support/dialogue.h"
 #include "tests/support/environment.h"
@@ -109,6 +109,19 @@ TEST_F(ShellConnection, CommandsOfTheShellTellOfItToo) {
     talk.expect_prompt(prompt);
     talk.type(".quit\n");
     EXPECT_EQ(talk.end(), 0);
+}
+
+TEST_F(ShellConnection, ACallThatMeetsABrokenOneHasFailedWhateverItAnswers) {
+    Dialogue talk(command({"--db", database_, "call", "-"}, password()));
+    talk.type("istable('T')\n");
+    talk.expect(".T.");
+    end_attachments();
+    talk.type("istable('T')\n");
+    talk.expect(".F.");
+    talk.expect(is_lost);
+    talk.type("istable('T')\n\x04");
+    talk.expect(".T.");
+    EXPECT_EQ(talk.end(), 1);
 }
 
 }  // namespace

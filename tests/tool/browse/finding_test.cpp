@@ -39,7 +39,11 @@ TEST_F(BrowseFinding, SeeksInTheOrderAndGoesOn) {
     shown->expect("a key is sought in an order");
     shown->press({"n"});
     shown->expect("nothing was sought");
-    shown->press({"o", "/"});
+    shown->press({"o"});
+    shown->expect("order NAME: UPPER(NAME)");
+    shown->press({"n"});
+    shown->expect("nothing was sought");
+    shown->press({"/"});
     shown->expect("Seek in NAME:");
     shown->type("jo");
     shown->press({"Enter"});
@@ -58,6 +62,10 @@ TEST_F(BrowseFinding, SeeksInTheOrderAndGoesOn) {
     shown->press({"Enter"});
     shown->expect("there is no LX; this is what comes next");
     shown->expect("record 6 ");
+    shown->press({"o", "o"});
+    shown->expect("in the order of the record numbers");
+    shown->press({"n"});
+    shown->expect("nothing was sought");
 }
 
 TEST_F(BrowseFinding, SeeksNumbersInAnOrderOfNumbers) {

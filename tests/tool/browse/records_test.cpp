@@ -129,6 +129,7 @@ TEST_F(EditingRecords, AreDeletedAfterAQuestionAndComeBackUnderANewNumber) {
     EXPECT_EQ(locked(), "");
     shown->press({"u"});
     shown->expect("record 1 is back as record 11: no number is given twice");
+    shown->expect("record 11   row 10 of 10");
     EXPECT_EQ(stored(11, "NAME || CREDIT"), "Ana Conceição           1250.50");
     shown->press({"u"});
     shown->expect("there is nothing to undo");
