@@ -172,7 +172,7 @@ void Editor::undo() {
     const Changes::Undone undone = changes_.undo();
     browse_.say(undone.words);
     grid_.window().forget_count();
-    if (undone.number == 0 || !grid_.window().go(undone.number)) grid_.window().reload();
+    if (!grid_.window().go(undone.number)) grid_.window().reload();
 }
 
 }  // namespace zmfb::tool::browse

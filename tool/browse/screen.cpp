@@ -201,7 +201,7 @@ void Screen::clear() {
 
 void Screen::put(int row, int column, int width, std::string_view text, Look look) {
     const int room = std::min(width, columns() - column);
-    if (row < 0 || row >= rows() || room <= 0) return;
+    if (row >= rows() || room <= 0) return;
     const Painted paint = painted(look);
     wattr_set(stdscr, paint.attributes, has_colour_pairs ? paint.pair : short{0}, nullptr);
     wmove(stdscr, row, column);
