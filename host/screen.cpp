@@ -6,6 +6,7 @@
 #include <curses.h>
 #include <langinfo.h>
 #include <locale.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -238,26 +239,32 @@ int xbase_key(int key) {
 
 using Clock = std::chrono::steady_clock;
 
-// The keys are read through a pad: reading from one neither redraws the screen nor touches the waiting time
-// that the program has set for the standard screen.
-int wait_for_key(bool for_ever, Clock::time_point until) {
-    static WINDOW* const keys = newpad(1, 1);
-    keypad(keys, TRUE);
-    for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now()).count();
-        constexpr long long longest = 60000;
-        wtimeout(keys, static_cast<int>(for_ever ? longest : std::clamp<long long>(left, 0, longest)));
-        const int key = wgetch(keys);
-        if (key != ERR && xbase_key(key) != 0) return xbase_key(key);
-        if (!for_ever && Clock::now() >= until) return 0;
-    }
-}
-
 void pause_until(Clock::time_point until) {
     const auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(until - Clock::now()).count();
     if (left <= 0) return;
     timespec wait{static_cast<time_t>(left / 1000000000), static_cast<long>(left % 1000000000)};
     while (::nanosleep(&wait, &wait) != 0 && errno == EINTR) {
+    }
+}
+
+// The keys are read through a pad: reading from one neither redraws the screen nor touches the waiting time
+// that the program has set for the standard screen. It is not ncurses that waits: that goes by the time of
+// day, which may be set back meanwhile. A program's own curses screen may have its keys from elsewhere, and a
+// terminal may have gone: where there is something to read, but no key, that is not asked for again at once.
+int wait_for_key(Clock::time_point until) {
+    constexpr std::chrono::milliseconds longest_step(100);
+    static WINDOW* const keys = newpad(1, 1);
+    keypad(keys, TRUE);
+    wtimeout(keys, 0);
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    for (bool in_vain = false;;) {
+        const int key = wgetch(keys);
+        if (key != ERR && xbase_key(key) != 0) return xbase_key(key);
+        const Clock::time_point now = Clock::now();
+        if (now >= until) return 0;
+        const auto step = std::min(std::chrono::ceil<std::chrono::milliseconds>(until - now), longest_step);
+        if (in_vain) pause_until(now + step);
+        in_vain = !in_vain && ::poll(&input, 1, static_cast<int>(step.count())) > 0;
     }
 }
 
@@ -344,7 +351,7 @@ Value inkey(const Value& seconds) {
     const bool full_screen = standard_screen() != nullptr;
     const auto pause = std::chrono::duration<double>(wait > 0 ? std::min(wait, longest) : 0.0);
     const auto until = Clock::now() + std::chrono::duration_cast<Clock::duration>(pause);
-    if (full_screen) return wait_for_key(wait == 0.0, until);
+    if (full_screen) return wait_for_key(wait == 0.0 ? Clock::time_point::max() : until);
     pause_until(until);
     return 0;
 }
