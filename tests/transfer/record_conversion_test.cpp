@@ -67,6 +67,7 @@ TEST(RecordConversion, DateFieldOfAnotherLengthHoldsNoDate) {
     EXPECT_EQ(converted({field('D', 10), field('C', 1)}, " 2007-03-01x"), "0001-01-01x");
     EXPECT_EQ(converted({field('D', 6), field('C', 1)}, " 200703x"), "0001-01-01x");
     EXPECT_EQ(converted({field('D', 0), field('C', 1)}, " x"), "0001-01-01x");
+    EXPECT_EQ(converted({field('C', 1), field('D', 0), field('C', 1)}, " xy"), "x0001-01-01y");
 }
 
 TEST(RecordConversion, NumberStandsAsItIs) {
