@@ -11,6 +11,7 @@
  * where it prints.
  */
 #define _GNU_SOURCE
+#undef _FILE_OFFSET_BITS /* which would give functions of 32-bit positions the names of the others */
 #include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -34,7 +35,7 @@ static char writes_through[most_files]; /* nothing waits for a sync */
 struct block {
     int file; /* -1 when it is on the disk */
     dev_t device;
-    ino_t inode;
+    ino64_t inode;
     off64_t offset;
     size_t size;
     off64_t length; /* of the file before it */
@@ -181,13 +182,18 @@ ssize_t writev(int file, const struct iovec* parts, int count) {
     return is_meant(file) ? write(file, parts[0].iov_base, parts[0].iov_len) : others(file, parts, count);
 }
 
-ssize_t sendfile64(int to, int from, off64_t* offset, size_t size) {
-    ssize_t (*others)(int, int, off64_t*, size_t);
-    find(&others, "sendfile64");
+static ssize_t send_with(const char* name, int to, int from, void* offset, size_t size) {
+    ssize_t (*others)(int, int, void*, size_t);
+    find(&others, name);
     const enum outcome outcome = call_on(is_meant(to), of_write);
     return outcome == fails ? -1 : others(to, from, offset, outcome == is_short ? (size + 1) / 2 : size);
 }
-ssize_t sendfile(int to, int from, off_t* offset, size_t size) { return sendfile64(to, from, offset, size); }
+ssize_t sendfile64(int to, int from, off64_t* offset, size_t size) {
+    return send_with("sendfile64", to, from, offset, size);
+}
+ssize_t sendfile(int to, int from, off_t* offset, size_t size) {
+    return send_with("sendfile", to, from, offset, size);
+}
 
 size_t fwrite(const void* bytes, size_t size, size_t count, FILE* stream) {
     size_t (*others)(const void*, size_t, size_t, FILE*);

@@ -1,6 +1,7 @@
 /* A library to be loaded before all others: before it writes a page of a database for the n-th time, n being
  * what ZMFB_KILLED_AT says, the process gets SIGKILL, or the signal whose number is in ZMFB_KILLED_BY. */
 #define _GNU_SOURCE
+#undef _FILE_OFFSET_BITS /* which would give functions of 32-bit positions the names of the others */
 #include <dlfcn.h>
 #include <signal.h>
 #include <stdlib.h>
