@@ -26,15 +26,19 @@ comm -23 names words >unknown
 [ ! -s unknown ] || fail "exported, but in no public header: $(tr '\n' ' ' <unknown)"
 
 # Nothing that the list of released symbols has is gone, and nothing is there that it does not have. A new one goes in
-# with the version that brings it; one that is gone or has changed takes a new major version.
+# with the version that brings it; one that is gone or has changed takes a new major version. Sizes and numbers of 64 bits
+# have other types on 32 bits, and what has them in its name another name there.
+those='/\blong\b|[0-9]ul\b/s/\(c\+\+/(arch-bits=64|c++/'
+[ -z "${ZMFB_ARCHITECTURE-}" ] || those='s/\(c\+\+/(arch-bits=32|c++/'
 mkdir debian
 cp "$ZMFB_SOURCE"/debian/{control,changelog} debian
 list=$ZMFB_SOURCE/debian/libzmfbconn${ZMFB_VERSION%%.*}.symbols
-if ! dpkg-gensymbols -plibzmfbconn"${ZMFB_VERSION%%.*}" -c4 -e"$library" -I"$list" -O/dev/null >changes 2>&1; then
+if ! dpkg-gensymbols -plibzmfbconn"${ZMFB_VERSION%%.*}" ${ZMFB_ARCHITECTURE:+-a"$ZMFB_ARCHITECTURE"} -c4 \
+    -e"$library" -I"$list" -O/dev/null >changes 2>&1; then
     fail "$(c++filt <changes)
 What is new belongs in debian/${list##*/} like this:
 $(c++filt <changes | sed -nE "s/^\+( zmfb_\w+@\w+) .*/\1 $ZMFB_VERSION/p; s/^\+ ([^#]*::[^@]*@\w+) .*/ (c++)\"\1\" $ZMFB_VERSION/p" |
-    sed -E '/\blong\b|[0-9]ul\b/s/\(c\+\+/(arch-bits=64|c++/')"
+    sed -E "$those")"
 fi
 
 # The name that programs are linked to.
