@@ -4,6 +4,9 @@ set(CMAKE_C_FLAGS_INIT -m32)
 set(CMAKE_CXX_FLAGS_INIT -m32)
 set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
 
+# What is built runs here, whatever names the system besides (debian/rules).
+set(CMAKE_CROSSCOMPILING FALSE)
+
 # What scripts/i386_libraries.sh put there.
 list(PREPEND CMAKE_LIBRARY_PATH "${CMAKE_BINARY_DIR}/libraries")
 

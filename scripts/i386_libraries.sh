@@ -14,11 +14,12 @@ cd "${0%/*}/.."
 . scripts/packages.sh
 ln -sf "$installed/libedit.so.2" "$folder/libedit.so"
 ln -sf "$installed/libmd.so.0" "$folder/libmd.so"
+ln -sf "$installed/libtinfo.so.6" "$folder/libtinfo.so"
 for curses in libncurses libncursesw; do
     echo "INPUT($installed/$curses.so.6 $installed/libtinfo.so.6)" >"$folder/$curses.so"
 done
 
-if [ ! -e "$folder/firebird" ]; then
+if [ ! -e "$folder/libib-util" ]; then
     scratch=$(mktemp -d)
     trap 'rm -rf "$scratch"' EXIT
     cd "$scratch"
@@ -34,6 +35,8 @@ if [ ! -e "$folder/firebird" ]; then
     # Its interpreter is made by the tests, in python/bin.
     mkdir -p "$folder/python"
     cp -r "$scratch/usr/lib" "$folder/python/"
+    # With what it tells of itself: packages of ours depend on it.
+    dpkg-deb -R "$scratch"/libib-util_*.deb "$folder/libib-util"
     find "$scratch" -name 'libexpat.so.1*' -o -name 'libz.so.1*' | xargs cp -Pt "$folder"
     ln -sf python/lib/i386-linux-gnu/libpython3.11.so.1.0 "$folder/"
     ln -sf libpython3.11.so.1.0 "$folder/libpython3.so"

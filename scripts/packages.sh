@@ -30,9 +30,9 @@ test_packages=(
 # What fuzz/run.sh builds with; the tests run the kept inputs without it.
 fuzz_packages=(clang libclang-rt-14-dev)
 
-# What the programs of `./test.sh --arch i386` are built with and link, besides the packages above.
+# What the programs of `./test.sh --arch i386` are built and packed with and link, besides the packages above.
 i386_packages=(
-    g++-multilib
+    g++-multilib binutils-i686-linux-gnu
     libfbclient2:i386 libfmt-dev:i386 libgtest-dev:i386 librapidcheck-dev:i386 libedit2:i386 libmd0:i386 libncurses6:i386 libncursesw6:i386
     libicu72:i386 libtommath1:i386 libffi8:i386
 )

@@ -38,10 +38,10 @@ needs by_cmake/c_shared yes
 echo "pkg-config"
 export PKG_CONFIG_PATH=$PWD/prefix/$ZMFB_LIBDIR/pkgconfig LD_LIBRARY_PATH=$PWD/prefix/$ZMFB_LIBDIR
 same "its version" "$ZMFB_VERSION" "$(pkg-config --modversion zmfbconn)"
-read -ra flags <<<"$(pkg-config --cflags zmfbconn)"
-read -ra shared <<<"$(pkg-config --libs zmfbconn)"
+read -ra flags <<<"${CFLAGS-} $(pkg-config --cflags zmfbconn)"
+read -ra shared <<<"${CFLAGS-} $(pkg-config --libs zmfbconn)"
 # The linker takes the shared library where it has the choice.
-read -ra static <<<"$(pkg-config --static --libs zmfbconn | sed 's/-lzmfbconn/-l:libzmfbconn.a/')"
+read -ra static <<<"${CFLAGS-} $(pkg-config --static --libs zmfbconn | sed 's/-lzmfbconn/-l:libzmfbconn.a/')"
 "$CXX" -std=c++20 -Wall -Wextra -Wpedantic -Werror "${flags[@]}" -c "${0%/*}/consumer/consumer.cpp" -o cpp.o
 "$CC" -std=c11 -Wall -Wextra -Wpedantic -Werror "${flags[@]}" -c "${0%/*}/consumer/consumer.c" -o c.o
 "$CXX" cpp.o -o cpp "${shared[@]}"

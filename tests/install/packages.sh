@@ -8,7 +8,13 @@ for program in dh dh_python3 mkdocs; do
 done
 mkdir zmfbconn
 cp -r "$ZMFB_SOURCE"/{debian,packaging,CHANGELOG.md} zmfbconn
-(cd zmfbconn && DEB_BUILD_OPTIONS=noautodbgsym DEB_RULES_REQUIRES_ROOT=no debian/rules binary) >packages.log 2>&1 || fail "$(cat packages.log)"
+here=${ZMFB_ARCHITECTURE:-$(dpkg --print-architecture)}
+# Packages depend on libraries as they are installed.
+(
+    cd zmfbconn
+    env -u LD_LIBRARY_PATH DEB_BUILD_OPTIONS=noautodbgsym DEB_RULES_REQUIRES_ROOT=no \
+        dpkg-architecture -a "$here" -c debian/rules binary
+) >packages.log 2>&1 || fail "$(cat packages.log)"
 rm -rf "$ZMFB_PACKAGES"
 mkdir "$ZMFB_PACKAGES"
 mv ./*.deb "$ZMFB_PACKAGES"
@@ -16,7 +22,6 @@ mv ./*.deb "$ZMFB_PACKAGES"
 # field PACKAGE FIELD...: the values of its fields
 field() { dpkg-deb --field "$ZMFB_PACKAGES/$1"_*.deb "${@:2}"; }
 
-here=$(dpkg --print-architecture)
 library=libzmfbconn${ZMFB_VERSION%%.*}
 # Each with what it cannot be without.
 declare -A needs=(
@@ -48,6 +53,7 @@ same "what programs linked to it depend on" "$library #MINVER#" \
 root=$PWD/root
 mkdir -p "$root"/var/lib/dpkg/{info,updates,triggers}
 touch "$root"/var/lib/dpkg/{status,available}
+printf '%s\n' "$(dpkg --print-architecture)" "$here" >"$root/var/lib/dpkg/arch"
 dpkg --force-not-root,depends,bad-path --root="$root" --log="$PWD/dpkg.log" --unpack "${files[@]}" >unpack.log 2>&1 ||
     fail "$(cat unpack.log)"
 for name in "${!needs[@]}"; do
@@ -66,7 +72,8 @@ for file in bin/zmfb include/zmfbconn.h include/zmfbconn/connection.h "$folder/l
     lib/python3/dist-packages/zmfbconn/__init__.py; do
     [ -s "$usr/$file" ] || fail "no package has $file"
 done
-[ -d "/usr/$folder/firebird/3.0/UDF" ] || fail "Firebird's folder of functions is elsewhere"
+[ -d "/usr/$folder/firebird/3.0/UDF" ] || [ -d "$ZMFB_BUILD/libraries/firebird/3.0/UDF" ] ||
+    fail "Firebird's folder of functions is elsewhere"
 for file in bin/zmfb "$folder/libzmfbconn.so" "$folder/zmfbconn/zmrddudfs.so"; do
     if grep -qF -e "$ZMFB_SOURCE" -e "$ZMFB_BUILD" "$usr/$file"; then fail "$file names the machine's folders"; fi
 done
@@ -94,8 +101,10 @@ for linked in $(field zmfb Depends | tr ',' '\n' | awk '/^ ?lib/ {print $1}'); d
 done
 
 echo "the module for Python"
-same "what it says" "$ZMFB_VERSION 42" "$(PYTHONPATH=$usr/lib/python3/dist-packages LD_LIBRARY_PATH=$usr/$folder \
-    python3 -B -c 'import zmfbconn; print(zmfbconn.__version__, zmfbconn.Block(lambda n: 2 * n)(21))')"
+same "what it says" "$ZMFB_VERSION 42" "$(
+    export PYTHONPATH=$usr/lib/python3/dist-packages LD_LIBRARY_PATH=$usr/$folder${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
+    "$ZMFB_PYTHON" -B -c 'import zmfbconn; print(zmfbconn.__version__, zmfbconn.Block(lambda n: 2 * n)(21))'
+)"
 same "its files" "$(cd "$ZMFB_SOURCE/python" && find . -name '*.py' | sort)" \
     "$(cd "$usr/lib/python3/dist-packages" && find . -type f | sort)"
 

@@ -8,7 +8,7 @@ thrown: [FBCONN Error];zmFBConn has no Method named: nosuch"
 
 # configure FOLDER ARGUMENT...
 configure() {
-    cmake -S "${0%/*}/subdirectory" -B "$1" -G Ninja -DZMFB_SOURCE="$ZMFB_SOURCE" -DCMAKE_CXX_FLAGS=-O0 "${@:2}" \
+    cmake -S "${0%/*}/subdirectory" -B "$1" -G Ninja -DZMFB_SOURCE="$ZMFB_SOURCE" -DCMAKE_CXX_FLAGS="${CXXFLAGS-} -O0" "${@:2}" \
         >cmake.log 2>&1 || fail "$(cat cmake.log)"
 }
 
