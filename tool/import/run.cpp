@@ -34,7 +34,7 @@ void verify(FileImport& file) {
                       fmt::format("{} was imported, but does not hold what was exported", file.report.file),
                       differs};
     }
-    file.report.notes.push_back(
+    file.report.notes.emplace_back(
         file.exported->values.empty()
             ? "as many records as were exported; values were converted then, and not compared"
             : "the records and values that were exported");

@@ -30,7 +30,8 @@ Turn::Turn() {
 }
 
 Turn::~Turn() {
-    if (--turns == 0 && shared >= 0) static_cast<void>(::lockf(shared, F_ULOCK, 0));
+    if (--turns > 0 || shared < 0) return;
+    [[maybe_unused]] const int given_back = ::lockf(shared, F_ULOCK, 0);
 }
 
 }  // namespace zmfb::tool
