@@ -148,7 +148,8 @@ class Sparse final : public Source {
     [[nodiscard]] std::uint64_t size() const override { return std::uint64_t{3} << 30; }
     std::size_t read(std::uint64_t position, std::span<char> bytes) const override {
         std::ranges::fill(bytes, '\0');
-        if (position < beginning_.size()) beginning_.copy(bytes.data(), bytes.size(), position);
+        if (position < beginning_.size())
+            beginning_.copy(bytes.data(), bytes.size(), static_cast<std::size_t>(position));
         read_ += bytes.size();
         return bytes.size();
     }
