@@ -54,7 +54,8 @@ std::string by_bringdbf(const std::string& bytes) {
 std::string by_reader(const std::string& bytes) {
     try {
         const dbf::Header header = dbf::read_header(*dbf::in_memory(bytes));
-        std::string all = summary(header.fields, header.records, header.record_size, header.start);
+        std::string all = summary(header.fields, header.records, static_cast<std::size_t>(header.record_size),
+                                  static_cast<std::size_t>(header.start));
         if (header.cut_off > 0) all += ", cut off";
         return all;
     } catch (const dbf::Refused& refused) {
