@@ -57,6 +57,14 @@ TEST_F(AreaFields, AreNotReadAsWhatTheyDoNotHold) {
     EXPECT_EQ(reason_of([&] { (void)area["CODE"].as<bool>(); }), Reason::wrong_type);
 }
 
+TEST_F(AreaFields, WithATimeOfDayAreNotReadAsADay) {
+    execute("update STOCK set SINCE = '2007-03-01 12:30'");
+    const Area area = stock();
+    EXPECT_EQ(reason_of([&] { (void)area["SINCE"].as<year_month_day>(); }), Reason::wrong_type);
+    EXPECT_EQ(area["SINCE"].as<Timestamp>(),
+              Timestamp(std::chrono::sys_days(2007y / 3 / 1).time_since_epoch() + 12h + 30min));
+}
+
 TEST_F(AreaFields, OfAnotherAreaAreNotTakenForThose) {
     connection()(m::createtable, "OTHERS", Structure{{"CODE", "C", 5, 0}});
     const Area area = stock(), other(connection(), "OTHERS");

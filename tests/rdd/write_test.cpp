@@ -136,6 +136,8 @@ TEST_F(AreaWrite, TakesWhatAFieldHolds) {
     EXPECT_EQ(stored(1, "SINCE"), "NULL");
     EXPECT_EQ(reason_of([&] { held["CODE"] = 5; }), Reason::wrong_type);
     EXPECT_EQ(reason_of([&] { held["ONHAND"] = "5"; }), Reason::wrong_type);
+    EXPECT_EQ(reason_of([&] { held["ONHAND"] = true; }), Reason::wrong_type);
+    EXPECT_EQ(reason_of([&] { held["SINCE"] = 2007y / 2 / 30; }), Reason::wrong_type);
     EXPECT_EQ(reason_of([&] { held["PRICE"] = Decimal("0.001"); }), Reason::wrong_type);
     EXPECT_EQ(reason_of([&] { held["ONHAND"] = 1e30; }), Reason::wrong_type);
     EXPECT_EQ(reason_of([&] { held["LISTED"] = 2007y / 3 / 1; }), Reason::wrong_type);
