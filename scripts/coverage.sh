@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Which lines the tests reach and which branches they take: a table by folder, every line that none reaches, and every other
-# of which a branch is never taken. Branches that only an exception takes, or that no code leads to, do not count.
+# of which a branch is never taken. Branches that throw, or that no code leads to, do not count; those that clean up behind
+# an exception do, since nothing tells them from others.
 #
 #   scripts/coverage.sh             the tests without the slow ones
 #   scripts/coverage.sh -L unit     any further words go to ctest
