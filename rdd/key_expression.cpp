@@ -147,7 +147,7 @@ Term key_of(std::string_view expression, const KeyFields& table, std::string_vie
         Term key = Parser(expression, table, prefix).whole();
         if (key.type == 'C' && key.width == 0) throw OrderError("it is always empty");
         if (!key.exact) throw OrderError("it is made of floating numbers; STR of it can be one");
-        if (key.type == 'N' && key.decimals > number_digits) throw OrderError("it has too many decimals");
+        if (key.type == 'N') require_digits(key);
         switch (key.type) {
             case 'C':
                 key.sql = padded(key);

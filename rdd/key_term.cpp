@@ -200,6 +200,7 @@ Term field_term(const FieldDescriptor& field, std::string_view prefix) {
             [[fallthrough]];
         case 'N':
             term.sql = fmt::format("coalesce({}, 0)", column);
+            term.most = std::pow(10.0, static_cast<double>(field.length - field.decimals));
             break;
         case 'D':
             term.sql = column;
@@ -220,7 +221,16 @@ Term number_term(std::string_view digits, bool negative) {
     term.decimals = point == std::string_view::npos ? 0 : digits.size() - point - 1;
     term.sql = fmt::format("{}{}", negative ? "-" : "", digits);
     term.constant = std::strtod(term.sql.c_str(), nullptr);
+    term.most = std::abs(*term.constant);
     return term;
+}
+
+// With its decimals it is an integer of 64 bits, and stays one when a key adds five times the greatest number
+// of 18 digits.
+void require_digits(const Term& number) {
+    constexpr double greatest = 4e18;
+    if (number.exact && number.most * std::pow(10.0, static_cast<double>(number.decimals)) > greatest)
+        throw OrderError("it may have more than 18 digits, those behind the point among them");
 }
 
 Term sum_of(const Term& a, const Term& b) {
@@ -237,6 +247,8 @@ Term sum_of(const Term& a, const Term& b) {
     term.sql = fmt::format("({} + {})", a.sql, b.sql);
     term.decimals = std::max(a.decimals, b.decimals);
     term.exact = a.exact && b.exact;
+    term.most = a.most + b.most;
+    require_digits(term);
     return term;
 }
 

@@ -20,6 +20,7 @@ struct Term {
     std::size_t width = 0;     ///< of a text, in bytes; of a field of numbers, its digits
     bool varying = false;      ///< whether a text may be shorter than that
     std::size_t decimals = 0;  ///< of a number
+    double most = 0;           ///< of a number: how far it is from zero at most, as fields are declared
     bool exact = true;         ///< whether a number has no other digits than these
     /// Of a number that stands there itself.
     std::optional<double> constant = {};
@@ -33,6 +34,8 @@ Term field_term(const FieldDescriptor& field, std::string_view prefix);
 Term text_term(std::string_view bytes);
 /// A number that stands there itself, as digits with or without a point.
 Term number_term(std::string_view digits, bool negative);
+/// Throws for a number, not a floating one, that may have more digits than the engine adds up in a key.
+void require_digits(const Term& number);
 /// `a` + `b`.
 Term sum_of(const Term& a, const Term& b);
 /// A function of that name, upper case.

@@ -172,6 +172,17 @@ TEST_F(Orders, ThatTheRowsRefuseLeaveNothing) {
     EXPECT_TRUE(kept().empty());
 }
 
+// Who made such an order could add no record any more.
+TEST_F(Orders, OfSumsTakeTheNumbersThatTheirFieldsAreFor) {
+    EXPECT_EQ(order_error([this] {
+                  create("SUM", "CREDIT + 0.12345678901");
+              }).find("it may have more than 18 digits, those behind the point among them"),
+              std::string("CREDIT + 0.12345678901 cannot be a key: ").size());
+    const rdd::Order order = create("SUM", "CREDIT + 0.1234567890");
+    for (const char* credit : {"99999999.99", "-9999999.99", "0"}) add("x", "Cork", credit);
+    EXPECT_EQ(walk(order, Direction::forward, 10), (std::vector<int>{2, 3, 1}));
+}
+
 TEST_F(Orders, WhoseDescriptionsHaveNoKeyAreLeftOutAndCanBeDropped) {
     create("BYNAME", "NAME");
     create("BYCITY", "CITY");
