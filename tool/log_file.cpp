@@ -81,6 +81,10 @@ std::optional<LogEntry> LogReader::last() {
     return std::exchange(entry_, std::nullopt);
 }
 
+std::vector<LogEntry> LogReader::take_unfinished() {
+    return pending_.empty() ? std::vector<LogEntry>{} : take("\n");
+}
+
 std::string_view tag_of(std::string_view text) {
     if (!text.starts_with('[')) return {};
     const std::size_t end = text.find(']');

@@ -30,6 +30,9 @@ class LogReader {
     std::vector<LogEntry> take(std::string_view bytes);
     /// At the end of the file: the last entry, when its text is there. Lines that follow it later are lost.
     std::optional<LogEntry> last();
+    /// At the end of the file, where nobody waits for more: takes in the last line though it has no end, and
+    /// returns what take() does.
+    std::vector<LogEntry> take_unfinished();
 
   private:
     void take_line(std::string_view line, std::vector<LogEntry>& entries);

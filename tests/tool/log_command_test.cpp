@@ -161,6 +161,23 @@ TEST_F(LogCommand, WhatIsNoEntryIsPassedOver) {
     EXPECT_EQ(log({}).status, 0);
 }
 
+// As a disk that was full leaves it.
+TEST_F(LogCommand, ALineThatWasCutOffHidesNoEntry) {
+    write(0, "[EXIT] Disconnected from: one");
+    const std::string one = "Sat Nov 21 06:45:33 2026 [0] ana: [EXIT] Disconnected from: one\n";
+    for (const auto& [line, shown] :
+         {std::pair{"\t[0] an", one + "    \\t[0] an\n"},
+          {"\t[1] ana Sat Nov 21 06:45:34 2026", one},
+          {"\t[1] ana Sat Nov 21 06:45:34 2026\n [ERR", one + "Sat Nov 21 06:45:34 2026 [1] ana: [ERR\n"},
+          {"more", one + "    more\n"}}) {
+        write_file("log", content + line);
+        EXPECT_EQ(log({}).out, shown);
+        const auto entries =
+            nlohmann::json::parse(zmfb({"--json", "log"}, "", {"ZMFB_TEST_LOG=" + file("log")}).out);
+        EXPECT_EQ(entries[0]["user"], "ana");
+    }
+}
+
 TEST_F(LogCommand, ADateOfOtherBytesIsNeitherSentToTheTerminalNorTheEndOfJson) {
     write_file("log", "\t[0] ana Sat Nov 21 06:4\xE3:3\x1b 2026\n [CONN] one\n");
     EXPECT_EQ(log({}).out, "Sat Nov 21 06:4ã:3\\x1b 2026 [0] ana: [CONN] one\n");

@@ -44,10 +44,11 @@ int open_log(const std::string& path) {
                   "programs write their log there when they may; \"zmfb doctor\" tells"};
 }
 
-// The log, opened for reading.
+// The log, opened for reading; followed, when what is unfinished in it is waited for.
 class LogFile {
   public:
-    LogFile() : path_(log_file_path()), descriptor_(open_log(path_)) {}
+    explicit LogFile(bool followed)
+        : path_(log_file_path()), descriptor_(open_log(path_)), followed_(followed) {}
     ~LogFile() { close(descriptor_); }
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;
@@ -68,12 +69,16 @@ class LogFile {
                 use(std::move(entry));
             }
         }
+        if (!followed_) {
+            for (LogEntry& entry : reader_.take_unfinished()) use(std::move(entry));
+        }
         if (auto last = reader_.last()) use(std::move(*last));
     }
 
   private:
     std::string path_;
     int descriptor_;
+    bool followed_;
     off_t offset_ = 0;
     LogReader reader_;
 };
@@ -130,7 +135,7 @@ void follow(LogFile& file, const LogFilter& filter, bool json) {
 Exit log_command(Session& session, const Given& given) {
     const LogFilter filter{given.level, given.tag};
     const bool json = session.options().json;
-    LogFile file;
+    LogFile file(given.follow);
     std::deque<LogEntry> last;
     file.read_on([&](LogEntry entry) {
         if (!filter.admits(entry)) return;
