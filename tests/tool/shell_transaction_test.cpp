@@ -42,6 +42,13 @@ TEST_F(ShellTransaction, KeepsWhatIsCommittedAndUndoesWhatIsRolledBack) {
     EXPECT_EQ(stored(), "A 1 3 ");
 }
 
+TEST_F(ShellTransaction, WordsAloneInALineBeginAndEndItWhateverTheirCommentsSay) {
+    const Finished run =
+        shell("begin /* ; */\ninsert into t values (1, 'x');\ncommit -- ;\nbegin -- x\nrollback; -- y\n");
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, "done: begin\ndone: insert, 1 row\ndone: commit\ndone: begin\ndone: rollback\n");
+}
+
 TEST_F(ShellTransaction, IsTheOneOfStarttransactionAndCommitchanges) {
     const Finished run = shell(
         "starttransaction()\ninsert into t values (1, 'x');\ncachedupdate(\"insert into t values (2, "

@@ -7,7 +7,7 @@ namespace {
 
 // The words that begin and end a transaction go without their ";".
 bool may_end_here(const std::string& line) {
-    return step_of(line) != Step::none && line.find(';') == std::string::npos;
+    return step_of(line) != Step::none && !StatementScan().end_in(line);
 }
 
 }  // namespace
