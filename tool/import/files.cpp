@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <system_error>
 
@@ -22,6 +23,14 @@ namespace fs = std::filesystem;
 
 bool is_dbf(const fs::path& path) { return host::lower(path.extension().string()).string() == ".dbf"; }
 
+// Hundreds of thousands take seconds.
+void sort(std::vector<std::string>& paths) {
+    std::ranges::sort(paths, [](const std::string& a, const std::string& b) {
+        require_uninterrupted();
+        return a < b;
+    });
+}
+
 std::vector<std::string> in_folder(const std::string& folder) {
     std::vector<std::string> paths;
     // Where memory ends, a directory_iterator ends the process.
@@ -34,7 +43,7 @@ std::vector<std::string> in_folder(const std::string& folder) {
         if (is_dbf(path) && fs::is_regular_file(path, gone)) paths.push_back(path.string());
     }
     if (paths.empty()) throw Failure{Exit::failed, fmt::format("no DBF file is in {}", folder)};
-    std::ranges::sort(paths);
+    sort(paths);
     return paths;
 }
 
@@ -58,7 +67,7 @@ std::vector<std::string> fitting(const std::string& pattern) {
     globfree(&found);
     require_uninterrupted();
     if (answer != 0) throw Failure{Exit::failed, fmt::format("no file fits {}", pattern)};
-    std::ranges::sort(paths);
+    sort(paths);
     return paths;
 }
 
@@ -74,8 +83,8 @@ std::vector<std::string> meant_by(const std::string& given) {
 std::vector<std::string> import_paths(const std::vector<std::string>& given) {
     std::vector<std::string> all;
     for (const std::string& one : given) {
-        const std::vector<std::string> paths = meant_by(one);
-        all.insert(all.end(), paths.begin(), paths.end());
+        std::vector<std::string> paths = meant_by(one);
+        all.insert(all.end(), std::move_iterator(paths.begin()), std::move_iterator(paths.end()));
     }
     return all;
 }
