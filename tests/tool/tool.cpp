@@ -96,7 +96,11 @@ std::unique_ptr<Started> Tool::start_after(const std::string& preparation,
 
 std::string Tool::database() const {
     const Finished made = zmfb({"--db", new_database(), "create"});
-    if (made.status != 0) throw std::runtime_error("zmfb create failed: " + made.err);
+    if (made.status != 0) {
+        // Which of the signals it was, where somebody has ended it.
+        throw std::runtime_error("zmfb create ended with status " + std::to_string(made.status) + ": " +
+                                 made.err);
+    }
     return new_database();
 }
 
