@@ -7,6 +7,7 @@
 #include "sql/attachments.h"
 #include "sql/client.h"
 #include "sql/guard.h"
+#include "sql/lock_folder.h"
 #include "sql/parameter_block.h"
 #include "sql/sessions.h"
 #include "sql/state.h"
@@ -74,6 +75,7 @@ Status guard_slot(const std::string& database, std::unique_ptr<Guard>& guard) {
     if (!guard->holds(file)) held = guard->take(file);
     if (held.ok() && !guard->holds(file))
         held = Status(file + " cannot be opened to see which other processes have it open");
+    if (held.ok()) held = LockFolder::of_this_process().keep_room_for_files();
     return held.ok() ? done : refuse(no_attachment, held.message());
 }
 

@@ -12,6 +12,7 @@
 #include "sql/attachments.h"
 #include "sql/client.h"
 #include "sql/driver_setup.h"
+#include "sql/lock_folder.h"
 #include "sql/parameter_block.h"
 #include "sql/state.h"
 #include "zmfbconn/database.h"
@@ -80,6 +81,7 @@ Status create_file(const std::string& file, std::string_view user, std::string_v
     for (const std::string& name : {file, fresh}) {
         if (fs::exists(fs::symlink_status(name, error))) return Status(name + ": File exists");
     }
+    if (Status room = sql::LockFolder::of_this_process().look_for_room(); !room.ok()) return room;
     const Unnamed unnamed{fresh};
     Status done = create(fresh, user, password, fill);
     if (done.ok() && !bring_to_the_disk(fresh))

@@ -161,6 +161,7 @@ Status Guard::take(const std::string& file) {
     const int handle = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (handle < 0) return {};
     Status done = LockFolder::of_this_process().look();
+    if (done.ok()) done = LockFolder::of_this_process().look_for_room();
     if (done.ok()) {
         if (const auto conflict = lock_file(handle)) done = Status(refusal(file, *conflict));
     }

@@ -18,8 +18,8 @@ class Guard {
     Guard& operator=(const Guard&) = delete;
 
     /// Takes a file besides those that it holds. Fails when a process whose engine keeps its locks
-    /// elsewhere has the file, the folder of this process' locks is none to rely on, or files cannot be
-    /// locked there. A file that cannot be opened for reading is not held, which is no failure.
+    /// elsewhere has the file, the folder of this process' locks is none to rely on or full, or files cannot
+    /// be locked there. A file that cannot be opened for reading is not held, which is no failure.
     Status take(const std::string& file);
     /// Whether that file is among those held.
     [[nodiscard]] bool holds(const std::string& file) const;

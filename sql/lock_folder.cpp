@@ -1,5 +1,6 @@
 #include "sql/lock_folder.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <linux/limits.h>
 #include <sys/stat.h>
@@ -7,9 +8,11 @@
 
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 
 #include "sql/client.h"
 
@@ -50,6 +53,17 @@ std::uint64_t identity_of(const struct stat& mark) {
                    first_line("/proc/sys/kernel/random/boot_id"));
 }
 
+// More than the files of a database take, which the engine maps: what cannot be kept of that ends the
+// process.
+constexpr off_t room = off_t{3} << 20;
+
+bool is_full(int error) { return error == ENOSPC || error == EDQUOT; }
+
+// 0 where the system tells nothing of it.
+int keep_room(int descriptor, off_t size) {
+    return fallocate(descriptor, 0, 0, size) != 0 && is_full(errno) ? errno : 0;
+}
+
 // Whom it belongs to is the engine's business; its number is all that counts here.
 int open_mark(const char* path) {
     constexpr int flags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
@@ -66,6 +80,40 @@ int open_mark(const char* path) {
 LockFolder& LockFolder::of_this_process() {
     static LockFolder folder;
     return folder;
+}
+
+Status LockFolder::no_room(int error) const {
+    return Status("there is no room for the engine's lock files in " + path_ + ": " + std::strerror(error));
+}
+
+Status LockFolder::look_for_room() {
+    std::array<char, PATH_MAX> mark{};
+    client().prefix_lock(mark.data(), mark_name);
+    path_ = std::filesystem::path(mark.data()).parent_path().string();
+    const int scratch = open(path_.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    const int error = scratch >= 0 ? keep_room(scratch, room) : is_full(errno) ? errno : 0;
+    if (scratch >= 0) close(scratch);
+    return error == 0 ? Status() : no_room(error);
+}
+
+// By the descriptors of the engine: who closes one of his own on a file gives up the locks of the process on
+// it.
+Status LockFolder::keep_room_for_files() const {
+    const std::unique_ptr<DIR, int (*)(DIR*)> all(opendir("/proc/self/fd"), closedir);
+    struct stat folder {};
+    if (!all || stat(path_.c_str(), &folder) != 0) return {};
+    while (const dirent* const entry = readdir(all.get())) {
+        std::array<char, PATH_MAX> file{};
+        if (readlinkat(dirfd(all.get()), entry->d_name, file.data(), file.size() - 1) < 0) continue;
+        struct stat above {};
+        const std::string parent = std::filesystem::path(file.data()).parent_path().string();
+        if (stat(parent.c_str(), &above) != 0 || place_of(above) != place_of(folder)) continue;
+        const int descriptor = std::atoi(entry->d_name);
+        struct stat status {};
+        if (fstat(descriptor, &status) != 0 || status.st_size == 0) continue;
+        if (const int error = keep_room(descriptor, status.st_size); error != 0) return no_room(error);
+    }
+    return {};
 }
 
 Status LockFolder::look() {

@@ -33,6 +33,8 @@ constexpr std::array hints{
          "end that process first; only processes of one user, with one cache folder, have a database open at "
          "once, or any number through a server"},
     Hint{"moved, replaced or emptied", "end this program and start it again"},
+    Hint{"no room for the engine's lock files",
+         "make room on that disk: every program that has a database open keeps its locks there"},
     Hint{"cannot use the folder of the engine's lock files",
          "FIREBIRD_LOCK names a folder of this user; without FIREBIRD everything is made by itself"},
     Hint{"Can't access lock files' directory",

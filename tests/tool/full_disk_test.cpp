@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "tests/support/dbf_builder.h"
+#include "tests/support/dialogue.h"
 #include "tests/support/environment.h"
 #include "tests/tool/tool.h"
 
@@ -73,6 +74,64 @@ TEST_P(FullDisk, AnImportSaysWhyItFailedAndRemovesWhatItMade) {
     EXPECT_EQ(step_of(all, "tables").find("BIG"), std::string::npos) << all;
     EXPECT_TRUE(step_of(all, "again").starts_with("status 0\n")) << all;
     EXPECT_EQ(step_of(all, "count"), "status 0\nCOUNT\r\n2\r\n") << all;
+}
+
+// The engine writes to files that it has mapped, which ends the process where they cannot be kept.
+class FullLockFolder : public Tool {
+  protected:
+    void SetUp() override {
+        if (on_server()) GTEST_SKIP() << "the server's disk is not that of the tool";
+        if (run({"unshare", "-m", "mount", "-t", "tmpfs", "none", "/mnt"}).status != 0)
+            GTEST_SKIP() << "only root can make a small file system";
+    }
+    // A command where the engine has so many KB for its locks.
+    [[nodiscard]] std::vector<std::string> with_room(int size, const std::vector<std::string>& words) const {
+        const std::string mount = "mount -t tmpfs -o mode=700,size=" + std::to_string(size) + "k none ";
+        std::vector<std::string> small{"unshare", "-m", "sh", "-c", mount + locks + "; exec \"$@\"", "sh"};
+        for (const std::string& word : command(words)) small.push_back(word);
+        return small;
+    }
+    const std::string path = database();
+    const std::string locks = process_folder() / "cache/zmfbconn/lock";
+};
+
+TEST_F(FullLockFolder, IsToldAndWhatIsLargeEnoughWillDo) {
+    const std::string said = "there is no room for the engine's lock files in " + locks +
+                             ": No space left on device\nhint: make room on that disk: ";
+    for (const int size : {4, 64, 128, 1024, 2048, 2900}) {
+        const Finished tables = run(with_room(size, {"--db", path, "tables"}));
+        EXPECT_EQ(tables.status, 3);
+        EXPECT_NE(tables.err.find(said), std::string::npos) << size << tables.err;
+        const Finished create = run(with_room(size, {"--db", file("new.fdb"), "create"}));
+        EXPECT_NE(create.status, 0);
+        EXPECT_NE(create.err.find(said), std::string::npos) << size << create.err;
+        EXPECT_FALSE(std::filesystem::exists(file("new.fdb")));
+    }
+    const Finished tables = run(with_room(4096, {"--db", path, "tables"}));
+    EXPECT_EQ(tables.status, 0) << tables.err;
+}
+
+TEST_F(FullLockFolder, ThatBecomesSoLaterIsInNobodysWay) {
+    Dialogue talk(with_room(4096, {"--db", path, "shell"}));
+    talk.expect_prompt("zmfb> ");
+    const std::string there = "/proc/" + std::to_string(talk.pid()) + "/root" + locks;
+    EXPECT_NE(run({"dd", "if=/dev/zero", "of=" + there + "/full", "bs=4k"}).status, 0);
+    for (const char* statement :
+         {"select count(*) from mon$attachments, mon$transactions, mon$statements;\n",
+          "select count(*) from rdb$relations r left join rdb$relation_fields f on f.rdb$relation_name = "
+          "r.rdb$relation_name left join rdb$fields on 1 = 0 left join rdb$triggers on 1 = 0 left join "
+          "rdb$indices on 1 = 0 left join rdb$procedures on 1 = 0 left join rdb$generators on 1 = 0 left "
+          "join "
+          "rdb$user_privileges on 1 = 0 left join rdb$character_sets on 1 = 0;\n"}) {
+        talk.type(statement);
+        talk.expect("(1 row)");
+        talk.expect_prompt("zmfb> ");
+    }
+    talk.type("create table t (a integer primary key);\n");
+    talk.expect("done: create table");
+    talk.expect_prompt("zmfb> ");
+    talk.type(".quit\n");
+    EXPECT_EQ(talk.end(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Tool, FullDisk, ::testing::Values(3000, 3500, 4096, 4500, 6144, 12288, 30720),
