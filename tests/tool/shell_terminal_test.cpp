@@ -27,6 +27,16 @@ class ShellOnATerminal : public Tool {
         return command({"--db", path, "shell"}, {"NO_COLOR=", "LC_ALL=C", "PAGER=cat"});
     }
     [[nodiscard]] std::string history() const { return file("state/zmfbconn/history"); }
+    // Types a call into the shell that the words start.
+    static void remember_one(const std::vector<std::string>& words) {
+        Dialogue talk(words);
+        talk.expect_prompt(prompt);
+        talk.type("isconnected()\n");
+        talk.expect(".T.\r\n");
+        talk.expect_prompt(prompt);
+        talk.type(control_d);
+        EXPECT_EQ(talk.end(), 0);
+    }
     // Types keys that end inputs, and finds in the history what they were completed to.
     void expect_remembered(std::span<const std::pair<const char*, const char*>> cases) const {
         Dialogue talk(shell());
@@ -220,6 +230,33 @@ TEST_F(ShellOnATerminal, HistoryIsKeptForItsOwnerWithoutPasswords) {
     talk.expect_prompt(prompt);
     talk.type(control_d);
     EXPECT_EQ(talk.end(), 0);
+}
+
+// A shell that is killed while it writes.
+TEST_F(ShellOnATerminal, HistoryIsReplacedWhole) {
+    const std::string before = "_HiStOrY_V2_\nbefore\n";
+    std::filesystem::create_directories(file("state/zmfbconn"));
+    write_file("state/zmfbconn/history", before);
+    std::filesystem::create_hard_link(history(), file("before"));
+    remember_one(shell());
+    EXPECT_EQ(read_file(history()), before + "isconnected()\n");
+    EXPECT_EQ(read_file(file("before")), before);
+}
+
+TEST_F(ShellOnATerminal, HistoryStaysAsItWasWhereThereIsNoRoom) {
+    if (run({"unshare", "-m", "mount", "-t", "tmpfs", "none", "/mnt"}).status != 0)
+        GTEST_SKIP() << "only root can make a small file system";
+    // The one line more does not go into a page.
+    const std::string before = "_HiStOrY_V2_\n" + std::string(4070, 'x') + "\n";
+    write_file("before", before);
+    std::filesystem::create_directories(file("state/zmfbconn"));
+    const std::string on_a_full_disk =
+        "cd \"$1\" && shift && mount -t tmpfs -o size=4k,mode=700 none state/zmfbconn && "
+        "cp before state/zmfbconn/history && \"$@\" && cp state/zmfbconn/history after";
+    std::vector<std::string> words{"unshare", "-m", "sh", "-c", on_a_full_disk, "sh", file("")};
+    for (const std::string& word : shell()) words.push_back(word);
+    remember_one(words);
+    EXPECT_EQ(read_file(file("after")), before);
 }
 
 TEST_F(ShellOnATerminal, AccentedLettersAreEditedAsOneEach) {

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <langinfo.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,10 +18,13 @@
 #include <cstring>
 #include <cwchar>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <utility>
 
 #include "tool/interrupt.h"
+#include "tool/output_file.h"
 #include "tool/suggest.h"
 
 namespace zmfb::tool {
@@ -136,6 +140,32 @@ std::string path_of_history() {
     return is_ours(folder) ? (folder / "history").string() : std::string();
 }
 
+// As libedit writes it, into memory: it does not tell of a disk that is full. "" when it cannot.
+std::string written_history() {
+    const int memory = ::memfd_create("history", MFD_CLOEXEC);
+    if (memory < 0) return {};
+    const std::string path = "/proc/self/fd/" + std::to_string(memory);
+    std::string bytes;
+    if (write_history(path.c_str()) == 0) {
+        std::ifstream in(path, std::ios::binary);
+        bytes.assign(std::istreambuf_iterator<char>(in), {});
+    }
+    ::close(memory);
+    return bytes;
+}
+
+// What cannot be written leaves the history as it was.
+void keep_history(const std::string& path, std::string_view bytes) {
+    const mode_t before = umask(S_IRWXG | S_IRWXO);
+    try {
+        OutputFile file(path);
+        file.write(bytes);
+        file.close();
+    } catch (const Failure&) {
+    }
+    umask(before);
+}
+
 bool may_hold_a_password(std::string_view input) {
     constexpr std::string_view word = "password";
     const auto same = [](char typed, char letter) { return lower(typed) == letter; };
@@ -178,9 +208,7 @@ void LineReader::remember(const std::string& input) {
     if (may_hold_a_password(input)) return;
     add_history(input.c_str());
     if (history_file_.empty()) return;
-    const mode_t before = umask(S_IRWXG | S_IRWXO);
-    write_history(history_file_.c_str());
-    umask(before);
+    if (const std::string bytes = written_history(); !bytes.empty()) keep_history(history_file_, bytes);
 }
 
 }  // namespace zmfb::tool
