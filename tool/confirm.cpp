@@ -4,6 +4,7 @@
 
 #include <cstdio>
 
+#include "tool/errors.h"
 #include "tool/line_input.h"
 #include "tool/say.h"
 
@@ -12,7 +13,15 @@ namespace zmfb::tool {
 std::optional<std::string> ask(std::string_view question) {
     std::fflush(stdout);
     say("{} ", question);
-    return LineInput::standard().next();
+    std::optional<std::string> answer;
+    try {
+        answer = LineInput::standard().next();
+    } catch (const Failure&) {
+        say("\n");
+        throw;
+    }
+    if (!answer) say("\n");
+    return answer;
 }
 
 bool confirm(std::string_view question) {

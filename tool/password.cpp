@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "tool/confirm.h"
 #include "tool/interrupt.h"
 #include "tool/line_input.h"
-#include "tool/say.h"
 
 namespace zmfb::tool {
 namespace {
@@ -83,8 +83,7 @@ void hide_password(int argc, char** argv) {
 std::optional<std::string> ask_for_password(const std::string& user, const std::string& database) {
     if (isatty(STDIN_FILENO) == 0) return std::nullopt;
     const NoEcho no_echo;
-    say("Password of {} on {}: ", user, database);
-    return LineInput::standard().next();
+    return ask(fmt::format("Password of {} on {}:", user, database));
 }
 
 }  // namespace zmfb::tool

@@ -85,6 +85,7 @@ TEST_F(ExportCommand, AFileThatIsThereIsReplacedOnlyWhenToldSo) {
     EXPECT_EQ(refused.err, "Replace " + target + "? [y/N] error: " + target +
                                " is there already\n"
                                "  Nothing was changed. --yes replaces it without asking.\n");
+    EXPECT_EQ(lines(export_to_folder({"shop"}, "").err).at(1), "error: " + target + " is there already");
     EXPECT_EQ(read_file(target), "something dear");
     EXPECT_EQ(export_to_folder({"shop"}, "y\n").status, 0);
     EXPECT_TRUE(read_with_dbfread(target).empty());

@@ -217,6 +217,7 @@ class SignalsOnATerminal : public Signals {
 
 constexpr const char* prompt = "zmfb> ";
 constexpr const char* control_c = "\x03";
+constexpr const char* control_d = "\x04";
 
 TEST_F(SignalsOnATerminal, TheEchoIsBackAfterControlCAtThePasswordPrompt) {
     Dialogue talk(
@@ -259,6 +260,16 @@ TEST_F(SignalsOnATerminal, ControlCAtAQuestionEndsTheCommandAndNotTheShell) {
     talk.type(".quit\n");
     EXPECT_EQ(talk.end(), 0);
     EXPECT_EQ(on(path, {"call", "istable('T')"}).out, ".T.\n");
+}
+
+TEST_F(SignalsOnATerminal, WhatIsSaidBehindAQuestionWithoutAnAnswerStandsOnALineOfItsOwn) {
+    for (const char* key : {control_c, control_d}) {
+        Dialogue talk(command({ZMFB_TOOL, "--db", path, "drop", "t"}));
+        talk.expect("[y/N] ");
+        talk.type(key);
+        talk.expect("\r\nerror: ");
+        talk.end();
+    }
 }
 
 TEST_F(SignalsOnATerminal, SigtermEndsTheShellAtItsPrompt) {

@@ -70,7 +70,6 @@ bool Shell::may_leave() {
             commit();
             leaves = true;
         } else if (!answer || answer == "r" || answer == "rollback") {
-            if (!answer) say("\n");
             roll_back();
             leaves = true;
         }
