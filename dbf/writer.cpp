@@ -14,6 +14,7 @@
 #include "dbf/code_page.h"
 #include "dbf/companion.h"
 #include "dbf/layout.h"
+#include "dbf/memo.h"
 #include "dbf/memo_writer.h"
 #include "dbf/new_file.h"
 #include "dbf/new_header.h"
@@ -29,6 +30,7 @@ constexpr std::size_t block_size = std::size_t{256} * 1024;
 constexpr std::size_t loss_count = static_cast<std::size_t>(Loss::no_day) + 1;
 constexpr std::size_t longest_shown = 80;
 constexpr std::size_t records_at = 4;
+constexpr std::size_t longest_memo = MemoFile::longest;  // what is longer nobody would read again
 
 Date today() {
     const std::time_t now = std::time(nullptr);
@@ -218,8 +220,9 @@ void Writer::State::put_text(const Field& one, std::size_t index, std::string_vi
 }
 
 void Writer::State::put_memo_text(const Field& one, std::size_t index, std::string_view text) {
-    const FromUtf8::Text made = converted(one, text, std::string_view::npos);
+    const FromUtf8::Text made = converted(one, text, longest_memo);
     const auto shown_text = [&] { return shown(text); };
+    if (made.cut) settle(index, Loss::too_long, [&] { return fmt::format("of {} bytes", text.size()); });
     if (made.replaced) settle(index, Loss::characters, shown_text);
     std::string_view memo = made.bytes;
     std::string unmarked;
@@ -296,9 +299,12 @@ void Writer::text(std::size_t field, std::string_view text) {
 
 void Writer::bytes(std::size_t field, std::string_view bytes) {
     const Field& one = state_->field(field);
+    const auto shown_size = [&] { return fmt::format("of {} bytes", bytes.size()); };
     if (one.kind == Kind::memo_bytes) {
-        put_memo_block(one, state_->record(), state_->memos->add(memo_kind(one), bytes));
-        return state_->settle(field, Loss::none, [] { return ""; });
+        const std::string_view kept = bytes.substr(0, longest_memo);
+        if (kept.size() < bytes.size()) state_->settle(field, Loss::too_long, shown_size);
+        put_memo_block(one, state_->record(), state_->memos->add(memo_kind(one), kept));
+        return state_->settle(field, Loss::none, shown_size);
     }
     const bool takes_bytes = one.kind == Kind::bytes || (one.kind == Kind::text && one.binary());
     if (!takes_bytes) state_->refuse_kind(one, "bytes");
@@ -308,8 +314,7 @@ void Writer::bytes(std::size_t field, std::string_view bytes) {
     } else {
         put_filled(one, state_->record(), kept);
     }
-    state_->settle(field, kept.size() < bytes.size() ? Loss::too_long : Loss::none,
-                   [&] { return fmt::format("of {} bytes", bytes.size()); });
+    state_->settle(field, kept.size() < bytes.size() ? Loss::too_long : Loss::none, shown_size);
 }
 
 void Writer::number(std::size_t field, std::int64_t unscaled, int decimals) {

@@ -1,6 +1,9 @@
 // What the writer writes, as the reader finds it.
 #include "dbf/writer.h"
 
+#include <fmt/format.h>
+
+#include <functional>
 #include <limits>
 
 #include "written.h"
@@ -112,6 +115,32 @@ TEST_F(DbfWriter, KeepsNullInEveryTypeOfVisualFoxpro) {
               (Lines{nulls + "|NULL|NULL|NULL",
                      "\"\"|blank|blank|blank|blank|blank|blank|blank|0|0|0/10000|blank|\"\"|bytes \"\"",
                      "\"no\"" + nulls.substr(4) + "|NULL|\"five!\"|NULL"}));
+}
+
+TEST_F(DbfWriter, WritesNoMemoThatIsLongerThanTheReaderTakes) {
+    const std::string longest(dbf::MemoFile::longest, 'x');
+    const std::vector<NewField> fields{{"NOTE", 'M'}, {"PHOTO", 'P'}};
+    Writer strict(path(), fields, {.format = Format::foxpro});
+    Writer lossy(path(), fields, {.format = Format::foxpro, .lossy = true});
+    const std::pair<const char*, std::function<void(Writer&)>> cases[] = {
+        {"NOTE", [&](Writer& writer) { writer.text(0, longest + "y"); }},
+        {"PHOTO", [&](Writer& writer) { writer.bytes(1, longest + "y"); }}};
+    for (const auto& [name, set] : cases) {
+        try {
+            set(strict);
+            ADD_FAILURE() << "nothing was refused";
+        } catch (const dbf::Unfit& unfit) {
+            EXPECT_EQ(unfit.what(),
+                      fmt::format("record 1, field {}: of 67108865 bytes is longer than the field", name));
+            EXPECT_EQ(unfit.loss(), dbf::Loss::too_long);
+        }
+        set(lossy);
+    }
+    lossy.append();
+    lossy.finish();
+    EXPECT_TRUE(read_back(path()) == Lines{"memo \"" + longest + "\"|memo \"" + longest + "\""});
+    ASSERT_EQ(lossy.converted().size(), 2U);
+    for (const dbf::Converted& one : lossy.converted()) EXPECT_EQ(one.loss, dbf::Loss::too_long);
 }
 
 }  // namespace

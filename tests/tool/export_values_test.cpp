@@ -191,6 +191,19 @@ TEST_F(ExportValues, BytesAreFieldsOrMemosAsTheFormatHasThemAndComeBack) {
     }
 }
 
+TEST_F(ExportValues, MemosThatAreLongerThanAnImportReadsAreRefused) {
+    exec("create table letters (id integer not null, body blob sub_type text)");
+    exec(
+        "insert into letters select 1, list(rpad('', 32000, 'x'), '') from "
+        "(select first 2098 1 as n from rdb$fields a, rdb$fields b)");
+    const Finished refused = export_to_folder({"letters"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("record 1, field BODY: of 67136000 bytes is longer than the field\n"),
+              std::string::npos)
+        << refused.err;
+    EXPECT_TRUE(written().empty());
+}
+
 TEST_F(ExportValues, TextsAreConvertedIntoTheEncodingThatIsWanted) {
     exec("create table towns (name varchar(10) character set utf8 not null, twin varchar(10) not null)");
     exec("insert into towns values (_utf8 x'C581C3B364C5BA', 'Köln')");

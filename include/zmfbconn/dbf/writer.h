@@ -55,7 +55,7 @@ enum class Loss : std::uint8_t {
     too_wide,      ///< a number has more digits than there is room for: nothing, in I and Y zero
     rounded,       ///< a number has more decimals: rounded, half away from zero
     not_a_number,  ///< infinite, or the result of 0/0: as one that is too wide
-    too_long,      ///< a text or bytes are longer than the field: cut
+    too_long,      ///< a text or bytes are longer than the field, a memo than MemoFile::longest: cut
     characters,    ///< a text has characters that the code page does not have, or is no UTF-8: "?"
     end_mark,      ///< 1A, which ends a memo of dBASE III, or FF FF 08 00, which begins others: "?"
     time_of_day,   ///< a D field has no time, a T field none below a millisecond: left out
