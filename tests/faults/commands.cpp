@@ -86,6 +86,17 @@ void CommandsThatFail::prepare(const FaultyCommand& command) const {
     fs::copy_file(file("few.dbf"), command.kept);
 }
 
+void CommandsThatFail::keep_prepared(const FaultyCommand& command) const {
+    fs::remove(file("ready"));
+    if (fs::exists(file_of(command))) fs::copy_file(file_of(command), file("ready"));
+}
+
+void CommandsThatFail::begin_again(const FaultyCommand& command) const {
+    const bool had_database = fs::exists(file("ready"));
+    if (!command.kept.empty() || !had_database) prepare(command);
+    if (had_database) fs::copy_file(file("ready"), file_of(command), fs::copy_options::overwrite_existing);
+}
+
 std::vector<std::string> CommandsThatFail::names_that_begin_with(const std::string& beginning) const {
     std::vector<std::string> names;
     for (const auto& entry : fs::directory_iterator(folder())) {

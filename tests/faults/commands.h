@@ -44,6 +44,9 @@ class CommandsThatFail : public Tool {
 
     /// Makes what the command finds.
     void prepare(const FaultyCommand& command) const;
+    /// Keeps its database, if it has one by now, and makes what it finds again, with that: quicker.
+    void keep_prepared(const FaultyCommand& command) const;
+    void begin_again(const FaultyCommand& command) const;
     /// What is there of what it changes; `was_killed`: with what the next one of its kind takes away left
     /// out.
     [[nodiscard]] std::string state(const FaultyCommand& command, bool was_killed = false) const;

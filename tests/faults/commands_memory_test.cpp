@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 
 #include <cstring>
-#include <filesystem>
 
 #include "tests/faults/commands.h"
 #include "tests/support/failing_memory.h"
@@ -32,16 +31,11 @@ class CommandMemory : public CommandsThatFail {
         if (bytes.size() == sizeof count) std::memcpy(&count, bytes.data(), sizeof count);
         return static_cast<int>(count);
     }
-    void begin_again(const FaultyCommand& command) const {
-        if (!command.kept.empty() || !command.database.empty()) return prepare(command);
-        std::filesystem::copy_file(file("ready"), path(), std::filesystem::copy_options::overwrite_existing);
-    }
-
     // Makes allocations fail, but for the first `passed_over`: at each of them alone, and at it and all after
     // it.
     void walk(const FaultyCommand& command, int passed_over, int some) {
         prepare(command);
-        std::filesystem::copy_file(path(), file("ready"), std::filesystem::copy_options::overwrite_existing);
+        keep_prepared(command);
         const std::string before = state(command);
         const Finished whole = with_fault(command, {});
         ASSERT_EQ(whole.status, 0) << command.name << ": " << whole.err;

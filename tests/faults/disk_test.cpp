@@ -69,24 +69,17 @@ class DiskFaults : public CommandsThatFail {
 
     void walk(const FaultyCommand& command) {
         prepare(command);
-        const bool had_database = fs::exists(file_of(command));
-        if (had_database)
-            fs::copy_file(file_of(command), file("ready"), fs::copy_options::overwrite_existing);
+        keep_prepared(command);
         const std::string before = state(command);
         const Finished whole = on_disk(command, {.call = "none", .fault = "none"}, 0);
         ASSERT_EQ(whole.status, 0) << command.name << ": " << whole.err;
         const std::map<std::string, int> calls = counts();
         const std::string after = state(command);
-        const auto begin_again = [&] {
-            if (!command.kept.empty() || !had_database) prepare(command);
-            if (had_database)
-                fs::copy_file(file("ready"), file_of(command), fs::copy_options::overwrite_existing);
-        };
         int runs = 0, failed = 0, ended_by_power = 0, damaged = 0;
         for (const DiskFault& fault : faults) {
             for (const int nth : some_of(calls.at(fault.call), ++turn_)) {
                 SCOPED_TRACE(fmt::format("{}: {} {} {}", command.name, fault.call, nth, fault.fault));
-                begin_again();
+                begin_again(command);
                 const Finished ended = on_disk(command, fault, nth);
                 ++runs;
                 failed += ended.status != 0 && ended.status != killed ? 1 : 0;
@@ -107,7 +100,7 @@ class DiskFaults : public CommandsThatFail {
                 expect_all_or_nothing(command, ended, before, after);
             }
         }
-        begin_again();
+        begin_again(command);
         fmt::print(
             "{}: {} faults, {} times it failed, {} times the power went, {} times the database was damaged\n",
             command.name, runs, failed, ended_by_power, damaged);
