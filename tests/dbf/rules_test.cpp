@@ -19,7 +19,7 @@ using test::DbfBuilder;
 
 // "NAME C 10, PRICE N 8.2; 2 of 27 from 97": the fields, and how many records of which size begin where.
 template <class Fields>
-std::string summary(const Fields& fields, std::size_t records, std::size_t size, std::size_t start) {
+std::string summary(const Fields& fields, std::uint64_t records, std::uint64_t size, std::uint64_t start) {
     std::string all;
     for (const auto& field : fields) {
         all +=
@@ -54,8 +54,7 @@ std::string by_bringdbf(const std::string& bytes) {
 std::string by_reader(const std::string& bytes) {
     try {
         const dbf::Header header = dbf::read_header(*dbf::in_memory(bytes));
-        std::string all = summary(header.fields, header.records, static_cast<std::size_t>(header.record_size),
-                                  static_cast<std::size_t>(header.start));
+        std::string all = summary(header.fields, header.records, header.record_size, header.start);
         if (header.cut_off > 0) all += ", cut off";
         return all;
     } catch (const dbf::Refused& refused) {
