@@ -46,7 +46,7 @@ class InventingClient final : public InventedClient {
         std::string pattern(sizeof number, '\0');
         std::memcpy(pattern.data(), &number, sizeof number);
         std::string content;
-        const std::size_t length = number % 300;
+        const std::size_t length = static_cast<std::size_t>(number % 300);
         while (content.size() < length) content += pattern;
         content.resize(length);
         if ((number & 0x10000) != 0) {
