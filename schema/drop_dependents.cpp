@@ -17,18 +17,22 @@ bool is_plain(std::string_view name) {
     return !name.empty() && letter(name[0]) && std::ranges::all_of(name, inner);
 }
 
-// Drops what the rows of a query name, one after another, and answers whether all went well. A name that
-// would mean another object, or none, is raised before the first drop.
-template <class Drop>
-bool drop_each(const Value& result, Drop drop) {
-    const std::span<Value> rows = host::data_rows(result);
+// Whether all that the rows name can be dropped; a name that would mean another object, or none, is raised.
+bool can_be_dropped(std::span<const Value> rows) {
     for (const Value& row : rows) {
         const Value name = host::trim(row[1]);
         if (is_plain(name.text())) continue;
         conn::raiseerror("Impossível eliminar dependente: "_l1 + name + ";O nome exige aspas");
         return false;
     }
-    return std::ranges::all_of(rows, [&](const Value& row) { return drop(row[1]); });
+    return true;
+}
+
+// Drops what the rows of a query name, one after another, and answers whether all went well.
+template <class Drop>
+bool drop_each(const Value& result, Drop drop) {
+    const std::span<const Value> rows = host::data_rows(result);
+    return can_be_dropped(rows) && std::ranges::all_of(rows, [&](const Value& row) { return drop(row[1]); });
 }
 
 }  // namespace

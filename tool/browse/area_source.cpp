@@ -1,7 +1,6 @@
 #include "tool/browse/area_source.h"
 
 #include <algorithm>
-#include <ranges>
 
 #include "zmfbconn/methods.h"
 
@@ -72,8 +71,8 @@ ShownRows AreaSource::first(std::size_t count) { return area_.top() ? forward(co
 ShownRows AreaSource::last(std::size_t count) { return area_.bottom() ? backward(count) : ShownRows(); }
 
 ShownRows AreaSource::behind(std::span<const ShownRow> known, std::size_t count) {
-    for (const ShownRow& row : std::views::reverse(known)) {
-        if (!stand_on(row.number)) continue;
+    for (auto row = known.rbegin(); row != known.rend(); ++row) {
+        if (!stand_on(row->number)) continue;
         return area_.skip(1) ? forward(count) : ShownRows();
     }
     return {};

@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <ranges>
 
 #include "tool/browse/source.h"
 #include "tool/catalog.h"
@@ -120,7 +119,8 @@ Changes::Undone Changes::undo_update(const Change& change) {
     }
     held.write();
     forget_last();
-    const auto earlier = std::ranges::find(changes_ | std::views::reverse, change.number, &Change::number);
+    const auto earlier =
+        std::ranges::find(changes_.rbegin(), changes_.rend(), change.number, &Change::number);
     if (earlier != changes_.rend() && area_.refresh()) earlier->after = current();
     return {fmt::format("record {} is as it was", change.number), change.number};
 }

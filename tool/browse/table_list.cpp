@@ -11,7 +11,8 @@ TableList::TableList(zmFBConn& connection) : connection_(connection) {
 void TableList::read_anew() { tables_ = tables_of(connection_); }
 
 std::vector<Cell> TableList::cells(std::int64_t number) {
-    return {table(number).name.shown(), std::string(kind_name(table(number).kind))};
+    const Table& table = table_at(number);
+    return {table.name.shown(), std::string(kind_name(table.kind))};
 }
 
 }  // namespace zmfb::tool::browse

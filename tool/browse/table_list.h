@@ -10,7 +10,7 @@ class TableList final : public NumberedSource {
   public:
     explicit TableList(zmFBConn& connection);
 
-    [[nodiscard]] const Table& table(std::int64_t number) const {
+    [[nodiscard]] const Table& table_at(std::int64_t number) const {
         return tables_[static_cast<std::size_t>(number - 1)];
     }
     Cell whole(std::int64_t number, std::size_t column) override { return cells(number)[column]; }

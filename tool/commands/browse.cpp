@@ -76,7 +76,7 @@ class Command {
         browse::TableList list(connection_);
         Screen screen;
         Browse(screen, session_, list, session_.options().database, every(), [&](std::int64_t number) {
-            const Table table = list.table(number);
+            const Table table = list.table_at(number);
             const auto source = source_of(connection_, table, given_.read_only);
             return show(screen, table, *source);
         }).run();

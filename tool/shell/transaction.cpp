@@ -1,8 +1,6 @@
 // The transaction that is open in the shell: the one of starttransaction() and commitchanges().
 #include <fmt/format.h>
 
-#include <ranges>
-
 #include "tool/confirm.h"
 #include "tool/encoding.h"
 #include "tool/locks.h"
@@ -82,7 +80,8 @@ void Shell::give_back(const std::string& area) {
     zmFBConn& connection = session_.connection();
     const AreaId own(area);
     const auto is_own = [&](const auto& one) { return one.owner.holder.id == to_utf8(area); };
-    for (const Lock& lock : locks_of(connection) | std::views::filter(is_own)) {
+    for (const Lock& lock : locks_of(connection)) {
+        if (!is_own(lock)) continue;
         const std::string table = *to_latin1(lock.table);
         if (lock.record) {
             connection(m::setrecordasunlocked, table, own, RecordNumber(*lock.record));
@@ -90,8 +89,10 @@ void Shell::give_back(const std::string& area) {
             connection(m::settableasunlocked, table, own);
         }
     }
-    for (const Registration& open : registrations_of(connection) | std::views::filter(is_own))
+    for (const Registration& open : registrations_of(connection)) {
+        if (!is_own(open)) continue;
         connection(m::settableusedbyarea, false, *to_latin1(open.table), own, open.shared);
+    }
 }
 
 void Shell::end() {
