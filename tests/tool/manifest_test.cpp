@@ -135,12 +135,12 @@ TEST_F(Manifest, AllThatWasExportedHasToBeAmongTheFiles) {
     const Finished more = import_anew({folder_out, ZMFB_EXAMPLE_DBF});
     EXPECT_EQ(more.status, 1);
     EXPECT_NE(more.err.find("customers.dbf is not in the manifest\n"), std::string::npos) << more.err;
-    for (const std::string records : {"-1", "1.5", "1e30", "\"1\""}) {
+    for (const std::string rest : {"-1", "1.5", "1e30", "\"1\"", R"(1, "memo": "a.fpt")"}) {
         write_file("out/list.json", R"({"zmfb_manifest": 1, "files": [{"table": "A", "file": "a.dbf", )"
                                     R"("sha256": "", "records": )" +
-                                        records + "}]}");
+                                        rest + "}]}");
         EXPECT_TRUE(import_anew({}).err.starts_with("error: " + list + " is no manifest of an export\n"))
-            << records;
+            << rest;
     }
     write_file("out/list.json", "{}");
     EXPECT_TRUE(import_anew({}).err.starts_with("error: " + list + " is no manifest of an export\n"));

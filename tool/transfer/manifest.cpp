@@ -40,11 +40,13 @@ Json as_json(const ManifestFile& file) {
 }
 
 ManifestFile from_json(const Json& json) {
+    const std::string memo = json.value("memo", "");
+    const std::string memo_sha256 = memo.empty() ? "" : json.at("memo_sha256").get<std::string>();
     return {.table = json.at("table"),
             .file = json.at("file"),
             .sha256 = json.at("sha256"),
-            .memo = json.value("memo", ""),
-            .memo_sha256 = json.value("memo_sha256", ""),
+            .memo = memo,
+            .memo_sha256 = memo_sha256,
             .records = json.at("records").get_ref<const Json::number_unsigned_t&>(),
             .values = json.value("values_sha256", "")};
 }
