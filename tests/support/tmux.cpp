@@ -50,11 +50,13 @@ Tmux::Tmux(const std::vector<std::string>& command, int columns, int rows,
     socket_ = process_folder() / fmt::format("tmux{}", ++number);
     const std::string settings = socket_ + ".conf";
     std::ofstream(settings)
-        << "set -g status off\nset -s escape-time 0\nset -g default-terminal tmux-256color\n";
+        << "set -g status off\nset -s escape-time 0\nset -g default-terminal tmux-256color\n"
+        << "set -g default-shell /bin/sh\n";
     std::vector<std::string> words{"env", "-u", "TMUX", "-u", "NO_COLOR"};
     words.insert(words.end(), environment.begin(), environment.end());
     words.insert(words.end(), command.begin(), command.end());
-    const std::string line = quoted(words) +
+    // Ctrl-C goes to the shell as well, and is to end it no more than the shell of a user does.
+    const std::string line = "trap : INT; " + quoted(words) +
                              "; echo \"ended $?\" $(stty -a | grep -Eow -e '-?(icanon|echo|isig)'); "
                              "exec cat >/dev/null";
     const Finished started = run({"tmux", "-S", socket_, "-f", settings, "-u", "new-session", "-d", "-x",
