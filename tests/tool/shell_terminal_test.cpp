@@ -307,13 +307,7 @@ TEST_F(ShellOnATerminal, HistoryIsBelowTheHomeWhereNoOtherPlaceIsNamed) {
         std::vector<std::string> words = shell();
         std::ranges::replace(words, "XDG_STATE_HOME=" + file("state"), place);
         words.insert(words.begin() + 1, {"-u", "XDG_STATE_HOME"});
-        Dialogue talk(words);
-        talk.expect_prompt(prompt);
-        talk.type("isconnected()\n");
-        talk.expect(".T.\r\n");
-        talk.expect_prompt(prompt);
-        talk.type(control_d);
-        EXPECT_EQ(talk.end(), 0);
+        remember_one(words);
     }
     EXPECT_NE(read_file(home / ".local/state/zmfbconn/history").find("isconnected()\n"), std::string::npos);
 }
