@@ -64,6 +64,15 @@ int keep_room(int descriptor, off_t size) {
     return fallocate(descriptor, 0, 0, size) != 0 && is_full(errno) ? errno : 0;
 }
 
+// Where the engine looks for it, now.
+std::string place_of_mark() {
+    std::array<char, PATH_MAX> mark{};
+    client().prefix_lock(mark.data(), mark_name);
+    return mark.data();
+}
+
+std::string folder_of(const std::string& file) { return std::filesystem::path(file).parent_path().string(); }
+
 // Whom it belongs to is the engine's business; its number is all that counts here.
 int open_mark(const char* path) {
     constexpr int flags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
@@ -87,9 +96,7 @@ Status LockFolder::no_room(int error) const {
 }
 
 Status LockFolder::look_for_room() {
-    std::array<char, PATH_MAX> mark{};
-    client().prefix_lock(mark.data(), mark_name);
-    path_ = std::filesystem::path(mark.data()).parent_path().string();
+    path_ = folder_of(place_of_mark());
     const int scratch = open(path_.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
     const int error = scratch >= 0 ? keep_room(scratch, room) : is_full(errno) ? errno : 0;
     if (scratch >= 0) close(scratch);
@@ -106,7 +113,7 @@ Status LockFolder::keep_room_for_files() const {
         std::array<char, PATH_MAX> file{};
         if (readlinkat(dirfd(all.get()), entry->d_name, file.data(), file.size() - 1) < 0) continue;
         struct stat above {};
-        const std::string parent = std::filesystem::path(file.data()).parent_path().string();
+        const std::string parent = folder_of(file.data());
         if (stat(parent.c_str(), &above) != 0 || place_of(above) != place_of(folder)) continue;
         const int descriptor = std::atoi(entry->d_name);
         struct stat status {};
@@ -117,19 +124,18 @@ Status LockFolder::keep_room_for_files() const {
 }
 
 Status LockFolder::look() {
-    std::array<char, PATH_MAX> mark{};
-    client().prefix_lock(mark.data(), mark_name);
-    if (handle_ < 0) return settle(mark.data());
+    const std::string mark = place_of_mark();
+    if (handle_ < 0) return settle(mark);
     struct stat now {};
     struct stat then {};
-    if (lstat(mark.data(), &now) == 0 && fstat(handle_, &then) == 0 && place_of(now) == place_of(then))
+    if (lstat(mark.c_str(), &now) == 0 && fstat(handle_, &then) == 0 && place_of(now) == place_of(then))
         return {};
     return Status("the folder of the engine's lock files, " + path_ +
                   ", was moved, replaced or emptied while this program runs");
 }
 
 Status LockFolder::settle(const std::string& mark) {
-    path_ = std::filesystem::path(mark).parent_path().string();
+    path_ = folder_of(mark);
     handle_ = open_mark(mark.c_str());
     if (handle_ < 0)
         return Status("cannot use the folder of the engine's lock files, " + path_ + ": " +
