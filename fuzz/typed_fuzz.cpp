@@ -277,6 +277,7 @@ void check_blob(const Field& field, const sql::MessageItem& item, InventingClien
 void check_field(const Field& field, const sql::MessageItem& item, InventingClient& client, bool as_kept) {
     const Shown wanted(item, client.row);
     require(field.is_null() == wanted.is_null(), "NULL is told by its indicator");
+    const bool is_text = item.type == SQL_TEXT || item.type == SQL_VARYING;
     std::optional<std::string> text;
     const bool is_shown = goes_well([&] { text = field.text(); });
     if (is_shown) {
@@ -284,13 +285,11 @@ void check_field(const Field& field, const sql::MessageItem& item, InventingClie
         const auto expected = text ? wanted.text() : std::nullopt;
         require(!expected || *expected == *text, "a value is shown as it is");
         // Of blobs, and of what it writes out itself, the engine sees to it.
-        const bool is_text =
-            (item.type == SQL_TEXT || item.type == SQL_VARYING) && item.character_set != ascii;
-        require(as_kept || !is_text || !text || typed::holds_utf8(*text), "what is shown is UTF-8");
+        const bool has_letters = is_text && item.character_set != ascii;
+        require(as_kept || !has_letters || !text || typed::holds_utf8(*text), "what is shown is UTF-8");
     }
     // A text may have zeros before its number.
-    const bool may_differ = item.type == SQL_TEXT || item.type == SQL_VARYING;
-    const std::optional<std::string> number = may_differ ? std::nullopt : text;
+    const std::optional<std::string> number = is_text ? std::nullopt : text;
     check_as<bool>(field, text);
     check_as<std::int64_t>(field, number);
     check_as<Decimal>(field, number);
