@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Makes the folder that a 32-bit build links from and that its tests run from: the libraries whose development packages
-# Debian installs for one architecture only; and the engine with its utilities, which it installs for one only, too, and
+# are there for one architecture only; and the engine with its utilities, which it installs for one only, too, and
 # Python, which has to be of one version in both, from their packages without installing them. The client library loads
 # the engine and its character sets from the one folder that it was compiled for, and through no link: they are copied there.
 #
