@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,9 +34,9 @@ constexpr std::string_view null_date =
 
 // One import on its way. Each step answers whether the next one may run; one that says no has reported why.
 //
-// The DBF file is closed where a step says so and stays open on every other way out: after the memo's
-// refusal, after a table that exists already, and once the table is made, after everything that fails before
-// the copy.
+// The DBF file is closed where a step says so and stays open on every other way out but for memory that runs
+// out: after the memo's refusal, after a table that exists already, and once the table is made, after
+// everything that fails before the copy.
 struct Import {
     Self& self;
     const Value& dbfname;
@@ -45,8 +46,10 @@ struct Import {
     Value structure = {};
     Value table = {};
     Value data_file = {};
+    Value dat = {};
     std::int64_t records = 0;  // those that the data file has
 
+    bool run();
     bool open();
     bool read_header();
     bool read_fields();
@@ -146,7 +149,7 @@ bool Import::make_table() {
 bool Import::write_data() {
     host::fseek(dbf, header.start);
     data_file = data_file_path(self);
-    const Value dat = host::fcreate(data_file, data_file_permissions);
+    dat = host::fcreate(data_file, data_file_permissions);
     std::optional<std::int64_t> written;
     if (dat.number() > 0) {
         const RecordConversion conversion(fields, static_cast<std::size_t>(header.record_length));
@@ -208,16 +211,25 @@ bool Import::copy() {
     return copied;
 }
 
+bool Import::run() {
+    if (!open() || !read_header() || !read_fields()) return false;
+    make_structure();
+    return make_table() && write_data() && make_external() && make_null_dates_trigger() && copy();
+}
+
 }  // namespace
 
 Value bringdbf(Self& self, Args args) {
     const Value& dbfname = args[0];
     if (host::empty(dbfname)) return false;
     Import import{.self = self, .dbfname = dbfname};
-    if (!import.open() || !import.read_header() || !import.read_fields()) return false;
-    import.make_structure();
-    return import.make_table() && import.write_data() && import.make_external() &&
-           import.make_null_dates_trigger() && import.copy();
+    try {
+        return import.run();
+    } catch (const std::bad_alloc&) {
+        host::fclose(import.dat);
+        host::fclose(import.dbf);
+        throw;
+    }
 }
 
 }  // namespace zmfb::transfer

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <string_view>
 
@@ -57,17 +58,26 @@ bool copy_to_external_table(Self& self, const Value& tblname, const Value& ext_t
         "Erro durante a transferência dos dados da tabela oficial para tabela externa; FB Error: "_l1);
 }
 
-// The number of records that the DBF file has then; none when not all could be stored.
+// The number of records that the DBF file, which is open, has then; none when not all could be stored.
+std::optional<std::int64_t> append_to_open_file(const Value& data_file) {
+    host::dbsetindex();
+    if (!host::empty(host::set(go_top_after_use))) host::dbgotop();
+    if (!host::dbappsdf_exactly(data_file).logical() || !host::table_of(export_alias)->commit())
+        return std::nullopt;
+    return host::table_of(export_alias)->record_count();
+}
+
 std::optional<std::int64_t> append_data_file(const Value& tblname, const Value& data_file) {
     host::dbusearea(true, native_driver, tblname, export_alias, Value(), false);
     if (!host::used().logical()) return std::nullopt;
-    host::dbsetindex();
-    if (!host::empty(host::set(go_top_after_use))) host::dbgotop();
-    std::optional<std::int64_t> records;
-    if (host::dbappsdf_exactly(data_file).logical() && host::table_of(export_alias)->commit())
-        records = host::table_of(export_alias)->record_count();
-    host::dbclosearea(export_alias);
-    return records;
+    try {
+        const std::optional<std::int64_t> records = append_to_open_file(data_file);
+        host::dbclosearea(export_alias);
+        return records;
+    } catch (const std::bad_alloc&) {
+        host::dbclosearea(export_alias);
+        throw;
+    }
 }
 
 std::int64_t count_rows(Self& self, const Value& tblname) {

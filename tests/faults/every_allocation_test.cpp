@@ -1,7 +1,9 @@
 // Every allocation made to fail, one at a time, in every method.
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <new>
 #include <set>
 
@@ -17,6 +19,15 @@ namespace {
 long limit(const Scenario& scenario) {
     if (const char* given = std::getenv("ZMFB_FAULTS_OF_EACH")) return std::atol(given);
     return scenario.uses == Uses::changes ? 1 : 8;
+}
+
+// DBF files that this process has open.
+long open_tables() {
+    const std::filesystem::directory_iterator open("/proc/self/fd");
+    return std::count_if(begin(open), end(open), [](const std::filesystem::directory_entry& entry) {
+        std::error_code gone;
+        return std::filesystem::read_symlink(entry, gone).extension() == ".dbf";
+    });
 }
 
 class EveryAllocation : public Walk {
@@ -66,6 +77,7 @@ class EveryAllocation : public Walk {
         ++failed_;
         thrown_ += ran.thrown ? 1 : 0;
         EXPECT_EQ(ran.balance, good.balance);
+        EXPECT_EQ(open_tables(), 0);
         if (!ran.thrown) {
             EXPECT_EQ(ran.answer, good.answer) << "answered as if nothing had failed";
             EXPECT_EQ(ran.raised, good.raised);
