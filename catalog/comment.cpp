@@ -1,7 +1,6 @@
 #include "catalog/comment.h"
 
 #include <algorithm>
-#include <map>
 #include <optional>
 
 #include "conn/log.h"
@@ -35,23 +34,22 @@ Value literal(const Value& descr) {
 
 bool takes_comments_only(Self& self) {
     struct Engine {
+        int handle = 0;
         Value database;
-        bool comments_only;
+        bool comments_only = false;
     };
-    static std::map<int, Engine> engines;
+    static Engine last;
 
     const int handle = conn::integer_or_zero(var(self, Var::dbhndl));
     if (handle == 0) return false;
     // A handle is used again after a detach, perhaps for a database on another engine.
     const Value& database = var(self, Var::sdbname);
-    const auto known = engines.find(handle);
-    if (known != engines.end() && known->second.database.same(database)) return known->second.comments_only;
+    if (last.handle == handle && last.database.same(database)) return last.comments_only;
     const std::optional<double> version = ask_version(self);
     // A question that failed says nothing about the next time.
     if (!version) return false;
-    const bool comments_only = *version >= 3;
-    engines.insert_or_assign(handle, Engine{database, comments_only});
-    return comments_only;
+    last = {.handle = handle, .database = database, .comments_only = *version >= 3};
+    return last.comments_only;
 }
 
 Value quoted(const Value& name) { return "\"" + host::strtran(name, "\"", "\"\"") + "\""; }

@@ -9,8 +9,8 @@
 namespace zmfb::catalog {
 
 /// Whether the attached engine takes descriptions by COMMENT ON alone: Firebird 3 and later. It is asked for
-/// its version until it has answered once per attached handle; one that cannot answer, or no engine at all,
-/// is taken for an older one that time.
+/// its version until it has answered, and again when another handle was asked about between; one that cannot
+/// answer, or no engine at all, is taken for an older one that time.
 bool takes_comments_only(Self& self);
 
 /// `name` in double quotes, those inside it doubled.
