@@ -1,13 +1,37 @@
 #include <csignal>
 #include <cstdlib>
+#include <exception>
 #include <new>
 #include <system_error>
+#include <utility>
 
 #include "tool/command_line.h"
 #include "tool/commands.h"
 #include "tool/errors.h"
 #include "tool/interrupt.h"
 #include "zmfbconn/database.h"
+
+namespace {
+
+std::terminate_handler as_usual = nullptr;
+
+// Here ends a destructor for which there is no memory, as those of JSON values want some: none may throw.
+[[noreturn]] void end_without_memory() {
+    static bool is_ending = false;
+    try {
+        if (const std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
+    } catch (const std::bad_alloc&) {
+        constexpr auto status = static_cast<int>(zmfb::tool::Exit::failed);
+        if (std::exchange(is_ending, true)) std::_Exit(status);
+        zmfb::tool::print_out_of_memory();
+        std::exit(status);
+    } catch (...) {  // told as usual
+    }
+    as_usual();
+    std::abort();
+}
+
+}  // namespace
 
 int main(int argc, char** argv) try {
     if (!zmfb::open_standard_descriptors()) {
@@ -18,6 +42,7 @@ int main(int argc, char** argv) try {
     // file that may not grow is to end the process.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    as_usual = std::set_terminate(end_without_memory);
     zmfb::tool::watch_signals();
     zmfb::tool::CommandLine line;
     zmfb::tool::add_all(line);
