@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <iterator>
 
 #include "tool/column_type.h"
@@ -14,6 +15,7 @@
 #include "tool/session.h"
 #include "tool/suggest.h"
 #include "tool/unknown_name.h"
+#include "zmfbconn/methods.h"
 
 namespace zmfb::tool {
 namespace {
@@ -211,13 +213,21 @@ Table existing_table(zmFBConn& connection, const std::string& typed) {
 
 namespace {
 
+// Nothing more can be asked then. The file of an external table is not the database's.
+bool has_lost_its_database(zmFBConn& connection, std::string_view message) {
+    const std::string name = connection(m::getdatabasename);
+    return tells_of_a_lost_connection(message) ||
+           (tells_of_a_failing_disk(message) &&
+            message.find(std::filesystem::path(name).filename().string()) != std::string_view::npos);
+}
+
 // Nothing when it may not be asked.
 std::optional<std::uint64_t> number_from(zmFBConn& connection, std::string_view query) try {
     const auto rows = rows_of<std::int64_t>(connection, query);
     if (rows.empty()) return std::nullopt;
     return static_cast<std::uint64_t>(std::get<0>(rows.front()));
 } catch (const Failure& failure) {
-    if (tells_of_a_lost_connection(failure.detail)) throw;
+    if (has_lost_its_database(connection, failure.detail)) throw;
     return std::nullopt;
 }
 

@@ -31,12 +31,11 @@ std::string latin1_option(const std::string& text, std::string_view option) {
     return *latin1;
 }
 
-// What the embedded engine says, which asks the database nothing from then on.
+}  // namespace
+
 bool tells_of_a_failing_disk(std::string_view message) {
     return message.find("I/O error during") != std::string_view::npos;
 }
-
-}  // namespace
 
 bool tells_of_a_lost_connection(std::string_view message) {
     constexpr std::array<std::string_view, 4> words{

@@ -29,6 +29,10 @@ struct Options {
 /// Whether the engine's message says that the connection to the server is lost.
 bool tells_of_a_lost_connection(std::string_view message);
 
+/// Whether it says that a file could not be read or written: that of the database, of which the embedded
+/// engine is asked nothing from then on, or one of an external table.
+bool tells_of_a_failing_disk(std::string_view message);
+
 /// While it lives, errors raised by methods are printed, and the program goes on.
 class Session {
   public:

@@ -134,5 +134,19 @@ TEST_F(DiskFaults, AreToldAndLoseNothingThatWasSaidToBeDone) {
     EXPECT_GT(ended_by_power_, 0);
 }
 
+TEST_F(DiskFaults, AreToldWhereRecordsAreCounted) {
+    const auto tables = std::ranges::find(commands(), "tables", &FaultyCommand::name);
+    ASSERT_NE(tables, commands().end());
+    ASSERT_EQ(on_disk(*tables, {.call = "none", .fault = "none"}, 0).status, 0);
+    const int writes = counts().at("write");
+    for (const int nth : {writes * 3 / 4, writes - 1}) {
+        SCOPED_TRACE(nth);
+        begin_again(*tables);
+        const Finished ended = on_disk(*tables, {.call = "write", .fault = "ENOSPC", .stays = true}, nth);
+        EXPECT_EQ(ended.status, 1) << ended.out;
+        EXPECT_NE(ended.err.find("I/O error during"), std::string::npos) << ended.err;
+    }
+}
+
 }  // namespace
 }  // namespace zmfb::test
