@@ -116,12 +116,16 @@ void CommandsThatFail::add_commands_that_write() {
                          .prepare = {{"exec", "delete from people where code = 4711"}},
                          .looks = {"query", "--mode", "csv", "select count(*) from people where code = 4711"},
                          .same_output = true});
-    commands_.push_back(
-        {.name = "a transaction in a shell",
-         .words = {"shell", "-c", "begin", "-c", "insert into people (code) values (4712)", "-c",
-                   "insert into people (code) values (4712)", "-c", "commit"},
-         .prepare = {{"exec", "delete from people where code = 4712"}},
-         .looks = {"query", "--mode", "csv", "select count(*) from people where code = 4712"}});
+    const Words transaction{"shell", "--stop-on-error",
+                            "-c",    "begin",
+                            "-c",    "insert into people (code) values (4712)",
+                            "-c",    "insert into people (code) values (4712)",
+                            "-c",    "commit"};
+    commands_.push_back({.name = "a transaction in a shell",
+                         .words = transaction,
+                         .prepare = {{"exec", "delete from people where code = 4712"}},
+                         .looks = {"query", "--mode", "csv", "select count(*) from people where code = 4712"},
+                         .again = transaction});
     commands_.push_back({.name = "take a lock",
                          .words = lock,
                          .prepare = {{"clear", "--yes"}},
@@ -195,11 +199,16 @@ void CommandsThatFail::add_commands_on_structures() {
     const Words few_in_changed = import_into("CHANGED", file("few.dbf"), {"--replace"});
     EXPECT_EQ(on(path_, few_in_changed).err, "");
     const Words apply{"matrix", "apply", "--yes", matrix_of_a_change("CHANGED")};
-    commands_.push_back({.name = "matrix apply",
-                         .words = apply,
-                         .prepare = {few_in_changed},
-                         .looks = {"shell", "-c", ".struct changed", "-c", "select * from changed"},
-                         .again = apply});
+    // Where the fields stand among the driver's own is not looked at: the last steps see to that.
+    commands_.push_back(
+        {.name = "matrix apply",
+         .words = apply,
+         .prepare = {few_in_changed},
+         .looks = {"shell", "-c", "select code, name from changed", "-c",
+                   "select r.rdb$field_name, f.rdb$field_length, cast(r.rdb$description as varchar(60)) from "
+                   "rdb$relation_fields r join rdb$fields f on f.rdb$field_name = r.rdb$field_source where "
+                   "r.rdb$relation_name = 'CHANGED' order by 1"},
+         .again = apply});
     commands_.push_back({.name = "create",
                          .words = {"create"},
                          .looks = {"tables"},
