@@ -45,7 +45,8 @@ void set_day(zmfb_moment& moment, std::chrono::year_month_day day) {
 }
 
 void set_time(zmfb_moment& moment, zmfb::TimeOfDay time) {
-    const std::chrono::hh_mm_ss<zmfb::TimeOfDay> parts(time);
+    // In a wider type: of a time that is none the smallest has no opposite.
+    const std::chrono::hh_mm_ss parts(std::chrono::duration<std::int64_t, zmfb::Tick>{time});
     moment.hour = static_cast<int>(parts.hours().count());
     moment.minute = static_cast<int>(parts.minutes().count());
     moment.second = static_cast<int>(parts.seconds().count());

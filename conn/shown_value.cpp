@@ -31,8 +31,9 @@ std::string shown_day(std::chrono::year_month_day day) {
                        static_cast<unsigned>(day.day()));
 }
 
+// In a wider type: of a time that is none the smallest has no opposite.
 std::string shown_time(TimeOfDay time) {
-    const std::chrono::hh_mm_ss<TimeOfDay> parts(time);
+    const std::chrono::hh_mm_ss parts(std::chrono::duration<std::int64_t, Tick>{time});
     return fmt::format("{:02}:{:02}:{:02}.{:04}", parts.hours().count(), parts.minutes().count(),
                        parts.seconds().count(), parts.subseconds().count());
 }

@@ -71,6 +71,7 @@ const Case cases[] = {
     {"DayAfterTheLast", "TS", [] { return Parameter(std::chrono::year(10000) / 1 / 1); }, "22007", ""},
     {"TimeOfAnotherDay", "AT_", [] { return Parameter(TimeOfDay(24h)); }, "22007", ""},
     {"TimeBeforeMidnight", "AT_", [] { return Parameter(TimeOfDay(-1)); }, "22007", ""},
+    {"TimeBeforeAll", "AT_", [] { return Parameter(TimeOfDay::min()); }, "22007", ""},
 };
 
 class TypedParameter : public Database, public ::testing::WithParamInterface<Case> {};
