@@ -1,4 +1,5 @@
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -15,17 +16,23 @@ namespace {
 
 std::terminate_handler as_usual = nullptr;
 
-// Here ends a destructor for which there is no memory, as those of JSON values want some: none may throw.
-[[noreturn]] void end_without_memory() {
+// Here ends a destructor that threw: one for which there is no memory, as those of JSON values want some, or
+// one of the engine's, which throws what is no std::exception.
+[[noreturn]] void end_in_words() {
+    constexpr auto status = static_cast<int>(zmfb::tool::Exit::failed);
     static bool is_ending = false;
     try {
         if (const std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
     } catch (const std::bad_alloc&) {
-        constexpr auto status = static_cast<int>(zmfb::tool::Exit::failed);
         if (std::exchange(is_ending, true)) std::_Exit(status);
         zmfb::tool::print_out_of_memory();
         std::exit(status);
-    } catch (...) {  // told as usual
+    } catch (const std::exception&) {  // told as usual
+    } catch (...) {
+        std::fflush(stdout);
+        zmfb::tool::print_error("the engine failed and cannot go on", {},
+                                "zmfb doctor says whether the database is sound");
+        std::_Exit(status);
     }
     as_usual();
     std::abort();
@@ -42,7 +49,7 @@ int main(int argc, char** argv) try {
     // file that may not grow is to end the process.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    as_usual = std::set_terminate(end_without_memory);
+    as_usual = std::set_terminate(end_in_words);
     zmfb::tool::watch_signals();
     zmfb::tool::CommandLine line;
     zmfb::tool::add_all(line);

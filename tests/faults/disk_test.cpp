@@ -39,10 +39,15 @@ constexpr DiskFault faults[] = {
     {.call = "close", .fault = "EIO"},
 };
 
+constexpr const DiskFault& full = faults[0];
+
 class DiskFaults : public CommandsThatFail {
   protected:
     void SetUp() override {
         if (on_server()) GTEST_SKIP() << "the server's disk is not that of the tool";
+    }
+    [[nodiscard]] const FaultyCommand& the(std::string_view name) const {
+        return *std::ranges::find(commands(), name, &FaultyCommand::name);
     }
     // Runs a command on that disk, with so much of a processor's time that it must not spin.
     Finished on_disk(const FaultyCommand& command, const DiskFault& fault, int nth) const {
@@ -135,16 +140,27 @@ TEST_F(DiskFaults, AreToldAndLoseNothingThatWasSaidToBeDone) {
 }
 
 TEST_F(DiskFaults, AreToldWhereRecordsAreCounted) {
-    const auto tables = std::ranges::find(commands(), "tables", &FaultyCommand::name);
-    ASSERT_NE(tables, commands().end());
-    ASSERT_EQ(on_disk(*tables, {.call = "none", .fault = "none"}, 0).status, 0);
+    const FaultyCommand& tables = the("tables");
+    ASSERT_EQ(on_disk(tables, {.call = "none", .fault = "none"}, 0).status, 0);
     const int writes = counts().at("write");
     for (const int nth : {writes * 3 / 4, writes - 1}) {
         SCOPED_TRACE(nth);
-        begin_again(*tables);
-        const Finished ended = on_disk(*tables, {.call = "write", .fault = "ENOSPC", .stays = true}, nth);
+        begin_again(tables);
+        const Finished ended = on_disk(tables, full, nth);
         EXPECT_EQ(ended.status, 1) << ended.out;
         EXPECT_NE(ended.err.find("I/O error during"), std::string::npos) << ended.err;
+    }
+}
+
+// It throws out of a destructor of its own then.
+TEST_F(DiskFaults, AreToldWhereTheEngineCannotGoOn) {
+    const FaultyCommand& functions = the("functions stored");
+    prepare(functions);
+    keep_prepared(functions);
+    for (int nth = 8; nth < 18; ++nth) {
+        SCOPED_TRACE(nth);
+        begin_again(functions);
+        expect_words(functions, on_disk(functions, full, nth));
     }
 }
 
