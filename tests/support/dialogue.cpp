@@ -90,10 +90,11 @@ std::string Dialogue::expect_prompt(std::string_view text) {
 }
 
 int Dialogue::end() {
-    while (read_some(static_cast<int>(std::chrono::milliseconds(longest_wait).count()))) {
+    const auto until = std::chrono::steady_clock::now() + 2 * longest_wait;
+    while (std::chrono::steady_clock::now() < until &&
+           read_some(static_cast<int>(std::chrono::milliseconds(longest_wait).count()))) {
     }
     int status = 0;
-    const auto until = std::chrono::steady_clock::now() + longest_wait;
     while (::waitpid(process_, &status, WNOHANG) == 0) {
         if (std::chrono::steady_clock::now() > until) throw std::runtime_error("the program does not end");
         ::poll(nullptr, 0, 5);

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "tool/catalog.h"
+#include "tool/drop.h"
 #include "tool/import/hold.h"
 #include "tool/import/leftover.h"
 #include "tool/import/new_table.h"
@@ -138,7 +139,14 @@ bool Loading::dropped(zmFBConn& connection) try {
 bool Loading::dropped_anew() try {
     Session session(file_.session.options());
     session.show_raised(Raised::silent);
-    return dropped(session.connection());
+    zmFBConn& connection = session.connection();
+    // As long as the server has not noticed, a drop would wait for the attachment that was lost.
+    for (int attempt = 1; !who_fills(connection, loaded()).empty(); ++attempt) {
+        if (!wait_for_others("is in use", attempt)) return false;
+    }
+    return dropped(connection);
+} catch (const std::exception&) {
+    return false;
 } catch (const Failure&) {
     return false;
 }
