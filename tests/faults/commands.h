@@ -1,7 +1,9 @@
 /// Commands of the tool that are made to fail on the way, and what they may leave then.
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/tool/tool.h"
@@ -36,6 +38,9 @@ class CommandsThatFail : public Tool {
     CommandsThatFail();
 
     [[nodiscard]] const std::vector<FaultyCommand>& commands() const { return commands_; }
+    [[nodiscard]] const FaultyCommand& the(std::string_view name) const {
+        return *std::ranges::find(commands_, name, &FaultyCommand::name);
+    }
     /// The database of most of them, and that of one.
     [[nodiscard]] const std::string& path() const { return path_; }
     [[nodiscard]] std::string database_of(const FaultyCommand& command) const;

@@ -46,9 +46,6 @@ class DiskFaults : public CommandsThatFail {
     void SetUp() override {
         if (on_server()) GTEST_SKIP() << "the server's disk is not that of the tool";
     }
-    [[nodiscard]] const FaultyCommand& the(std::string_view name) const {
-        return *std::ranges::find(commands(), name, &FaultyCommand::name);
-    }
     // Runs a command on that disk, with so much of a processor's time that it must not spin.
     Finished on_disk(const FaultyCommand& command, const DiskFault& fault, int nth) const {
         std::vector<std::string> words{"--db", database_of(command)};

@@ -1,7 +1,6 @@
 // Commands over a network that goes wrong at each message in turn.
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -92,20 +91,19 @@ TEST_F(NetworkFaults, AreToldAndNothingIsHalfDone) {
 
 // A server to which nothing comes through takes the attachment for one at work, which has its table in use.
 TEST_F(NetworkFaults, LeaveNoImportWaitingForTheConnectionThatIsLost) {
-    const auto import = std::ranges::find(commands(), "import", &FaultyCommand::name);
-    ASSERT_NE(import, commands().end());
-    prepare(*import);
-    const std::string before = state(*import);
-    ASSERT_EQ(over(*import, {}).status, 0);
-    const std::string after = state(*import);
+    const FaultyCommand& import = the("import");
+    prepare(import);
+    const std::string before = state(import);
+    ASSERT_EQ(over(import, {}).status, 0);
+    const std::string after = state(import);
     const int messages = proxy_.count(Way::to_client);
     for (const int percent : {75, 80}) {
         SCOPED_TRACE(percent);
-        prepare(*import);
+        prepare(import);
         const Finished ended =
-            over(*import, {NetworkFault::half_closed, Way::to_client, messages * percent / 100});
+            over(import, {NetworkFault::half_closed, Way::to_client, messages * percent / 100});
         EXPECT_EQ(ended.status, 1);
-        expect_all_or_nothing(*import, ended, before, after);
+        expect_all_or_nothing(import, ended, before, after);
     }
 }
 
