@@ -44,12 +44,14 @@ inline std::string damage(const std::string& database) {
 }
 
 /// Expects a database in which a process was ended to be sound, and clean once unused pages are freed. Seldom
-/// (once in 120 rounds of three killed workers) a warning of a record stays, which no sweep takes away.
+/// (once in 120 rounds of three killed workers) a warning of a record stays, which no sweep takes away; while
+/// it stays, the engine frees no page either.
 inline void expect_sound(const std::string& database) {
     EXPECT_EQ(damage(database), "");
     validation(database);
     static const std::regex of_records(
-        "Summary of validation errors\n\n?\t[^\n]*record level warnings\t: \\d+\n\n?");
+        "Summary of validation errors\n\n?\t[^\n]*record level warnings\t: \\d+\n"
+        "(\t[^\n]*database page warnings\t: \\d+\n)?\n?");
     const std::string left = validation(database);
     if (std::regex_match(left, of_records)) return;
     EXPECT_EQ(left, "") << "once the orphans are freed";
