@@ -12,7 +12,10 @@ ensure_packages "${build_packages[@]}" "${test_packages[@]}" "${analysis_package
 
 build coverage
 find build/coverage -name '*.gcda' -delete
+# Tests run the tool as other users besides, who add to the counts, too.
+(umask 0 && find build/coverage -name '*.gcno' | sed 's/no$/da/' | xargs -d '\n' touch)
 scripts/run_tests.sh build/coverage -LE 'slow|install|docs' "$@" || failed=yes
+find build/coverage -name '*.gcda' -empty -delete
 gcovr --root . --exclude tests --exclude cmake --exclude bench --exclude examples --exclude fuzz \
     --exclude-throw-branches --exclude-unreachable-branches --json build/coverage/coverage.json build/coverage
 python3 scripts/coverage_table.py build/coverage/coverage.json
