@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -24,7 +26,7 @@ std::terminate_handler as_usual = nullptr;
     try {
         if (const std::exception_ptr thrown = std::current_exception()) std::rethrow_exception(thrown);
     } catch (const std::bad_alloc&) {
-        if (std::exchange(is_ending, true)) std::_Exit(status);
+        if (std::exchange(is_ending, true)) ::_exit(status);
         zmfb::tool::print_out_of_memory();
         std::exit(status);
     } catch (const std::exception&) {  // told as usual
@@ -32,7 +34,7 @@ std::terminate_handler as_usual = nullptr;
         std::fflush(stdout);
         zmfb::tool::print_error("the engine failed and cannot go on", {},
                                 "zmfb doctor says whether the database is sound");
-        std::_Exit(status);
+        ::_exit(status);
     }
     as_usual();
     std::abort();
@@ -55,7 +57,7 @@ int main(int argc, char** argv) try {
     zmfb::tool::add_all(line);
     const int status = line.run(argc, argv);
     // All is written and let go of by now. At exit() the client library of a server would sleep for 50 ms.
-    if (zmfb::names_a_server(line.options().database)) std::_Exit(status);
+    if (zmfb::names_a_server(line.options().database)) ::_exit(status);
     return status;
 } catch (const std::bad_alloc&) {
     zmfb::tool::print_out_of_memory();
