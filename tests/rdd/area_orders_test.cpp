@@ -253,5 +253,27 @@ TEST_P(AreaOrders, OfTextsBeyondAsciiFindThemInUtf8) {
     EXPECT_EQ(area.recno(), 2);
 }
 
+class OrderInUse : public AreaTest {};
+
+TEST_F(OrderInUse, IsNotDroppedAndStaysThatOfItsArea) {
+    for (const char* code : {"b", "a"}) execute(fmt::format("insert into STOCK (CODE) values ('{}')", code));
+    Area area = stock();
+    area.create_order("MAIN", "CODE");
+    area.order("main");
+    area.go(2);
+    zmFBConn other = connect();
+    Area there(other, "STOCK");
+    there.order("main");
+    EXPECT_EQ(walked(there), (Numbers{2, 1}));
+    EXPECT_EQ(reason_of([&] { area.drop_order("main"); }), Reason::no_order);
+    EXPECT_EQ(area.order(), "MAIN");
+    EXPECT_EQ(area.recno(), 2);
+    EXPECT_TRUE(area.skip());
+    EXPECT_EQ(area.recno(), 1);
+    there.close();
+    area.drop_order("main");
+    EXPECT_EQ(area.order(), "");
+}
+
 }  // namespace
 }  // namespace zmfb::test
