@@ -86,6 +86,29 @@ TEST_F(ImportCutOff, RowsWhoseTableWasDroppedForThemAreBroughtInByTheNextImport)
     EXPECT_EQ(again.status, 0) << again.err;
 }
 
+// Somebody dropped the table that was being replaced, and not what was to come into it.
+TEST_F(ImportCutOff, RowsWhoseTableIsGoneAreKeptUntilTheyAreDropped) {
+    forbid(path, "create trigger", "T_PEOPLE");
+    EXPECT_EQ(import("--replace").status, 1);
+    exec(path, "drop trigger forbids");
+    exec(path, "drop table people");
+    const std::string refusal =
+        "the table Z$PEOPLE has the records of an earlier import that was cut off, and PEOPLE is not there "
+        "for them; zmfb drop 'Z$PEOPLE' drops them\n";
+    for (const char* how : {"--replace", "--append", "--dry-run"}) {
+        const Finished refused = import(how);
+        EXPECT_EQ(refused.status, 1) << how;
+        EXPECT_NE(refused.err.find(refusal), std::string::npos) << how << "\n" << refused.err;
+        EXPECT_EQ(told("Z$PEOPLE"), "loaded 2") << how;
+    }
+    const Finished dropped = on(path, {"drop", "Z$PEOPLE", "--yes"});
+    EXPECT_EQ(dropped.status, 0) << dropped.err;
+    EXPECT_FALSE(has_table(path, "Z$PEOPLE"));
+    const Finished anew = on(path, {"import", file("people.dbf")});
+    EXPECT_EQ(anew.status, 0) << anew.err;
+    EXPECT_EQ(told("PEOPLE"), "driver 2");
+}
+
 TEST_F(ImportCutOff, AnIndexThatCannotBeMadeAgainIsTold) {
     exec(path, "create index by_name on people (name)");
     forbid(path, "create trigger", "T_PEOPLE");
