@@ -50,6 +50,29 @@ TEST_F(BrowseChanges, AreTakenBackFromTheLastOne) {
     EXPECT_EQ(system_tables(), "STOCK T ; ");
 }
 
+// Of types that the driver's own tables have no fields of.
+TEST_F(BrowseChanges, OfColumnsOfOtherProgramsAreTypedAndTakenBack) {
+    execute(
+        "alter table STOCK add B boolean, add F double precision, add D date, add T time, add O varchar(3) "
+        "character set octets");
+    execute("update STOCK set B = true, F = 0.5, D = '1999-12-31', T = '14:05', O = 'xyz' where RECNO = 2");
+    Area area = stock();
+    const TableRules rules(connection(), area, connection()(m::gettablestruct, "STOCK"));
+    Changes changes = changes_of(area);
+    NewValues values;
+    for (const auto& [name, typed] :
+         {std::pair("B", "F"), {"F", "-2.5"}, {"D", "2026-11-23"}, {"T", "09:30:15.1250"}}) {
+        const auto found = std::ranges::find(area.fields(), name, &Column::name);
+        const auto index = static_cast<std::size_t>(found - area.fields().begin());
+        values.emplace(index, typed_value(rules.columns.at(index), typed));
+    }
+    const std::string all = "B || ' ' || cast(F as numeric(4, 1)) || ' ' || D || ' ' || T || ' ' || O";
+    set(changes, area, 2, values);
+    EXPECT_EQ(stored(2, all), "FALSE -2.5 2026-11-23 09:30:15.1250 xyz");
+    EXPECT_EQ(changes.undo().words, "record 2 is as it was");
+    EXPECT_EQ(stored(2, all), "TRUE 0.5 1999-12-31 14:05:00.0000 xyz");
+}
+
 TEST_F(BrowseChanges, AreLeftWhereOthersTouchedTheRecordSince) {
     Area area = stock();
     Changes changes = changes_of(area);
