@@ -148,7 +148,7 @@ TEST_F(ImportCutOff, RowsThatWereCountedAndNotAddedAreTakenOffAgain) {
     EXPECT_FALSE(has_table(path, "Z$PEOPLE"));
 }
 
-// Whose rows of those that write may have been counted, too.
+// The rows of those who write may be among the counted ones.
 TEST_F(ImportCutOff, WhileOthersWriteAWrongCountStaysAndIsTold) {
     kill_while_adding();
     exec(path, "create table sums (n bigint)");
