@@ -1,6 +1,4 @@
 // What imports that were cut off leave, what is said of it, and what the next one makes of it.
-#include <signal.h>
-
 #include "tests/support/dbf_builder.h"
 #include "tests/support/environment.h"
 #include "tests/tool/big_table.h"
@@ -152,13 +150,8 @@ TEST_F(ImportCutOff, RowsThatWereCountedAndNotAddedAreTakenOffAgain) {
 TEST_F(ImportCutOff, WhileOthersWriteAWrongCountStaysAndIsTold) {
     kill_while_adding();
     exec(path, "create table sums (n bigint)");
-    const auto writer = start({"--db", path, "exec",
-                               "insert into sums select count(*) from rdb$fields a, rdb$fields b, rdb$fields "
-                               "c, rdb$fields d, rdb$fields e"});
-    writer->settle();
-    const Finished run = import("--append");
-    writer->send(SIGKILL);
-    writer->end();
+    const Finished run = while_another(path, {"exec", "insert into sums " + endless_query("sums")},
+                                       [this] { return import("--append"); });
     EXPECT_EQ(run.status, 0) << run.err;
     EXPECT_NE(run.err.find("note: the records of PEOPLE are counted wrong; zmfb doctor says what helps when "
                            "nobody else uses the database\n"),
@@ -188,13 +181,8 @@ TEST_F(ImportCutOff, ATableThatOthersHaveInUseStaysAsItWas) {
     exec(path, "create index by_name on people (name)");
     exec(path, "create view names as select name from people");
     const std::string before = on(path, {"struct", "people"}).out;
-    const auto user = start({"--db", path, "query",
-                             "select count(*) from people a, rdb$fields b, rdb$fields c, rdb$fields d, "
-                             "rdb$fields e"});
-    user->settle();
-    const Finished run = import("--replace");
-    user->send(SIGKILL);
-    user->end();
+    const Finished run =
+        while_another(path, {"query", endless_query("people")}, [this] { return import("--replace"); });
     EXPECT_EQ(run.status, 1);
     EXPECT_NE(run.err.find("  the table PEOPLE is in use by another program\n"), std::string::npos)
         << run.err;

@@ -163,13 +163,9 @@ TEST_F(LocksCommand, DropOfATableThatSomebodyHasOpenNamesHim) {
 }
 
 TEST_F(LocksCommand, DropOfATableThatAStatementUsesIsRefusedAndDoesNotWaitForItsEnd) {
-    const auto user = start({"--db", path, "query",
-                             "select count(*) from client a right join rdb$fields b on 1 = 1, rdb$fields c, "
-                             "rdb$fields d, rdb$fields e"});
-    user->settle();
-    const Finished refused = on(path, {"drop", "client", "--yes"});
-    user->send(SIGKILL);
-    user->end();
+    const Finished refused = while_another(path, {"query", endless_query("client")}, [this] {
+        return on(path, {"drop", "client", "--yes"});
+    });
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.err, "error: the table CLIENT is in use by another program\n");
     EXPECT_TRUE(has_table(path, "CLIENT"));

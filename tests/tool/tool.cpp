@@ -1,5 +1,6 @@
 #include "tests/tool/tool.h"
 
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -124,6 +125,22 @@ void Tool::wait_for_table(const std::string& database, const std::string& table)
     for (int i = 0; i < 600 && !has_table(database, table); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     ASSERT_TRUE(has_table(database, table)) << "over before anything could happen to it";
+}
+
+std::string Tool::endless_query(const std::string& table) {
+    return "select count(*) from " + table +
+           " a right join rdb$fields b on 1 = 1, rdb$fields c, rdb$fields d, rdb$fields e";
+}
+
+Finished Tool::while_another(const std::string& database, std::vector<std::string> words,
+                             const std::function<Finished()>& work) const {
+    words.insert(words.begin(), {"--db", database});
+    const auto another = start(words);
+    another->settle();
+    Finished finished = work();
+    another->send(SIGKILL);
+    another->end();
+    return finished;
 }
 
 void Tool::forbid(const std::string& database, const std::string& change, const std::string& letters) const {

@@ -1,6 +1,7 @@
 /// The tool, run as a process.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -51,6 +52,12 @@ class Tool : public Runtime {
     [[nodiscard]] bool has_table(const std::string& database, const std::string& table) const;
     /// Waits until it has, for a while; what makes it must not have come to its end before.
     void wait_for_table(const std::string& database, const std::string& table) const;
+    /// A query of a table that does not come to its end.
+    [[nodiscard]] static std::string endless_query(const std::string& table);
+    /// What `work` answers while another process is at work on the database with these words, which is killed
+    /// then.
+    Finished while_another(const std::string& database, std::vector<std::string> words,
+                           const std::function<Finished()>& work) const;
     /// Has the database refuse to `create table`, `drop sequence` or the like whatever has these letters in
     /// its name.
     void forbid(const std::string& database, const std::string& change,
