@@ -38,8 +38,10 @@ class CommandsThatFail : public Tool {
     CommandsThatFail();
 
     [[nodiscard]] const std::vector<FaultyCommand>& commands() const { return commands_; }
+    /// Throws std::out_of_range when there is none of that name.
     [[nodiscard]] const FaultyCommand& the(std::string_view name) const {
-        return *std::ranges::find(commands_, name, &FaultyCommand::name);
+        const auto found = std::ranges::find(commands_, name, &FaultyCommand::name);
+        return commands_.at(static_cast<std::size_t>(found - commands_.begin()));
     }
     /// The database of most of them, and that of one.
     [[nodiscard]] const std::string& path() const { return path_; }
